@@ -1,0 +1,62 @@
+#include "dates.h"
+
+#include <QRegularExpression>
+
+namespace zarek {
+
+namespace {
+
+int fullYear(const QString &digits, QDate today)
+{
+    if (digits.isEmpty())
+        return today.year();
+    const int year = digits.toInt();
+    return digits.size() <= 2 ? 2000 + year : year;
+}
+
+}
+
+std::optional<QDate> parseDate(const QString &text, QDate today)
+{
+    static const QRegularExpression separated(
+        QStringLiteral("^(\\d{1,2})[./-](\\d{1,2})(?:[./-](\\d{2}|\\d{4}))?[./-]?(?:\\s*г\\.?)?$"));
+    static const QRegularExpression compact(QStringLiteral("^(\\d{2})(\\d{2})(\\d{2}|\\d{4})$"));
+
+    const QString trimmed = text.trimmed();
+    QRegularExpressionMatch match = separated.match(trimmed);
+    if (!match.hasMatch())
+        match = compact.match(trimmed);
+    if (!match.hasMatch())
+        return std::nullopt;
+
+    const QDate date(fullYear(match.captured(3), today), match.captured(2).toInt(), match.captured(1).toInt());
+    if (!date.isValid())
+        return std::nullopt;
+    return date;
+}
+
+QString formatDate(const QDate &date)
+{
+    return date.toString(QStringLiteral("dd.MM.yyyy"));
+}
+
+std::optional<UserMessage> checkPeriodTexts(const QString &fromText, const QString &toText, QDate today)
+{
+    const QString title = QStringLiteral("ВНИМАНИЕ!");
+    if (fromText.trimmed().isEmpty() || toText.trimmed().isEmpty())
+        return UserMessage::twoLines(title, QStringLiteral("Няма избран период за търсене!"),
+                                     QStringLiteral("Проверете си датите!"), UserMessage::Icon::Exclamation);
+    const auto from = parseDate(fromText, today);
+    const auto to = parseDate(toText, today);
+    if (!from || !to)
+        return UserMessage::twoLines(title, QStringLiteral("Неверен формат на датата!"),
+                                     QStringLiteral("Проверете си датите!"), UserMessage::Icon::Exclamation);
+    if (!Period{*from, *to}.isValid())
+        return UserMessage{title,
+                           QStringLiteral("Грешно зададен период!\n(начална дата е след крайната дата)\n"
+                                          "Проверете си датите!"),
+                           UserMessage::Icon::Exclamation};
+    return std::nullopt;
+}
+
+}

@@ -1,0 +1,62 @@
+#include "rounding.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <string>
+
+namespace zarek {
+
+namespace {
+
+// Adds one to the last digit of a string of decimal digits, carrying to the left.
+void incrementDigits(std::string &digits)
+{
+    for (auto it = digits.rbegin(); it != digits.rend(); ++it) {
+        if (*it != '9') {
+            ++*it;
+            return;
+        }
+        *it = '0';
+    }
+    digits.insert(digits.begin(), '1');
+}
+
+}
+
+double roundHalfEven(double value, int decimals)
+{
+    if (!std::isfinite(value) || value == 0.0 || decimals < 0)
+        return value;
+
+    // The shortest decimal text that reads back as this double is what the user sees.
+    std::array<char, 400> buffer{};
+    const double magnitude = std::fabs(value);
+    const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude,
+                                       std::chars_format::fixed);
+    if (written.ec != std::errc())
+        return value;
+    const std::string text(buffer.data(), written.ptr);
+
+    const auto point = text.find('.');
+    const std::string whole = point == std::string::npos ? text : text.substr(0, point);
+    const std::string fraction = point == std::string::npos ? std::string() : text.substr(point + 1);
+    if (fraction.size() <= static_cast<size_t>(decimals))
+        return value;
+
+    std::string kept = whole + fraction.substr(0, decimals);
+    const char next = fraction[decimals];
+    const bool restNonZero = fraction.find_first_not_of('0', decimals + 1) != std::string::npos;
+    const bool lastOdd = (kept.back() - '0') % 2 == 1;
+    if (next > '5' || (next == '5' && (restNonZero || lastOdd)))
+        incrementDigits(kept);
+
+    std::string rounded = kept.substr(0, kept.size() - decimals);
+    if (decimals > 0)
+        rounded += '.' + kept.substr(kept.size() - decimals);
+    double result = 0.0;
+    std::from_chars(rounded.data(), rounded.data() + rounded.size(), result);
+    return value < 0 ? -result : result;
+}
+
+}

@@ -1,0 +1,163 @@
+#include "coursecheck.h"
+
+#include "app/dates.h"
+#include "app/docnumber.h"
+#include "app/formats.h"
+#include "app/sharedroutines.h"
+#include "coursepricing.h"
+
+#include <functional>
+#include <vector>
+
+namespace zarek {
+
+namespace {
+
+struct Rule {
+    std::function<bool()> fails;
+    const char *fault;
+    const char *request;
+};
+
+std::optional<UserMessage> firstFailure(const std::vector<Rule> &rules)
+{
+    for (const Rule &rule : rules) {
+        if (rule.fails())
+            return UserMessage::twoLines(saveErrorTitle(), QString::fromUtf8(rule.fault),
+                                         QString::fromUtf8(rule.request), UserMessage::Icon::Exclamation);
+    }
+    return std::nullopt;
+}
+
+UserMessage dateMessage()
+{
+    return UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Неверен формат на датата!"),
+                                 QStringLiteral("Проверете въведената дата и опитайте отново."),
+                                 UserMessage::Icon::Exclamation);
+}
+
+UserMessage notANumber(const char *fault, const char *request)
+{
+    return UserMessage::twoLines(saveErrorTitle(), QString::fromUtf8(fault), QString::fromUtf8(request),
+                                 UserMessage::Icon::Exclamation);
+}
+
+}
+
+QString driverCodeOf(const QString &driverText)
+{
+    const QString trimmed = driverText.trimmed();
+    const qsizetype comma = trimmed.indexOf(QLatin1Char(','));
+    if (comma < 0)
+        return {};
+    return trimmed.left(comma).trimmed();
+}
+
+CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext &context, QDate today)
+{
+    CourseCheckResult result;
+    const QString kola = entry.kola.trimmed();
+    const QString marsh = entry.marsh.trimmed();
+    const QString klient = entry.klient.trimmed();
+    const QString tovar = entry.tovar.trimmed();
+
+    result.refusal = firstFailure({
+        {[&] { return IsBlank(entry.driver); }, "Няма име на шофьора!", "Моля, изберете името на шофьора!"},
+        {[&] { return IsBlank(kola); }, "Няма номер на кола!", "Моля, въведете номера на колата!"},
+        {[&] { return IsBlank(entry.date); }, "Няма въведена дата!", "Моля, въведете датата на курса!"},
+        {[&] { return IsBlank(entry.ton); }, "Няма въведен тонаж!", "Моля, въведете тонажа на курса"},
+        {[&] { return IsBlank(entry.km); }, "Няма въведени километри!", "Моля, въведете километрите на курса"},
+        {[&] { return IsBlank(entry.tarifa); }, "Няма въведена тарифа!", "Моля, въведете тарифата на курса"},
+        {[&] { return IsBlank(marsh); }, "Няма въведен маршрут!", "Моля, изберете маршрута на курса"},
+        {[&] { return IsBlank(klient); }, "Няма въведен клиент!", "Моля, изберете клиента на курса!"},
+        {[&] { return IsBlank(tovar); }, "Няма въведен товар!", "Моля, изберете товара на курса!"},
+        {[&] { return IsBlank(entry.nomFakt); }, "Няма въведена фактура!", "Моля, въведете номер на фактурата!"},
+        {[&] { return LenCheck(entry.nomFakt, documentNumberLength) != 0; }, "Грешен номер на фактура!",
+         "Моля, въведете 10 цифри за номер на фактурата!"},
+    });
+    if (result.refusal)
+        return result;
+
+    // A new course takes its driver from the combo; a corrected one keeps its driver.
+    const QString kod = context.adding ? driverCodeOf(entry.driver) : entry.driverCode.trimmed();
+
+    result.refusal = firstFailure({
+        {[&] { return IsBlank(kod); }, "Грешно име на шофьор!", "Моля, изберете име от списъка!"},
+        {[&] { return LenCheck(kola, 12) == 1; }, "Номера на колата е по-дълъг от разрешения!",
+         "Моля, въведете до 12 символа за номер на колата!"},
+        {[&] { return LenCheck(tovar, 25) == 1; }, "Вида на товара е по-дълъг от разрешения!",
+         "Моля, въведете до 25 символа за вида на товара!"},
+        {[&] { return LenCheck(entry.nomFakt, documentNumberLength) != 0; }, "Номера на фактурата е недействителен!",
+         "Моля, въведете 10 символа за номер на фактура!"},
+        {[&] { return LenCheck(klient, 25) == 1; }, "Името на клиента е по-дълъго от разрешеното!",
+         "Моля, въведете до 25 символа за име на клиента!"},
+        {[&] { return LenCheck(marsh, 25) == 1; }, "Маршрута е по-дълъг от разрешения!",
+         "Моля, въведете до 25 символа за маршрут!"},
+    });
+    if (result.refusal)
+        return result;
+
+    // The month check only warns; a date that cannot be read at all is never stored.
+    const auto date = parseDate(entry.date, today);
+    if (BadMonth(entry.date) || !date)
+        result.focusDate = true;
+    if (!date) {
+        result.refusal = dateMessage();
+        return result;
+    }
+    if (BadMonth(entry.date))
+        result.dateWarning = dateMessage();
+
+    const auto ton = parseNumber(entry.ton);
+    if (!ton) {
+        result.refusal = notANumber("Тонажа не е число!", "Моля, въведете тонажа на курса");
+        return result;
+    }
+    const auto km = parseNumber(entry.km);
+    if (!km) {
+        result.refusal = notANumber("Километрите не са число!", "Моля, въведете километрите на курса");
+        return result;
+    }
+    const auto rate = parseNumber(entry.tarifa);
+    if (!rate) {
+        result.refusal = UserMessage::error(saveErrorTitle(), QStringLiteral("13"),
+                                            QStringLiteral("Несъвместим тип: тарифата \"%1\" не е число")
+                                                .arg(entry.tarifa.trimmed()));
+        return result;
+    }
+    const auto expense = IsBlank(entry.razhod) ? std::optional<double>(0.0) : parseNumber(entry.razhod);
+    if (!expense) {
+        result.refusal = notANumber("Разхода не е число!", "Моля, въведете разхода на курса в лв.");
+        return result;
+    }
+
+    Course &course = result.course;
+    course.id = context.original.id;
+    course.rowVersion = context.original.rowVersion;
+    course.data = *date;
+    course.kod = kod;
+    course.kola = kola;
+    course.Klient = klient;
+    course.Marsh = marsh;
+    course.Tovar = tovar;
+    course.ton = *ton;
+    course.km = *km;
+    course.Tarifa = *rate;
+    const CourseMoney money = priceCourse(course.ton, course.km, course.Tarifa);
+    course.bruto = money.bruto;
+    course.procent = money.procent;
+    course.neto = money.neto;
+    course.Doc = false;
+    course.plat = entry.plat;
+    if (context.mode == CourseMode::NewKurs) {
+        course.NomFakt = noDocumentNumber();
+        course.Fakt = false;
+    } else {
+        course.NomFakt = entry.nomFakt.trimmed();
+        course.Fakt = entry.fakt;
+    }
+    result.expense = Money::fromAmount(*expense);
+    return result;
+}
+
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "app/money.h"
+#include "app/usermessage.h"
+#include "course.h"
+
+#include <QDate>
+#include <QString>
+#include <optional>
+
+namespace zarek {
+
+// What the course editor's boxes hold at the moment of saving.
+struct CourseEntry {
+    QString driver;      // the driver combo: "kod,ime" picked from the list
+    QString driverCode;  // the bound code box: kept as it is while correcting
+    QString kola;
+    QString date;
+    QString ton;
+    QString km;
+    QString tarifa;
+    QString marsh;
+    QString klient;
+    QString tovar;
+    QString nomFakt;
+    QString razhod;      // the expense of the course; blank means 0
+    bool fakt = false;
+    bool plat = false;
+};
+
+// The editor's situation: the task it serves, whether a new row is being added, and the row
+// being corrected (its id and version) otherwise.
+struct CourseSaveContext {
+    CourseMode mode = CourseMode::NewKurs;
+    bool adding = true;
+    Course original;
+};
+
+struct CourseCheckResult {
+    std::optional<UserMessage> refusal;      // the save stops with this message
+    std::optional<UserMessage> dateWarning;  // shown, and the save goes on
+    bool focusDate = false;                  // the date box takes focus with its text selected
+    Course course;                           // ready to write when there is no refusal
+    Money expense;
+};
+
+inline const QString &saveErrorTitle()
+{
+    static const QString title = QStringLiteral("ГРЕШКА при запис!");
+    return title;
+}
+
+// The checks of the save, in their order; the first failing one wins. Then the date, the
+// numbers and the money.
+CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext &context,
+                              QDate today = QDate::currentDate());
+
+// The driver's code in a "kod,ime" text: the trimmed part before the first comma; none without one.
+QString driverCodeOf(const QString &driverText);
+
+}
