@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every test on SQLite and PostgreSQL.
+# Uses the server in ZAREK_TEST_PG when set, otherwise starts a throw-away one for the run.
+set -euo pipefail
+root="$(cd "$(dirname "$0")/.." && pwd)"
+build="${ZAREK_BUILD_DIR:-$root/build}"
+"$root/scripts/install-deps.sh" --test
+"$root/scripts/build.sh"
+
+if [ -z "${ZAREK_TEST_PG:-}" ]; then
+  pgdir="$(mktemp -d /tmp/zarek-pg-XXXXXX)"
+  chmod 755 "$pgdir"
+  trap '"$root/scripts/pg-throwaway.sh" stop "$pgdir"; rm -rf "$pgdir"' EXIT
+  ZAREK_TEST_PG="$("$root/scripts/pg-throwaway.sh" start "$pgdir")"
+  export ZAREK_TEST_PG
+fi
+echo "PostgreSQL for the tests: $ZAREK_TEST_PG"
+cd "$build"
+ctest --output-on-failure -j2 "$@"

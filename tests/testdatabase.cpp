@@ -1,0 +1,122 @@
+#include "testdatabase.h"
+
+#include "data/database.h"
+#include "data/schema.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QUuid>
+
+namespace zarek::test {
+
+namespace {
+
+QString uniqueSuffix()
+{
+    return QUuid::createUuid().toString(QUuid::Id128).left(12);
+}
+
+}
+
+void addEngineRows()
+{
+    QTest::addColumn<QString>("engine");
+    QTest::newRow("sqlite") << QStringLiteral("sqlite");
+    QTest::newRow("postgresql") << QStringLiteral("postgresql");
+}
+
+ScratchDatabase::ScratchDatabase(const QString &engine)
+    : m_connection(QStringLiteral("test_") + uniqueSuffix()), m_secondConnection(m_connection + QStringLiteral("_2"))
+{
+    QString error;
+    if (engine == QLatin1String("postgresql")) {
+        const QString admin = qEnvironmentVariable("ZAREK_TEST_PG");
+        if (admin.isEmpty()) {
+            m_skipReason = QStringLiteral("PostgreSQL not configured: set ZAREK_TEST_PG (the test command does)");
+            return;
+        }
+        const auto adminConfig = DatabaseConfig::fromText(admin);
+        if (!adminConfig) {
+            m_skipReason = QStringLiteral("ZAREK_TEST_PG is not a postgresql:// address");
+            return;
+        }
+        m_pgDatabase = QStringLiteral("zarek_test_") + uniqueSuffix().toLower();
+        {
+            QSqlDatabase adminDb = openDatabase(*adminConfig, m_connection + QStringLiteral("_admin"), &error);
+            if (!adminDb.isOpen()) {
+                m_skipReason = QStringLiteral("PostgreSQL unreachable: ") + error;
+                closeDatabase(m_connection + QStringLiteral("_admin"));
+                return;
+            }
+            QSqlQuery create(adminDb);
+            if (!create.exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(m_pgDatabase))) {
+                QTest::qFail(qPrintable(create.lastError().text()), __FILE__, __LINE__);
+                m_pgDatabase.clear();
+            }
+        }
+        closeDatabase(m_connection + QStringLiteral("_admin"));
+        if (m_pgDatabase.isEmpty())
+            return;
+        m_config = *adminConfig;
+        m_config.databaseName = m_pgDatabase;
+    } else {
+        QTemporaryDir dir(QDir::tempPath() + QStringLiteral("/zarek-test-XXXXXX"));
+        dir.setAutoRemove(false);
+        m_tempDir = dir.path();
+        m_config.engine = DatabaseConfig::Engine::SQLite;
+        m_config.sqlitePath = m_tempDir + QStringLiteral("/Zarek.db");
+    }
+
+    QSqlDatabase database = openDatabase(m_config, m_connection, &error);
+    if (!database.isOpen()) {
+        QTest::qFail(qPrintable(error), __FILE__, __LINE__);
+        return;
+    }
+    if (!migrateSchema(database, &error)) {
+        QTest::qFail(qPrintable(error), __FILE__, __LINE__);
+        return;
+    }
+    m_ready = true;
+}
+
+ScratchDatabase::~ScratchDatabase()
+{
+    closeDatabase(m_secondConnection);
+    closeDatabase(m_connection);
+    if (!m_pgDatabase.isEmpty()) {
+        const auto adminConfig = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
+        const QString adminName = m_connection + QStringLiteral("_drop");
+        {
+            QSqlDatabase adminDb = openDatabase(*adminConfig, adminName);
+            QSqlQuery drop(adminDb);
+            drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(m_pgDatabase));
+        }
+        closeDatabase(adminName);
+    }
+    if (!m_tempDir.isEmpty())
+        QDir(m_tempDir).removeRecursively();
+}
+
+QSqlDatabase ScratchDatabase::db() const
+{
+    return QSqlDatabase::database(m_connection);
+}
+
+QSqlDatabase ScratchDatabase::openSecondConnection()
+{
+    return openDatabase(m_config, m_secondConnection);
+}
+
+bool ScratchDatabase::exec(const QString &sql)
+{
+    QSqlQuery query(db());
+    if (query.exec(sql))
+        return true;
+    QTest::qFail(qPrintable(query.lastError().text() + QStringLiteral(" in ") + sql), __FILE__, __LINE__);
+    return false;
+}
+
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "data/databaseconfig.h"
+
+#include <QSqlDatabase>
+#include <QString>
+#include <QtTest>
+
+namespace zarek::test {
+
+// Adds the global "engine" column with one row per database engine. Call it from
+// initTestCase_data(); every test function then runs once on each engine.
+void addEngineRows();
+
+// A fresh, migrated database of its own for one test, removed afterwards. Never the user's.
+class ScratchDatabase {
+public:
+    explicit ScratchDatabase(const QString &engine);
+    ~ScratchDatabase();
+    ScratchDatabase(const ScratchDatabase &) = delete;
+    ScratchDatabase &operator=(const ScratchDatabase &) = delete;
+
+    bool isReady() const { return m_ready; }
+    QString skipReason() const { return m_skipReason; }
+    QSqlDatabase db() const;
+    const DatabaseConfig &config() const { return m_config; }
+
+    // Another connection to the same database, as a second workstation would hold.
+    QSqlDatabase openSecondConnection();
+
+    // Runs SQL that must succeed (test fixtures); fails the test otherwise.
+    bool exec(const QString &sql);
+
+private:
+    DatabaseConfig m_config;
+    QString m_connection;
+    QString m_secondConnection;
+    QString m_pgDatabase;
+    QString m_tempDir;
+    bool m_ready = false;
+    QString m_skipReason;
+};
+
+}
+
+// Opens a fresh database of the engine of the current global data row, or skips with the reason.
+#define ZAREK_SCRATCH_DB(var)                                 \
+    QFETCH_GLOBAL(QString, engine);                           \
+    zarek::test::ScratchDatabase var(engine);                 \
+    if (!var.isReady())                                       \
+        QSKIP(qPrintable(var.skipReason()));

@@ -1,0 +1,93 @@
+#include "data/schema.h"
+#include "testdatabase.h"
+
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+using namespace zarek;
+
+class SchemaTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void newDatabaseReachesLatestVersion()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        QCOMPARE(schemaVersion(db), latestSchemaVersion());
+    }
+
+    void migratingAgainChangesNothing()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        QString error;
+        QVERIFY2(migrateSchema(db, &error), qPrintable(error));
+        QSqlQuery count(db);
+        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM zarek_schema")));
+        QVERIFY(count.next());
+        QCOMPARE(count.value(0).toInt(), latestSchemaVersion());
+    }
+
+    void everyTableHasItsColumnsAndConcurrencyColumns_data()
+    {
+        QTest::addColumn<QString>("table");
+        QTest::addColumn<QStringList>("columns");
+        QTest::newRow("tabl") << "tabl"
+                              << QStringList{"data", "kod", "kola", "Klient", "Marsh", "Tovar", "km", "ton",
+                                             "Tarifa", "bruto", "procent", "neto", "Fakt", "NomFakt", "plat",
+                                             "Doc", "DateMod", "TimeMod"};
+        QTest::newRow("shof") << "shof" << QStringList{"kod", "ime", "adres", "tel", "mob", "EGN", "LKarta"};
+        QTest::newRow("Config") << "Config" << QStringList{"kola", "Razhod", "Procent", "Ton"};
+        QTest::newRow("Tarifi") << "Tarifi"
+                                << QStringList{"Trf_20", "Trf_20-30", "Trf_30-50", "Trf_50-100", "Trf_100-200",
+                                               "Trf_200", "DateMod", "TimeMod"};
+        QTest::newRow("ZarekCfg") << "ZarekCfg"
+                                  << QStringList{"UserName", "UserAdres", "UserCity", "UserCountry", "UserDanN",
+                                                 "UserBULSTAT", "UserMOL", "UserEmail", "UserTel", "UserGSM",
+                                                 "UserURL"};
+        QTest::newRow("Users") << "Users" << QStringList{"Ime", "Password", "Vid"};
+        QTest::newRow("Sklad") << "Sklad"
+                               << QStringList{"Data", "DocVid", "DocNom", "Name", "Kol", "Edin", "Suma", "VidKol",
+                                              "Ostat", "Lipsa", "DateMod", "TimeMod"};
+        QTest::newRow("Nalich") << "Nalich" << QStringList{"Name", "Edin", "Broi", "DateMod", "TimeMod"};
+        QTest::newRow("RowdList") << "RowdList"
+                                  << QStringList{"ListID", "Data", "Kola", "NameDriver", "SumKM", "SumRazhN",
+                                                 "EndKM", "ZarN", "ZarM", "CenaN", "CenaM"};
+        QTest::newRow("Marsh") << "Marsh" << QStringList{"MarshID", "Marshrut", "KM", "Ton", "Koef", "RazhN"};
+        QTest::newRow("ExternalKurs")
+            << "ExternalKurs"
+            << QStringList{"KursID",     "Data",       "SendName",   "SendAdres",    "SendCity",  "SendCountry",
+                           "SendCityP",  "SendCountryP", "ResivName", "ResivAdres",  "ResivCity", "ResivCountry",
+                           "ResivCityP", "ResivCountryP", "DriverName", "TruckV",    "TruckR",    "TovarName",
+                           "TovarTon",   "TotalKM",    "TotalFuel",  "TotalP",       "TotalR"};
+        QTest::newRow("Firms") << "Firms" << QStringList{"SrName", "SrAdres", "SrCity", "SrCountry"};
+    }
+    void everyTableHasItsColumnsAndConcurrencyColumns()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(QString, table);
+        QFETCH(QStringList, columns);
+        const QSqlRecord record = scratch.db().record(table.toLower());
+        QVERIFY2(!record.isEmpty(), qPrintable(table));
+        for (const QString &column : columns + QStringList{"id", "row_version"})
+            QVERIFY2(record.indexOf(column) >= 0, qPrintable(table + "." + column));
+    }
+
+    void tariffColumnsAreReachedByTheirQuotedNames()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(scratch.exec(QStringLiteral(
+            "INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", \"Trf_100-200\", "
+            "\"Trf_200\") VALUES (1, 2, 3, 4, 5, 6)")));
+        QSqlQuery query(scratch.db());
+        QVERIFY(query.exec(QStringLiteral("SELECT \"Trf_20-30\", \"Trf_200\" FROM Tarifi")));
+        QVERIFY(query.next());
+        QCOMPARE(query.value(0).toDouble(), 2.0);
+        QCOMPARE(query.value(1).toDouble(), 6.0);
+    }
+};
+
+QTEST_MAIN(SchemaTest)
+#include "tst_schema.moc"
