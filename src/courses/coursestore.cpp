@@ -84,6 +84,7 @@ Checked<Course> CourseStore::write(const Course &course, Money expense)
             return sqlErrorMessage(saveErrorTitle(), query.lastError());
         saved.id = query.value(0).toLongLong();
         saved.rowVersion = query.value(1).toInt();
+        query.finish();  // SQLite cannot commit while a RETURNING statement is still open
     } else {
         query.prepare(QStringLiteral(
             "UPDATE tabl SET data = ?, kod = ?, kola = ?, Klient = ?, Marsh = ?, Tovar = ?, km = ?, ton = ?, "

@@ -1,0 +1,209 @@
+#include "courses/coursecheck.h"
+
+#include <QtTest>
+
+using namespace zarek;
+
+namespace {
+
+CourseEntry validEntry()
+{
+    CourseEntry entry;
+    entry.driver = QStringLiteral("007,Иван Петров Иванов");
+    entry.kola = QStringLiteral("СА 1234 ВК");
+    entry.date = QStringLiteral("05.03.2006");
+    entry.ton = QStringLiteral("10");
+    entry.km = QStringLiteral("25");
+    entry.tarifa = QStringLiteral("0,125");
+    entry.marsh = QStringLiteral("София - Перник");
+    entry.klient = QStringLiteral("Д'Аргос ООД");
+    entry.tovar = QStringLiteral("Пясък");
+    entry.nomFakt = QStringLiteral("0000000000");
+    return entry;
+}
+
+const CourseSaveContext adding{CourseMode::NewKurs, true, {}};
+
+QString firstLine(const CourseCheckResult &result)
+{
+    return result.refusal ? result.refusal->text.section(QLatin1Char('\n'), 0, 0) : QString();
+}
+
+}
+
+class CourseCheckTest : public QObject {
+    Q_OBJECT
+private slots:
+    void allEmptyStopsAtTheDriver()
+    {
+        const auto result = checkCourse(CourseEntry{}, adding);
+        QVERIFY(result.refusal);
+        QCOMPARE(result.refusal->title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(result.refusal->text, QStringLiteral("Няма име на шофьора!\nМоля, изберете името на шофьора!"));
+    }
+
+    void theFirstFailingCheckWins_data()
+    {
+        QTest::addColumn<QStringList>("changes");  // field=value pairs applied to a valid entry
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("1 driver") << QStringList{"driver=", "kola="} << "Няма име на шофьора!";
+        QTest::newRow("2 truck") << QStringList{"kola= ", "date="} << "Няма номер на кола!";
+        QTest::newRow("3 date") << QStringList{"date=", "ton="} << "Няма въведена дата!";
+        QTest::newRow("4 tonnes") << QStringList{"ton=", "km="} << "Няма въведен тонаж!";
+        QTest::newRow("5 km") << QStringList{"km=", "tarifa="} << "Няма въведени километри!";
+        QTest::newRow("6 rate") << QStringList{"tarifa=", "marsh="} << "Няма въведена тарифа!";
+        QTest::newRow("7 route") << QStringList{"marsh=", "klient="} << "Няма въведен маршрут!";
+        QTest::newRow("8 client") << QStringList{"klient=", "tovar="} << "Няма въведен клиент!";
+        QTest::newRow("9 cargo before a long truck") << QStringList{"tovar=", "kola=1234567890123"}
+                                                      << "Няма въведен товар!";
+        QTest::newRow("10 invoice") << QStringList{"nomFakt="} << "Няма въведена фактура!";
+        QTest::newRow("11 invoice of 9") << QStringList{"nomFakt=000000001"} << "Грешен номер на фактура!";
+        QTest::newRow("11 invoice of 11") << QStringList{"nomFakt=00000000001"} << "Грешен номер на фактура!";
+        QTest::newRow("11 before 12") << QStringList{"nomFakt=1", "driver=Иван"} << "Грешен номер на фактура!";
+        QTest::newRow("12 driver without comma") << QStringList{"driver=Иван Петров"} << "Грешно име на шофьор!";
+        QTest::newRow("12 empty code") << QStringList{"driver= ,Иван"} << "Грешно име на шофьор!";
+        QTest::newRow("13 truck of 13") << QStringList{"kola=1234567890123", "tovar=" + QString(26, 'x')}
+                                        << "Номера на колата е по-дълъг от разрешения!";
+        QTest::newRow("13 truck of 12 passes") << QStringList{"kola=123456789012"} << "";
+        QTest::newRow("14 cargo of 26") << QStringList{"tovar=" + QString(26, u'т'), "klient=" + QString(26, 'x')}
+                                        << "Вида на товара е по-дълъг от разрешения!";
+        QTest::newRow("16 client of 26") << QStringList{"klient=" + QString(26, u'к'), "marsh=" + QString(26, 'x')}
+                                         << "Името на клиента е по-дълъго от разрешеното!";
+        QTest::newRow("17 route of 26") << QStringList{"marsh=" + QString(26, u'м')}
+                                        << "Маршрута е по-дълъг от разрешения!";
+        QTest::newRow("25 characters pass") << QStringList{"marsh=" + QString(25, u'м'), "tovar=" + QString(25, u'т')}
+                                            << "";
+        QTest::newRow("blanks around are trimmed") << QStringList{"klient=  " + QString(25, u'к') + "  "} << "";
+        QTest::newRow("month 13 is not stored") << QStringList{"date=31.13.2005"} << "Неверен формат на датата!";
+        QTest::newRow("impossible day") << QStringList{"date=30.02.2006"} << "Неверен формат на датата!";
+        QTest::newRow("tonnes not a number") << QStringList{"ton=десет"} << "Тонажа не е число!";
+        QTest::newRow("km not a number") << QStringList{"km=25км"} << "Километрите не са число!";
+        QTest::newRow("rate not a number") << QStringList{"tarifa=0.1.2"} << "13:Несъвместим тип: тарифата \"0.1.2\" не е число";
+        QTest::newRow("expense not a number") << QStringList{"razhod=петдесет"} << "Разхода не е число!";
+    }
+    void theFirstFailingCheckWins()
+    {
+        QFETCH(QStringList, changes);
+        QFETCH(QString, expected);
+        CourseEntry entry = validEntry();
+        for (const QString &change : changes) {
+            const QString field = change.section(QLatin1Char('='), 0, 0);
+            const QString value = change.section(QLatin1Char('='), 1);
+            QString *target = field == "driver" ? &entry.driver : field == "kola" ? &entry.kola
+                            : field == "date" ? &entry.date : field == "ton" ? &entry.ton
+                            : field == "km" ? &entry.km : field == "tarifa" ? &entry.tarifa
+                            : field == "marsh" ? &entry.marsh : field == "klient" ? &entry.klient
+                            : field == "tovar" ? &entry.tovar : field == "nomFakt" ? &entry.nomFakt
+                            : &entry.razhod;
+            *target = value;
+        }
+        QCOMPARE(firstLine(checkCourse(entry, adding)), expected);
+    }
+
+    void exampleCourseIsPriced()
+    {
+        const auto result = checkCourse(validEntry(), adding);
+        QVERIFY(!result.refusal);
+        QCOMPARE(result.course.bruto.cents(), qint64(3125));
+        QCOMPARE(result.course.procent.cents(), qint64(94));
+        QCOMPARE(result.course.neto.cents(), qint64(3031));
+        QCOMPARE(result.course.kod, QStringLiteral("007"));
+        QCOMPARE(result.course.data, QDate(2006, 3, 5));
+        QCOMPARE(result.course.Klient, QStringLiteral("Д'Аргос ООД"));
+        QVERIFY(!result.course.Doc);
+    }
+
+    void aNewCourseIsNeverInvoiced()
+    {
+        CourseEntry entry = validEntry();
+        entry.nomFakt = QStringLiteral("0000000125");
+        entry.fakt = true;
+        entry.plat = true;
+        const auto result = checkCourse(entry, adding);
+        QCOMPARE(result.course.NomFakt, QStringLiteral("0000000000"));
+        QVERIFY(!result.course.Fakt);
+        QVERIFY(result.course.plat);
+    }
+
+    void aCorrectionKeepsItsDriverAndInvoice()
+    {
+        CourseEntry entry = validEntry();
+        entry.driver = QStringLiteral("012");  // the bare code, as the combo shows it while correcting
+        entry.driverCode = QStringLiteral("012");
+        entry.nomFakt = QStringLiteral("0000000125");
+        entry.fakt = true;
+        Course original;
+        original.id = 41;
+        original.rowVersion = 3;
+        const auto result = checkCourse(entry, {CourseMode::EditKurs, false, original});
+        QVERIFY(!result.refusal);
+        QCOMPARE(result.course.kod, QStringLiteral("012"));
+        QCOMPARE(result.course.NomFakt, QStringLiteral("0000000125"));
+        QVERIFY(result.course.Fakt);
+        QCOMPARE(result.course.id, qint64(41));
+        QCOMPARE(result.course.rowVersion, 3);
+    }
+
+    void anEmptyPeriodInCorrectionStillForcesNothing()
+    {
+        // A row started in the correction task is added, but its invoice is not forced.
+        CourseEntry entry = validEntry();
+        entry.nomFakt = QStringLiteral("0000000125");
+        const auto result = checkCourse(entry, {CourseMode::EditKurs, true, {}});
+        QCOMPARE(result.course.kod, QStringLiteral("007"));
+        QCOMPARE(result.course.NomFakt, QStringLiteral("0000000125"));
+    }
+
+    void aDateThatReadsButHasABadMonthWarnsAndGoesOn()
+    {
+        CourseEntry entry = validEntry();
+        entry.date = QStringLiteral("05032006");
+        const auto result = checkCourse(entry, adding);
+        QVERIFY(!result.refusal);
+        QVERIFY(result.dateWarning);
+        QVERIFY(result.focusDate);
+        QCOMPARE(result.dateWarning->text,
+                 QStringLiteral("Неверен формат на датата!\nПроверете въведената дата и опитайте отново."));
+        QCOMPARE(result.course.data, QDate(2006, 3, 5));
+    }
+
+    void anUnreadableDateFocusesTheDateBox()
+    {
+        CourseEntry entry = validEntry();
+        entry.date = QStringLiteral("31.13.2005");
+        const auto result = checkCourse(entry, adding);
+        QVERIFY(result.refusal);
+        QVERIFY(result.focusDate);
+        QVERIFY(!result.dateWarning);  // one message, not two
+    }
+
+    void expenseTakesCommaOrBlank_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<qint64>("cents");
+        QTest::newRow("blank") << "" << qint64(0);
+        QTest::newRow("comma") << "12,50" << qint64(1250);
+        QTest::newRow("point") << "45.5" << qint64(4550);
+        QTest::newRow("blanks") << "  7 " << qint64(700);
+    }
+    void expenseTakesCommaOrBlank()
+    {
+        QFETCH(QString, text);
+        QFETCH(qint64, cents);
+        CourseEntry entry = validEntry();
+        entry.razhod = text;
+        QCOMPARE(checkCourse(entry, adding).expense.cents(), cents);
+    }
+
+    void typedRateWins()
+    {
+        CourseEntry entry = validEntry();
+        entry.tarifa = QStringLiteral("0.2");
+        const auto result = checkCourse(entry, adding);
+        QCOMPARE(result.course.Tarifa, 0.2);
+        QCOMPARE(result.course.bruto.cents(), qint64(5000));
+    }
+};
+
+QTEST_APPLESS_MAIN(CourseCheckTest)
+#include "tst_coursecheck.moc"

@@ -1,0 +1,71 @@
+#include "app/firmprofile.h"
+#include "testdatabase.h"
+
+#include <QSqlQuery>
+
+using namespace zarek;
+
+class FirmProfileTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void anEmptyFirmTableStopsTheProgram()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        const FirmProfileLoad load = LoadFirmProfile(db);
+        QVERIFY(!load.profile);
+        QVERIFY(load.stopMessage);
+        QCOMPARE(load.stopMessage->title, QStringLiteral("ВНИМАНИЕ!"));
+        QCOMPARE(load.stopMessage->text, QStringLiteral("Липсват данни!\nИзлизам от програмата!"));
+        QCOMPARE(load.stopMessage->icon, UserMessage::Icon::Exclamation);
+    }
+
+    void requiredFieldsAreTrimmedAndOptionalOnesNeverEmpty()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlQuery insert(scratch.db());
+        insert.prepare(QStringLiteral(
+            "INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, UserCountry, UserDanN, UserBULSTAT, UserMOL, "
+            "UserEmail, UserTel, UserGSM, UserURL) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+        for (const char *value : {"  Д'Арт Транс ООД ", " ул. Шипка 5 ", " Пловдив", "", "   ", " 123456789 ",
+                                  " Петър Петров ", "", "   ", " 0888 ", ""})
+            insert.addBindValue(QString::fromUtf8(value));
+        QVERIFY(insert.exec());
+        QSqlDatabase db = scratch.db();
+        const FirmProfile profile = *LoadFirmProfile(db).profile;
+        QCOMPARE(profile.UserName, QStringLiteral("Д'Арт Транс ООД"));
+        QCOMPARE(profile.UserAdres, QStringLiteral("ул. Шипка 5"));
+        QCOMPARE(profile.UserCity, QStringLiteral("Пловдив"));
+        QCOMPARE(profile.UserTel, QString());          // required: an all-blank text stays empty
+        QCOMPARE(profile.UserGSM, QStringLiteral("0888"));
+        QCOMPARE(profile.UserDanN, QStringLiteral(" "));  // optional: a single blank
+        QCOMPARE(profile.UserCountry, QStringLiteral(" "));
+        QCOMPARE(profile.UserEmail, QStringLiteral(" "));
+        QCOMPARE(profile.UserURL, QStringLiteral(" "));
+        QCOMPARE(profile.UserBULSTAT, QStringLiteral("123456789"));
+        QCOMPARE(profile.UserMOL, QStringLiteral("Петър Петров"));
+    }
+
+    void onlyTheFirstRowCounts()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO ZarekCfg (UserName) VALUES ('Първа')")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO ZarekCfg (UserName) VALUES ('Втора')")));
+        QSqlDatabase db = scratch.db();
+        const FirmProfileLoad load = LoadFirmProfile(db);
+        QVERIFY(!load.stopMessage);
+        QCOMPARE(load.profile->UserName, QStringLiteral("Първа"));
+    }
+
+    void titleCarriesVersionAndFirm()
+    {
+        FirmProfile profile;
+        profile.UserName = QStringLiteral("ACME");
+        QCOMPARE(mainWindowTitle(profile), QStringLiteral("Зарек 2.3.4 - ACME"));
+    }
+};
+
+QTEST_GUILESS_MAIN(FirmProfileTest)
+#include "tst_firmprofile.moc"
