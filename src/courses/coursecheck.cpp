@@ -31,7 +31,8 @@ std::optional<UserMessage> firstFailure(const std::vector<Rule> &rules)
 
 UserMessage dateMessage()
 {
-    return UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Неверен формат на датата!"),
+    // The box's title is not set for this message, so it keeps its design caption.
+    return UserMessage::twoLines(QStringLiteral("Информация"), QStringLiteral("Неверен формат на датата!"),
                                  QStringLiteral("Проверете въведената дата и опитайте отново."),
                                  UserMessage::Icon::Exclamation);
 }

@@ -1,0 +1,101 @@
+#include "searchdialog.h"
+
+#include "app/messageservice.h"
+#include "forms/dateentry.h"
+
+#include <QComboBox>
+#include <QCompleter>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace zarek {
+
+SearchDialog::SearchDialog(SearchMode mode, QSqlDatabase db, QWidget *parent)
+    : QDialog(parent), m_mode(mode), m_db(std::move(db))
+{
+    setWindowTitle(QStringLiteral("Условия за търсене"));
+    setModal(true);
+
+    m_periodFrame = new QGroupBox(QStringLiteral("Избор на начална и крайна дата ( ММ/ДД/ГГ )"), this);
+    m_periodFrame->setObjectName(QStringLiteral("Frame1"));
+    m_from = new DateEntry(m_periodFrame);
+    m_from->setObjectName(QStringLiteral("Text1_0"));
+    m_to = new DateEntry(m_periodFrame);
+    m_to->setObjectName(QStringLiteral("Text1_1"));
+    auto *period = new QFormLayout(m_periodFrame);
+    period->addRow(QStringLiteral("от дата"), m_from);
+    period->addRow(QStringLiteral("до дата"), m_to);
+
+    auto *buttons = new QDialogButtonBox(this);
+    QPushButton *ok = buttons->addButton(QStringLiteral("Търси"), QDialogButtonBox::AcceptRole);
+    ok->setObjectName(QStringLiteral("OKButton"));
+    ok->setToolTip(QStringLiteral("Стартира търсенето"));
+    ok->setDefault(true);
+    QPushButton *cancel = buttons->addButton(QStringLiteral("Отказ"), QDialogButtonBox::RejectRole);
+    cancel->setObjectName(QStringLiteral("CancelButton"));
+    cancel->setToolTip(QStringLiteral("Затваря прозореца"));
+    connect(buttons, &QDialogButtonBox::accepted, this, &SearchDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &SearchDialog::reject);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_periodFrame);
+    m_body = new QVBoxLayout;
+    layout->addLayout(m_body);
+    layout->addStretch();
+    layout->addWidget(buttons);
+    setMinimumWidth(420);
+}
+
+void SearchDialog::setPeriodEnabled(bool enabled)
+{
+    m_from->setEnabled(enabled);
+    m_to->setEnabled(enabled);
+}
+
+QComboBox *SearchDialog::makeCombo(const QString &objectName, QWidget *parent)
+{
+    auto *combo = new QComboBox(parent);
+    combo->setObjectName(objectName);
+    combo->setEditable(true);
+    combo->setInsertPolicy(QComboBox::NoInsert);
+    combo->setMaxVisibleItems(20);
+    combo->completer()->setFilterMode(Qt::MatchContains);
+    combo->completer()->setCaseSensitivity(Qt::CaseInsensitive);
+    combo->completer()->setCompletionMode(QCompleter::PopupCompletion);
+    return combo;
+}
+
+bool SearchDialog::fillCombo(QComboBox *combo, const QStringList &items, bool showFirst)
+{
+    combo->addItems(items);
+    combo->setCurrentIndex(showFirst && !items.isEmpty() ? 0 : -1);
+    if (!showFirst)
+        combo->setEditText(combo->currentText());
+    return !items.isEmpty();
+}
+
+void SearchDialog::accept()
+{
+    const Checked<SearchConditions> result = check();
+    if (!result) {
+        MessageService::instance().inform(result.message());
+        return;
+    }
+    m_conditions = result.value();
+    m_seekOk = true;
+    QDialog::accept();
+}
+
+void SearchDialog::reject()
+{
+    MessageService::instance().inform(searchCancelledMessage());
+    m_seekOk = false;
+    QDialog::reject();
+}
+
+}

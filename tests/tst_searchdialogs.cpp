@@ -1,0 +1,317 @@
+#include "app/messageservice.h"
+#include "courses/diaseek.h"
+#include "courses/diaseekall.h"
+#include "courses/diaseekalt.h"
+#include "testdatabase.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+void addCourse(QSqlDatabase db, const QString &kola, const QString &klient, const QString &nomFakt)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, NomFakt) "
+                                 "VALUES (?, '001', ?, ?, 'София - Перник', 'Пясък', ?)"));
+    query.addBindValue(QDate(2026, 3, 5));
+    query.addBindValue(kola);
+    query.addBindValue(klient);
+    query.addBindValue(nomFakt);
+    QVERIFY(query.exec());
+}
+
+void fillSample(test::ScratchDatabase &scratch)
+{
+    addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("Д'Аргос ООД"), QStringLiteral("0000000000"));
+    addCourse(scratch.db(), QStringLiteral("РВ 5678 ТМ"), QStringLiteral("Агрополис АД"), QStringLiteral("0000000007"));
+    addCourse(scratch.db(), QStringLiteral("РВ 5678 ТМ"), QStringLiteral("Агрополис АД"), QStringLiteral("0000000012"));
+    scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')"));
+}
+
+template <typename T>
+T *child(QWidget &dialog, const char *name)
+{
+    T *widget = dialog.findChild<T *>(QString::fromLatin1(name));
+    if (!widget)
+        qFatal("no widget %s", name);
+    return widget;
+}
+
+void setPeriod(QWidget &dialog, const QString &from, const QString &to)
+{
+    child<QLineEdit>(dialog, "Text1_0")->setText(from);
+    child<QLineEdit>(dialog, "Text1_1")->setText(to);
+}
+
+void clickSearch(QWidget &dialog)
+{
+    child<QPushButton>(dialog, "OKButton")->click();
+}
+
+QString lastText(const RecordingMessageService &messages)
+{
+    return messages.shown.isEmpty() ? QString() : messages.shown.last().text;
+}
+
+}
+
+class SearchDialogsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void aTruckSearchGivesTheTruckAndThePeriod()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeek dialog(SearchMode::Kola, scratch.db());
+        QCOMPARE(child<QComboBox>(dialog, "Combo1")->count(), 2);
+        QCOMPARE(child<QComboBox>(dialog, "Combo1")->currentText(), QStringLiteral("РВ 5678 ТМ"));
+        setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
+        clickSearch(dialog);
+        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(dialog.SeekOk());
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(dialog.conditions().SeekKola, QStringLiteral("РВ 5678 ТМ"));
+        QCOMPARE(dialog.conditions().period.from, QDate(2026, 3, 1));
+        QCOMPARE(dialog.conditions().period.to, QDate(2026, 3, 31));
+    }
+
+    void periodChecksKeepTheDialogOpen_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("same day") << "05.03.2026" << "05.03.2026"
+                                  << "Грешно зададен период!\n(начална дата е след крайната дата)\nПроверете си датите!";
+        QTest::newRow("reversed") << "06.03.2026" << "05.03.2026"
+                                  << "Грешно зададен период!\n(начална дата е след крайната дата)\nПроверете си датите!";
+        QTest::newRow("no end") << "05.03.2026" << "" << "Няма избран период за търсене!\nПроверете си датите!";
+        QTest::newRow("unreadable") << "ааа" << "05.03.2026" << "Неверен формат на датата!\nПроверете си датите!";
+    }
+    void periodChecksKeepTheDialogOpen()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(QString, message);
+        RecordingMessageService messages;
+        for (SearchMode mode : {SearchMode::Kola, SearchMode::All}) {
+            DiaSeek dialog(mode, scratch.db());
+            setPeriod(dialog, from, to);
+            clickSearch(dialog);
+            QCOMPARE(lastText(messages), message);
+            QVERIFY(!dialog.SeekOk());
+            QCOMPARE(dialog.result(), int(QDialog::Rejected));
+        }
+        DiaSeekAlt alt(SearchMode::All, scratch.db());
+        setPeriod(alt, from, to);
+        clickSearch(alt);
+        QCOMPARE(lastText(messages), message);
+        QVERIFY(!alt.SeekOk());
+    }
+
+    void invoicesAndStockAskNoPeriod()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeek invoices(SearchMode::EditFakt, scratch.db());
+        QVERIFY(!child<QLineEdit>(invoices, "Text1_0")->isEnabled());
+        QVERIFY(!child<QLineEdit>(invoices, "Text1_1")->isEnabled());
+        auto *combo = child<QComboBox>(invoices, "Combo1");
+        QCOMPARE(combo->count(), 2);  // no "0000000000", newest first
+        QCOMPARE(combo->itemText(0), QStringLiteral("0000000012"));
+        clickSearch(invoices);
+        QVERIFY(invoices.SeekOk());
+        QCOMPARE(invoices.conditions().SeekNomFakt, QStringLiteral("0000000012"));
+        QVERIFY(invoices.conditions().SeekFrom.isEmpty());
+
+        DiaSeek stock(SearchMode::NalichSK, scratch.db());
+        QVERIFY(!child<QLineEdit>(stock, "Text1_0")->isEnabled());
+        QVERIFY(child<QComboBox>(stock, "Combo1")->isHidden());
+        clickSearch(stock);
+        QVERIFY(stock.SeekOk());
+        QVERIFY(stock.conditions().SeekArtikul.isEmpty());
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void allModeNeedsOnlyThePeriod()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        DiaSeek dialog(SearchMode::All, scratch.db());
+        QVERIFY(!child<QComboBox>(dialog, "Combo1")->isEnabled());
+        QVERIFY(messages.shown.isEmpty());  // no list, so no empty-list message
+        clickSearch(dialog);
+        QCOMPARE(lastText(messages), QStringLiteral("Няма избран период за търсене!\nПроверете си датите!"));
+        setPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
+        clickSearch(dialog);
+        QVERIFY(dialog.SeekOk());
+    }
+
+    void anEmptyListIsTold()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        DiaSeek dialog(SearchMode::Klients, scratch.db());
+        QCOMPARE(lastText(messages), QStringLiteral("Липсват данните за списъка!"));
+        setPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
+        clickSearch(dialog);
+        QCOMPARE(lastText(messages), QStringLiteral("Няма избран клиент!\nМоля, изберете клиент от списъка."));
+        QVERIFY(!dialog.SeekOk());
+    }
+
+    void aDriverIsSplitAtTheComma()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeek dialog(SearchMode::Driver, scratch.db());
+        setPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
+        QCOMPARE(child<QComboBox>(dialog, "Combo1")->currentText(), QStringLiteral("001,Иван Петров"));
+        child<QComboBox>(dialog, "Combo1")->setEditText(QStringLiteral("Иван Петров"));
+        clickSearch(dialog);
+        QCOMPARE(lastText(messages), QStringLiteral("Грешно име на шофьор!\nМоля, изберете име от списъка!"));
+        child<QComboBox>(dialog, "Combo1")->setCurrentIndex(0);
+        clickSearch(dialog);
+        QVERIFY(dialog.SeekOk());
+        QCOMPARE(dialog.conditions().SeekDriverKod, QStringLiteral("001"));
+        QCOMPARE(dialog.conditions().SeekDriverIme, QStringLiteral("Иван Петров"));
+    }
+
+    void theAlternativeSearchTellsItsChoice()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeekAlt all(SearchMode::All, scratch.db());
+        QVERIFY(child<QRadioButton>(all, "Option1")->isChecked());
+        QCOMPARE(child<QRadioButton>(all, "Option2")->text(), QStringLiteral("Фактурирани"));
+        QVERIFY(!child<QComboBox>(all, "Combo1")->isEnabled());
+        setPeriod(all, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
+        child<QRadioButton>(all, "Option3")->click();
+        clickSearch(all);
+        QCOMPARE(all.conditions().SeekChoice, QStringLiteral("No"));
+
+        DiaSeekAlt driver(SearchMode::Driver, scratch.db());
+        QCOMPARE(child<QRadioButton>(driver, "Option2")->text(), QStringLiteral("Платени"));
+        QCOMPARE(child<QRadioButton>(driver, "Option3")->text(), QStringLiteral("Неплатени"));
+        setPeriod(driver, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
+        child<QRadioButton>(driver, "Option2")->click();
+        clickSearch(driver);
+        QCOMPARE(driver.conditions().SeekChoice, QStringLiteral("Yes"));
+        QCOMPARE(driver.conditions().SeekDriverKod, QStringLiteral("001"));
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void theInvoicingSearchChecksClientAndTruck_data()
+    {
+        QTest::addColumn<QString>("klient");
+        QTest::addColumn<QString>("kola");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QString>("seekKola");
+        QTest::newRow("truck left at its design text") << "Агрополис АД" << "ааа"
+            << "Въведения номер няма курсове!\nМоля, изберете номер от списъка и опитайте отново." << "";
+        QTest::newRow("truck cleared means all") << "Агрополис АД" << "" << "" << "";
+        QTest::newRow("truck of the list") << "Агрополис АД" << "СА 1234 ВК" << "" << "СА 1234 ВК";
+        QTest::newRow("no client") << " " << "" << "Няма зададен клиент!\nВъведете клиент и опитайте отново." << "";
+        QTest::newRow("not a client") << "Непознат ЕООД" << ""
+            << "Въведеното име не е Ваш клиент!\nМоля, изберете клиент от списъка и опитайте отново." << "";
+        QTest::newRow("client with apostrophe") << "Д'Аргос ООД" << "" << "" << "";
+    }
+    void theInvoicingSearchChecksClientAndTruck()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        QFETCH(QString, klient);
+        QFETCH(QString, kola);
+        QFETCH(QString, message);
+        QFETCH(QString, seekKola);
+        RecordingMessageService messages;
+        DiaSeekAll dialog(SearchMode::FaktNew, scratch.db());
+        QCOMPARE(child<QComboBox>(dialog, "Combo2")->currentText(), QStringLiteral("ааа"));
+        setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
+        child<QComboBox>(dialog, "Combo1")->setEditText(klient);
+        child<QComboBox>(dialog, "Combo2")->setEditText(kola);
+        clickSearch(dialog);
+        QCOMPARE(lastText(messages), message);
+        QCOMPARE(dialog.SeekOk(), message.isEmpty());
+        if (dialog.SeekOk()) {
+            QCOMPARE(dialog.conditions().SeekKlient, klient.trimmed());
+            QCOMPARE(dialog.conditions().SeekKola, seekKola);
+        }
+    }
+
+    void blankRouteAndCargoAreNoCondition()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeekAll first(SearchMode::FaktNew, scratch.db());
+        setPeriod(first, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
+        child<QComboBox>(first, "Combo2")->setEditText(QString());
+        child<QLineEdit>(first, "Text2")->setText(QStringLiteral("Пяс"));
+        child<QLineEdit>(first, "Text3")->setText(QStringLiteral("София"));
+        clickSearch(first);
+        QCOMPARE(first.conditions().SeekTovar, QStringLiteral("Пяс"));
+        QCOMPARE(first.conditions().SeekMarsh, QStringLiteral("София"));
+
+        DiaSeekAll second(SearchMode::FaktNew, scratch.db());
+        setPeriod(second, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
+        child<QComboBox>(second, "Combo2")->setEditText(QString());
+        clickSearch(second);
+        QVERIFY(second.SeekOk());
+        QVERIFY(second.conditions().SeekTovar.isEmpty());
+        QVERIFY(second.conditions().SeekMarsh.isEmpty());
+    }
+
+    void warehouseExpensesTakeTheTruckUnchecked()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeekAll dialog(SearchMode::SkladPRN, scratch.db());
+        QVERIFY(!child<QComboBox>(dialog, "Combo1")->isEnabled());
+        QVERIFY(!child<QLineEdit>(dialog, "Text2")->isEnabled());
+        QCOMPARE(child<QLabel>(dialog, "lblText3")->text(), QStringLiteral("Артикул"));
+        setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
+        clickSearch(dialog);
+        QVERIFY(dialog.SeekOk());
+        QCOMPARE(dialog.conditions().SeekKola, QStringLiteral("ааа"));
+    }
+
+    void noCoursesAtAllIsToldOnOpening()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        DiaSeekAll dialog(SearchMode::FaktNew, scratch.db());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(lastText(messages), QStringLiteral("Няма въведени курсове в компютъра!"));
+    }
+
+    void cancellingIsToldAsNoConditions()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeek dialog(SearchMode::Kola, scratch.db());
+        setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
+        child<QPushButton>(dialog, "CancelButton")->click();
+        QCOMPARE(lastText(messages), QStringLiteral("Няма избрани ограничения за търсене!"));
+        QVERIFY(!dialog.SeekOk());
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
+    }
+};
+
+QTEST_MAIN(SearchDialogsTest)
+#include "tst_searchdialogs.moc"
