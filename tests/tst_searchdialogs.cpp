@@ -311,6 +311,34 @@ private slots:
         QVERIFY(!dialog.SeekOk());
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
+
+    // With ZAREK_SCREENSHOT_DIR set, saves each dialog family as a picture for a person to look at.
+    void screenshots()
+    {
+        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+        if (dir.isEmpty())
+            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the dialogs");
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        const auto save = [&](QDialog &dialog, const QString &title, const QString &name) {
+            dialog.setWindowTitle(title);
+            dialog.show();
+            QTest::qWait(50);
+            dialog.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
+        };
+        DiaSeek kola(SearchMode::Kola, scratch.db());
+        setPeriod(kola, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
+        save(kola, QStringLiteral("Търсене - Курсове на кола №"), QStringLiteral("diaseek-kola"));
+        DiaSeek fakt(SearchMode::EditFakt, scratch.db());
+        save(fakt, QStringLiteral("Търсене - Корекция фактури"), QStringLiteral("diaseek-editfakt"));
+        DiaSeek stock(SearchMode::NalichSK, scratch.db());
+        save(stock, QStringLiteral("Търсене - Наличност в склада"), QStringLiteral("diaseek-nalichsk"));
+        DiaSeekAlt alt(SearchMode::Driver, scratch.db());
+        save(alt, QStringLiteral("Търсене - Курсове на шофьор"), QStringLiteral("diaseekalt-driver"));
+        DiaSeekAll all(SearchMode::FaktNew, scratch.db());
+        save(all, QStringLiteral("Търсене - Нефактурирани курсове"), QStringLiteral("diaseekall-faktnew"));
+    }
 };
 
 QTEST_MAIN(SearchDialogsTest)
