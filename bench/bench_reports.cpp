@@ -1,0 +1,169 @@
+// Prints how long the course report of the whole firm and the result grid take on large data.
+// Not a test: figures only. Run: bench_reports [courses...] (default 10000 100000).
+
+#include "app/firmprofile.h"
+#include "data/database.h"
+#include "data/schema.h"
+#include "forms/resultgridscreen.h"
+#include "reports/coursereports.h"
+#include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <cstdio>
+
+using namespace zarek;
+
+namespace {
+
+double ms(const QElapsedTimer &timer) { return timer.nsecsElapsed() / 1e6; }
+
+bool fillCourses(QSqlDatabase db, int count)
+{
+    const QStringList trucks = {"СА 1234 ВК", "РК 5678 ВС", "РК 9012 КМ", "СО 3456 АР", "ВТ 7890 ХА"};
+    const QStringList clients = {"Бетон Перник АД", "Д'Аргос ООД", "Стройинвест Юг ЕООД", "Пътстрой ЕАД"};
+    const QStringList routes = {"Перник - София", "Перник - Радомир - Кюстендил", "Батановци - Перник"};
+    const QStringList goods = {"Пясък", "Чакъл 0-4 мм", "Бетонови елементи"};
+    if (!db.transaction())
+        return false;
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
+                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
+                                 "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    for (int i = 0; i < count; ++i) {
+        const double ton = 8 + (i * 37 % 170) / 10.0;
+        const double km = 10 + (i * 53 % 240);
+        const double rate = 0.08 + (i % 7) * 0.015;
+        const double bruto = std::round(ton * km * rate * 100) / 100;
+        const double procent = std::round(bruto * 3) / 100;
+        const QList<QVariant> values = {QDate(2022, 1, 1).addDays(i % 730), QStringLiteral("00%1").arg(i % 9),
+                                        trucks.at(i % trucks.size()), clients.at(i % clients.size()),
+                                        routes.at(i % routes.size()), goods.at(i % goods.size()), km, ton, rate,
+                                        bruto, procent, bruto - procent, i % 4 == 0,
+                                        QStringLiteral("0000000000"), i % 3 == 0, false};
+        for (const QVariant &value : values)
+            query.addBindValue(value);
+        if (!query.exec()) {
+            std::fprintf(stderr, "insert: %s\n", qPrintable(query.lastError().text()));
+            return false;
+        }
+    }
+    return db.commit();
+}
+
+void benchReport(QSqlDatabase db, int count)
+{
+    FirmProfile firm;
+    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
+    firm.UserCity = QStringLiteral("Перник");
+    firm.UserAdres = QStringLiteral("ул. Индустриална 14");
+    SearchConditions conditions;
+    conditions.SeekChoice = QStringLiteral("All");
+    conditions.period = {QDate(2022, 1, 1), QDate(2023, 12, 31)};
+
+    QElapsedTimer total;
+    total.start();
+    QElapsedTimer step;
+    step.start();
+    const Checked<Report> report = ReportAll(conditions, db, firm);
+    const double query = ms(step);
+    if (!report) {
+        std::fprintf(stderr, "report: %s\n", qPrintable(report.message().text));
+        return;
+    }
+    step.restart();
+    const LaidOutReport laid = layoutReport(report.value());
+    const double layout = ms(step);
+    step.restart();
+    ReportPreview preview(laid);
+    preview.show();
+    QCoreApplication::processEvents();
+    preview.grab();  // the first page painted
+    const double firstPage = ms(step);
+    const double shown = ms(total);
+    std::printf("all-courses report, %6d courses: query %7.1f ms, layout %7.1f ms (%d pages), first page drawn "
+                "%6.1f ms, first page shown after %7.1f ms, layout/query %.2f\n",
+                count, query, layout, laid.pageCount(), firstPage, shown, layout / std::max(query, 0.001));
+}
+
+void benchGrid(QSqlDatabase db, int count)
+{
+    QElapsedTimer total;
+    total.start();
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    query.exec(QStringLiteral("SELECT Data, Marsh, Tovar, kola, KM, Ton, Tarifa, bruto, Fakt, NomFakt FROM tabl "
+                              "ORDER BY Data"));
+    const Checked<RowSet> rows = RowSet::fromQuery(query, QStringLiteral("ГРЕШКА"));
+    const double read = ms(total);
+    ResultGridConfig config;
+    config.formName = QStringLiteral("Faktura");
+    config.columns = {
+        {QStringLiteral("Data"), QStringLiteral("Дата"), 1200, {}, Qt::AlignLeft},
+        {QStringLiteral("Marsh"), QStringLiteral("Маршрут"), 2600, {}, Qt::AlignLeft},
+        {QStringLiteral("Tovar"), QStringLiteral("Товар"), 2050, {}, Qt::AlignLeft},
+        {QStringLiteral("kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter},
+        {QStringLiteral("KM"), QStringLiteral("Км"), 750, QStringLiteral("###0"), Qt::AlignRight},
+        {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("bruto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight},
+        {QStringLiteral("Fakt"), QStringLiteral("Факт."), 650, {}, Qt::AlignHCenter, false, false, true},
+        {QStringLiteral("NomFakt"), {}, 0, {}, Qt::AlignLeft, false, true},
+    };
+    config.flagField = QStringLiteral("Fakt");
+    config.amountField = QStringLiteral("bruto");
+    config.sumCaption = QStringLiteral("Сума за плащане:");
+    QElapsedTimer open;
+    open.start();
+    ResultGridScreen screen(config);
+    screen.setRows(rows.value());
+    screen.show();
+    while (screen.currentRow() < 0)
+        QCoreApplication::processEvents();
+    screen.grid()->grab();
+    const double opened = ms(open);
+    std::printf("result grid, %6d rows: query into rows %7.1f ms, grid opened %6.1f ms, total %7.1f ms\n",
+                rows.value().rowCount(), read, opened, ms(total));
+}
+
+}
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QList<int> sizes;
+    for (int i = 1; i < argc; ++i)
+        sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
+    if (sizes.isEmpty())
+        sizes = {10000, 100000};
+    for (const int count : sizes) {
+        QTemporaryDir dir;
+        DatabaseConfig config;
+        config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
+        const QString connection = QStringLiteral("bench%1").arg(count);
+        {
+            QSqlDatabase db = openDatabase(config, connection);
+            QString error;
+            if (!db.isOpen() || !migrateSchema(db, &error)) {
+                std::fprintf(stderr, "database: %s\n", qPrintable(error));
+                return 1;
+            }
+            QElapsedTimer fill;
+            fill.start();
+            if (!fillCourses(db, count))
+                return 1;
+            std::printf("filled %d courses in %.0f ms\n", count, ms(fill));
+            benchReport(db, count);
+            benchGrid(db, count);
+        }
+        closeDatabase(connection);
+    }
+    return 0;
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "app/dates.h"
+#include "forms/resultgridscreen.h"
+
+#include <QSqlDatabase>
+
+namespace zarek {
+
+// Kilometre correction: a truck's courses of exactly 1 km in a period, whose kilometres and rate
+// are corrected in the grid after F4. Each corrected cell is written at once, with the course's
+// money priced again.
+class EditKM : public ResultGridScreen {
+    Q_OBJECT
+public:
+    EditKM(const QString &kola, const Period &period, QSqlDatabase db, QWidget *parent = nullptr);
+
+    static ResultGridConfig config(const QString &kola);
+
+private:
+    std::optional<UserMessage> write(int row, const QString &field, const QVariant &value);
+
+    QSqlDatabase m_db;
+};
+
+}

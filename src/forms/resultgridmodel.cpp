@@ -1,0 +1,184 @@
+#include "resultgridmodel.h"
+
+#include "app/dates.h"
+#include "app/formats.h"
+#include "app/messageservice.h"
+#include "reports/reportformat.h"
+
+#include <QRegularExpression>
+
+namespace zarek {
+
+ResultGridModel::ResultGridModel(QObject *parent) : QAbstractTableModel(parent) {}
+
+void ResultGridModel::setColumns(const QList<ResultGridColumn> &columns)
+{
+    beginResetModel();
+    m_columns = columns;
+    m_sourceColumns.clear();
+    for (const ResultGridColumn &column : m_columns)
+        m_sourceColumns.append(m_rows.column(column.field));
+    endResetModel();
+}
+
+void ResultGridModel::setRows(RowSet rows)
+{
+    beginResetModel();
+    m_rows = std::move(rows);
+    m_sourceColumns.clear();
+    for (const ResultGridColumn &column : m_columns)
+        m_sourceColumns.append(m_rows.column(column.field));
+    m_flagColumn = m_flagField.isEmpty() ? -1 : m_rows.column(m_flagField);
+    endResetModel();
+}
+
+void ResultGridModel::setFlagField(const QString &field)
+{
+    m_flagField = field;
+    m_flagColumn = field.isEmpty() ? -1 : m_rows.column(field);
+}
+
+bool ResultGridModel::isMarked(int row) const
+{
+    return m_flagColumn >= 0 && row >= 0 && row < m_rows.rowCount() && m_rows.value(row, m_flagColumn).toBool();
+}
+
+void ResultGridModel::setMarked(int row, bool marked)
+{
+    if (m_flagColumn < 0 || row < 0 || row >= m_rows.rowCount())
+        return;
+    m_rows.setValue(row, m_flagColumn, marked);
+    refreshRow(row);
+}
+
+void ResultGridModel::setEditingAllowed(bool allowed)
+{
+    if (m_editingAllowed == allowed)
+        return;
+    m_editingAllowed = allowed;
+    if (rowCount() > 0)
+        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1), {});
+}
+
+void ResultGridModel::refreshRow(int row)
+{
+    if (row >= 0 && row < rowCount() && columnCount() > 0)
+        emit dataChanged(index(row, 0), index(row, columnCount() - 1));
+}
+
+int ResultGridModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : m_rows.rowCount();
+}
+
+int ResultGridModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_columns.size());
+}
+
+QString ResultGridModel::displayText(const QVariant &value, const ResultGridColumn &column) const
+{
+    if (column.format.isEmpty()) {
+        // Dates come from SQLite as ISO text and from PostgreSQL as dates: both read dd.MM.yyyy.
+        static const QRegularExpression isoDate(QStringLiteral("^\\d{4}-\\d{2}-\\d{2}$"));
+        if (value.metaType().id() == QMetaType::QDate
+            || (value.metaType().id() == QMetaType::QString && isoDate.match(value.toString()).hasMatch()))
+            return formatDate(dateOfValue(value));
+    }
+    return formatReportValue(value, column.format);
+}
+
+QVariant ResultGridModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid() || index.row() >= m_rows.rowCount() || index.column() >= m_columns.size())
+        return {};
+    const ResultGridColumn &column = m_columns.at(index.column());
+    const int source = m_sourceColumns.at(index.column());
+    switch (role) {
+    case Qt::DisplayRole:
+        if (source < 0 || column.checkBox)
+            return {};
+        return displayText(m_rows.value(index.row(), source), column);
+    case Qt::EditRole:
+        if (source < 0)
+            return {};
+        if (column.checkBox)
+            return m_rows.value(index.row(), source).toBool();
+        return displayText(m_rows.value(index.row(), source), column);
+    case Qt::CheckStateRole:
+        if (!column.checkBox || source < 0)
+            return {};
+        return m_rows.value(index.row(), source).toBool() ? Qt::Checked : Qt::Unchecked;
+    case Qt::TextAlignmentRole:
+        return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
+    case Qt::ForegroundRole:
+        if (isMarked(index.row()))
+            return m_markColor;
+        return {};
+    default:
+        return {};
+    }
+}
+
+QVariant ResultGridModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && section < m_columns.size()) {
+        if (role == Qt::DisplayRole)
+            return m_columns.at(section).caption;
+        if (role == Qt::TextAlignmentRole)
+            return QVariant::fromValue(m_columns.at(section).alignment | Qt::AlignVCenter);
+    }
+    if (orientation == Qt::Vertical && role == Qt::DisplayRole)
+        return {};
+    return QAbstractTableModel::headerData(section, orientation, role);
+}
+
+Qt::ItemFlags ResultGridModel::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    const ResultGridColumn &column = m_columns.at(index.column());
+    if (m_editingAllowed && column.editable && !column.checkBox)
+        flags |= Qt::ItemIsEditable;
+    return flags;
+}
+
+bool ResultGridModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    if (role != Qt::EditRole || !(flags(index) & Qt::ItemIsEditable))
+        return false;
+    const ResultGridColumn &column = m_columns.at(index.column());
+    const int source = m_sourceColumns.at(index.column());
+    if (source < 0)
+        return false;
+    QVariant stored = value;
+    const int type = m_rows.value(index.row(), source).metaType().id();
+    const bool numeric = type == QMetaType::Double || type == QMetaType::Int || type == QMetaType::LongLong
+                         || type == QMetaType::Float;
+    if (formatDecimals(column.format) || numeric) {
+        const std::optional<double> number = parseNumber(value.toString());
+        if (!number) {
+            MessageService::instance().inform(UserMessage::twoLines(
+                QStringLiteral("ГРЕШКА при запис!"),
+                QStringLiteral("\"%1\" не е число!").arg(value.toString().trimmed()),
+                QStringLiteral("Моля, въведете число в колона \"%1\".").arg(column.caption)));
+            return false;
+        }
+        stored = *number;
+    }
+    if (m_rows.value(index.row(), source) == stored)
+        return true;
+    if (m_editHook) {
+        if (const std::optional<UserMessage> refusal = m_editHook(index.row(), column.field, stored)) {
+            MessageService::instance().inform(*refusal);
+            refreshRow(index.row());
+            return false;
+        }
+    }
+    m_rows.setValue(index.row(), source, stored);
+    refreshRow(index.row());
+    return true;
+}
+
+}

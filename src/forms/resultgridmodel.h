@@ -1,0 +1,66 @@
+#pragma once
+
+#include "app/usermessage.h"
+#include "reports/rowset.h"
+#include "resultgridcolumn.h"
+
+#include <QAbstractTableModel>
+#include <QColor>
+#include <functional>
+#include <optional>
+
+namespace zarek {
+
+// The rows of a result grid screen in memory, shown through its column table. A marked row (its
+// flag column true) is drawn in the marking colour. Edits are allowed only while the screen
+// allows them, and only in editable columns; each accepted edit goes to the edit hook first.
+class ResultGridModel : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    // Writes an edited cell (row, field, new value) wherever it belongs; a message refuses it.
+    // The hook may change other cells of the row through rows().
+    using EditHook = std::function<std::optional<UserMessage>(int row, const QString &field, const QVariant &value)>;
+
+    explicit ResultGridModel(QObject *parent = nullptr);
+
+    void setColumns(const QList<ResultGridColumn> &columns);
+    const QList<ResultGridColumn> &columns() const { return m_columns; }
+    void setRows(RowSet rows);
+    RowSet &rows() { return m_rows; }
+    const RowSet &rows() const { return m_rows; }
+
+    void setFlagField(const QString &field);
+    bool isMarked(int row) const;
+    void setMarked(int row, bool marked);
+    void setMarkColor(const QColor &color) { m_markColor = color; }
+
+    void setEditingAllowed(bool allowed);
+    bool editingAllowed() const { return m_editingAllowed; }
+    void setEditHook(EditHook hook) { m_editHook = std::move(hook); }
+
+    // The value of a row's field, as stored.
+    QVariant value(int row, const QString &field) const { return m_rows.value(row, field); }
+    // Tells the views that a row's cells changed.
+    void refreshRow(int row);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+    bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
+
+private:
+    QString displayText(const QVariant &value, const ResultGridColumn &column) const;
+
+    QList<ResultGridColumn> m_columns;
+    QList<int> m_sourceColumns;  // column of the row set behind each grid column
+    RowSet m_rows;
+    QString m_flagField;
+    int m_flagColumn = -1;
+    QColor m_markColor = QColor(255, 0, 0);
+    bool m_editingAllowed = false;
+    EditHook m_editHook;
+};
+
+}

@@ -1,0 +1,275 @@
+#include "resultgridscreen.h"
+
+#include "app/formats.h"
+#include "app/messageservice.h"
+#include "resultgridcheckdelegate.h"
+
+#include <QApplication>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace zarek {
+
+ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
+    : QDialog(parent), m_config(std::move(config))
+{
+    setObjectName(m_config.formName);
+    setWindowTitle(m_config.caption);
+    setWindowFlag(Qt::WindowMaximizeButtonHint, true);
+
+    m_text1 = new QLineEdit(m_config.text1, this);
+    m_text1->setObjectName(QStringLiteral("Text1"));
+    m_text1->setReadOnly(true);
+    m_text1->setFocusPolicy(Qt::NoFocus);
+    QFont bold = m_text1->font();
+    bold.setBold(true);
+    m_text1->setFont(bold);
+
+    m_model = new ResultGridModel(this);
+    m_model->setFlagField(m_config.flagField);
+    m_model->setColumns(m_config.columns);
+
+    m_grid = new QTableView(this);
+    m_grid->setObjectName(QStringLiteral("GridEX1"));
+    m_grid->setModel(m_model);
+    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_grid->setEditTriggers(QAbstractItemView::AnyKeyPressed | QAbstractItemView::DoubleClicked
+                            | QAbstractItemView::EditKeyPressed);
+    m_grid->setTabKeyNavigation(false);
+    m_grid->setWordWrap(false);
+    m_grid->setAlternatingRowColors(false);
+    m_grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    m_grid->verticalHeader()->setDefaultSectionSize(m_grid->fontMetrics().height() + 6);
+    m_grid->verticalHeader()->setFixedWidth(14);  // the row selector strip
+    m_grid->horizontalHeader()->setHighlightSections(false);
+    m_grid->horizontalHeader()->setStretchLastSection(false);
+    m_grid->installEventFilter(this);
+    auto *checkDelegate = new ResultGridCheckDelegate(m_grid);
+    int gridWidth = 0;
+    for (int i = 0; i < m_config.columns.size(); ++i) {
+        const ResultGridColumn &column = m_config.columns.at(i);
+        m_grid->setColumnHidden(i, column.hidden);
+        m_grid->setColumnWidth(i, column.widthPixels());
+        if (column.checkBox)
+            m_grid->setItemDelegateForColumn(i, checkDelegate);
+        if (!column.hidden)
+            gridWidth += column.widthPixels();
+    }
+
+    auto *strip = new QFrame(this);
+    strip->setObjectName(QStringLiteral("Picture1"));
+    strip->setFrameShape(QFrame::StyledPanel);
+    auto *stripLayout = new QHBoxLayout(strip);
+    stripLayout->setContentsMargins(8, 4, 8, 4);
+    // The legend comes in pairs: the key in bold, then what it does.
+    for (qsizetype i = 0; i < m_config.legend.size(); ++i) {
+        auto *label = new QLabel(m_config.legend.at(i).second, strip);
+        label->setObjectName(m_config.legend.at(i).first);
+        if (i % 2 == 0) {
+            label->setFont(bold);
+            if (i > 0)
+                stripLayout->addSpacing(12);
+        }
+        stripLayout->addWidget(label);
+    }
+    stripLayout->addStretch(1);
+    if (!m_config.sumCaption.isEmpty()) {
+        auto *caption = new QLabel(m_config.sumCaption, strip);
+        caption->setObjectName(m_config.sumCaptionName);
+        m_sumLabel = new QLabel(strip);
+        m_sumLabel->setObjectName(m_config.sumLabelName);
+        m_sumLabel->setMinimumWidth(110);
+        m_sumLabel->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        m_sumLabel->setFont(bold);
+        stripLayout->addWidget(caption);
+        stripLayout->addWidget(m_sumLabel);
+        stripLayout->addSpacing(16);
+    }
+    m_buttons = new QHBoxLayout;
+    m_buttons->setSpacing(6);
+    m_print = new QPushButton(QStringLiteral("Печат"), strip);
+    m_print->setObjectName(QStringLiteral("cmdPrint"));
+    m_print->setVisible(m_config.printable);
+    m_print->setAutoDefault(false);
+    m_close = new QPushButton(QStringLiteral("Затвори"), strip);
+    m_close->setObjectName(QStringLiteral("cmdClose"));
+    m_close->setAutoDefault(false);
+    m_buttons->addWidget(m_print);
+    m_buttons->addWidget(m_close);
+    stripLayout->addLayout(m_buttons);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 6, 6, 6);
+    layout->addWidget(m_text1);
+    layout->addWidget(m_grid, 1);
+    layout->addWidget(strip);
+
+    connect(m_print, &QPushButton::clicked, this, [this] {
+        if (onPrint)
+            onPrint(*this);
+    });
+    connect(m_close, &QPushButton::clicked, this, &QDialog::close);
+
+    setTabOrder(m_grid, m_print);
+    setTabOrder(m_print, m_close);
+    resize(std::max(640, gridWidth + 14 + 40), 520);
+}
+
+void ResultGridScreen::setRows(RowSet rows)
+{
+    m_model->setRows(std::move(rows));
+    if (m_model->rowCount() == 0 && !m_config.emptyMessage.isEmpty())
+        MessageService::instance().inform(UserMessage{QStringLiteral("ВНИМАНИЕ!"), m_config.emptyMessage});
+    if (m_opened)
+        focusFirstRow();
+}
+
+int ResultGridScreen::currentRow() const
+{
+    const QModelIndex current = m_grid->currentIndex();
+    return current.isValid() ? current.row() : -1;
+}
+
+void ResultGridScreen::markCurrentRow()
+{
+    const int row = currentRow();
+    if (row < 0 || m_config.flagField.isEmpty())
+        return;
+    const bool marked = !m_model->isMarked(row);
+    if (onMark) {
+        if (const std::optional<UserMessage> refusal = onMark(row, marked)) {
+            MessageService::instance().inform(*refusal);
+            return;
+        }
+    }
+    m_changed = true;
+    m_model->setMarked(row, marked);
+    const Money amount = Money::fromAmount(m_model->value(row, m_config.amountField).toDouble());
+    m_total = marked ? m_total + amount : m_total - amount;
+    showTotal();
+}
+
+void ResultGridScreen::setRunningTotal(Money total, bool show)
+{
+    m_total = total;
+    if (show)
+        showTotal();
+}
+
+void ResultGridScreen::showTotal()
+{
+    if (m_sumLabel)
+        m_sumLabel->setText(formatAmount(m_total) + amountUnit());
+}
+
+bool ResultGridScreen::editingAllowed() const
+{
+    return m_model->editingAllowed();
+}
+
+void ResultGridScreen::setEditingAllowed(bool allowed)
+{
+    m_model->setEditingAllowed(allowed);
+}
+
+void ResultGridScreen::setText1(const QString &text)
+{
+    m_text1->setText(text);
+}
+
+QPushButton *ResultGridScreen::addButton(const QString &objectName, const QString &text)
+{
+    auto *button = new QPushButton(text, m_print->parentWidget());
+    button->setObjectName(objectName);
+    button->setAutoDefault(false);
+    m_buttons->insertWidget(m_buttons->indexOf(m_print), button);
+    setTabOrder(m_grid, button);
+    setTabOrder(button, m_print);
+    return button;
+}
+
+bool ResultGridScreen::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_grid && event->type() == QEvent::KeyPress) {
+        auto *key = static_cast<QKeyEvent *>(event);
+        if (onKey && onKey(key))
+            return true;
+        if (m_config.editSwitchKeys) {
+            switch (key->key()) {
+            case Qt::Key_F4:
+                setEditingAllowed(true);
+                return true;
+            case Qt::Key_PageUp:
+            case Qt::Key_PageDown:
+            case Qt::Key_End:
+            case Qt::Key_Home:
+            case Qt::Key_Delete:
+                setEditingAllowed(false);
+                break;  // the key still moves the grid
+            default:
+                break;
+            }
+        }
+        if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier && !m_config.flagField.isEmpty()) {
+            markCurrentRow();
+            return true;
+        }
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+void ResultGridScreen::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    if (m_opened)
+        return;
+    m_opened = true;
+    // As the screen opens: the focus in the grid with the first row chosen, so keys work at once.
+    QTimer::singleShot(0, this, [this] {
+        if (m_config.focusGridOnOpen)
+            focusFirstRow();
+        else
+            m_close->setFocus();
+    });
+}
+
+void ResultGridScreen::focusFirstRow()
+{
+    m_grid->setFocus(Qt::ActiveWindowFocusReason);
+    if (m_model->rowCount() > 0 && !m_grid->currentIndex().isValid()) {
+        int firstColumn = 0;
+        while (firstColumn < m_model->columnCount() && m_grid->isColumnHidden(firstColumn))
+            ++firstColumn;
+        m_grid->setCurrentIndex(m_model->index(0, firstColumn));
+    }
+}
+
+void ResultGridScreen::commitOpenEditor()
+{
+    QWidget *focused = QApplication::focusWidget();
+    // An open cell editor is a child of the viewport holding the focus.
+    if (focused && m_grid->viewport()->isAncestorOf(focused))
+        emit m_grid->itemDelegateForIndex(m_grid->currentIndex())->commitData(focused);
+}
+
+void ResultGridScreen::done(int result)
+{
+    if (!m_settled) {
+        m_settled = true;
+        commitOpenEditor();
+        if (onClose)
+            onClose(*this);
+    }
+    QDialog::done(result);
+}
+
+}

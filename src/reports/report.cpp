@@ -1,0 +1,86 @@
+#include "report.h"
+
+#include <QtDebug>
+
+namespace zarek {
+
+Report::Report(ReportDesign design) : m_design(std::move(design)) {}
+
+Checked<Report> Report::fromDesign(const QString &designName)
+{
+    Checked<ReportDesign> design = loadReportDesign(designName);
+    if (!design)
+        return design.message();
+    return Report(design.value());
+}
+
+void Report::setMargins(int left, int right, int top, int bottom)
+{
+    m_design.page.leftMargin = left;
+    m_design.page.rightMargin = right;
+    m_design.page.topMargin = top;
+    m_design.page.bottomMargin = bottom;
+}
+
+void Report::setWindowSize(int width, int height)
+{
+    m_design.page.windowWidth = width;
+    m_design.page.windowHeight = height;
+}
+
+ReportControl &Report::control(const QString &section, const QString &name)
+{
+    if (ReportSection *s = m_design.section(section)) {
+        if (ReportControl *c = s->control(name))
+            return *c;
+    }
+    // A routine that names a control the design lacks writes into a stand-in, as the layout never sees it.
+    qWarning("Report %s has no control %s.%s", qPrintable(m_design.name), qPrintable(section), qPrintable(name));
+    static ReportControl standIn;
+    standIn = ReportControl{};
+    return standIn;
+}
+
+const ReportControl &Report::control(const QString &section, const QString &name) const
+{
+    return const_cast<Report *>(this)->control(section, name);
+}
+
+bool Report::hasControl(const QString &section, const QString &name) const
+{
+    const ReportSection *s = m_design.section(section);
+    return s && s->control(name);
+}
+
+void Report::setCaption(const QString &section, const QString &name, const QString &caption)
+{
+    control(section, name).caption = caption;
+}
+
+void Report::setDataField(const QString &section, const QString &name, const QString &field)
+{
+    control(section, name).dataField = field;
+}
+
+void Report::setFunctionType(const QString &section, const QString &name, int functionType)
+{
+    control(section, name).functionType = functionType;
+}
+
+void Report::setBackColor(const QString &section, const QString &name, qint64 color)
+{
+    ReportControl &c = control(section, name);
+    c.backColor = color;
+    c.backColorField.clear();
+}
+
+void Report::setBackColorByField(const QString &section, const QString &name, const QString &field,
+                                 qint64 whenTrue, qint64 whenFalse)
+{
+    ReportControl &c = control(section, name);
+    c.backColorField = field;
+    c.backColorWhenTrue = whenTrue;
+    c.backColorWhenFalse = whenFalse;
+}
+
+}

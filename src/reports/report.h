@@ -1,0 +1,47 @@
+#pragma once
+
+#include "reportdesign.h"
+#include "rowset.h"
+
+#include <QString>
+
+namespace zarek {
+
+// One report ready to lay out: a design whose captions, fields and colours a routine has filled,
+// and the rows it shows. Controls are reached by section and name, as the designs name them.
+class Report {
+public:
+    Report() = default;
+    explicit Report(ReportDesign design);
+    // The design of this name from the resources, unfilled.
+    static Checked<Report> fromDesign(const QString &designName);
+
+    const ReportDesign &design() const { return m_design; }
+    const RowSet &data() const { return m_rows; }
+
+    void setDataSource(RowSet rows) { m_rows = std::move(rows); }
+    void setWindowCaption(const QString &caption) { m_design.caption = caption; }
+    QString windowCaption() const { return m_design.caption; }
+    void setOrientation(ReportOrientation orientation) { m_design.page.orientation = orientation; }
+    void setMargins(int left, int right, int top, int bottom);
+    void setWindowSize(int width, int height);
+
+    // The control of that name in that section; a name the design lacks is a fault of the routine.
+    ReportControl &control(const QString &section, const QString &name);
+    const ReportControl &control(const QString &section, const QString &name) const;
+    bool hasControl(const QString &section, const QString &name) const;
+
+    void setCaption(const QString &section, const QString &name, const QString &caption);
+    void setDataField(const QString &section, const QString &name, const QString &field);
+    void setFunctionType(const QString &section, const QString &name, int functionType);
+    void setBackColor(const QString &section, const QString &name, qint64 color);
+    // Each row paints the control by the yes/no value of its own column.
+    void setBackColorByField(const QString &section, const QString &name, const QString &field,
+                             qint64 whenTrue, qint64 whenFalse);
+
+private:
+    ReportDesign m_design;
+    RowSet m_rows;
+};
+
+}

@@ -1,0 +1,171 @@
+#include "reportdesign.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace zarek {
+
+namespace {
+
+UserMessage designError(const QString &text)
+{
+    return UserMessage{QStringLiteral("ГРЕШКА при отпечатване!"), text, UserMessage::Icon::Critical};
+}
+
+ReportFont readFont(const QJsonObject &object, const ReportFont &base)
+{
+    ReportFont font = base;
+    if (object.contains(QStringLiteral("family")))
+        font.family = object.value(QStringLiteral("family")).toString();
+    font.size = object.value(QStringLiteral("size")).toDouble(font.size);
+    font.bold = object.value(QStringLiteral("bold")).toBool(font.bold);
+    font.italic = object.value(QStringLiteral("italic")).toBool(font.italic);
+    return font;
+}
+
+std::optional<ReportControlKind> kindOf(const QString &text)
+{
+    if (text == QLatin1String("Label")) return ReportControlKind::Label;
+    if (text == QLatin1String("Text")) return ReportControlKind::Text;
+    if (text == QLatin1String("Function")) return ReportControlKind::Function;
+    if (text == QLatin1String("Line")) return ReportControlKind::Line;
+    if (text == QLatin1String("Box")) return ReportControlKind::Box;
+    if (text == QLatin1String("PageNumber")) return ReportControlKind::PageNumber;
+    return std::nullopt;
+}
+
+// A control's kind follows its name when the design does not say it: Label…, Text…, Function….
+std::optional<ReportControlKind> kindByName(const QString &name)
+{
+    if (name.startsWith(QLatin1String("Label"))) return ReportControlKind::Label;
+    if (name.startsWith(QLatin1String("Text"))) return ReportControlKind::Text;
+    if (name.startsWith(QLatin1String("Function"))) return ReportControlKind::Function;
+    if (name.startsWith(QLatin1String("Line"))) return ReportControlKind::Line;
+    if (name.startsWith(QLatin1String("Shape"))) return ReportControlKind::Box;
+    return std::nullopt;
+}
+
+ReportAlign alignOf(const QString &text)
+{
+    if (text == QLatin1String("right")) return ReportAlign::Right;
+    if (text == QLatin1String("center")) return ReportAlign::Center;
+    return ReportAlign::Left;
+}
+
+}
+
+const QStringList &reportSectionNames()
+{
+    static const QStringList names = {QStringLiteral("ReportHeader"), QStringLiteral("PageHeader"),
+                                      QStringLiteral("Detail"), QStringLiteral("PageFooter"),
+                                      QStringLiteral("ReportFooter")};
+    return names;
+}
+
+ReportControl *ReportSection::control(const QString &controlName)
+{
+    for (ReportControl &c : controls) {
+        if (c.name == controlName)
+            return &c;
+    }
+    return nullptr;
+}
+
+const ReportControl *ReportSection::control(const QString &controlName) const
+{
+    return const_cast<ReportSection *>(this)->control(controlName);
+}
+
+ReportSection *ReportDesign::section(const QString &sectionName)
+{
+    for (ReportSection &s : sections) {
+        if (s.name == sectionName)
+            return &s;
+    }
+    return nullptr;
+}
+
+const ReportSection *ReportDesign::section(const QString &sectionName) const
+{
+    return const_cast<ReportDesign *>(this)->section(sectionName);
+}
+
+Checked<ReportDesign> parseReportDesign(const QByteArray &json)
+{
+    QJsonParseError parseError;
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
+    if (document.isNull() || !document.isObject())
+        return designError(QStringLiteral("Неразчетен макет на справка: ") + parseError.errorString());
+    const QJsonObject root = document.object();
+
+    ReportDesign design;
+    design.name = root.value(QStringLiteral("name")).toString();
+    design.caption = root.value(QStringLiteral("caption")).toString();
+
+    const QJsonObject page = root.value(QStringLiteral("page")).toObject();
+    design.page.orientation = page.value(QStringLiteral("orientation")).toString() == QLatin1String("landscape")
+                                  ? ReportOrientation::Landscape
+                                  : ReportOrientation::Portrait;
+    design.page.leftMargin = page.value(QStringLiteral("leftMargin")).toInt(design.page.leftMargin);
+    design.page.rightMargin = page.value(QStringLiteral("rightMargin")).toInt(design.page.rightMargin);
+    design.page.topMargin = page.value(QStringLiteral("topMargin")).toInt(design.page.topMargin);
+    design.page.bottomMargin = page.value(QStringLiteral("bottomMargin")).toInt(design.page.bottomMargin);
+    design.page.windowWidth = page.value(QStringLiteral("windowWidth")).toInt(design.page.windowWidth);
+    design.page.windowHeight = page.value(QStringLiteral("windowHeight")).toInt(design.page.windowHeight);
+
+    const ReportFont baseFont = readFont(root.value(QStringLiteral("font")).toObject(), ReportFont{});
+    const QJsonObject sections = root.value(QStringLiteral("sections")).toObject();
+    for (const QString &sectionName : reportSectionNames()) {
+        ReportSection section;
+        section.name = sectionName;
+        const QJsonObject object = sections.value(sectionName).toObject();
+        if (object.isEmpty()) {
+            section.visible = false;
+            design.sections.append(section);
+            continue;
+        }
+        section.height = object.value(QStringLiteral("height")).toInt();
+        section.visible = object.value(QStringLiteral("visible")).toBool(true);
+        const ReportFont sectionFont = readFont(object.value(QStringLiteral("font")).toObject(), baseFont);
+        for (const QJsonValue &value : object.value(QStringLiteral("controls")).toArray()) {
+            const QJsonObject c = value.toObject();
+            ReportControl control;
+            control.name = c.value(QStringLiteral("name")).toString();
+            auto kind = c.contains(QStringLiteral("kind")) ? kindOf(c.value(QStringLiteral("kind")).toString())
+                                                           : kindByName(control.name);
+            if (!kind)
+                return designError(QStringLiteral("Непознат вид на поле %1 в %2").arg(control.name, design.name));
+            control.kind = *kind;
+            control.left = c.value(QStringLiteral("left")).toInt();
+            control.top = c.value(QStringLiteral("top")).toInt();
+            control.width = c.value(QStringLiteral("width")).toInt();
+            control.height = c.value(QStringLiteral("height")).toInt();
+            control.caption = c.value(QStringLiteral("caption")).toString();
+            control.dataField = c.value(QStringLiteral("dataField")).toString();
+            control.functionType = c.value(QStringLiteral("functionType")).toInt(0);
+            control.format = c.value(QStringLiteral("format")).toString();
+            control.align = alignOf(c.value(QStringLiteral("align")).toString());
+            control.font = readFont(c.value(QStringLiteral("font")).toObject(), sectionFont);
+            control.foreColor = c.value(QStringLiteral("foreColor")).toInteger(colorBlack);
+            control.backColor = c.value(QStringLiteral("backColor")).toInteger(noColor);
+            control.canGrow = c.value(QStringLiteral("canGrow")).toBool(false);
+            control.border = c.value(QStringLiteral("border")).toBool(false);
+            control.lineWidth = c.value(QStringLiteral("lineWidth")).toDouble(control.lineWidth);
+            section.controls.append(control);
+        }
+        design.sections.append(section);
+    }
+    return design;
+}
+
+Checked<ReportDesign> loadReportDesign(const QString &name)
+{
+    QFile file(QStringLiteral(":/reports/designs/%1.json").arg(name));
+    if (!file.open(QIODevice::ReadOnly))
+        return designError(QStringLiteral("Липсва макетът на справка %1").arg(name));
+    return parseReportDesign(file.readAll());
+}
+
+}

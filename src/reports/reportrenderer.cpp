@@ -1,0 +1,143 @@
+#include "reportrenderer.h"
+
+#include <QFont>
+#include <QPageLayout>
+#include <QPageSize>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QPrinter>
+
+#include <cmath>
+
+namespace zarek {
+
+namespace {
+
+QPageLayout pageLayoutOf(const LaidOutReport &report)
+{
+    return QPageLayout(QPageSize(QPageSize::A4),
+                       report.orientation == ReportOrientation::Landscape ? QPageLayout::Landscape
+                                                                          : QPageLayout::Portrait,
+                       QMarginsF(0, 0, 0, 0));
+}
+
+}
+
+void renderReportPage(QPainter &painter, const LaidOutReport &report, int page, const QRectF &target)
+{
+    if (page < 0 || page >= report.pageCount() || report.pageSize.isEmpty())
+        return;
+    const double scale = target.width() / report.pageSize.width();
+    // Fonts are given in points of the device; under the scale below a point of the layout must
+    // come out as one unit, so the size is divided by the device's points per unit.
+    const double deviceDpi = painter.device() ? painter.device()->logicalDpiY() : 72.0;
+    QList<QFont> fonts;
+    for (const ReportFont &f : report.fonts) {
+        QFont font(f.family);
+        font.setPointSizeF(f.size * 72.0 / deviceDpi);
+        font.setBold(f.bold);
+        font.setItalic(f.italic);
+        font.setHintingPreference(QFont::PreferNoHinting);
+        fonts.append(font);
+    }
+
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing, true);
+    painter.setRenderHint(QPainter::TextAntialiasing, true);
+    painter.translate(target.topLeft());
+    painter.scale(scale, scale);
+    int currentFont = -1;
+    quint32 currentPen = 0;
+    for (const ReportPrimitive &p : report.pages.at(page).primitives) {
+        switch (p.kind) {
+        case ReportPrimitive::Kind::Fill:
+            painter.fillRect(p.rect, QColor::fromRgba(p.color));
+            break;
+        case ReportPrimitive::Kind::Line:
+            painter.setPen(QPen(QColor::fromRgba(p.color), p.lineWidth));
+            painter.drawLine(p.rect.topLeft(), p.rect.bottomRight());
+            currentPen = 0;
+            currentFont = -1;
+            break;
+        case ReportPrimitive::Kind::Box:
+            painter.setPen(QPen(QColor::fromRgba(p.color), p.lineWidth));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRect(p.rect);
+            currentPen = 0;
+            currentFont = -1;
+            break;
+        case ReportPrimitive::Kind::Text:
+            if (p.font != currentFont) {
+                painter.setFont(fonts.at(p.font));
+                currentFont = p.font;
+            }
+            if (p.color != currentPen || currentPen == 0) {
+                painter.setPen(QColor::fromRgba(p.color));
+                currentPen = p.color;
+            }
+            painter.drawText(p.origin, p.text);
+            break;
+        }
+    }
+    painter.restore();
+}
+
+QImage renderReportPageImage(const LaidOutReport &report, int page, double dpi)
+{
+    const QSize size(static_cast<int>(std::ceil(report.pageSize.width() * dpi / 72.0)),
+                     static_cast<int>(std::ceil(report.pageSize.height() * dpi / 72.0)));
+    QImage image(size, QImage::Format_RGB32);
+    const int dotsPerMeter = static_cast<int>(std::lround(dpi / 0.0254));
+    image.setDotsPerMeterX(dotsPerMeter);
+    image.setDotsPerMeterY(dotsPerMeter);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    renderReportPage(painter, report, page, QRectF(QPointF(0, 0), QSizeF(size)));
+    return image;
+}
+
+bool exportReportPdf(const LaidOutReport &report, const QString &fileName, QString *error)
+{
+    QPdfWriter writer(fileName);
+    writer.setPageLayout(pageLayoutOf(report));
+    writer.setTitle(report.windowCaption);
+    writer.setCreator(QStringLiteral("Зарек"));
+    QPainter painter;
+    if (!painter.begin(&writer)) {
+        if (error)
+            *error = QStringLiteral("Файлът %1 не може да бъде записан.").arg(fileName);
+        return false;
+    }
+    const QRectF target(0, 0, writer.width(), writer.height());
+    for (int i = 0; i < report.pageCount(); ++i) {
+        if (i > 0)
+            writer.newPage();
+        renderReportPage(painter, report, i, target);
+    }
+    return painter.end();
+}
+
+bool printReport(const LaidOutReport &report, QPrinter &printer)
+{
+    printer.setFullPage(true);
+    printer.setPageLayout(pageLayoutOf(report));
+    printer.setDocName(report.windowCaption);
+    int from = 1;
+    int to = report.pageCount();
+    if (printer.printRange() == QPrinter::PageRange && printer.fromPage() > 0) {
+        from = std::max(1, printer.fromPage());
+        to = std::min(report.pageCount(), printer.toPage());
+    }
+    QPainter painter;
+    if (!painter.begin(&printer))
+        return false;
+    const QRectF target = printer.pageLayout().fullRectPixels(printer.resolution());
+    for (int i = from; i <= to; ++i) {
+        if (i > from)
+            printer.newPage();
+        renderReportPage(painter, report, i - 1, QRectF(QPointF(0, 0), target.size()));
+    }
+    return painter.end();
+}
+
+}

@@ -1,0 +1,54 @@
+#include "rowset.h"
+
+#include "data/sqlerror.h"
+
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+namespace zarek {
+
+RowSet::RowSet(QStringList columns) : m_columns(std::move(columns)), m_columnCount(m_columns.size()) {}
+
+Checked<RowSet> RowSet::fromQuery(QSqlQuery &query, const QString &errorTitle)
+{
+    if (!query.isActive())
+        return sqlErrorMessage(errorTitle, query.lastError());
+    const QSqlRecord record = query.record();
+    QStringList names;
+    for (int i = 0; i < record.count(); ++i)
+        names.append(record.fieldName(i));
+    RowSet rows(names);
+    const int count = record.count();
+    if (query.isSelect() && query.size() > 0)
+        rows.reserveRows(query.size());
+    while (query.next()) {
+        for (int i = 0; i < count; ++i)
+            rows.m_cells.append(query.value(i));
+    }
+    if (query.lastError().isValid())
+        return sqlErrorMessage(errorTitle, query.lastError());
+    return rows;
+}
+
+int RowSet::column(const QString &name) const
+{
+    for (qsizetype i = 0; i < m_columns.size(); ++i) {
+        if (m_columns.at(i).compare(name, Qt::CaseInsensitive) == 0)
+            return static_cast<int>(i);
+    }
+    return -1;
+}
+
+QVariant RowSet::value(int row, const QString &columnName) const
+{
+    const int c = column(columnName);
+    return c < 0 ? QVariant() : value(row, c);
+}
+
+void RowSet::appendRow(const QList<QVariant> &cells)
+{
+    for (qsizetype i = 0; i < m_columnCount; ++i)
+        m_cells.append(i < cells.size() ? cells.at(i) : QVariant());
+}
+
+}

@@ -1,0 +1,156 @@
+#include "app/messageservice.h"
+#include "courses/coursepricing.h"
+#include "courses/coursestore.h"
+#include "courses/editkm.h"
+#include "testdatabase.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QPushButton>
+#include <QTableView>
+
+using namespace zarek;
+
+namespace {
+
+const QString truck = QStringLiteral("СА 1234 ВК");
+const Period march{QDate(2006, 3, 1), QDate(2006, 3, 31)};
+
+bool insert(QSqlDatabase db, QDate date, const QString &kola, double km, const QString &marsh)
+{
+    const CourseMoney money = priceCourse(10, km, 0.125);
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
+                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
+                                 "VALUES (?, '007', ?, 'Бетон АД', ?, 'Пясък', ?, 10, 0.125, ?, ?, ?, ?, "
+                                 "'0000000000', ?, ?)"));
+    for (const QVariant &value : QList<QVariant>{date, kola, marsh, km, money.bruto.toDouble(),
+                                                 money.procent.toDouble(), money.neto.toDouble(), false, false, false})
+        query.addBindValue(value);
+    if (!query.exec()) {
+        qWarning() << query.lastError().text();
+        return false;
+    }
+    return true;
+}
+
+bool fill(QSqlDatabase db)
+{
+    return insert(db, QDate(2006, 3, 10), truck, 1, QStringLiteral("Перник - София"))
+           && insert(db, QDate(2006, 3, 2), truck, 1, QStringLiteral("София - Перник"))
+           && insert(db, QDate(2006, 3, 2), truck, 1, QStringLiteral("Батановци - Перник"))
+           && insert(db, QDate(2006, 3, 5), truck, 25, QStringLiteral("Не е заместител"))
+           && insert(db, QDate(2006, 3, 6), QStringLiteral("РК 7777 АА"), 1, QStringLiteral("Друга кола"))
+           && insert(db, QDate(2006, 4, 1), truck, 1, QStringLiteral("След периода"));
+}
+
+QSqlRecord courseOf(QSqlDatabase db, const QString &marsh)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("SELECT * FROM tabl WHERE Marsh = ?"));
+    query.addBindValue(marsh);
+    query.exec();
+    query.next();
+    return query.record();
+}
+
+}
+
+class EditKmTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void theGridListsTheTrucksPlaceholderCoursesOfThePeriod()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        RecordingMessageService messages;
+        EditKM screen(truck, march, scratch.db());
+        QCOMPARE(screen.objectName(), QStringLiteral("EditKM"));
+        QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Корекция КМ на курсовете на кола СА 1234 ВК"));
+        QVERIFY(screen.printButton()->isHidden());
+        const ResultGridModel *model = screen.model();
+        QCOMPARE(model->rowCount(), 3);
+        QStringList shown;
+        for (int row = 0; row < 3; ++row)
+            shown << model->index(row, 0).data().toString() + QStringLiteral(" ") + model->index(row, 1).data().toString();
+        QCOMPARE(shown, (QStringList{QStringLiteral("02.03.2006 Батановци - Перник"),
+                                     QStringLiteral("02.03.2006 София - Перник"),
+                                     QStringLiteral("10.03.2006 Перник - София")}));
+        QCOMPARE(model->index(0, 4).data().toString(), QStringLiteral("1"));
+        QCOMPARE(model->index(0, 7).data().toString(), QStringLiteral("1,25"));
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void aTruckWithoutPlaceholdersGivesAnEmptyGridWithoutAMessage()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        RecordingMessageService messages;
+        EditKM screen(QStringLiteral("ВТ 0000 ХХ"), march, scratch.db());
+        QCOMPARE(screen.model()->rowCount(), 0);
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void correctedKilometresAndRateArePricedAgainInTheSameWrite()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        EditKM screen(truck, march, scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QTRY_COMPARE(screen.currentRow(), 0);
+        QTableView *grid = screen.grid();
+        grid->setCurrentIndex(screen.model()->index(1, 4));  // София - Перник, Км
+        QTest::keyClick(grid, Qt::Key_F4);
+        for (const char c : QByteArray("137"))
+            QTest::keyClick(QApplication::focusWidget(), c);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QTRY_COMPARE(screen.model()->index(1, 4).data().toString(), QStringLiteral("137"));
+
+        QSqlRecord course = courseOf(scratch.db(), QStringLiteral("София - Перник"));
+        CourseMoney expected = priceCourse(10, 137, 0.125);
+        QCOMPARE(course.value(QStringLiteral("km")).toDouble(), 137.0);
+        QCOMPARE(course.value(QStringLiteral("bruto")).toDouble(), expected.bruto.toDouble());   // 171,25
+        QCOMPARE(course.value(QStringLiteral("procent")).toDouble(), expected.procent.toDouble());
+        QCOMPARE(course.value(QStringLiteral("neto")).toDouble(), expected.neto.toDouble());
+        QCOMPARE(course.value(QStringLiteral("row_version")).toInt(), 2);
+        QCOMPARE(screen.model()->index(1, 7).data().toString(), QStringLiteral("171,25"));
+
+        // The rate of the same row next: the row's new version is used.
+        QVERIFY(screen.model()->setData(screen.model()->index(1, 6), QStringLiteral("0,2")));
+        course = courseOf(scratch.db(), QStringLiteral("София - Перник"));
+        expected = priceCourse(10, 137, 0.2);
+        QCOMPARE(course.value(QStringLiteral("Tarifa")).toDouble(), 0.2);
+        QCOMPARE(course.value(QStringLiteral("bruto")).toDouble(), 274.0);
+        QCOMPARE(course.value(QStringLiteral("procent")).toDouble(), expected.procent.toDouble());  // 8,22
+        QCOMPARE(course.value(QStringLiteral("neto")).toDouble(), expected.neto.toDouble());
+        QCOMPARE(course.value(QStringLiteral("row_version")).toInt(), 3);
+        // The other rows are untouched.
+        QCOMPARE(courseOf(scratch.db(), QStringLiteral("Перник - София")).value(QStringLiteral("row_version")).toInt(), 1);
+    }
+
+    void aCourseChangedMeanwhileIsNotOverwritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        RecordingMessageService messages;
+        EditKM screen(truck, march, scratch.db());
+        QSqlDatabase other = scratch.openSecondConnection();
+        QSqlQuery change(other);
+        QVERIFY(change.exec(QStringLiteral("UPDATE tabl SET km = 55, row_version = row_version + 1 "
+                                           "WHERE Marsh = 'Перник - София'")));
+        screen.setEditingAllowed(true);
+        QVERIFY(!screen.model()->setData(screen.model()->index(2, 4), QStringLiteral("80")));
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first(), CourseStore::conflictMessage(QStringLiteral("ГРЕШКА при запис!")));
+        const QSqlRecord course = courseOf(scratch.db(), QStringLiteral("Перник - София"));
+        QCOMPARE(course.value(QStringLiteral("km")).toDouble(), 55.0);
+        QCOMPARE(course.value(QStringLiteral("bruto")).toDouble(), 1.25);
+        QCOMPARE(screen.model()->index(2, 4).data().toString(), QStringLiteral("1"));
+    }
+};
+
+QTEST_MAIN(EditKmTest)
+#include "tst_editkm.moc"

@@ -1,0 +1,373 @@
+#include "app/formats.h"
+#include "app/messageservice.h"
+#include "reports/report.h"
+#include "reports/reportformat.h"
+#include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
+#include "reports/reportrenderer.h"
+
+#include <QComboBox>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+using namespace zarek;
+
+namespace {
+
+// A small landscape list: a title, three columns, a total of the amounts and page numbers.
+const char *listDesign = R"({
+ "name": "rptTest", "caption": "Проба",
+ "page": {"orientation": "landscape", "leftMargin": 1000, "rightMargin": 1000, "topMargin": 567, "bottomMargin": 600},
+ "sections": {
+  "ReportHeader": {"height": 800, "controls": [
+    {"name": "Label1", "left": 0, "top": 0, "width": 14000, "height": 300, "caption": "Фирма"},
+    {"name": "Label3", "left": 0, "top": 350, "width": 14000, "height": 400, "caption": "Справка", "align": "center"}]},
+  "PageHeader": {"height": 320, "font": {"bold": true}, "controls": [
+    {"name": "Label100", "left": 0, "top": 20, "width": 2000, "height": 280, "caption": "Име"},
+    {"name": "Label101", "left": 2000, "top": 20, "width": 3000, "height": 280, "caption": "Бележка"},
+    {"name": "Label102", "left": 5000, "top": 20, "width": 1500, "height": 280, "caption": "Сума", "align": "right"}]},
+  "Detail": {"height": 260, "controls": [
+    {"name": "Text100", "left": 0, "top": 0, "width": 2000, "height": 260},
+    {"name": "Text101", "left": 2000, "top": 0, "width": 3000, "height": 260},
+    {"name": "Text102", "left": 5000, "top": 0, "width": 1500, "height": 260, "format": "0,00", "align": "right"}]},
+  "PageFooter": {"height": 300, "controls": [
+    {"name": "Label6", "left": 0, "top": 20, "width": 3000, "height": 260, "caption": "Зарек"},
+    {"name": "PageNumber1", "kind": "PageNumber", "left": 5000, "top": 20, "width": 4000, "height": 260,
+     "caption": "Страница %1 от %2", "align": "center"}]},
+  "ReportFooter": {"height": 400, "font": {"bold": true}, "controls": [
+    {"name": "Label500", "left": 0, "top": 50, "width": 2000, "height": 300, "caption": "Всичко"},
+    {"name": "Function102", "left": 3500, "top": 50, "width": 3000, "height": 300, "format": "0,00", "align": "right"}]}
+ }
+})";
+
+Report listReport(const RowSet &rows)
+{
+    const Checked<ReportDesign> design = parseReportDesign(QByteArray(listDesign));
+    if (!design)
+        qFatal("test design: %s", qPrintable(design.message().text));
+    Report report(design.value());
+    report.setDataSource(rows);
+    report.setDataField(QStringLiteral("Detail"), QStringLiteral("Text100"), QStringLiteral("name"));
+    report.setDataField(QStringLiteral("Detail"), QStringLiteral("Text101"), QStringLiteral("note"));
+    report.setDataField(QStringLiteral("Detail"), QStringLiteral("Text102"), QStringLiteral("amount"));
+    report.setDataField(QStringLiteral("ReportFooter"), QStringLiteral("Function102"), QStringLiteral("AMOUNT"));
+    return report;
+}
+
+RowSet rowsOf(int count, const std::function<double(int)> &amount, const std::function<QString(int)> &note = {})
+{
+    RowSet rows({QStringLiteral("name"), QStringLiteral("note"), QStringLiteral("amount")});
+    for (int i = 0; i < count; ++i)
+        rows.appendRow({QStringLiteral("Ред %1").arg(i + 1), note ? note(i) : QString(), amount(i)});
+    return rows;
+}
+
+QList<const ReportPrimitive *> textsOn(const LaidOutReport &laid, int page, const QString &text)
+{
+    QList<const ReportPrimitive *> found;
+    for (const ReportPrimitive &p : laid.pages.at(page).primitives) {
+        if (p.kind == ReportPrimitive::Kind::Text && p.text == text)
+            found.append(&p);
+    }
+    return found;
+}
+
+int pageOf(const LaidOutReport &laid, const QString &text)
+{
+    for (int page = 0; page < laid.pageCount(); ++page) {
+        if (!textsOn(laid, page, text).isEmpty())
+            return page;
+    }
+    return -1;
+}
+
+}
+
+class ReportEngineTest : public QObject {
+    Q_OBJECT
+private slots:
+    void theCourseDesignsLoadWithTheirNamedControls_data()
+    {
+        QTest::addColumn<QString>("design");
+        QTest::addColumn<QString>("amountBox");
+        QTest::newRow("rptKola") << "rptKola" << "Text105";
+        QTest::newRow("rptAll") << "rptAll" << "Text105";
+        QTest::newRow("rptKlient") << "rptKlient" << "Text104";
+        QTest::newRow("rptDriver") << "rptDriver" << "Text105";
+    }
+    void theCourseDesignsLoadWithTheirNamedControls()
+    {
+        QFETCH(QString, design);
+        QFETCH(QString, amountBox);
+        const Checked<Report> report = Report::fromDesign(design);
+        QVERIFY2(report.ok(), qPrintable(report.ok() ? QString() : report.message().text));
+        for (const QString &label : {QStringLiteral("Label1"), QStringLiteral("Label2"), QStringLiteral("Label3"),
+                                     QStringLiteral("Label4"), QStringLiteral("Label5"), QStringLiteral("Label9")})
+            QVERIFY2(report.value().hasControl(QStringLiteral("ReportHeader"), label), qPrintable(label));
+        QVERIFY(report.value().hasControl(QStringLiteral("PageFooter"), QStringLiteral("Label6")));
+        QCOMPARE(report.value().control(QStringLiteral("PageFooter"), QStringLiteral("Label7")).caption,
+                 QStringLiteral("Orvenn Ltd."));
+        for (const QString &function : {QStringLiteral("Function102"), QStringLiteral("Function103"),
+                                        QStringLiteral("Function105")})
+            QVERIFY(report.value().hasControl(QStringLiteral("ReportFooter"), function));
+        QCOMPARE(report.value().control(QStringLiteral("ReportFooter"), QStringLiteral("Label500")).caption,
+                 QStringLiteral("Всичко"));
+        QCOMPARE(report.value().control(QStringLiteral("Detail"), amountBox).format, QStringLiteral("0,00"));
+        QCOMPARE(report.value().control(QStringLiteral("Detail"), QStringLiteral("Text102")).format, QStringLiteral("0,000"));
+    }
+
+    void aMissingDesignIsAMessageNotACrash()
+    {
+        const Checked<Report> report = Report::fromDesign(QStringLiteral("rptNone"));
+        QVERIFY(!report.ok());
+        QVERIFY(report.message().title.startsWith(QStringLiteral("ГРЕШКА при")));
+    }
+
+    void formatsAreBulgarian_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("amount") << QVariant(1234.5) << "0,00" << "1234,50";
+        QTest::newRow("half to even") << QVariant(0.125) << "0,00" << "0,12";
+        QTest::newRow("tonnes") << QVariant(12.3456) << "0,000" << "12,346";
+        QTest::newRow("km") << QVariant(150.0) << "0" << "150";
+        QTest::newRow("legacy style") << QVariant(7.0) << "###0.000" << "7,000";
+        QTest::newRow("ISO text date") << QVariant(QStringLiteral("2006-03-05")) << "Short Date" << "05.03.2006";
+        QTest::newRow("date value") << QVariant(QDate(2006, 3, 5)) << "" << "05.03.2006";
+        QTest::newRow("paid") << QVariant(1) << "Yes/No" << "Да";
+        QTest::newRow("unpaid") << QVariant(false) << "Yes/No" << "Не";
+        QTest::newRow("null") << QVariant() << "0,00" << "";
+    }
+    void formatsAreBulgarian()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(QString, format);
+        QFETCH(QString, shown);
+        QCOMPARE(formatReportValue(value, format), shown);
+    }
+
+    void thePageHeaderAndFooterStandOnEveryPage()
+    {
+        const LaidOutReport laid = layoutReport(listReport(rowsOf(120, [](int) { return 1.0; })));
+        QVERIFY(laid.pageCount() >= 3);
+        for (int page = 0; page < laid.pageCount(); ++page) {
+            const QStringList lines = laid.textLines(page);
+            QVERIFY2(lines.contains(QStringLiteral("Име | Бележка | Сума")), qPrintable(lines.join('\n')));
+            QVERIFY(lines.last().contains(QStringLiteral("Страница %1 от %2").arg(page + 1).arg(laid.pageCount())));
+            QCOMPARE(lines.contains(QStringLiteral("Справка")), page == 0);
+        }
+        // Every row is printed once, in order.
+        QStringList names;
+        for (const QString &line : laid.textLines()) {
+            if (line.startsWith(QStringLiteral("Ред ")))
+                names.append(line.section(QStringLiteral(" | "), 0, 0));
+        }
+        QCOMPARE(names.size(), 120);
+        QCOMPARE(names.first(), QStringLiteral("Ред 1"));
+        QCOMPARE(names.last(), QStringLiteral("Ред 120"));
+    }
+
+    void theTotalIsTheSumOfThePrintedRows()
+    {
+        // Amounts whose halves round to even: a total of the raw values would drift from the column.
+        const auto amount = [](int i) { return i % 2 ? 0.125 : 10.005 + i; };
+        const LaidOutReport laid = layoutReport(listReport(rowsOf(75, amount)));
+        qint64 cents = 0;
+        for (const QString &line : laid.textLines()) {
+            if (line.startsWith(QStringLiteral("Ред ")))
+                cents += qRound64(line.section(QStringLiteral(" | "), -1).replace(',', '.').toDouble() * 100);
+        }
+        const QString expected = QStringLiteral("Всичко | ") + formatFixed(cents / 100.0, 2);
+        QVERIFY2(laid.textLines(laid.pageCount() - 1).contains(expected), qPrintable(expected));
+    }
+
+    void anEmptyResultPrintsTheFrameWithZeroTotals()
+    {
+        const LaidOutReport laid = layoutReport(listReport(rowsOf(0, [](int) { return 0.0; })));
+        QCOMPARE(laid.pageCount(), 1);
+        const QStringList lines = laid.textLines(0);
+        QCOMPARE(lines, QStringList({QStringLiteral("Фирма"), QStringLiteral("Справка"),
+                                     QStringLiteral("Име | Бележка | Сума"), QStringLiteral("Всичко | 0,00"),
+                                     QStringLiteral("Зарек | Страница 1 от 1")}));
+    }
+
+    void aRowIsNeverSplitOverTwoPages()
+    {
+        // Notes that wrap onto several lines make rows of different heights.
+        const auto note = [](int i) {
+            QStringList words;
+            for (int w = 0; w < 4 + (i % 9) * 3; ++w)
+                words << QStringLiteral("р%1д%2").arg(i).arg(w);
+            return words.join(' ');
+        };
+        Report report = listReport(rowsOf(90, [](int) { return 2.0; }, note));
+        report.control(QStringLiteral("Detail"), QStringLiteral("Text101")).canGrow = true;
+        const LaidOutReport laid = layoutReport(report);
+        QVERIFY(laid.pageCount() >= 3);
+        const double footerTop = laid.pageSize.height() - 600 / 20.0 - 300 / 20.0;
+        for (int i = 0; i < 90; ++i) {
+            const int rowPage = pageOf(laid, QStringLiteral("Ред %1").arg(i + 1));
+            QVERIFY(rowPage >= 0);
+            for (int w = 0; w < 4 + (i % 9) * 3; ++w) {
+                const QString word = QStringLiteral("р%1д%2").arg(i).arg(w);
+                bool found = false;
+                for (const ReportPrimitive &p : laid.pages.at(rowPage).primitives) {
+                    if (p.kind == ReportPrimitive::Kind::Text && p.text.split(' ').contains(word)) {
+                        found = true;
+                        QVERIFY2(p.rect.bottom() <= footerTop + 0.01, qPrintable(word));
+                    }
+                }
+                QVERIFY2(found, qPrintable(QStringLiteral("%1 not on the page of its row").arg(word)));
+            }
+        }
+    }
+
+    void figuresAreRightAlignedWithADecimalComma()
+    {
+        const QList<double> amounts = {12.5, 1234, 0.05, 98765.43};
+        const LaidOutReport laid = layoutReport(listReport(rowsOf(4, [&](int i) { return amounts.at(i); })));
+        const QStringList shown = {QStringLiteral("12,50"), QStringLiteral("1234,00"), QStringLiteral("0,05"),
+                                   QStringLiteral("98765,43")};
+        double right = -1;
+        for (const QString &text : shown) {
+            const auto found = textsOn(laid, 0, text);
+            QCOMPARE(found.size(), 1);
+            if (right < 0)
+                right = found.first()->rect.right();
+            QVERIFY2(qAbs(found.first()->rect.right() - right) < 0.01, qPrintable(text));
+        }
+        // The caption of the column ends where its figures end.
+        QVERIFY(qAbs(textsOn(laid, 0, QStringLiteral("Сума")).first()->rect.right() - right) < 0.01);
+    }
+
+    void longTextsStayInsideTheirBoxes()
+    {
+        const QString longNote = QStringLiteral("Много дълъг маршрут София - Пловдив - Бургас - Варна - Русе - Плевен");
+        Report report = listReport(rowsOf(1, [](int) { return 1.0; }, [&](int) { return longNote; }));
+        LaidOutReport laid = layoutReport(report);
+        const double boxLeft = 1000 / 20.0 + 2000 / 20.0;
+        const double boxRight = 1000 / 20.0 + 5000 / 20.0;
+        bool seen = false;
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
+            if (p.kind == ReportPrimitive::Kind::Text && p.text.startsWith(QStringLiteral("Много"))) {
+                seen = true;
+                QVERIFY(p.text.endsWith(QChar(0x2026)));  // cut short with an ellipsis
+                QVERIFY(p.rect.left() >= boxLeft && p.rect.right() <= boxRight);
+            }
+        }
+        QVERIFY(seen);
+
+        // Allowed to grow, the same text wraps onto more lines, each inside the box.
+        report.control(QStringLiteral("Detail"), QStringLiteral("Text101")).canGrow = true;
+        laid = layoutReport(report);
+        QStringList pieces;
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
+            if (p.kind == ReportPrimitive::Kind::Text && p.rect.left() >= boxLeft && p.rect.right() <= boxRight
+                && p.text != QStringLiteral("Бележка"))
+                pieces.append(p.text);
+        }
+        QVERIFY(pieces.size() >= 2);
+        QCOMPARE(pieces.join(' '), longNote);
+    }
+
+    void aFigureTooWideForItsBoxIsSetSmallerNotCut()
+    {
+        Report report = listReport(rowsOf(1, [](int) { return 123456789012.25; }));
+        const LaidOutReport laid = layoutReport(report);
+        // The row, and the total under it.
+        const auto found = textsOn(laid, 0, QStringLiteral("123456789012,25"));
+        QCOMPARE(found.size(), 2);
+        QVERIFY(found.first()->rect.left() >= 1000 / 20.0 + 5000 / 20.0 - 0.01);
+        QVERIFY(laid.fonts.at(found.first()->font).size < 9);
+    }
+
+    void aRowPaintsItsCellByItsOwnFlag()
+    {
+        RowSet rows({QStringLiteral("name"), QStringLiteral("note"), QStringLiteral("amount"), QStringLiteral("plat")});
+        rows.appendRow({QStringLiteral("А"), QString(), 1.0, false});
+        rows.appendRow({QStringLiteral("Б"), QString(), 1.0, true});
+        Report report = listReport(rows);
+        report.setDataSource(rows);
+        report.setBackColorByField(QStringLiteral("Detail"), QStringLiteral("Text100"), QStringLiteral("PLAT"),
+                                   colorWhite, colorGrey);
+        const LaidOutReport laid = layoutReport(report);
+        QList<quint32> fills;
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
+            if (p.kind == ReportPrimitive::Kind::Fill)
+                fills.append(p.color);
+        }
+        QCOMPARE(fills, QList<quint32>({0xFFC0C0C0u, 0xFFFFFFFFu}));
+    }
+
+    void thePagesDrawToPdfAndPictures()
+    {
+        const LaidOutReport laid = layoutReport(listReport(rowsOf(60, [](int i) { return i * 1.5; })));
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("list.pdf"));
+        QVERIFY(exportReportPdf(laid, file));
+        QFile pdf(file);
+        QVERIFY(pdf.open(QIODevice::ReadOnly));
+        const QByteArray bytes = pdf.readAll();
+        QVERIFY(bytes.startsWith("%PDF"));
+        const QRegularExpression pageObject(QStringLiteral("/Type\\s*/Page(?!s)"));
+        QCOMPARE(int(QString::fromLatin1(bytes).count(pageObject)), laid.pageCount());
+
+        const QImage image = renderReportPageImage(laid, 0, 72);
+        QCOMPARE(image.size(), QSize(842, 596));
+        int dark = 0;
+        for (int y = 0; y < image.height(); y += 2) {
+            for (int x = 0; x < image.width(); x += 2)
+                dark += qGray(image.pixel(x, y)) < 128;
+        }
+        QVERIFY(dark > 100);
+
+        QString error;
+        QVERIFY(!exportReportPdf(laid, dir.filePath(QStringLiteral("no/such/folder/list.pdf")), &error));
+        QVERIFY(!error.isEmpty());
+    }
+
+    void thePreviewTurnsPagesZoomsAndWritesPdf()
+    {
+        const LaidOutReport laid = layoutReport(listReport(rowsOf(120, [](int) { return 1.0; })));
+        ReportPreview preview(laid);
+        preview.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&preview));
+        QCOMPARE(preview.windowTitle(), QStringLiteral("Проба"));
+        QCOMPARE(preview.currentPage(), 0);
+        auto *previous = preview.findChild<QToolButton *>(QStringLiteral("cmdPrevious"));
+        auto *next = preview.findChild<QToolButton *>(QStringLiteral("cmdNext"));
+        auto *last = preview.findChild<QToolButton *>(QStringLiteral("cmdLast"));
+        QVERIFY(!previous->isEnabled());
+        QTest::mouseClick(next, Qt::LeftButton);
+        QCOMPARE(preview.currentPage(), 1);
+        QTest::keyClick(&preview, Qt::Key_PageDown);
+        QCOMPARE(preview.currentPage(), 2);
+        QTest::mouseClick(last, Qt::LeftButton);
+        QCOMPARE(preview.currentPage(), laid.pageCount() - 1);
+        QVERIFY(!next->isEnabled());
+        QCOMPARE(preview.findChild<QSpinBox *>(QStringLiteral("txtPage"))->value(), laid.pageCount());
+        preview.findChild<QSpinBox *>(QStringLiteral("txtPage"))->setValue(2);
+        QCOMPARE(preview.currentPage(), 1);
+
+        QWidget *page = preview.findChild<QWidget *>(QStringLiteral("picPage"));
+        preview.setZoomPercent(100);
+        const int full = page->width();
+        preview.setZoomPercent(50);
+        QVERIFY(qAbs(page->width() * 2 - full) < 30);
+        QCOMPARE(preview.findChild<QComboBox *>(QStringLiteral("cboZoom"))->currentText(), QStringLiteral("50 %"));
+
+        RecordingMessageService messages;
+        QTemporaryDir dir;
+        QVERIFY(preview.exportPdfTo(dir.filePath(QStringLiteral("preview.pdf"))));
+        QVERIFY(QFileInfo(dir.filePath(QStringLiteral("preview.pdf"))).size() > 1000);
+        QVERIFY(!preview.exportPdfTo(dir.filePath(QStringLiteral("none/preview.pdf"))));
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().text.count('\n'), 1);
+    }
+};
+
+QTEST_MAIN(ReportEngineTest)
+#include "tst_reportengine.moc"

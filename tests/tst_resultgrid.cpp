@@ -1,0 +1,340 @@
+#include "app/messageservice.h"
+#include "forms/resultgridscreen.h"
+
+#include <QHeaderView>
+#include <QPushButton>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTableView>
+#include <QtTest>
+
+using namespace zarek;
+
+namespace {
+
+// The invoicing screen's columns, as a configuration.
+ResultGridConfig fakturaConfig()
+{
+    ResultGridConfig config;
+    config.formName = QStringLiteral("Faktura");
+    config.caption = QStringLiteral("Зарек 2.3 - Курсове за Бетон АД");
+    config.text1 = QStringLiteral("Курсове зa Бетон АД от 01.03.2006 до 31.03.2006");
+    config.columns = {
+        {QStringLiteral("Data"), QStringLiteral("Дата"), 1200, {}, Qt::AlignLeft},
+        {QStringLiteral("Marsh"), QStringLiteral("Маршрут"), 2600, {}, Qt::AlignLeft},
+        {QStringLiteral("Tovar"), QStringLiteral("Товар"), 2050, {}, Qt::AlignLeft},
+        {QStringLiteral("kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter},
+        {QStringLiteral("KM"), QStringLiteral("Км"), 750, QStringLiteral("###0"), Qt::AlignRight},
+        {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("bruto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight},
+        {QStringLiteral("Fakt"), QStringLiteral("Факт."), 650, {}, Qt::AlignHCenter, true, false, true},
+        {QStringLiteral("NomFakt"), {}, 0, {}, Qt::AlignLeft, false, true},
+    };
+    config.flagField = QStringLiteral("Fakt");
+    config.amountField = QStringLiteral("bruto");
+    config.sumCaption = QStringLiteral("Сума за плащане:");
+    config.legend = {{QStringLiteral("Label7"), QStringLiteral("Space")},
+                     {QStringLiteral("Label8"), QStringLiteral("- Маркира плащане")}};
+    config.emptyMessage = QStringLiteral("Няма курсове за фактуриране!");
+    return config;
+}
+
+RowSet courses()
+{
+    RowSet rows({QStringLiteral("Data"), QStringLiteral("Marsh"), QStringLiteral("Tovar"), QStringLiteral("kola"),
+                 QStringLiteral("KM"), QStringLiteral("Ton"), QStringLiteral("Tarifa"), QStringLiteral("bruto"),
+                 QStringLiteral("Fakt"), QStringLiteral("NomFakt")});
+    rows.appendRow({QStringLiteral("2006-03-01"), QStringLiteral("София - Перник"), QStringLiteral("Пясък"),
+                    QStringLiteral("СА 1234 ВК"), 25.0, 10.0, 0.125, 31.25, false, QStringLiteral("0000000000")});
+    rows.appendRow({QDate(2006, 3, 5), QStringLiteral("Перник - Радомир"), QStringLiteral("Чакъл"),
+                    QStringLiteral("РК 7777 АА"), 40.0, 12.5, 0.1, 50.0, false, QStringLiteral("0000000000")});
+    rows.appendRow({QStringLiteral("2006-03-17"), QStringLiteral("Батановци - Перник"), QStringLiteral("Бетон"),
+                    QStringLiteral("СА 1234 ВК"), 100.0, 20.0, 0.05, 100.0, false, QStringLiteral("0000000000")});
+    return rows;
+}
+
+// A screen with the kilometre-correction keys: F4 allows edits of Км and Тар.
+ResultGridConfig correctionConfig()
+{
+    ResultGridConfig config = fakturaConfig();
+    config.formName = QStringLiteral("EditKM");
+    config.flagField.clear();
+    config.sumCaption.clear();
+    config.printable = false;
+    config.editSwitchKeys = true;
+    config.columns[4].editable = true;
+    config.columns[4].format.clear();
+    config.columns[6].editable = true;
+    config.columns.removeLast();
+    config.columns.removeLast();
+    config.legend = {{QStringLiteral("Label5"), QStringLiteral("F4")},
+                     {QStringLiteral("Label6"), QStringLiteral("- Корекция")}};
+    return config;
+}
+
+void press(QWidget *widget, Qt::Key key)
+{
+    QTest::keyClick(widget, key);
+}
+
+// Types as a person does: each key goes to whatever has the focus (the grid, then its cell editor).
+void type(QWidget *grid, const QString &text)
+{
+    for (const QChar c : text) {
+        QWidget *target = QApplication::focusWidget() ? QApplication::focusWidget() : grid;
+        QTest::keyClick(target, c.toLatin1());
+    }
+}
+
+QString sumText(const ResultGridScreen &screen)
+{
+    return screen.findChild<QLabel *>(QStringLiteral("Label4"))->text();
+}
+
+}
+
+class ResultGridTest : public QObject {
+    Q_OBJECT
+private slots:
+    void theColumnTableShapesTheGrid()
+    {
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(courses());
+        QTableView *grid = screen.grid();
+        QCOMPARE(grid->objectName(), QStringLiteral("GridEX1"));
+        QCOMPARE(grid->columnWidth(0), 80);   // 1200 twips
+        QCOMPARE(grid->columnWidth(7), 60);   // 900 twips
+        QVERIFY(grid->isColumnHidden(9));
+        const ResultGridModel *model = screen.model();
+        QCOMPARE(model->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Маршрут"));
+        QCOMPARE(model->index(0, 0).data().toString(), QStringLiteral("01.03.2006"));
+        QCOMPARE(model->index(1, 0).data().toString(), QStringLiteral("05.03.2006"));
+        QCOMPARE(model->index(0, 4).data().toString(), QStringLiteral("25"));
+        QCOMPARE(model->index(0, 5).data().toString(), QStringLiteral("10,000"));
+        QCOMPARE(model->index(0, 6).data().toString(), QStringLiteral("0,125"));
+        QCOMPARE(model->index(0, 7).data().toString(), QStringLiteral("31,25"));
+        QCOMPARE(model->index(0, 7).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignHorizontal_Mask,
+                 Qt::AlignRight);
+        QCOMPARE(model->index(0, 8).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);
+        QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
+                 QStringLiteral("Курсове зa Бетон АД от 01.03.2006 до 31.03.2006"));
+        QCOMPARE(screen.findChild<QPushButton *>(QStringLiteral("cmdPrint"))->text(), QStringLiteral("Печат"));
+        QCOMPARE(screen.findChild<QPushButton *>(QStringLiteral("cmdClose"))->text(), QStringLiteral("Затвори"));
+        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label8"))->text(), QStringLiteral("- Маркира плащане"));
+    }
+
+    void openingPutsTheFocusOnTheFirstRow()
+    {
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(courses());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QTRY_COMPARE(screen.currentRow(), 0);
+        QTRY_VERIFY(screen.grid()->hasFocus());
+    }
+
+    void spaceMarksARowAndKeepsTheRunningTotal()
+    {
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(courses());
+        screen.show();
+        QTRY_COMPARE(screen.currentRow(), 0);
+        QVERIFY(!screen.changed());
+
+        press(screen.grid(), Qt::Key_Space);
+        QVERIFY(screen.changed());
+        QVERIFY(screen.model()->isMarked(0));
+        QCOMPARE(screen.model()->value(0, QStringLiteral("Fakt")).toBool(), true);
+        QCOMPARE(sumText(screen), QStringLiteral("31,25лв."));
+        QCOMPARE(screen.model()->index(0, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
+        QVERIFY(!screen.model()->index(1, 1).data(Qt::ForegroundRole).isValid());
+
+        press(screen.grid(), Qt::Key_Down);
+        press(screen.grid(), Qt::Key_Space);
+        QCOMPARE(sumText(screen), QStringLiteral("81,25лв."));
+
+        // Twice on one row restores the total; the screen stays changed.
+        press(screen.grid(), Qt::Key_Space);
+        QVERIFY(!screen.model()->isMarked(1));
+        QCOMPARE(sumText(screen), QStringLiteral("31,25лв."));
+        press(screen.grid(), Qt::Key_Up);
+        press(screen.grid(), Qt::Key_Space);
+        QCOMPARE(sumText(screen), QStringLiteral("0,00лв."));
+        QCOMPARE(screen.runningTotal(), Money());
+        QVERIFY(screen.changed());
+    }
+
+    void aMarkTheScreenRefusesIsNotMade()
+    {
+        RecordingMessageService messages;
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(courses());
+        screen.onMark = [](int row, bool) -> std::optional<UserMessage> {
+            if (row == 0)
+                return UserMessage{QStringLiteral("ГРЕШКА при запис!"), QStringLiteral("-2147217864:Записът е променен")};
+            return std::nullopt;
+        };
+        screen.show();
+        QTRY_COMPARE(screen.currentRow(), 0);
+        press(screen.grid(), Qt::Key_Space);
+        QVERIFY(!screen.model()->isMarked(0));
+        QVERIFY(!screen.changed());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+    }
+
+    void editingIsSwitchedByTheKeys_data()
+    {
+        QTest::addColumn<int>("forbiddingKey");
+        QTest::newRow("PageDown") << int(Qt::Key_PageDown);
+        QTest::newRow("PageUp") << int(Qt::Key_PageUp);
+        QTest::newRow("End") << int(Qt::Key_End);
+        QTest::newRow("Home") << int(Qt::Key_Home);
+        QTest::newRow("Delete") << int(Qt::Key_Delete);
+    }
+    void editingIsSwitchedByTheKeys()
+    {
+        QFETCH(int, forbiddingKey);
+        ResultGridScreen screen(correctionConfig());
+        screen.setRows(courses());
+        QStringList written;
+        screen.model()->setEditHook([&](int row, const QString &field, const QVariant &value) {
+            written.append(QStringLiteral("%1 %2 %3").arg(row).arg(field, value.toString()));
+            return std::optional<UserMessage>();
+        });
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QTRY_COMPARE(screen.currentRow(), 0);
+        QTableView *grid = screen.grid();
+        grid->setCurrentIndex(screen.model()->index(0, 4));
+
+        // Read-only at first: typing in Км changes nothing.
+        QVERIFY(!screen.editingAllowed());
+        QVERIFY(!(screen.model()->flags(screen.model()->index(0, 4)) & Qt::ItemIsEditable));
+        type(grid, QStringLiteral("77"));
+        press(grid, Qt::Key_Return);
+        QCOMPARE(screen.model()->value(0, QStringLiteral("KM")).toDouble(), 25.0);
+
+        // F4 allows it: a typed number replaces the cell and goes to the hook.
+        press(grid, Qt::Key_F4);
+        QVERIFY(screen.editingAllowed());
+        QVERIFY(!(screen.model()->flags(screen.model()->index(0, 5)) & Qt::ItemIsEditable));  // Тонаж stays
+        type(grid, QStringLiteral("125"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QTRY_COMPARE(screen.model()->value(0, QStringLiteral("KM")).toDouble(), 125.0);
+        QCOMPARE(written, QStringList({QStringLiteral("0 KM 125")}));
+
+        // Arrows keep the state; the forbidding key ends it until F4 again.
+        press(grid, Qt::Key_Down);
+        QVERIFY(screen.editingAllowed());
+        QTest::keyClick(grid, Qt::Key(forbiddingKey));
+        QVERIFY(!screen.editingAllowed());
+        grid->setCurrentIndex(screen.model()->index(1, 6));
+        type(grid, QStringLiteral("9"));
+        QCOMPARE(screen.model()->value(1, QStringLiteral("Tarifa")).toDouble(), 0.1);
+        QCOMPARE(written.size(), 1);
+    }
+
+    void aTypedTextThatIsNoNumberIsRefused()
+    {
+        RecordingMessageService messages;
+        ResultGridScreen screen(correctionConfig());
+        screen.setRows(courses());
+        int writes = 0;
+        screen.model()->setEditHook([&](int, const QString &, const QVariant &) {
+            ++writes;
+            return std::optional<UserMessage>();
+        });
+        screen.setEditingAllowed(true);
+        QVERIFY(!screen.model()->setData(screen.model()->index(0, 6), QStringLiteral("0,1x")));
+        QCOMPARE(writes, 0);
+        QCOMPARE(screen.model()->value(0, QStringLiteral("Tarifa")).toDouble(), 0.125);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().text.count('\n'), 1);
+        // A comma or a point both make the decimal.
+        QVERIFY(screen.model()->setData(screen.model()->index(0, 6), QStringLiteral("0,15")));
+        QCOMPARE(screen.model()->value(0, QStringLiteral("Tarifa")).toDouble(), 0.15);
+        QCOMPARE(writes, 1);
+    }
+
+    void anEmptyResultIsToldAndTheScreenStaysOpen()
+    {
+        RecordingMessageService messages;
+        ResultGridScreen screen(fakturaConfig());
+        RowSet none(courses().columns());
+        screen.setRows(none);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().title, QStringLiteral("ВНИМАНИЕ!"));
+        QCOMPARE(messages.shown.first().text, QStringLiteral("Няма курсове за фактуриране!"));
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        press(screen.grid(), Qt::Key_Space);  // nothing to mark
+        QVERIFY(!screen.changed());
+        QVERIFY(screen.isVisible());
+    }
+
+    void closingSettlesTheScreenOnce()
+    {
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(courses());
+        int settled = 0;
+        int printed = 0;
+        bool changedAtClose = true;
+        screen.onClose = [&](ResultGridScreen &s) {
+            ++settled;
+            changedAtClose = s.changed();
+        };
+        screen.onPrint = [&](ResultGridScreen &) { ++printed; };
+        screen.show();
+        QTest::mouseClick(screen.printButton(), Qt::LeftButton);
+        QCOMPARE(printed, 1);
+        QTest::mouseClick(screen.closeButton(), Qt::LeftButton);
+        QVERIFY(!screen.isVisible());
+        screen.close();
+        screen.reject();
+        QCOMPARE(settled, 1);
+        QVERIFY(!changedAtClose);  // closed without a key: nothing to write
+    }
+
+    void closingCommitsACellStillBeingEdited()
+    {
+        ResultGridScreen screen(correctionConfig());
+        screen.setRows(courses());
+        QVariant atClose;
+        screen.onClose = [&](ResultGridScreen &s) { atClose = s.model()->value(0, QStringLiteral("KM")); };
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QTRY_COMPARE(screen.currentRow(), 0);
+        screen.grid()->setCurrentIndex(screen.model()->index(0, 4));
+        press(screen.grid(), Qt::Key_F4);
+        type(screen.grid(), QStringLiteral("310"));
+        screen.close();
+        QCOMPARE(atClose.toDouble(), 310.0);
+    }
+
+    void oneHundredThousandRowsOpenAtOnce()
+    {
+        RowSet rows(courses().columns());
+        rows.reserveRows(100000);
+        for (int i = 0; i < 100000; ++i)
+            rows.appendRow({QDate(2006, 1, 1).addDays(i % 365), QStringLiteral("София - Перник"),
+                            QStringLiteral("Пясък"), QStringLiteral("СА 1234 ВК"), 25.0, 10.0, 0.125, 31.25,
+                            i % 7 == 0, QStringLiteral("0000000000")});
+        QElapsedTimer timer;
+        timer.start();
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(rows);
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        QTRY_COMPARE(screen.currentRow(), 0);
+        const qint64 elapsed = timer.elapsed();
+        qInfo("100000 rows shown in %lld ms", elapsed);
+        QVERIFY(elapsed < 3000);  // generous: the benchmark holds the real aim
+        press(screen.grid(), Qt::Key_End);
+        QCOMPARE(screen.model()->rowCount(), 100000);
+    }
+};
+
+QTEST_MAIN(ResultGridTest)
+#include "tst_resultgrid.moc"

@@ -1,0 +1,212 @@
+#include "data/scratchdatabase.h"
+#include "data/scratchtables.h"
+
+#include <QLockFile>
+#include <QProcess>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace zarek;
+
+namespace {
+
+QStringList tablesOf(QSqlDatabase db)
+{
+    QStringList names;
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name"));
+    while (query.next())
+        names.append(query.value(0).toString());
+    return names;
+}
+
+QStringList columnsOf(QSqlDatabase db, const QString &table)
+{
+    QStringList names;
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("PRAGMA table_info(%1)").arg(table));
+    while (query.next())
+        names.append(query.value(1).toString());
+    return names;
+}
+
+// A process id that certainly ran and has ended.
+qint64 deadProcessId()
+{
+    QProcess process;
+    process.start(QStringLiteral("true"), {});
+    process.waitForFinished();
+    return process.processId() ? process.processId() : 999999;
+}
+
+}
+
+class ScratchDatabaseTest : public QObject {
+    Q_OBJECT
+private slots:
+    void everyTableIsCreatedByName_data()
+    {
+        QTest::addColumn<QString>("table");
+        QTest::addColumn<QStringList>("columns");
+        QTest::newRow("TempNal") << "TempNal" << QStringList{"Red", "Name", "Cena", "Kol", "Suma"};
+        QTest::newRow("TempRowdList") << "TempRowdList"
+                                      << QStringList{"Red", "NomData", "KolaID", "Marsh", "KM", "Ton", "RazhN", "Proc"};
+        QTest::newRow("TempSKladPR") << "TempSKladPR"
+                                     << QStringList{"Red", "DocVid", "NomData", "Name", "Broi", "Edin", "Suma"};
+        QTest::newRow("TempSKlad") << "TempSKlad"
+                                   << QStringList{"Red", "Name", "Cena", "Prihod", "SumaP", "Razhod", "SumaR",
+                                                  "Ostatak", "SumaO"};
+        QTest::newRow("TempBalans") << "TempBalans" << QStringList{"Red", "Kola", "Prihod", "Razhod", "Ostatak"};
+        QTest::newRow("TempZaplati") << "TempZaplati"
+                                     << QStringList{"Data", "Kola", "Name", "Ton", "KM", "Suma", "Marsh", "Klient",
+                                                    "VidTovar", "Zaplata"};
+        QTest::newRow("TempZaplata") << "TempZaplata"
+                                     << QStringList{"Red", "Data", "KolaID", "Ton", "KM", "Suma", "Marsh", "VidTovar",
+                                                    "Zaplata", "Nadnik"};
+        QTest::newRow("TempPlaten") << "TempPlaten"
+                                    << QStringList{"Red", "Data", "Marsh", "VidTovar", "KolaID", "KM", "Ton", "Tarifa",
+                                                   "Suma"};
+    }
+    void everyTableIsCreatedByName()
+    {
+        QFETCH(QString, table);
+        QFETCH(QStringList, columns);
+        QTemporaryDir folder;
+        ScratchDatabase scratch(folder.path());
+        const auto refusal = scratch.RebuildScratchTable(table);
+        QVERIFY2(!refusal, qPrintable(refusal ? refusal->text : QString()));
+        QCOMPARE(tablesOf(scratch.db()), QStringList{table});
+        QCOMPARE(columnsOf(scratch.db(), table), columns);
+    }
+
+    void twoRebuildsLeaveOnlyTheSecond()
+    {
+        QTemporaryDir folder;
+        ScratchDatabase scratch(folder.path());
+        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempPlaten")));
+        QSqlQuery insert(scratch.db());
+        QVERIFY(insert.exec(QStringLiteral("INSERT INTO TempPlaten (Red, Marsh) VALUES (1, 'София')")));
+        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempZaplata")));
+        QCOMPARE(tablesOf(scratch.db()), QStringList{QStringLiteral("TempZaplata")});
+        // The same table again starts empty.
+        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempZaplata")));
+        QSqlQuery count(scratch.db());
+        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM TempZaplata")) && count.next());
+        QCOMPARE(count.value(0).toInt(), 0);
+    }
+
+    void theClientStatementTablesComeTogether()
+    {
+        QTemporaryDir folder;
+        ScratchDatabase scratch(folder.path());
+        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempKlients")));
+        QCOMPARE(tablesOf(scratch.db()), (QStringList{QStringLiteral("TempKlients"), QStringLiteral("TempKlientsNew")}));
+        const QStringList columns = {"Data", "Marsh", "VidTovar", "Kola", "KM", "Ton", "Tarifa", "Suma"};
+        QCOMPARE(columnsOf(scratch.db(), QStringLiteral("TempKlients")), columns);
+        QCOMPARE(columnsOf(scratch.db(), QStringLiteral("TempKlientsNew")), columns);
+    }
+
+    void aBalanceRowTakesAFullTruckNumber()
+    {
+        QTemporaryDir folder;
+        ScratchDatabase scratch(folder.path());
+        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempBalans")));
+        QSqlQuery query(scratch.db());
+        QVERIFY(query.prepare(QStringLiteral("INSERT INTO TempBalans (Red, Kola, Prihod) VALUES (?, ?, ?)")));
+        query.addBindValue(1);
+        query.addBindValue(QStringLiteral("СА 1234 ВК12"));
+        query.addBindValue(QStringLiteral("1250,00"));
+        QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
+        QVERIFY(query.exec(QStringLiteral("SELECT Kola FROM TempBalans")) && query.next());
+        QCOMPARE(query.value(0).toString(), QStringLiteral("СА 1234 ВК12"));
+        QCOMPARE(scratchTable(QStringLiteral("TempBalans"))->columns.at(1).width, 12);
+    }
+
+    void anUnknownNameIsAMessage()
+    {
+        QTemporaryDir folder;
+        ScratchDatabase scratch(folder.path());
+        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempPlaten")));
+        const auto refusal = scratch.RebuildScratchTable(QStringLiteral("TempNone"));
+        QVERIFY(refusal);
+        QVERIFY(refusal->title.startsWith(QStringLiteral("ГРЕШКА при")));
+        QCOMPARE(tablesOf(scratch.db()), QStringList{QStringLiteral("TempPlaten")});
+    }
+
+    void twoCopiesGetFilesOfTheirOwn()
+    {
+        QTemporaryDir folder;
+        ScratchDatabase first(folder.path());
+        ScratchDatabase second(folder.path());
+        QVERIFY(!first.RebuildScratchTable(QStringLiteral("TempPlaten")));
+        QVERIFY(!second.RebuildScratchTable(QStringLiteral("TempNal")));
+        QVERIFY(first.filePath() != second.filePath());
+        QVERIFY(first.filePath().contains(QString::number(QCoreApplication::applicationPid())));
+        QCOMPARE(tablesOf(first.db()), QStringList{QStringLiteral("TempPlaten")});
+        QCOMPARE(tablesOf(second.db()), QStringList{QStringLiteral("TempNal")});
+        // A copy opening later leaves the files of running copies alone.
+        ScratchDatabase third(folder.path());
+        QVERIFY(!third.open());
+        QVERIFY(QFile::exists(first.filePath()));
+        QVERIFY(QFile::exists(second.filePath()));
+    }
+
+    void theFileIsRemovedWhenAskedAtClose()
+    {
+        QTemporaryDir folder;
+        ScratchDatabase scratch(folder.path());
+        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempPlaten")));
+        const QString path = scratch.filePath();
+        QVERIFY(QFile::exists(path));
+        QVERIFY((QFile::permissions(path) & (QFileDevice::ReadOther | QFileDevice::ReadGroup)) == 0);
+        scratch.close(true);
+        QVERIFY(!QFile::exists(path));
+        QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
+        QVERIFY(!scratch.isOpen());
+    }
+
+    void theFilesOfACopyThatDiedAreRemovedAtTheNextStart()
+    {
+        QTemporaryDir folder;
+        // A lock written the way a running copy writes it, then owned by a process that has ended.
+        QString lockText;
+        {
+            QLockFile sample(folder.filePath(QStringLiteral("sample.lock")));
+            QVERIFY(sample.tryLock(0));
+            QFile file(folder.filePath(QStringLiteral("sample.lock")));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            lockText = QString::fromUtf8(file.readAll());
+        }
+        const qint64 dead = deadProcessId();
+        lockText = QString::number(dead) + lockText.mid(lockText.indexOf('\n'));
+        const QString stale = folder.filePath(QStringLiteral("Temp-%1-1.db").arg(dead));
+        for (const QString &path : {stale, stale + QStringLiteral(".lock")}) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(path.endsWith(QStringLiteral(".lock")) ? lockText.toUtf8() : QByteArray("SQLite format 3"));
+        }
+        const QString orphan = folder.filePath(QStringLiteral("Temp-%1-2.db").arg(dead));
+        {
+            QFile file(orphan);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
+        const QString foreign = folder.filePath(QStringLiteral("notes.txt"));
+        {
+            QFile file(foreign);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
+
+        ScratchDatabase running(folder.path());
+        QVERIFY(!running.open());
+        QVERIFY(!QFile::exists(stale));
+        QVERIFY(!QFile::exists(stale + QStringLiteral(".lock")));
+        QVERIFY(!QFile::exists(orphan));
+        QVERIFY(QFile::exists(foreign));
+        QVERIFY(QFile::exists(running.filePath()));
+    }
+};
+
+QTEST_MAIN(ScratchDatabaseTest)
+#include "tst_scratchdatabase.moc"
