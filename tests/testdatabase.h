@@ -49,3 +49,9 @@ private:
     zarek::test::ScratchDatabase var(engine);                 \
     if (!var.isReady())                                       \
         QSKIP(qPrintable(var.skipReason()));
+
+// A further fresh database of the same engine, for tests that compare two.
+#define ZAREK_SCRATCH_DB_NAMED(var, engineName)               \
+    zarek::test::ScratchDatabase var(engineName);             \
+    if (!var.isReady())                                       \
+        QSKIP(qPrintable(var.skipReason()));

@@ -1,0 +1,119 @@
+#include "app/firmprofile.h"
+#include "app/passwordhash.h"
+#include "courses/coursepricing.h"
+#include "courses/coursestore.h"
+#include "data/demodata.h"
+#include "testdatabase.h"
+
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+int scalar(QSqlDatabase db, const QString &sql)
+{
+    QSqlQuery query(db);
+    if (!query.exec(sql) || !query.next())
+        return -1;
+    return query.value(0).toInt();
+}
+
+bool validEgn(const QString &egn)
+{
+    static const int weights[] = {2, 4, 8, 5, 10, 9, 7, 3, 6};
+    if (egn.size() != 10)
+        return false;
+    int sum = 0;
+    for (int i = 0; i < 9; ++i)
+        sum += egn[i].digitValue() * weights[i];
+    return (sum % 11 == 10 ? 0 : sum % 11) == egn[9].digitValue();
+}
+
+DemoOptions smallDemo()
+{
+    DemoOptions options;
+    options.courses = 300;
+    options.today = QDate(2026, 11, 22);
+    return options;
+}
+
+}
+
+class DemoDataTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void aDemoFirmIsWholeAndConsistent()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        int lastProgress = 0;
+        DemoOptions options = smallDemo();
+        options.progress = [&](int done, int) { lastProgress = done; };
+        const auto summary = fillDemoDatabase(db, options);
+        QVERIFY2(summary.ok(), summary.ok() ? "" : qPrintable(summary.message().text));
+        QCOMPARE(lastProgress, 300);
+
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM tabl"), 300);
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс'"), 300);
+        QVERIFY(summary.value().trucks >= 8);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE") > 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = FALSE") > 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM tabl WHERE plat = TRUE") > 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM tabl WHERE km = 1") > 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE VidKol = 'P'") > 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Nalich") > 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Marsh") > scalar(db, "SELECT COUNT(*) FROM RowdList"));
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM ExternalKurs") >= 10);
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Tarifi"), 1);
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Config WHERE LENGTH(kola) > 12"), 0);
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM shof WHERE LENGTH(kod) <> 3"), 0);
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE AND NomFakt = '0000000000'"), 0);
+
+        QSqlQuery drivers(db);
+        QVERIFY(drivers.exec("SELECT EGN, LKarta FROM shof"));
+        while (drivers.next()) {
+            QVERIFY2(validEgn(drivers.value(0).toString()), qPrintable(drivers.value(0).toString()));
+            QCOMPARE(drivers.value(1).toString().size(), 9);
+        }
+
+        QSqlQuery courses(db);
+        QVERIFY(courses.exec("SELECT * FROM tabl"));
+        while (courses.next()) {
+            const Course course = CourseStore::fromRecord(courses.record());
+            const CourseMoney money = priceCourse(course.ton, course.km, course.Tarifa);
+            QCOMPARE(course.bruto, money.bruto);
+            QCOMPARE(course.neto, money.neto);
+        }
+
+        QVERIFY(LoadFirmProfile(db).profile.has_value());
+        QSqlQuery admin(db);
+        QVERIFY(admin.exec("SELECT Password FROM Users WHERE Vid = 'A'"));
+        QVERIFY(admin.next());
+        QVERIFY(verifyPassword(admin.value(0).toString(), QString::fromLatin1(demoAdministratorPassword)));
+        QVERIFY(admin.value(0).toString() != QString::fromLatin1(demoAdministratorPassword));
+    }
+
+    void theSameSeedGivesTheSameFirm()
+    {
+        ZAREK_SCRATCH_DB(first);
+        ZAREK_SCRATCH_DB_NAMED(second, engine);
+        QSqlDatabase a = first.db();
+        QSqlDatabase b = second.db();
+        QVERIFY(fillDemoDatabase(a, smallDemo()).ok());
+        QVERIFY(fillDemoDatabase(b, smallDemo()).ok());
+        const QString sql = QStringLiteral("SELECT kola, Klient, km, ton, bruto FROM tabl ORDER BY id");
+        QSqlQuery qa(a), qb(b);
+        QVERIFY(qa.exec(sql) && qb.exec(sql));
+        while (qa.next()) {
+            QVERIFY(qb.next());
+            for (int i = 0; i < 5; ++i)
+                QCOMPARE(qa.value(i).toString(), qb.value(i).toString());
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(DemoDataTest)
+#include "tst_demodata.moc"
