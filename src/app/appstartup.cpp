@@ -1,7 +1,7 @@
 #include "appstartup.h"
 
 #include "app/firmprofile.h"
-#include "app/mainwindow.h"
+#include "app/frmmain.h"
 #include "app/messageservice.h"
 #include "data/database.h"
 #include "data/demodata.h"
@@ -100,7 +100,8 @@ int runZarek(QApplication &app)
         return 1;
     }
 
-    MainWindow window(*firm.profile, *config);
+    // Until sign-in exists every run works with the administrator's rights.
+    FrmMain window(*firm.profile, *config, db, QStringLiteral("A"));
     window.show();
     return app.exec();
 }

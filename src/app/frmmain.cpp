@@ -1,0 +1,321 @@
+#include "frmmain.h"
+
+#include "app/menutree.h"
+#include "app/messageservice.h"
+#include "app/version.h"
+#include "courses/diaseek.h"
+#include "courses/diaseekall.h"
+#include "courses/diaseekalt.h"
+#include "courses/editkm.h"
+#include "data/scratchdatabase.h"
+#include "reports/coursereports.h"
+#include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QMenuBar>
+#include <QPainter>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTimer>
+#include <QToolBar>
+#include <QUrl>
+
+namespace zarek {
+
+namespace {
+
+QString settingsFile;
+
+enum DialogKind { Seek, SeekAlt, SeekAll };
+
+// Positions and sizes are kept in twips; 15 twips make a pixel at 96 dpi.
+int toPixels(const QVariant &twips) { return twips.toString().toInt() / 15; }
+QString toTwips(int pixels) { return QString::number(pixels * 15); }
+
+QIcon badgeIcon(const QString &text, const QColor &colour)
+{
+    QPixmap pixmap(32, 32);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(colour);
+    painter.setPen(colour.darker(140));
+    painter.drawRoundedRect(QRectF(1.5, 1.5, 29, 29), 6, 6);
+    QFont font = QApplication::font();
+    font.setBold(true);
+    font.setPixelSize(text.size() > 2 ? 11 : 14);
+    painter.setFont(font);
+    painter.setPen(Qt::white);
+    painter.drawText(QRectF(0, 0, 32, 32), Qt::AlignCenter, text);
+    return QIcon(pixmap);
+}
+
+QIcon toolbarIcon(const QString &key)
+{
+    const QColor reports(0x2e, 0x6d, 0xb4), data(0x2f, 0x8f, 0x4e), money(0xc0, 0x6a, 0x14), disk(0x6b, 0x6b, 0x6b);
+    static const QHash<QString, std::pair<QString, int>> looks = {
+        {QStringLiteral("Kola"), {QStringLiteral("К"), 0}},  {QStringLiteral("Per"), {QStringLiteral("Σ"), 0}},
+        {QStringLiteral("SprList"), {QStringLiteral("ПЛ"), 0}}, {QStringLiteral("Kl"), {QStringLiteral("Кл"), 0}},
+        {QStringLiteral("SprSh"), {QStringLiteral("Ш"), 0}},  {QStringLiteral("NewKurs"), {QStringLiteral("+К"), 1}},
+        {QStringLiteral("NewShof"), {QStringLiteral("+Ш"), 1}}, {QStringLiteral("NewL"), {QStringLiteral("+Л"), 1}},
+        {QStringLiteral("NewF"), {QStringLiteral("Ф"), 2}},     {QStringLiteral("KM"), {QStringLiteral("км"), 1}},
+        {QStringLiteral("PL"), {QStringLiteral("лв"), 2}},      {QStringLiteral("Save"), {QStringLiteral("⇩"), 3}},
+        {QStringLiteral("Open"), {QStringLiteral("⇧"), 3}}};
+    const auto look = looks.value(key);
+    const QColor colours[] = {reports, data, money, disk};
+    return badgeIcon(look.first, colours[look.second]);
+}
+
+}
+
+void FrmMain::setSettingsFile(const QString &path)
+{
+    settingsFile = path;
+}
+
+std::unique_ptr<QSettings> FrmMain::settings() const
+{
+    auto store = settingsFile.isEmpty() ? std::make_unique<QSettings>(QStringLiteral("Zarek"), QStringLiteral("Zarek"))
+                                        : std::make_unique<QSettings>(settingsFile, QSettings::IniFormat);
+    store->beginGroup(QStringLiteral("Settings"));
+    return store;
+}
+
+FrmMain::FrmMain(const FirmProfile &profile, const DatabaseConfig &database, QSqlDatabase db, const QString &userVid,
+                 QWidget *parent)
+    : QMainWindow(parent), m_profile(profile), m_db(std::move(db)), m_scratch(std::make_unique<ScratchDatabase>())
+{
+    setObjectName(QStringLiteral("frmMain"));
+    setWindowTitle(mainWindowTitle(profile));
+    buildMenus();
+    buildToolbar();
+    buildStatusBar();
+    statusBar()->setToolTip(database.describe());
+    restoreSettings();
+    applyRights(userVid);
+    route();
+}
+
+FrmMain::~FrmMain() = default;
+
+void FrmMain::buildMenus()
+{
+    QMenu *current = nullptr;
+    for (const MenuEntry &entry : menuTree()) {
+        QAction *action = nullptr;
+        if (entry.kind == MenuEntry::Kind::TopMenu) {
+            current = menuBar()->addMenu(entry.caption);
+            current->setObjectName(entry.name);
+            action = current->menuAction();
+        } else if (entry.kind == MenuEntry::Kind::Separator) {
+            action = current->addSeparator();
+        } else {
+            action = current->addAction(entry.caption);
+            if (!entry.shortcut.isEmpty())
+                action->setShortcut(QKeySequence(entry.shortcut));
+        }
+        action->setObjectName(entry.name);
+        action->setData(entry.help);
+        m_actions.insert(entry.name, action);
+    }
+    for (const char *toggle : {"mnuViewToolbar", "mnuViewStatusBar"}) {
+        m_actions.value(QString::fromLatin1(toggle))->setCheckable(true);
+        m_actions.value(QString::fromLatin1(toggle))->setChecked(true);
+    }
+}
+
+void FrmMain::buildToolbar()
+{
+    m_toolBar = addToolBar(QStringLiteral("Бутони"));
+    m_toolBar->setObjectName(QStringLiteral("tbToolBar"));
+    m_toolBar->setMovable(false);
+    m_toolBar->setIconSize(QSize(32, 32));
+    for (const ToolbarKey &key : toolbarKeys()) {
+        QAction *menu = m_actions.value(key.menuItem);
+        QAction *button = m_toolBar->addAction(toolbarIcon(key.key), key.toolTip);
+        button->setObjectName(key.key);
+        button->setToolTip(key.toolTip);
+        button->setEnabled(menu->isEnabled());
+        connect(menu, &QAction::changed, button, [button, menu] { button->setEnabled(menu->isEnabled()); });
+        connect(button, &QAction::triggered, menu, &QAction::trigger);
+        if (key.key == QLatin1String("NewF") || key.key == QLatin1String("Save"))
+            m_toolBar->addSeparator();
+    }
+}
+
+void FrmMain::buildStatusBar()
+{
+    statusBar()->setObjectName(QStringLiteral("sbStatusBar"));
+    statusBar()->setSizeGripEnabled(true);
+    const QStringList texts = {QStringLiteral("Готов за работа"), QStringLiteral("F1-Помощ"), QString(), QString()};
+    for (int i = 0; i < texts.size(); ++i) {
+        auto *panel = new QLabel(texts[i], this);
+        panel->setObjectName(QStringLiteral("panel%1").arg(i + 1));
+        panel->setFrameShape(QFrame::StyledPanel);
+        panel->setFrameShadow(QFrame::Sunken);
+        panel->setContentsMargins(4, 0, 4, 0);
+        if (i == 0)
+            statusBar()->addWidget(panel, 1);
+        else
+            statusBar()->addPermanentWidget(panel);
+        m_panels.append(panel);
+    }
+    auto *clock = new QTimer(this);
+    const auto tick = [this] {
+        const QDateTime now = QDateTime::currentDateTime();
+        m_panels[1]->setText(weekdayName(now.date().dayOfWeek()));
+        m_panels[2]->setText(now.date().toString(QStringLiteral("dd.MM.yyyy")));
+        m_panels[3]->setText(now.time().toString(QStringLiteral("HH:mm")));
+    };
+    connect(clock, &QTimer::timeout, this, tick);
+    clock->start(1000);
+    tick();
+}
+
+QString FrmMain::panelText(int panel) const
+{
+    return panel >= 1 && panel <= m_panels.size() ? m_panels[panel - 1]->text() : QString();
+}
+
+void FrmMain::setPanel(const QString &text)
+{
+    m_panels[0]->setText(text);
+}
+
+void FrmMain::restoreSettings()
+{
+    const auto store = settings();
+    move(toPixels(store->value(QStringLiteral("MainLeft"), 1000)), toPixels(store->value(QStringLiteral("MainTop"), 1000)));
+    resize(toPixels(store->value(QStringLiteral("MainWidth"), 11000)),
+           toPixels(store->value(QStringLiteral("MainHeight"), 6500)));
+    m_toolBar->setVisible(store->value(QStringLiteral("MainToolBar"), QStringLiteral("True")).toString() != QLatin1String("False"));
+    // Written as MainStatBar but read as MainSataBar: a hidden status bar shows again at the next start.
+    statusBar()->setVisible(store->value(QStringLiteral("MainSataBar"), QStringLiteral("True")).toString() != QLatin1String("False"));
+}
+
+void FrmMain::storeSettings()
+{
+    const auto store = settings();
+    const QRect frame = geometry();
+    store->setValue(QStringLiteral("MainLeft"), toTwips(frame.x()));
+    store->setValue(QStringLiteral("MainTop"), toTwips(frame.y()));
+    store->setValue(QStringLiteral("MainWidth"), toTwips(frame.width()));
+    store->setValue(QStringLiteral("MainHeight"), toTwips(frame.height()));
+    store->setValue(QStringLiteral("MainToolBar"), m_toolBar->isVisible() ? QStringLiteral("True") : QStringLiteral("False"));
+    store->setValue(QStringLiteral("MainStatBar"), statusBar()->isVisible() ? QStringLiteral("True") : QStringLiteral("False"));
+}
+
+void FrmMain::applyRights(const QString &userVid)
+{
+    const bool all = seesAllMenus(userVid);
+    for (const QString &name : restrictedMenuEntries())
+        m_actions.value(name)->setVisible(all);
+}
+
+void FrmMain::closeEvent(QCloseEvent *event)
+{
+    m_scratch.reset();  // the scratch file goes with the window
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window != this && window->isVisible())
+            window->close();
+    }
+    if (!isMinimized())
+        storeSettings();
+    event->accept();
+}
+
+void FrmMain::changeEvent(QEvent *event)
+{
+    // On every activation the check marks of the two bars are set, whatever the bars' state.
+    if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
+        m_actions.value(QStringLiteral("mnuViewToolbar"))->setChecked(true);
+        m_actions.value(QStringLiteral("mnuViewStatusBar"))->setChecked(true);
+    }
+    QMainWindow::changeEvent(event);
+}
+
+void FrmMain::searchCommand(const QString &menu, SearchMode mode, int dialogKind, const QString &caption,
+                            const QString &panel, Target target)
+{
+    connect(m_actions.value(menu), &QAction::triggered, this, [=, this] {
+        setPanel(QStringLiteral("Обработвам данните..."));
+        m_searchMode = mode;
+        std::unique_ptr<SearchDialog> dialog;
+        if (dialogKind == Seek)
+            dialog = std::make_unique<DiaSeek>(mode, m_db, this);
+        else if (dialogKind == SeekAlt)
+            dialog = std::make_unique<DiaSeekAlt>(mode, m_db, this);
+        else
+            dialog = std::make_unique<DiaSeekAll>(mode, m_db, this);
+        dialog->setWindowTitle(caption);
+        dialog->exec();
+        if (!dialog->SeekOk())
+            return;
+        if (!panel.isEmpty())
+            setPanel(panel);
+        target(dialog->conditions());
+    });
+}
+
+void FrmMain::showCourseReport(const QString &which, const SearchConditions &conditions)
+{
+    const Checked<Report> report = which == QLatin1String("Kola")      ? ReportKola(conditions, m_db, m_profile)
+                                 : which == QLatin1String("All")       ? ReportAll(conditions, m_db, m_profile)
+                                 : which == QLatin1String("Klient")    ? ReportKlient(conditions, m_db, m_profile)
+                                                                       : ReportDriver(conditions, m_db, m_profile);
+    if (!report) {
+        MessageService::instance().inform(report.message());
+        return;
+    }
+    showReport(layoutReport(report.value()), this);
+}
+
+void FrmMain::route()
+{
+    // Commands whose screens are not built yet stay in the menu, disabled.
+    for (QAction *action : std::as_const(m_actions)) {
+        if (!action->isSeparator() && !action->menu())
+            action->setEnabled(false);
+    }
+    const auto enable = [this](const QString &name) { m_actions.value(name)->setEnabled(true); };
+
+    searchCommand(QStringLiteral("mnuSprKola"), SearchMode::Kola, Seek, QStringLiteral("Търсене - Курсове на кола №"),
+                  QStringLiteral("Справка за кола"), [this](const SearchConditions &c) { showCourseReport(QStringLiteral("Kola"), c); });
+    searchCommand(QStringLiteral("mnuSprPer"), SearchMode::All, SeekAlt, QStringLiteral("Търсене - Всички курсове на фирмата"),
+                  QStringLiteral("Справка за период"), [this](const SearchConditions &c) { showCourseReport(QStringLiteral("All"), c); });
+    searchCommand(QStringLiteral("mnuSprKlient"), SearchMode::Klients, Seek, QStringLiteral("Търсене - Всички курсове на клиент"),
+                  QStringLiteral("Справка за клиент"), [this](const SearchConditions &c) { showCourseReport(QStringLiteral("Klient"), c); });
+    searchCommand(QStringLiteral("mnuSprShof"), SearchMode::Driver, SeekAlt, QStringLiteral("Търсене - Курсове на шофьор"),
+                  QString(), [this](const SearchConditions &c) {
+                      if (c.SeekChoice == QLatin1String("All")) {
+                          setPanel(QStringLiteral("Справка за всички курсове на шофьор"));
+                          showCourseReport(QStringLiteral("Driver"), c);
+                          return;
+                      }
+                      setPanel(c.SeekChoice == QLatin1String("Yes") ? QStringLiteral("Справка за платените курсове на шофьор")
+                                                                     : QStringLiteral("Справка за неплатените курсове на шофьор"));
+                      MessageService::instance().inform(searchMessage(
+                          QStringLiteral("Списъците на платените и неплатените курсове\nсе изготвят в следваща версия.")));
+                  });
+    searchCommand(QStringLiteral("mnuDataKorКм"), SearchMode::Kola, Seek,
+                  QStringLiteral("Търсене - Корекция КМ на курсовете на кола №"), QStringLiteral("Корекция КМ на курс"),
+                  [this](const SearchConditions &c) { EditKM(c.SeekKola, c.period, m_db, this).exec(); });
+    for (const char *name : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм"})
+        enable(QString::fromUtf8(name));
+
+    connect(m_actions.value(QStringLiteral("mnuFileExit")), &QAction::triggered, this, &QWidget::close);
+    connect(m_actions.value(QStringLiteral("mnuViewToolbar")), &QAction::toggled, m_toolBar, &QWidget::setVisible);
+    connect(m_actions.value(QStringLiteral("mnuViewStatusBar")), &QAction::toggled, statusBar(), &QWidget::setVisible);
+    connect(m_actions.value(QStringLiteral("mnuHelpWeb")), &QAction::triggered, this,
+            [] { QDesktopServices::openUrl(QUrl(version::homePage())); });
+    for (const char *name : {"mnuFileExit", "mnuViewToolbar", "mnuViewStatusBar", "mnuHelpWeb", "mnuSprBalans"})
+        enable(QString::fromLatin1(name));
+}
+
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "app/firmprofile.h"
+#include "courses/searchmode.h"
+#include "data/databaseconfig.h"
+
+#include <QHash>
+#include <QMainWindow>
+#include <QSqlDatabase>
+#include <functional>
+#include <memory>
+
+class QAction;
+class QLabel;
+class QSettings;
+class QToolBar;
+
+namespace zarek {
+
+class ScratchDatabase;
+struct SearchConditions;
+
+// The one window from sign-in to the end of the run: menu bar, toolbar and status bar; every
+// screen opens as a window of its own from its commands.
+class FrmMain : public QMainWindow {
+    Q_OBJECT
+public:
+    FrmMain(const FirmProfile &profile, const DatabaseConfig &database, QSqlDatabase db, const QString &userVid,
+            QWidget *parent = nullptr);
+    ~FrmMain() override;
+
+    QAction *menuAction(const QString &name) const { return m_actions.value(name); }
+    QString panelText(int panel) const;
+    SearchMode searchMode() const { return m_searchMode; }
+    const FirmProfile &firmProfile() const { return m_profile; }
+
+    // The settings store of the window; tests point it at a file of their own.
+    static void setSettingsFile(const QString &path);
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void buildMenus();
+    void buildToolbar();
+    void buildStatusBar();
+    void restoreSettings();
+    void storeSettings();
+    void applyRights(const QString &userVid);
+    void route();
+    void setPanel(const QString &text);
+
+    using Target = std::function<void(const SearchConditions &)>;
+    void searchCommand(const QString &menu, SearchMode mode, int dialogKind, const QString &caption,
+                       const QString &panel, Target target);
+    void showCourseReport(const QString &which, const SearchConditions &conditions);
+
+    std::unique_ptr<QSettings> settings() const;
+
+    FirmProfile m_profile;
+    QSqlDatabase m_db;
+    SearchMode m_searchMode = SearchMode::NewKurs;
+    QHash<QString, QAction *> m_actions;
+    QToolBar *m_toolBar = nullptr;
+    QList<QLabel *> m_panels;
+    std::unique_ptr<ScratchDatabase> m_scratch;
+};
+
+}

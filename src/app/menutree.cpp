@@ -1,0 +1,136 @@
+#include "menutree.h"
+
+#include <QStringList>
+
+namespace zarek {
+
+namespace {
+
+MenuEntry top(const char *name, const char *caption, int help)
+{
+    return {MenuEntry::Kind::TopMenu, QString::fromUtf8(name), QString::fromUtf8(caption), {}, help};
+}
+
+MenuEntry item(const char *name, const char *caption, const char *shortcut = "", int help = 0)
+{
+    return {MenuEntry::Kind::Item, QString::fromUtf8(name), QString::fromUtf8(caption), QString::fromLatin1(shortcut), help};
+}
+
+MenuEntry bar(const char *name)
+{
+    return {MenuEntry::Kind::Separator, QString::fromUtf8(name), {}, {}, 0};
+}
+
+}
+
+const QList<MenuEntry> &menuTree()
+{
+    static const QList<MenuEntry> tree = {
+        top("mnuSpr", "Справки", 100),
+        item("mnuSprKola", "Курсове на кола", "", 5),
+        item("mnuSprPer", "Всички курсове", "", 6),
+        bar("mnuBar001"),
+        item("mnuSprKlient", "Курсове на клиент", "", 7),
+        item("mnuSprShof", "Курсове от шофьор", "", 8),
+        bar("mnuBar002"),
+        item("mnuSprKlientSakr", "Клиент за факруриране", "", 9),
+        bar("mnuBar003"),
+        item("mnuSprBalanc", "Баланс на колите", "", 10),
+        item("mnuSprPreRazh", "Разход нафта", "", 11),
+        bar("mnuBar006"),
+        item("mnuSprRowdList", "Пътни листи", "", 12),
+        bar("mnuBar005"),
+        item("mnuFileExit", "Изход", "Ctrl+Z"),
+        top("mnuData", "Данни", 101),
+        item("mnuDataNew", "Нов курс", "Ctrl+N", 13),
+        item("mnuDataShof", "Шофьори", "Ctrl+D", 14),
+        item("mnuDataPList", "Пътни листи", "Ctrl+L", 15),
+        item("mnuDataFakt", "Фактуриране", "Ctrl+F", 16),
+        bar("mnuDataBar3"),
+        item("mnuDataNewInside", "Международни курсове"),
+        bar("mnuDataBar1"),
+        item("mnuDataKyrc", "Корекция на курс", "", 17),
+        item("mnuDataKorКм", "Корекция КМ", "", 18),
+        item("mnuDataKorPl", "Корекция плащане", "", 36),
+        item("mnuDataEditFakt", "Корекция фактури", "", 19),
+        bar("mnuDataBar0"),
+        item("mnuSlgZapl", "Заплати", "", 20),
+        bar("mnuDataBar2"),
+        item("mnuDataDAI", "ДАИ"),
+        top("mnuDisk", "Дискети", 102),
+        item("mnuDiskZap", "Записване", "Ctrl+S", 21),
+        item("mnuDiskZar", "Зареждане", "Ctrl+O", 22),
+        bar("mnuDiskBar1"),
+        item("mnuNewPer", "Нова година", "", 23),
+        top("mnuView", "Служебна", 103),
+        item("mnuViewToolbar", "Бутони", "", 24),
+        item("mnuViewStatusBar", "Статус поле", "", 25),
+        bar("mnuSpBar0"),
+        item("mnuSpOption", "Настройки", "", 26),
+        bar("mnuSpBar1"),
+        item("mnuSpAdmin", "Пароли"),
+        top("mnuSklad", "Склад", 104),
+        item("mnuSklPrih", "Приход", "", 27),
+        item("mnuSklRaz", "Разход", "", 28),
+        bar("mnuSepBar0"),
+        item("mnuSprPrihod", "Справка приходи", "", 29),
+        item("mnuSprRazhod", "Справка разходи", "", 30),
+        item("mnuSprBalans", "Справка баланс"),
+        bar("mnuSepBar1"),
+        item("mnuNal", "Наличност", "", 31),
+        bar("mnuSepBar2"),
+        item("mnuPrihPer", "Ревизия", "", 32),
+        top("mnuHelp", "Помощ", 105),
+        item("mnuHelpContents", "Съдържание", "", 33),
+        bar("mnuHelpBar1"),
+        item("mnuHelpPerson", "Инициализация"),
+        bar("mnuHelpBar0"),
+        item("mnuHelpWeb", "Интернет-страница"),
+        bar("mnuHelpBar2"),
+        item("mnuHelpAbout", "За програмата...", "", 35),
+    };
+    return tree;
+}
+
+const QStringList &restrictedMenuEntries()
+{
+    static const QStringList names = {QStringLiteral("mnuView"), QStringLiteral("mnuSprBalanc"),
+                                      QStringLiteral("mnuSprPreRazh"), QStringLiteral("mnuBar003"),
+                                      QStringLiteral("mnuHelpPerson")};
+    return names;
+}
+
+bool seesAllMenus(const QString &userVid)
+{
+    return userVid == QLatin1String("A") || userVid == QLatin1String("B");
+}
+
+const QList<ToolbarKey> &toolbarKeys()
+{
+    static const QList<ToolbarKey> keys = {
+        {QStringLiteral("Kola"), QStringLiteral("Справка за кола"), QStringLiteral("mnuSprKola")},
+        {QStringLiteral("Per"), QStringLiteral("Справка за период"), QStringLiteral("mnuSprPer")},
+        {QStringLiteral("SprList"), QStringLiteral("Справка пътни листи"), QStringLiteral("mnuSprRowdList")},
+        {QStringLiteral("Kl"), QStringLiteral("Справка за клиент"), QStringLiteral("mnuSprKlientSakr")},
+        {QStringLiteral("SprSh"), QStringLiteral("Справка за шофьор"), QStringLiteral("mnuSprShof")},
+        {QStringLiteral("NewKurs"), QStringLiteral("Нов курс"), QStringLiteral("mnuDataNew")},
+        {QStringLiteral("NewShof"), QStringLiteral("Шофьор - нов/корекция "), QStringLiteral("mnuDataShof")},
+        {QStringLiteral("NewL"), QStringLiteral("Пътен лист - нов/корекция "), QStringLiteral("mnuDataPList")},
+        {QStringLiteral("NewF"), QStringLiteral("Фактура - нова/корекция "), QStringLiteral("mnuDataFakt")},
+        {QStringLiteral("KM"), QStringLiteral("Корекция КМ"), QStringLiteral("mnuDataKorКм")},
+        {QStringLiteral("PL"), QStringLiteral("Корекция плащане"), QStringLiteral("mnuDataKorPl")},
+        {QStringLiteral("Save"), QStringLiteral("Запис на дискета"), QStringLiteral("mnuDiskZap")},
+        {QStringLiteral("Open"), QStringLiteral("Зареждане от дискета"), QStringLiteral("mnuDiskZar")},
+    };
+    return keys;
+}
+
+QString weekdayName(int dayOfWeek)
+{
+    static const QStringList names = {QStringLiteral("Понеделник"), QStringLiteral("Вторник"), QStringLiteral("Сряда"),
+                                      QStringLiteral("Четвъртък"),  QStringLiteral("Петък"),   QStringLiteral("Събота"),
+                                      QStringLiteral("Неделя")};
+    return dayOfWeek >= 1 && dayOfWeek <= 7 ? names[dayOfWeek - 1] : QString();
+}
+
+}

@@ -1,0 +1,187 @@
+#include "app/frmmain.h"
+#include "app/menutree.h"
+#include "app/messageservice.h"
+#include "testdatabase.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QToolBar>
+
+using namespace zarek;
+
+namespace {
+
+FirmProfile acme()
+{
+    FirmProfile profile;
+    profile.UserName = QStringLiteral("ACME");
+    return profile;
+}
+
+}
+
+class FrmMainTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        FrmMain::setSettingsFile(m_dir->filePath(QStringLiteral("zarek.ini")));
+    }
+
+    void theMenuTreeIsCompleteWithItsCaptionsAndKeys()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        QCOMPARE(window.windowTitle(), QStringLiteral("Зарек 2.3.4 - ACME"));
+        for (const MenuEntry &entry : menuTree()) {
+            QAction *action = window.menuAction(entry.name);
+            QVERIFY2(action, qPrintable(entry.name));
+            if (entry.kind == MenuEntry::Kind::Separator)
+                QVERIFY(action->isSeparator());
+            else
+                QCOMPARE(action->text(), entry.caption);
+            QCOMPARE(action->data().toInt(), entry.help);
+        }
+        QCOMPARE(window.menuAction(QStringLiteral("mnuSprKlientSakr"))->text(), QStringLiteral("Клиент за факруриране"));
+        QCOMPARE(window.menuAction(QStringLiteral("mnuFileExit"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+Z")));
+        QCOMPARE(window.menuAction(QStringLiteral("mnuDataNew"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+N")));
+        QCOMPARE(window.menuAction(QStringLiteral("mnuDiskZar"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+O")));
+    }
+
+    void rightsHideExactlyTheRestrictedItems_data()
+    {
+        QTest::addColumn<QString>("vid");
+        QTest::addColumn<bool>("seesAll");
+        QTest::newRow("administrator") << "A" << true;
+        QTest::newRow("kind B") << "B" << true;
+        QTest::newRow("ordinary") << "C" << false;
+        QTest::newRow("lower-case b is ordinary") << "b" << false;
+    }
+    void rightsHideExactlyTheRestrictedItems()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(QString, vid);
+        QFETCH(bool, seesAll);
+        FrmMain window(acme(), scratch.config(), scratch.db(), vid);
+        for (const MenuEntry &entry : menuTree()) {
+            const bool restricted = restrictedMenuEntries().contains(entry.name);
+            QCOMPARE(window.menuAction(entry.name)->isVisible(), seesAll || !restricted);
+        }
+    }
+
+    void theToolbarRunsItsMenuItems()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("C"));
+        auto *toolbar = window.findChild<QToolBar *>(QStringLiteral("tbToolBar"));
+        QVERIFY(toolbar);
+        int buttons = 0;
+        for (const ToolbarKey &key : toolbarKeys()) {
+            auto *button = toolbar->findChild<QAction *>(key.key);
+            QVERIFY2(button, qPrintable(key.key));
+            QCOMPARE(button->toolTip(), key.toolTip);
+            QCOMPARE(button->isEnabled(), window.menuAction(key.menuItem)->isEnabled());
+            QVERIFY(!button->icon().isNull());
+            ++buttons;
+        }
+        QCOMPARE(buttons, 13);
+        QVERIFY(toolbar->findChild<QAction *>(QStringLiteral("Kola"))->isEnabled());
+        QVERIFY(!toolbar->findChild<QAction *>(QStringLiteral("NewKurs"))->isEnabled());
+    }
+
+    void commandsWithoutTheirScreenAreDisabled()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        for (const char *built : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuFileExit",
+                                  "mnuSprBalans", "mnuViewToolbar"})
+            QVERIFY2(window.menuAction(QString::fromUtf8(built))->isEnabled(), built);
+        for (const char *waiting : {"mnuDataNew", "mnuDataFakt", "mnuSlgZapl", "mnuNal", "mnuDiskZap"})
+            QVERIFY2(!window.menuAction(QString::fromUtf8(waiting))->isEnabled(), waiting);
+    }
+
+    void aSearchCommandShowsItsDialogAndCancellingLeavesThePanel()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        QString caption;
+        QString dialogName;
+        QTimer::singleShot(0, [&] {
+            QWidget *modal = QApplication::activeModalWidget();
+            if (!modal)
+                return;
+            caption = modal->windowTitle();
+            dialogName = modal->objectName();
+            static_cast<QDialog *>(modal)->reject();
+        });
+        window.menuAction(QStringLiteral("mnuSprKola"))->trigger();
+        QCOMPARE(caption, QStringLiteral("Търсене - Курсове на кола №"));
+        QCOMPARE(dialogName, QStringLiteral("DiaSeek"));
+        QCOMPARE(window.searchMode(), SearchMode::Kola);
+        QCOMPARE(window.panelText(1), QStringLiteral("Обработвам данните..."));
+        QCOMPARE(messages.shown.last().text, QStringLiteral("Няма избрани ограничения за търсене!"));
+    }
+
+    void geometryAndBarsSurviveARestartButAHiddenStatusBarComesBack()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        {
+            FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+            window.show();
+            window.setGeometry(120, 90, 800, 500);
+            window.menuAction(QStringLiteral("mnuViewToolbar"))->setChecked(false);
+            window.menuAction(QStringLiteral("mnuViewStatusBar"))->setChecked(false);
+            window.close();
+        }
+        QSettings stored(m_dir->filePath(QStringLiteral("zarek.ini")), QSettings::IniFormat);
+        QCOMPARE(stored.value(QStringLiteral("Settings/MainWidth")).toString(), QStringLiteral("12000"));
+        QCOMPARE(stored.value(QStringLiteral("Settings/MainStatBar")).toString(), QStringLiteral("False"));
+        QVERIFY(!stored.contains(QStringLiteral("Settings/MainSataBar")));
+
+        FrmMain again(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        QCOMPARE(again.size(), QSize(800, 500));
+        QVERIFY(again.findChild<QToolBar *>(QStringLiteral("tbToolBar"))->isHidden());
+        QVERIFY(!again.statusBar()->isHidden());
+    }
+
+    void aMinimisedCloseStoresNoGeometry()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        {
+            FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+            window.show();
+            window.setGeometry(100, 100, 700, 400);
+            window.close();
+        }
+        {
+            FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+            window.show();
+            window.resize(900, 650);
+            window.setWindowState(Qt::WindowMinimized);
+            window.close();
+        }
+        FrmMain again(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        QCOMPARE(again.size(), QSize(700, 400));
+    }
+
+    void weekdaysAreBulgarian()
+    {
+        QCOMPARE(weekdayName(1), QStringLiteral("Понеделник"));
+        QCOMPARE(weekdayName(7), QStringLiteral("Неделя"));
+        QCOMPARE(weekdayName(QDate(2026, 11, 22).dayOfWeek()), QStringLiteral("Неделя"));
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+};
+
+QTEST_MAIN(FrmMainTest)
+#include "tst_frmmain.moc"
