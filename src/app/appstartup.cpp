@@ -1,7 +1,10 @@
 #include "appstartup.h"
 
 #include "app/firmprofile.h"
+#include "app/firststartdialog.h"
+#include "app/firststart.h"
 #include "app/frmmain.h"
+#include "app/userlogin.h"
 #include "app/messageservice.h"
 #include "data/database.h"
 #include "data/demodata.h"
@@ -93,6 +96,18 @@ int runZarek(QApplication &app)
     }
     if (isNew && !options.empty && !fillDemo(db, options.demoCourses))
         return 1;
+    if (needsFirstStart(db)) {
+        FirstStartDialog firstStart(db);
+        if (firstStart.exec() != QDialog::Accepted)
+            return 0;
+        if (firstStart.demoWanted() && !fillDemo(db, options.demoCourses))
+            return 1;
+    }
+
+    UserLogin login(db);
+    login.exec();
+    if (!login.LoginSucceeded())
+        return 0;
 
     const FirmProfileLoad firm = LoadFirmProfile(db);
     if (!firm.profile) {
@@ -100,8 +115,7 @@ int runZarek(QApplication &app)
         return 1;
     }
 
-    // Until sign-in exists every run works with the administrator's rights.
-    FrmMain window(*firm.profile, *config, db, QStringLiteral("A"));
+    FrmMain window(*firm.profile, *config, db, login.UserVid());
     window.show();
     return app.exec();
 }
