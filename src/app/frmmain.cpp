@@ -2,6 +2,7 @@
 
 #include "app/menutree.h"
 #include "app/messageservice.h"
+#include "app/personal.h"
 #include "app/version.h"
 #include "courses/diaseek.h"
 #include "courses/diaseekall.h"
@@ -309,6 +310,12 @@ void FrmMain::route()
     for (const char *name : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм"})
         enable(QString::fromUtf8(name));
 
+    connect(m_actions.value(QStringLiteral("mnuHelpPerson")), &QAction::triggered, this, [this] {
+        auto *personal = new Personal(m_db, m_profile, this);  // beside the main window, not modal
+        personal->setAttribute(Qt::WA_DeleteOnClose);
+        personal->show();
+    });
+    enable(QStringLiteral("mnuHelpPerson"));
     connect(m_actions.value(QStringLiteral("mnuFileExit")), &QAction::triggered, this, &QWidget::close);
     connect(m_actions.value(QStringLiteral("mnuViewToolbar")), &QAction::toggled, m_toolBar, &QWidget::setVisible);
     connect(m_actions.value(QStringLiteral("mnuViewStatusBar")), &QAction::toggled, statusBar(), &QWidget::setVisible);
