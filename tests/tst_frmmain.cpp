@@ -1,3 +1,4 @@
+#include "app/about.h"
 #include "app/frmmain.h"
 #include "app/menutree.h"
 #include "app/messageservice.h"
@@ -6,6 +7,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
+#include <QLabel>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -170,6 +172,22 @@ private slots:
         }
         FrmMain again(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         QCOMPARE(again.size(), QSize(700, 400));
+    }
+
+    void aboutAndSplashTellVersionPlatformAndDatabase()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        About about(scratch.config());
+        QCOMPARE(about.windowTitle(), QStringLiteral("Зарек 2.3.4"));
+        QCOMPARE(about.findChild<QLabel *>(QStringLiteral("lblVersion"))->text(), QStringLiteral("Version 2.3.4"));
+        const QString info = About::systemInformation(scratch.config());
+        QVERIFY(info.contains(QStringLiteral("Qt 6")));
+        QVERIFY(info.contains(scratch.config().describe()));
+        Splash splash;
+        QCOMPARE(splash.findChild<QLabel *>(QStringLiteral("lblVersion"))->text(), QStringLiteral("Версия 2.3.4"));
+        QCOMPARE(splash.findChild<QLabel *>(QStringLiteral("lblCompany"))->text(), QStringLiteral("Orvenn Ltd."));
+        QVERIFY(splash.findChild<QLabel *>(QStringLiteral("lblSignedUser"))->text().startsWith(QStringLiteral("Потребител: ")));
+        QVERIFY(!splash.findChild<QLabel *>(QStringLiteral("lblPlatform"))->text().contains(QStringLiteral("Windows 9")));
     }
 
     void weekdaysAreBulgarian()

@@ -1,5 +1,6 @@
 #include "appstartup.h"
 
+#include "app/about.h"
 #include "app/firmprofile.h"
 #include "app/firststartdialog.h"
 #include "app/firststart.h"
@@ -104,6 +105,12 @@ int runZarek(QApplication &app)
             return 1;
     }
 
+    {
+        // Shown only for the moment before sign-in.
+        Splash splash;
+        splash.show();
+        QApplication::processEvents();
+    }
     UserLogin login(db);
     login.exec();
     if (!login.LoginSucceeded())

@@ -1,5 +1,6 @@
 #include "frmmain.h"
 
+#include "app/about.h"
 #include "app/menutree.h"
 #include "app/messageservice.h"
 #include "app/personal.h"
@@ -90,7 +91,7 @@ std::unique_ptr<QSettings> FrmMain::settings() const
 
 FrmMain::FrmMain(const FirmProfile &profile, const DatabaseConfig &database, QSqlDatabase db, const QString &userVid,
                  QWidget *parent)
-    : QMainWindow(parent), m_profile(profile), m_db(std::move(db)), m_scratch(std::make_unique<ScratchDatabase>())
+    : QMainWindow(parent), m_profile(profile), m_database(database), m_db(std::move(db)), m_scratch(std::make_unique<ScratchDatabase>())
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(mainWindowTitle(profile));
@@ -316,6 +317,9 @@ void FrmMain::route()
         personal->show();
     });
     enable(QStringLiteral("mnuHelpPerson"));
+    connect(m_actions.value(QStringLiteral("mnuHelpAbout")), &QAction::triggered, this,
+            [this] { About(m_database, this).exec(); });
+    enable(QStringLiteral("mnuHelpAbout"));
     connect(m_actions.value(QStringLiteral("mnuFileExit")), &QAction::triggered, this, &QWidget::close);
     connect(m_actions.value(QStringLiteral("mnuViewToolbar")), &QAction::toggled, m_toolBar, &QWidget::setVisible);
     connect(m_actions.value(QStringLiteral("mnuViewStatusBar")), &QAction::toggled, statusBar(), &QWidget::setVisible);

@@ -59,6 +59,7 @@ private:
     std::unique_ptr<QSettings> settings() const;
 
     FirmProfile m_profile;
+    DatabaseConfig m_database;
     QSqlDatabase m_db;
     SearchMode m_searchMode = SearchMode::NewKurs;
     QHash<QString, QAction *> m_actions;
