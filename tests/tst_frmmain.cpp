@@ -1,5 +1,6 @@
 #include "app/about.h"
 #include "app/frmmain.h"
+#include "app/helptopics.h"
 #include "app/menutree.h"
 #include "app/messageservice.h"
 #include "testdatabase.h"
@@ -188,6 +189,33 @@ private slots:
         QCOMPARE(splash.findChild<QLabel *>(QStringLiteral("lblCompany"))->text(), QStringLiteral("Orvenn Ltd."));
         QVERIFY(splash.findChild<QLabel *>(QStringLiteral("lblSignedUser"))->text().startsWith(QStringLiteral("Потребител: ")));
         QVERIFY(!splash.findChild<QLabel *>(QStringLiteral("lblPlatform"))->text().contains(QStringLiteral("Windows 9")));
+    }
+
+    void everyHelpNumberOfTheMenusHasATopic()
+    {
+        for (const MenuEntry &entry : menuTree()) {
+            if (entry.help > 0)
+                QVERIFY2(findHelpTopic(entry.help), qPrintable(entry.name));
+        }
+        QVERIFY(findHelpTopic(helpContentsTopic)->html.contains(QStringLiteral("href=\"18\"")));
+    }
+
+    void f1ShowsTheTopicOfTheScreenInFront()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(&window, Qt::Key_F1);
+        QCOMPARE(window.shownHelpTopic(), helpContentsTopic);
+
+        QDialog screen(&window);
+        screen.setProperty("helpTopic", 18);
+        screen.show();
+        screen.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QTest::keyClick(&screen, Qt::Key_F1);
+        QCOMPARE(window.shownHelpTopic(), 18);
     }
 
     void weekdaysAreBulgarian()

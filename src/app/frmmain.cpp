@@ -1,6 +1,8 @@
 #include "frmmain.h"
 
 #include "app/about.h"
+#include "app/helptopics.h"
+#include "app/helpwindow.h"
 #include "app/menutree.h"
 #include "app/messageservice.h"
 #include "app/personal.h"
@@ -19,6 +21,7 @@
 #include <QCloseEvent>
 #include <QDateTime>
 #include <QDesktopServices>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPainter>
@@ -102,6 +105,45 @@ FrmMain::FrmMain(const FirmProfile &profile, const DatabaseConfig &database, QSq
     restoreSettings();
     applyRights(userVid);
     route();
+    qApp->installEventFilter(this);
+}
+
+void FrmMain::showHelp(int topic)
+{
+    if (!m_help) {
+        auto *help = new HelpWindow(this);
+        help->setAttribute(Qt::WA_DeleteOnClose);
+        m_help = help;
+    }
+    static_cast<HelpWindow *>(m_help.data())->showTopic(topic);
+    m_help->show();
+    m_help->raise();
+}
+
+int FrmMain::shownHelpTopic() const
+{
+    return m_help ? static_cast<HelpWindow *>(m_help.data())->currentTopic() : 0;
+}
+
+// F1 shows the topic of the highlighted menu command or of the screen in front.
+bool FrmMain::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_F1) {
+        int topic = helpContentsTopic;
+        if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget()); menu && menu->activeAction()) {
+            topic = menu->activeAction()->data().toInt();
+            menu->close();
+        } else {
+            // The window that took the key, else the active one.
+            auto *target = qobject_cast<QWidget *>(watched);
+            QWidget *front = target ? target->window() : QApplication::activeWindow();
+            if (front && front->property("helpTopic").toInt() > 0)
+                topic = front->property("helpTopic").toInt();
+        }
+        showHelp(topic > 0 ? topic : helpContentsTopic);
+        return true;
+    }
+    return QMainWindow::eventFilter(watched, event);
 }
 
 FrmMain::~FrmMain() = default;
@@ -256,6 +298,7 @@ void FrmMain::searchCommand(const QString &menu, SearchMode mode, int dialogKind
         else
             dialog = std::make_unique<DiaSeekAll>(mode, m_db, this);
         dialog->setWindowTitle(caption);
+        dialog->setProperty("helpTopic", m_actions.value(menu)->data());
         dialog->exec();
         if (!dialog->SeekOk())
             return;
@@ -307,7 +350,11 @@ void FrmMain::route()
                   });
     searchCommand(QStringLiteral("mnuDataKorКм"), SearchMode::Kola, Seek,
                   QStringLiteral("Търсене - Корекция КМ на курсовете на кола №"), QStringLiteral("Корекция КМ на курс"),
-                  [this](const SearchConditions &c) { EditKM(c.SeekKola, c.period, m_db, this).exec(); });
+                  [this](const SearchConditions &c) {
+                      EditKM screen(c.SeekKola, c.period, m_db, this);
+                      screen.setProperty("helpTopic", 18);
+                      screen.exec();
+                  });
     for (const char *name : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм"})
         enable(QString::fromUtf8(name));
 
@@ -318,8 +365,15 @@ void FrmMain::route()
     });
     enable(QStringLiteral("mnuHelpPerson"));
     connect(m_actions.value(QStringLiteral("mnuHelpAbout")), &QAction::triggered, this,
-            [this] { About(m_database, this).exec(); });
+            [this] {
+                About about(m_database, this);
+                about.setProperty("helpTopic", 35);
+                about.exec();
+            });
     enable(QStringLiteral("mnuHelpAbout"));
+    connect(m_actions.value(QStringLiteral("mnuHelpContents")), &QAction::triggered, this,
+            [this] { showHelp(helpContentsTopic); });
+    enable(QStringLiteral("mnuHelpContents"));
     connect(m_actions.value(QStringLiteral("mnuFileExit")), &QAction::triggered, this, &QWidget::close);
     connect(m_actions.value(QStringLiteral("mnuViewToolbar")), &QAction::toggled, m_toolBar, &QWidget::setVisible);
     connect(m_actions.value(QStringLiteral("mnuViewStatusBar")), &QAction::toggled, statusBar(), &QWidget::setVisible);

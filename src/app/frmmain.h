@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QPointer>
 #include <QSqlDatabase>
 #include <functional>
 #include <memory>
@@ -37,8 +38,12 @@ public:
     // The settings store of the window; tests point it at a file of their own.
     static void setSettingsFile(const QString &path);
 
+    // The help topic shown now, 0 when the help is closed.
+    int shownHelpTopic() const;
+
 protected:
     void closeEvent(QCloseEvent *event) override;
+    bool eventFilter(QObject *watched, QEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
@@ -50,6 +55,7 @@ private:
     void applyRights(const QString &userVid);
     void route();
     void setPanel(const QString &text);
+    void showHelp(int topic);
 
     using Target = std::function<void(const SearchConditions &)>;
     void searchCommand(const QString &menu, SearchMode mode, int dialogKind, const QString &caption,
@@ -66,6 +72,7 @@ private:
     QToolBar *m_toolBar = nullptr;
     QList<QLabel *> m_panels;
     std::unique_ptr<ScratchDatabase> m_scratch;
+    QPointer<QWidget> m_help;
 };
 
 }
