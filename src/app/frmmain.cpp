@@ -12,6 +12,7 @@
 #include "courses/diaseekalt.h"
 #include "courses/editkm.h"
 #include "data/scratchdatabase.h"
+#include "reference/driver.h"
 #include "reports/coursereports.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
@@ -358,6 +359,13 @@ void FrmMain::route()
     for (const char *name : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм"})
         enable(QString::fromUtf8(name));
 
+    connect(m_actions.value(QStringLiteral("mnuDataShof")), &QAction::triggered, this, [this] {
+        setPanel(QStringLiteral("Корекция / нови данни за шофьор"));
+        Driver screen(m_db, this);
+        screen.setProperty("helpTopic", 14);
+        screen.exec();
+    });
+    enable(QStringLiteral("mnuDataShof"));
     connect(m_actions.value(QStringLiteral("mnuHelpPerson")), &QAction::triggered, this, [this] {
         auto *personal = new Personal(m_db, m_profile, this);  // beside the main window, not modal
         personal->setAttribute(Qt::WA_DeleteOnClose);
