@@ -13,6 +13,7 @@
 #include "courses/editkm.h"
 #include "data/scratchdatabase.h"
 #include "reference/driver.h"
+#include "reference/options.h"
 #include "reports/coursereports.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
@@ -366,6 +367,13 @@ void FrmMain::route()
         screen.exec();
     });
     enable(QStringLiteral("mnuDataShof"));
+    connect(m_actions.value(QStringLiteral("mnuSpOption")), &QAction::triggered, this, [this] {
+        setPanel(QStringLiteral("Разход на гориво за 100 км"));
+        Options screen(m_db, this);
+        screen.setProperty("helpTopic", 26);
+        screen.exec();
+    });
+    enable(QStringLiteral("mnuSpOption"));
     connect(m_actions.value(QStringLiteral("mnuHelpPerson")), &QAction::triggered, this, [this] {
         auto *personal = new Personal(m_db, m_profile, this);  // beside the main window, not modal
         personal->setAttribute(Qt::WA_DeleteOnClose);

@@ -1,5 +1,6 @@
 #include "recordform.h"
 
+#include "app/formats.h"
 #include "app/messageservice.h"
 
 #include <QApplication>
@@ -218,8 +219,21 @@ bool RecordForm::update()
         }
     }
     RecordRow row = m_state == State::Adding ? RecordRow{} : m_rows[m_current];
-    for (auto it = typed.begin(); it != typed.end(); ++it)
-        row.values.insert(it.key(), it.value());
+    for (auto it = typed.begin(); it != typed.end(); ++it) {
+        QVariant value = it.value();
+        if (m_config.numberColumns.contains(it.key())) {
+            const QString text = value.toString();
+            const auto number = parseNumber(text);
+            if (!number && !text.trimmed().isEmpty()) {
+                MessageService::instance().inform(UserMessage::twoLines(
+                    saveError, QStringLiteral("Въведеното \"%1\" не е число!").arg(text.trimmed()),
+                    QStringLiteral("Моля, въведете число със запетая или точка."), UserMessage::Icon::Exclamation));
+                return false;
+            }
+            value = number ? QVariant(*number) : QVariant();
+        }
+        row.values.insert(it.key(), value);
+    }
     const auto failure = m_state == State::Adding ? m_store->insert(row, saveError) : m_store->update(row, saveError);
     if (failure) {
         MessageService::instance().inform(*failure);
@@ -303,7 +317,7 @@ bool RecordForm::eventFilter(QObject *watched, QEvent *event)
             QTimer::singleShot(0, field, &QLineEdit::selectAll);
         }
     }
-    if (event->type() != QEvent::KeyPress)
+    if (event->type() != QEvent::KeyPress || !m_config.keyboardNavigation)
         return QWidget::eventFilter(watched, event);
     const auto *key = static_cast<QKeyEvent *>(event);
     if (m_state != State::Browsing)  // keyboard navigation is dead while adding or editing; so is Esc

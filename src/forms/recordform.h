@@ -23,6 +23,8 @@ struct RecordFormConfig {
     bool confirmDelete = true;                        // two questions before a delete, or none
     bool closeInStrip = true;                         // the close button belongs to the action strip
     bool clickStartsEditing = false;                  // a click in a field acts as "Поправи"
+    bool keyboardNavigation = true;                   // Esc, Home, End, arrows and pages move and close
+    QStringList numberColumns;                        // typed with comma or point, stored as numbers; blank is none
     // The screen's checks: the message to show, or none. Empty means no validation.
     std::function<std::optional<UserMessage>(const QVariantMap &values)> validate;
     // Presets after "Добави".

@@ -1,0 +1,128 @@
+#include "options.h"
+
+#include "app/formats.h"
+#include "app/messageservice.h"
+#include "app/version.h"
+#include "forms/recordform.h"
+
+#include <QFormLayout>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace zarek {
+
+Options::Options(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::move(db))
+{
+    setObjectName(QStringLiteral("Options"));
+    setWindowTitle(QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Настройки"));
+    m_tabs = new QTabWidget(this);
+    m_tabs->setObjectName(QStringLiteral("tbsOptions"));
+
+    // Trucks: a record form without checks; numbers typed the Bulgarian way.
+    auto *trucksPage = new QWidget(m_tabs);
+    trucksPage->setObjectName(QStringLiteral("picOptions_0"));
+    RecordFormConfig config;
+    config.suffix = QStringLiteral("1");
+    config.statusText = QStringLiteral("Кола № ");
+    config.newText = QStringLiteral("Добавяне");
+    config.closeInStrip = false;
+    config.keyboardNavigation = false;
+    config.numberColumns = {QStringLiteral("Razhod"), QStringLiteral("Procent"), QStringLiteral("Ton")};
+    m_trucks = new RecordForm(std::make_unique<RecordStore>(m_db, QStringLiteral("Config"),
+                                                            QStringList{QStringLiteral("kola"), QStringLiteral("Razhod"),
+                                                                        QStringLiteral("Procent"), QStringLiteral("Ton")},
+                                                            QStringLiteral("kola")),
+                              config, trucksPage);
+    auto *trucksForm = new QFormLayout;
+    const char *truckLabels[] = {"Кола №", "Разход на 100км", "Процент заплата", "Тонаж"};
+    const char *truckColumns[] = {"kola", "Razhod", "Procent", "Ton"};
+    for (int i = 0; i < 4; ++i) {
+        auto *edit = new QLineEdit(trucksPage);
+        edit->setObjectName(QStringLiteral("txtFields1_%1").arg(i));
+        trucksForm->addRow(QString::fromUtf8(truckLabels[i]), edit);
+        m_trucks->bind(edit, QString::fromLatin1(truckColumns[i]));
+    }
+    auto *trucksLayout = new QVBoxLayout(trucksPage);
+    trucksLayout->addLayout(trucksForm);
+    trucksLayout->addStretch();
+    trucksLayout->addWidget(m_trucks);
+    m_tabs->addTab(trucksPage, QStringLiteral("Коли"));
+    m_tabs->setTabToolTip(0, QStringLiteral("Задаване параметри на колите"));
+
+    // Tariffs: six plain boxes, each judged as it changes.
+    auto *tariffsPage = new QWidget(m_tabs);
+    tariffsPage->setObjectName(QStringLiteral("picOptions_1"));
+    auto *tariffsForm = new QFormLayout;
+    const char *bandLabels[] = {"До 20 км", "20 - 30 км", "30 - 50 км", "50 - 100 км", "100 - 200 км", "Над 200 км"};
+    m_tariffs = readTariffRow(m_db);
+    for (int i = 0; i < 6; ++i) {
+        m_rates[i] = new QLineEdit(tariffsPage);
+        m_rates[i]->setObjectName(QStringLiteral("Text%1").arg(i + 1));
+        m_rates[i]->setAlignment(Qt::AlignRight);
+        if (m_tariffs)
+            m_rates[i]->setText(formatRate(m_tariffs->rates[static_cast<size_t>(i)]));
+        connect(m_rates[i], &QLineEdit::textEdited, this, [](const QString &text) {
+            if (!parseNumber(text))
+                MessageService::instance().inform(invalidTariffTextMessage());
+        });
+        tariffsForm->addRow(QString::fromUtf8(bandLabels[i]), m_rates[i]);
+    }
+    auto *save = new QPushButton(QStringLiteral("&Запиши"), tariffsPage);
+    save->setObjectName(QStringLiteral("cmdUpdate2"));
+    connect(save, &QPushButton::clicked, this, &Options::saveTariffs);
+    auto *tariffsLayout = new QVBoxLayout(tariffsPage);
+    tariffsLayout->addLayout(tariffsForm);
+    tariffsLayout->addStretch();
+    tariffsLayout->addWidget(save, 0, Qt::AlignRight);
+    m_tabs->addTab(tariffsPage, QStringLiteral("Тарифи"));
+    m_tabs->setTabToolTip(1, QStringLiteral("Задаване на цени за км"));
+
+    auto *close = new QPushButton(QStringLiteral("Затвори"), this);
+    close->setObjectName(QStringLiteral("cmdCancel"));
+    close->setAutoDefault(false);
+    connect(close, &QPushButton::clicked, this, &Options::reject);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_tabs);
+    layout->addWidget(close, 0, Qt::AlignRight);
+    setMinimumWidth(520);
+    m_trucks->open();
+}
+
+void Options::saveTariffs()
+{
+    QStringList texts;
+    for (QLineEdit *rate : m_rates)
+        texts.append(rate->text());
+    const Checked<TariffRow> saved = saveTariffRow(m_db, m_tariffs, texts);
+    if (!saved) {
+        MessageService::instance().inform(saved.message());
+        return;
+    }
+    m_tariffs = saved.value();
+}
+
+// Ctrl+Tab and Ctrl+Shift+Tab go round the tabs; inside the tab widget it does the same itself.
+void Options::keyPressEvent(QKeyEvent *event)
+{
+    const bool ctrl = event->modifiers() & Qt::ControlModifier;
+    if (ctrl && (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab)) {
+        const int by = event->key() == Qt::Key_Backtab || (event->modifiers() & Qt::ShiftModifier) ? -1 : 1;
+        m_tabs->setCurrentIndex((m_tabs->currentIndex() + by + m_tabs->count()) % m_tabs->count());
+        return;
+    }
+    QDialog::keyPressEvent(event);
+}
+
+void Options::reject()
+{
+    if (m_trucks->state() != RecordForm::State::Browsing)
+        m_trucks->cancel();
+    QDialog::reject();
+}
+
+}
