@@ -1,12 +1,15 @@
 #include "app/firmprofile.h"
 #include "app/firststart.h"
 #include "app/messageservice.h"
+#include "app/password.h"
 #include "app/passwordhash.h"
+#include "forms/recordform.h"
 #include "app/userlogin.h"
 #include "app/users.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSqlQuery>
@@ -127,6 +130,53 @@ private slots:
         login.findChild<QPushButton *>(QStringLiteral("cmdCancel"))->click();
         QVERIFY(!login.LoginSucceeded());
         QCOMPARE(login.result(), int(QDialog::Rejected));
+    }
+
+    void thePasswordScreenNeverShowsAdministratorsOrPasswords()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addUser(scratch.db(), QStringLiteral("admin"), QStringLiteral("тайна"), QStringLiteral("A"));
+        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
+        RecordingMessageService messages;
+        {
+            PassWord screen(scratch.db());
+            QCOMPARE(screen.recordForm()->rowCount(), 1);
+            QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->text(), QStringLiteral("Иван"));
+            QVERIFY(screen.findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->text().isEmpty());
+            QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus"))->text(), QStringLiteral(" Потребител №:1"));
+
+            // Correcting with the password box left empty keeps the password.
+            screen.recordForm()->edit();
+            screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->setText(QStringLiteral("Иван Г."));
+            QVERIFY(screen.recordForm()->update());
+            QVERIFY(CheckUser(scratch.db(), QStringLiteral("i1"), QStringLiteral("Иван Г.")).LoginOk);
+
+            // A new password is stored hashed and signs in.
+            screen.recordForm()->edit();
+            screen.findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->setText(QStringLiteral("ново"));
+            QVERIFY(screen.recordForm()->update());
+            QVERIFY(CheckUser(scratch.db(), QStringLiteral("ново"), QStringLiteral("Иван Г.")).LoginOk);
+            QVERIFY(screen.findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->text().isEmpty());
+
+            // Made an administrator, the row leaves this screen for good.
+            screen.recordForm()->edit();
+            screen.findChild<QLineEdit *>(QStringLiteral("txtFields_2"))->setText(QStringLiteral("A"));
+            QVERIFY(screen.recordForm()->update());
+        }
+        PassWord again(scratch.db());
+        QCOMPARE(again.recordForm()->rowCount(), 0);
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void deletingAUserAsksNothing()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
+        RecordingMessageService messages;
+        PassWord screen(scratch.db());
+        screen.findChild<QPushButton *>(QStringLiteral("cmdDelete"))->click();
+        QVERIFY(messages.asked.isEmpty());
+        QCOMPARE(screen.recordForm()->rowCount(), 0);
     }
 
     void firstStartMakesAWorkingDatabase()

@@ -5,6 +5,7 @@
 #include "app/helpwindow.h"
 #include "app/menutree.h"
 #include "app/messageservice.h"
+#include "app/password.h"
 #include "app/personal.h"
 #include "app/version.h"
 #include "courses/diaseek.h"
@@ -374,6 +375,8 @@ void FrmMain::route()
         screen.exec();
     });
     enable(QStringLiteral("mnuSpOption"));
+    connect(m_actions.value(QStringLiteral("mnuSpAdmin")), &QAction::triggered, this, [this] { PassWord(m_db, this).exec(); });
+    enable(QStringLiteral("mnuSpAdmin"));
     connect(m_actions.value(QStringLiteral("mnuHelpPerson")), &QAction::triggered, this, [this] {
         auto *personal = new Personal(m_db, m_profile, this);  // beside the main window, not modal
         personal->setAttribute(Qt::WA_DeleteOnClose);

@@ -162,6 +162,10 @@ void RecordForm::showStatus()
 void RecordForm::showValues(const QVariantMap &values)
 {
     for (const auto &[field, column] : std::as_const(m_texts)) {
+        if (m_config.secretColumns.contains(column)) {
+            field->clear();
+            continue;
+        }
         const QVariant value = values.value(column);
         field->setText(value.typeId() == QMetaType::Double ? QString::number(value.toDouble()).replace(u'.', u',')
                                                            : value.toString());
@@ -221,6 +225,12 @@ bool RecordForm::update()
     RecordRow row = m_state == State::Adding ? RecordRow{} : m_rows[m_current];
     for (auto it = typed.begin(); it != typed.end(); ++it) {
         QVariant value = it.value();
+        if (m_config.secretColumns.contains(it.key())) {
+            const bool keep = value.toString().isEmpty() && m_state == State::Editing;
+            if (!keep)
+                row.values.insert(it.key(), m_config.secretValue ? m_config.secretValue(value.toString()) : value);
+            continue;
+        }
         if (m_config.numberColumns.contains(it.key())) {
             const QString text = value.toString();
             const auto number = parseNumber(text);

@@ -25,6 +25,10 @@ struct RecordFormConfig {
     bool clickStartsEditing = false;                  // a click in a field acts as "Поправи"
     bool keyboardNavigation = true;                   // Esc, Home, End, arrows and pages move and close
     QStringList numberColumns;                        // typed with comma or point, stored as numbers; blank is none
+    // Columns never shown (passwords): the box starts empty; left empty it keeps the stored value,
+    // otherwise what was typed is stored through secretValue (e.g. a salted hash).
+    QStringList secretColumns;
+    std::function<QVariant(const QString &typed)> secretValue;
     // The screen's checks: the message to show, or none. Empty means no validation.
     std::function<std::optional<UserMessage>(const QVariantMap &values)> validate;
     // Presets after "Добави".
