@@ -1,6 +1,9 @@
 #include "app/about.h"
 #include "app/frmmain.h"
 #include "app/helptopics.h"
+#include "app/helpwindow.h"
+#include <QMenu>
+#include <QMenuBar>
 #include "app/menutree.h"
 #include "app/messageservice.h"
 #include "testdatabase.h"
@@ -216,6 +219,38 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&screen));
         QTest::keyClick(&screen, Qt::Key_F1);
         QCOMPARE(window.shownHelpTopic(), 18);
+    }
+
+    // With ZAREK_SCREENSHOT_DIR set, saves the window, each top menu for both kinds of user, About and help.
+    void screenshots()
+    {
+        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+        if (dir.isEmpty())
+            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures");
+        ZAREK_SCRATCH_DB(scratch);
+        for (const QString &vid : {QStringLiteral("A"), QStringLiteral("C")}) {
+            FrmMain window(acme(), scratch.config(), scratch.db(), vid);
+            window.show();
+            QTest::qWait(50);
+            window.grab().save(dir + QStringLiteral("/main-%1.png").arg(vid));
+            for (QMenu *menu : window.menuBar()->findChildren<QMenu *>(QString(), Qt::FindDirectChildrenOnly)) {
+                if (!menu->menuAction()->isVisible())
+                    continue;
+                menu->popup(window.mapToGlobal(QPoint(0, 0)));
+                QTest::qWait(30);
+                menu->grab().save(dir + QStringLiteral("/menu-%1-%2.png").arg(vid, menu->objectName()));
+                menu->close();
+            }
+        }
+        About about(scratch.config());
+        about.show();
+        QTest::qWait(30);
+        about.grab().save(dir + QStringLiteral("/about.png"));
+        HelpWindow help;
+        help.show();
+        help.showTopic(13);
+        QTest::qWait(30);
+        help.grab().save(dir + QStringLiteral("/help-13.png"));
     }
 
     void weekdaysAreBulgarian()
