@@ -1,5 +1,6 @@
 #include "firststartdialog.h"
 
+#include "app/firmfields.h"
 #include "app/firststart.h"
 #include "app/messageservice.h"
 
@@ -13,22 +14,6 @@
 
 namespace zarek {
 
-namespace {
-
-struct FieldSpec {
-    const char *objectName;
-    const char *label;
-};
-
-const FieldSpec firmFields[] = {
-    {"txtFirmaName", "Име:"},       {"txtFirmaAdres", "Адрес:"},     {"txtFirmaCity", "Град:"},
-    {"txtFirmaTel", "Телефон:"},    {"txtFirmaFax", "GSM:"},         {"txtFirmaMOL", "МОЛ:"},
-    {"txtFirmaBULSTAT", "БУЛСТАТ:"}, {"txtFirmaDanN", "Дан.№:"},      {"txtFirmaEmail", "E-mail:"},
-    {"txtFirmaCountry", "Държава:"}, {"txtFirmaURL", "URL:"},
-};
-
-}
-
 FirstStartDialog::FirstStartDialog(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::move(db))
 {
     setObjectName(QStringLiteral("FirstStart"));
@@ -40,8 +25,9 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, QWidget *parent) : QDialog(p
     auto *firmForm = new QFormLayout(firm);
     for (int i = 0; i < 11; ++i) {
         m_fields[i] = new QLineEdit(firm);
-        m_fields[i]->setObjectName(QString::fromLatin1(firmFields[i].objectName));
-        firmForm->addRow(QString::fromUtf8(firmFields[i].label), m_fields[i]);
+        const FirmField &field = firmFields()[static_cast<size_t>(i)];
+        m_fields[i]->setObjectName(QString::fromLatin1(field.objectName));
+        firmForm->addRow(QString::fromUtf8(field.label), m_fields[i]);
     }
     m_fields[9]->setText(QStringLiteral("България"));
 
@@ -85,11 +71,8 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, QWidget *parent) : QDialog(p
 void FirstStartDialog::create()
 {
     FirmProfile firm;
-    QString *targets[] = {&firm.UserName, &firm.UserAdres,   &firm.UserCity,  &firm.UserTel,
-                          &firm.UserGSM,  &firm.UserMOL,     &firm.UserBULSTAT, &firm.UserDanN,
-                          &firm.UserEmail, &firm.UserCountry, &firm.UserURL};
     for (int i = 0; i < 11; ++i)
-        *targets[i] = m_fields[i]->text();
+        firm.*firmFields()[static_cast<size_t>(i)].member = m_fields[i]->text();
     if (m_password->text() != m_repeat->text()) {
         MessageService::instance().inform(UserMessage::twoLines(
             QStringLiteral("   ВНИМАНИЕ!"), QStringLiteral("Паролите не съвпадат!"),

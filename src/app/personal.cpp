@@ -1,5 +1,6 @@
 #include "personal.h"
 
+#include "app/firmfields.h"
 #include "app/messageservice.h"
 
 #include <QDialogButtonBox>
@@ -11,24 +12,6 @@
 
 namespace zarek {
 
-namespace {
-
-const char *const fieldNames[11][2] = {
-    {"txtFirmaName", "Име:"},       {"txtFirmaAdres", "Адрес:"},     {"txtFirmaCity", "Град:"},
-    {"txtFirmaTel", "Телефон:"},    {"txtFirmaFax", "GSM:"},         {"txtFirmaMOL", "МОЛ:"},
-    {"txtFirmaBULSTAT", "БУЛСТАТ:"}, {"txtFirmaDanN", "Дан.№:"},      {"txtFirmaEmail", "E-mail:"},
-    {"txtFirmaCountry", "Държава:"}, {"txtFirmaURL", "URL:"},
-};
-
-QString *profileField(FirmProfile &p, int i)
-{
-    QString *fields[] = {&p.UserName, &p.UserAdres,   &p.UserCity, &p.UserTel,   &p.UserGSM,   &p.UserMOL,
-                         &p.UserBULSTAT, &p.UserDanN, &p.UserEmail, &p.UserCountry, &p.UserURL};
-    return fields[i];
-}
-
-}
-
 Personal::Personal(QSqlDatabase db, FirmProfile &profile, QWidget *parent)
     : QDialog(parent), m_db(std::move(db)), m_profile(profile), m_row(readFirmRow(m_db))
 {
@@ -39,11 +22,12 @@ Personal::Personal(QSqlDatabase db, FirmProfile &profile, QWidget *parent)
     auto *form = new QFormLayout(frame);
     for (int i = 0; i < 11; ++i) {
         m_fields[i] = new QLineEdit(frame);
-        m_fields[i]->setObjectName(QString::fromLatin1(fieldNames[i][0]));
+        const FirmField &field = firmFields()[static_cast<size_t>(i)];
+        m_fields[i]->setObjectName(QString::fromLatin1(field.objectName));
         m_fields[i]->setMinimumWidth(320);
-        form->addRow(QString::fromUtf8(fieldNames[i][1]), m_fields[i]);
+        form->addRow(QString::fromUtf8(field.label), m_fields[i]);
         if (m_row)
-            m_fields[i]->setText(*profileField(m_row->profile, i));
+            m_fields[i]->setText(m_row->profile.*field.member);
     }
     auto *buttons = new QDialogButtonBox(this);
     QPushButton *ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
@@ -69,7 +53,7 @@ void Personal::confirm()
 {
     FirmProfile typed;
     for (int i = 0; i < 11; ++i)
-        *profileField(typed, i) = m_fields[i]->text();
+        typed.*firmFields()[static_cast<size_t>(i)].member = m_fields[i]->text();
     if (const auto missing = acceptFirmFields(typed, m_profile)) {
         MessageService::instance().inform(*missing);
         return;
