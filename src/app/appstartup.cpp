@@ -7,13 +7,15 @@
 #include "app/frmmain.h"
 #include "app/userlogin.h"
 #include "app/messageservice.h"
+#include "app/progdialog.h"
+#include "app/waitcursor.h"
 #include "data/database.h"
 #include "data/demodata.h"
 #include "data/schema.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QProgressDialog>
+
 #include <QSqlDatabase>
 
 namespace zarek {
@@ -30,9 +32,8 @@ void showStartError(const QString &description)
 
 bool fillDemo(QSqlDatabase &db, int courses)
 {
-    QProgressDialog progress(QStringLiteral("Създаване на демонстрационна база данни..."), QString(), 0, courses);
-    progress.setWindowTitle(QStringLiteral("Зарек"));
-    progress.setMinimumDuration(300);
+    ProgDialog progress(QStringLiteral("Създаване на демонстрационна база данни..."), courses);
+    WaitCursor wait;
     DemoOptions options;
     options.courses = courses;
     options.progress = [&progress](int done, int) {

@@ -2,6 +2,7 @@
 
 #include "app/formats.h"
 #include "app/messageservice.h"
+#include "app/waitcursor.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -114,7 +115,10 @@ bool RecordForm::open()
 {
     if (window())
         window()->installEventFilter(this);
-    const auto rows = m_store->load();
+    const auto rows = [this] {
+        WaitCursor wait;
+        return m_store->load();
+    }();
     if (!rows) {
         MessageService::instance().inform(rows.message());
         return false;
