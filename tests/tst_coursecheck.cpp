@@ -1,3 +1,4 @@
+#include "courseexample.h"
 #include "courses/coursecheck.h"
 
 #include <QtTest>
@@ -8,18 +9,7 @@ namespace {
 
 CourseEntry validEntry()
 {
-    CourseEntry entry;
-    entry.driver = QStringLiteral("007,Иван Петров Иванов");
-    entry.kola = QStringLiteral("СА 1234 ВК");
-    entry.date = QStringLiteral("05.03.2006");
-    entry.ton = QStringLiteral("10");
-    entry.km = QStringLiteral("25");
-    entry.tarifa = QStringLiteral("0,125");
-    entry.marsh = QStringLiteral("София - Перник");
-    entry.klient = QStringLiteral("Д'Аргос ООД");
-    entry.tovar = QStringLiteral("Пясък");
-    entry.nomFakt = QStringLiteral("0000000000");
-    return entry;
+    return test::exampleCourseEntry();
 }
 
 const CourseSaveContext adding{CourseMode::NewKurs, true, {}};
