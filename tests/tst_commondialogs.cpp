@@ -1,9 +1,12 @@
+#include "app/diainf.h"
+#include "app/dialog.h"
 #include "app/messageservice.h"
 #include "app/progdialog.h"
 #include "app/waitcursor.h"
+#include "courses/coursestore.h"
 
-#include <QAbstractButton>
-#include <QMessageBox>
+#include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QTimer>
 #include <QtTest>
@@ -13,61 +16,138 @@ using namespace zarek;
 
 namespace {
 
-struct SeenBox {
-    QString title;
-    QString text;
-    QStringList buttons;
-};
+QStringList buttonTexts(QWidget *box)
+{
+    QStringList texts;
+    for (QPushButton *button : box->findChildren<QPushButton *>())
+        texts.append(button->objectName() + QLatin1Char('=') + button->text());
+    texts.sort();
+    return texts;
+}
+
+QString labelText(QWidget *box)
+{
+    return box->findChild<QLabel *>(QStringLiteral("Label1"))->text();
+}
+
+// Runs once the modal box is up: reads it, then lets act close it.
+template <typename Box>
+void whenShown(std::function<void(Box *)> act)
+{
+    QTimer::singleShot(0, [act] {
+        auto *box = qobject_cast<Box *>(QApplication::activeModalWidget());
+        QVERIFY(box);
+        act(box);
+    });
+}
 
 }
 
 class CommonDialogsTest : public QObject {
     Q_OBJECT
 private slots:
-    void diaInfHasOneCloseButtonAndItsDesignCaption()
+    void diaInfHasItsDesignCaptionIconAndOneCloseButton()
     {
-        WidgetMessageService boxes;
-        SeenBox seen;
-        QTimer::singleShot(0, [&seen] {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            QVERIFY(box);
-            seen.title = box->windowTitle();
-            seen.text = box->text();
-            for (QAbstractButton *button : box->buttons())
-                seen.buttons.append(button->text());
-            box->buttons().first()->click();
-        });
-        boxes.inform({QString(), QStringLiteral("Няма избрани ограничения за търсене!"), UserMessage::Icon::Information});
-        QCOMPARE(seen.title, QStringLiteral("Информация"));
-        QCOMPARE(seen.text, QStringLiteral("Няма избрани ограничения за търсене!"));
-        QCOMPARE(seen.buttons, QStringList{QStringLiteral("Затвори")});
+        DiaInf box({QString(), QStringLiteral("Няма избрани ограничения за търсене!"), UserMessage::Icon::None});
+        QCOMPARE(box.objectName(), QStringLiteral("DiaInf"));
+        QCOMPARE(box.windowTitle(), QStringLiteral("Информация"));
+        QCOMPARE(labelText(&box), QStringLiteral("Няма избрани ограничения за търсене!"));
+        QVERIFY(!box.findChild<QLabel *>(QStringLiteral("Image1"))->pixmap().isNull());
+        QCOMPARE(buttonTexts(&box), QStringList{QStringLiteral("OKButton=Затвори")});
     }
 
-    void dialogAnswersOkOrCancel_data()
+    void theErrorBoxShowsItsCaptionAndNumberColonDescription()
+    {
+        DiaInf box(CourseStore::conflictMessage(QStringLiteral("ГРЕШКА при запис!")));
+        QCOMPARE(box.windowTitle(), QStringLiteral("ГРЕШКА при запис!"));
+        QVERIFY(labelText(&box).startsWith(QStringLiteral("-2147217864:Записът е променен")));
+    }
+
+    void aTwoLineMessageStandsOnTwoLines()
+    {
+        DiaInf box(UserMessage::twoLines(QStringLiteral("ГРЕШКА при запис!"), QStringLiteral("Грешно ЕГН на шофьора!"),
+                                         QStringLiteral("Моля, въведете 10 числа за ЕГН на шофьора!")));
+        box.show();
+        auto *label = box.findChild<QLabel *>(QStringLiteral("Label1"));
+        const int line = label->fontMetrics().lineSpacing();
+        QVERIFY2(label->height() >= 2 * line && label->height() < 3 * line, qPrintable(QString::number(label->height())));
+        // Wide enough for the longer line, so neither line wraps.
+        QVERIFY(label->width() >= label->fontMetrics().horizontalAdvance(
+                                      QStringLiteral("Моля, въведете 10 числа за ЕГН на шофьора!")));
+    }
+
+    void theBoxesBeepWhenTheyShow()
+    {
+        RecordingMessageService messages;
+        DiaInf info({QString(), QStringLiteral("Готово")});
+        info.show();
+        Dialog question({QString(), QStringLiteral("Сигурни ли сте?")});
+        question.show();
+        QCOMPARE(messages.beeps, 2);
+    }
+
+    void informShowsDiaInfModally()
+    {
+        WidgetMessageService boxes;
+        QString seen;
+        whenShown<DiaInf>([&seen](DiaInf *box) {
+            seen = box->windowTitle() + QLatin1Char('|') + labelText(box);
+            box->okButton()->click();
+        });
+        boxes.inform({QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Списъка е празен\nЩе се създаде нов!")});
+        QCOMPARE(seen, QStringLiteral("ВНИМАНИЕ!|Списъка е празен\nЩе се създаде нов!"));
+    }
+
+    void askAnswersByTheButtonThatClosedTheDialog_data()
     {
         QTest::addColumn<QString>("press");
         QTest::addColumn<bool>("answer");
-        QTest::newRow("OK") << "OK" << true;
-        QTest::newRow("Отказ") << "Отказ" << false;
+        QTest::newRow("OK") << "OKButton" << true;
+        QTest::newRow("Отказ") << "CancelButton" << false;
+        QTest::newRow("Esc") << "Esc" << false;
     }
-    void dialogAnswersOkOrCancel()
+    void askAnswersByTheButtonThatClosedTheDialog()
     {
         QFETCH(QString, press);
         QFETCH(bool, answer);
         WidgetMessageService boxes;
         QString title;
-        QTimer::singleShot(0, [&title, press] {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            QVERIFY(box);
+        QStringList buttons;
+        whenShown<Dialog>([&, press](Dialog *box) {
             title = box->windowTitle();
-            for (QAbstractButton *button : box->buttons()) {
-                if (button->text() == press)
-                    button->click();
-            }
+            buttons = buttonTexts(box);
+            if (press == QLatin1String("Esc"))
+                QTest::keyClick(box, Qt::Key_Escape);
+            else
+                box->findChild<QPushButton *>(press)->click();
         });
         QCOMPARE(boxes.ask({QString(), QStringLiteral("Наистна ли искате да изтриете записа?"), UserMessage::Icon::Question}),
                  answer);
         QCOMPARE(title, QStringLiteral("Внимание!"));
+        QCOMPARE(buttons, (QStringList{QStringLiteral("CancelButton=Отказ"), QStringLiteral("OKButton=OK")}));
+    }
+
+    void aYesNoQuestionHasDaAndNe()
+    {
+        WidgetMessageService boxes;
+        QStringList buttons;
+        whenShown<Dialog>([&buttons](Dialog *box) {
+            buttons = buttonTexts(box);
+            box->okButton()->click();
+        });
+        QVERIFY(boxes.askYesNo({QStringLiteral("   ВНИМАНИЕ!"), QStringLiteral("Изтривате информацията за пътния лист!"),
+                                UserMessage::Icon::Critical}));
+        QCOMPARE(buttons, (QStringList{QStringLiteral("CancelButton=Не"), QStringLiteral("OKButton=Да")}));
+    }
+
+    void theOkFlagStaysReadableAfterTheDialogCloses()
+    {
+        Dialog question({QString(), QStringLiteral("Ще загубите данните окончателно")});
+        QVERIFY(!question.OkPressed());
+        QTimer::singleShot(0, &question, [&question] { question.okButton()->click(); });
+        question.exec();
+        QVERIFY(question.OkPressed());
+        QVERIFY(!question.isVisible());
     }
 
     void theServiceInForceCanBeReplacedAndRestored()
@@ -77,28 +157,46 @@ private slots:
             QCOMPARE(&MessageService::instance(), static_cast<MessageService *>(&recording));
             recording.answers = {false};
             QVERIFY(!MessageService::instance().ask({}));
-            QVERIFY(MessageService::instance().ask({}));  // nothing queued: OK
+            QVERIFY(MessageService::instance().askYesNo({}));  // nothing queued: OK
+            QCOMPARE(recording.asked.size(), 2);
             MessageService::instance().beep();
             QCOMPARE(recording.beeps, 1);
         }
         QVERIFY(dynamic_cast<WidgetMessageService *>(&MessageService::instance()));
     }
 
-    void progDialogHasItsCaptionAndADisabledButton()
+    void progDialogHasItsCaptionBarAndADisabledButton()
     {
         ProgDialog progress(QStringLiteral("Създавам списъка на клиентите..."), 10);
         QCOMPARE(progress.windowTitle(), QStringLiteral("Зарек 2.3 - Обработка"));
-        QCOMPARE(progress.labelText(), QStringLiteral("Създавам списъка на клиентите..."));
+        QCOMPARE(labelText(&progress), QStringLiteral("Създавам списъка на клиентите..."));
+        QCOMPARE(progress.findChild<QProgressBar *>(QStringLiteral("ProgBar"))->maximum(), 10);
         auto *button = progress.findChild<QPushButton *>(QStringLiteral("OKButton"));
         QVERIFY(button);
         QCOMPARE(button->text(), QStringLiteral("Затвори"));
         QVERIFY(!button->isEnabled());
+        progress.setValue(4);
+        QCOMPARE(progress.findChild<QProgressBar *>(QStringLiteral("ProgBar"))->value(), 4);
+        QVERIFY(!progress.closedByUser());
+    }
+
+    void closingTheProgressBoxIsToldToTheCaller()
+    {
+        ProgDialog progress(QStringLiteral("Заплати"), 3);
+        progress.show();
+        progress.setCloseEnabled(true);
+        progress.findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+        QVERIFY(progress.closedByUser());
     }
 
     void theWaitCursorIsRestoredOnAnErrorPath()
     {
         try {
             WaitCursor wait;
+            QCOMPARE(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
+            {
+                WaitCursor inner;
+            }
             QCOMPARE(QApplication::overrideCursor()->shape(), Qt::WaitCursor);
             throw std::runtime_error("fault");
         } catch (const std::runtime_error &) {

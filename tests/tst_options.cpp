@@ -1,4 +1,5 @@
 #include "app/messageservice.h"
+#include "courses/coursestore.h"
 #include "forms/recordform.h"
 #include "reference/options.h"
 #include "testdatabase.h"
@@ -87,10 +88,12 @@ private slots:
         RecordingMessageService messages;
         Options screen(scratch.db());
         setRates(screen, {"0,35", "0,25", "x", "0,14", "0,12", "0,1"});
+        QCOMPARE(messages.shown.size(), 1);  // told as it changed
+        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при въвеждане!"));
         button(screen, "cmdUpdate2")->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при запис!"));
-        QVERIFY(messages.shown[0].text.startsWith(QStringLiteral("13:")));
+        QCOMPARE(messages.shown.size(), 2);
+        QCOMPARE(messages.shown[1].title, QStringLiteral("ГРЕШКА при запис!"));
+        QVERIFY(messages.shown[1].text.startsWith(QStringLiteral("13:")));
         QSqlQuery query(scratch.db());
         QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM Tarifi")) && query.next());
         QCOMPARE(query.value(0).toInt(), 0);
@@ -144,6 +147,64 @@ private slots:
         QCOMPARE(query.value(0).toInt(), 0);
     }
 
+    void tariffsAreShownWithThreeDecimalsAndAnotherUsersSaveIsNotOverwritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        scratch.exec(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
+                                    "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.25, 0.18, 0.14, 0.12, 0.1)"));
+        RecordingMessageService messages;
+        Options screen(scratch.db());
+        QStringList shown;
+        for (int i = 1; i <= 6; ++i)
+            shown.append(box(screen, QStringLiteral("Text%1").arg(i))->text());
+        QCOMPARE(shown, (QStringList{"0,350", "0,250", "0,180", "0,140", "0,120", "0,100"}));
+        QVERIFY(messages.shown.isEmpty());
+
+        QSqlQuery other(scratch.openSecondConnection());
+        QVERIFY(other.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20\" = 0.4, row_version = row_version + 1")));
+        box(screen, QStringLiteral("Text2"))->setText(QStringLiteral("0,3"));
+        button(screen, "cmdUpdate2")->click();
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown[0], CourseStore::conflictMessage(QStringLiteral("ГРЕШКА при запис!")));
+        QCOMPARE(box(screen, QStringLiteral("Text2"))->text(), QStringLiteral("0,3"));
+        QSqlQuery query(scratch.db());
+        QVERIFY(query.exec(QStringLiteral("SELECT \"Trf_20\", \"Trf_20-30\" FROM Tarifi")) && query.next());
+        QCOMPARE(query.value(0).toDouble(), 0.4);
+        QCOMPARE(query.value(1).toDouble(), 0.25);
+    }
+
+    void escDoesNotCloseTheScreen()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        Options screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        QTest::keyClick(box(screen, QStringLiteral("txtFields1_0")), Qt::Key_Escape);
+        QTest::keyClick(&screen, Qt::Key_Escape);
+        QVERIFY(screen.isVisible());
+        QTest::keyClick(box(screen, QStringLiteral("txtFields1_0")), Qt::Key_Tab, Qt::ControlModifier);
+        QCOMPARE(screen.tabs()->currentIndex(), 1);
+    }
+
+    void aTruckIsDeletedAfterTwoQuestions()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('РВ 1234 ТМ', 31.5, 12, 24)"));
+        RecordingMessageService messages;
+        Options screen(scratch.db());
+        QCOMPARE(box(screen, QStringLiteral("txtFields1_1"))->text(), QStringLiteral("31,5"));
+        messages.answers = {true, false};
+        button(screen, "cmdDelete1")->click();
+        messages.answers = {true, true};
+        button(screen, "cmdDelete1")->click();
+        QCOMPARE(messages.asked.size(), 4);
+        QSqlQuery query(scratch.db());
+        QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM Config")) && query.next());
+        QCOMPARE(query.value(0).toInt(), 0);
+        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus1"))->text(), QString());
+    }
+
     void screenshots()
     {
         const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
@@ -151,13 +212,24 @@ private slots:
             QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the screen");
         ZAREK_SCRATCH_DB(scratch);
         scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('РВ 1234 ТМ', 31.5, 12, 24)"));
+        scratch.exec(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
+                                    "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.25, 0.18, 0.14, 0.12, 0.1)"));
+        RecordingMessageService messages;
         Options screen(scratch.db());
         screen.show();
-        QTest::qWait(50);
+        QVERIFY(QTest::qWaitForWindowExposed(&screen));
         screen.grab().save(dir + QStringLiteral("/options-trucks.png"));
+        button(screen, "cmdEdit1")->click();
+        QTest::qWait(50);
+        screen.grab().save(dir + QStringLiteral("/options-trucks-editing.png"));
+        button(screen, "cmdCancel1")->click();
         screen.tabs()->setCurrentIndex(1);
         QTest::qWait(50);
         screen.grab().save(dir + QStringLiteral("/options-tariffs.png"));
+        box(screen, QStringLiteral("Text3"))->setFocus();
+        box(screen, QStringLiteral("Text3"))->setText(QStringLiteral("0,2"));
+        QTest::qWait(50);
+        screen.grab().save(dir + QStringLiteral("/options-tariffs-editing.png"));
     }
 };
 

@@ -1,8 +1,9 @@
 #include "messageservice.h"
 
+#include "diainf.h"
+#include "dialog.h"
+
 #include <QApplication>
-#include <QMessageBox>
-#include <QPushButton>
 
 namespace zarek {
 
@@ -10,16 +11,11 @@ namespace {
 
 MessageService *installed = nullptr;
 
-QMessageBox::Icon boxIcon(UserMessage::Icon icon)
+bool askWith(const UserMessage &message, Dialog::Buttons buttons)
 {
-    switch (icon) {
-    case UserMessage::Icon::Information: return QMessageBox::Information;
-    case UserMessage::Icon::Exclamation: return QMessageBox::Warning;
-    case UserMessage::Icon::Critical: return QMessageBox::Critical;
-    case UserMessage::Icon::Question: return QMessageBox::Question;
-    case UserMessage::Icon::None: break;
-    }
-    return QMessageBox::NoIcon;
+    Dialog box(message, buttons, QApplication::activeWindow());
+    box.exec();
+    return box.OkPressed();
 }
 
 }
@@ -35,31 +31,20 @@ void MessageService::setInstance(MessageService *service)
     installed = service;
 }
 
-// DiaInf: the message with one button, "Затвори"; its caption is "Информация" unless one is given.
 void WidgetMessageService::inform(const UserMessage &message)
 {
-    QMessageBox box(boxIcon(message.icon), message.title.isEmpty() ? QStringLiteral("Информация") : message.title,
-                    message.text, QMessageBox::NoButton, QApplication::activeWindow());
-    box.setObjectName(QStringLiteral("DiaInf"));
-    box.addButton(QStringLiteral("Затвори"), QMessageBox::AcceptRole)->setObjectName(QStringLiteral("OKButton"));
-    QApplication::beep();
+    DiaInf box(message, QApplication::activeWindow());
     box.exec();
 }
 
-// Dialog: the question with "OK" and "Отказ"; its caption is "Внимание!" unless one is given.
 bool WidgetMessageService::ask(const UserMessage &message)
 {
-    QMessageBox box(boxIcon(message.icon == UserMessage::Icon::None ? UserMessage::Icon::Question : message.icon),
-                    message.title.isEmpty() ? QStringLiteral("Внимание!") : message.title, message.text,
-                    QMessageBox::NoButton, QApplication::activeWindow());
-    box.setObjectName(QStringLiteral("Dialog"));
-    QPushButton *ok = box.addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
-    ok->setObjectName(QStringLiteral("OKButton"));
-    box.addButton(QStringLiteral("Отказ"), QMessageBox::RejectRole)->setObjectName(QStringLiteral("CancelButton"));
-    box.setDefaultButton(ok);
-    QApplication::beep();
-    box.exec();
-    return box.clickedButton() == ok;
+    return askWith(message, Dialog::Buttons::OkCancel);
+}
+
+bool WidgetMessageService::askYesNo(const UserMessage &message)
+{
+    return askWith(message, Dialog::Buttons::YesNo);
 }
 
 void WidgetMessageService::beep()

@@ -19,6 +19,9 @@ public:
     virtual void inform(const UserMessage &message) = 0;
     // A question; true when the user answered OK.
     virtual bool ask(const UserMessage &message) = 0;
+    // A question answered "Да" or "Не"; true for "Да". Told as an ask() unless a service shows it
+    // differently.
+    virtual bool askYesNo(const UserMessage &message) { return ask(message); }
     virtual void beep() = 0;
 
     // The service in force; a widget service until a test installs its own.
@@ -27,11 +30,12 @@ public:
     static void setInstance(MessageService *service);
 };
 
-// Shows real modal boxes.
+// Shows the system's own modal boxes: DiaInf for a message, Dialog for a question.
 class WidgetMessageService : public MessageService {
 public:
     void inform(const UserMessage &message) override;
     bool ask(const UserMessage &message) override;
+    bool askYesNo(const UserMessage &message) override;
     void beep() override;
 };
 

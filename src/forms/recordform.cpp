@@ -1,6 +1,5 @@
 #include "recordform.h"
 
-#include "app/formats.h"
 #include "app/messageservice.h"
 #include "app/waitcursor.h"
 
@@ -12,68 +11,100 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStyle>
-#include <QTimer>
 
 namespace zarek {
 
 namespace {
 
-const QString addError = QStringLiteral("ГРЕШКА при добавяне!");
-const QString editError = QStringLiteral("ГРЕШКА при корекция!");
-const QString saveError = QStringLiteral("ГРЕШКА при запис!");
-const QString deleteError = QStringLiteral("ГРЕШКА при изтриване!");
+UserMessage noCurrentRow(const QString &caption)
+{
+    return UserMessage::error(caption, QStringLiteral("3021"), QStringLiteral("Няма текущ запис."));
+}
+
+RecordBinder::FieldOptions fieldOptions(const RecordFormConfig &config, const QString &column)
+{
+    RecordBinder::FieldOptions options;
+    if (config.numberColumns.contains(column))
+        options.kind = RecordFieldKind::Number;
+    else if (config.dateColumns.contains(column))
+        options.kind = RecordFieldKind::Date;
+    options.lockedWhileEditing = config.lockedWhileEditing.contains(column);
+    options.secret = config.secretColumns.contains(column);
+    return options;
+}
 
 }
 
 RecordForm::RecordForm(std::unique_ptr<RecordStore> store, RecordFormConfig config, QWidget *parent)
     : QWidget(parent), m_store(std::move(store)), m_config(std::move(config))
 {
-    const QString &s = m_config.suffix;
+    setObjectName(QStringLiteral("RecordForm") + m_config.suffix);
+    QStringList columns;
+    for (const QString &column : m_store->columns())
+        columns.append(RecordStore::valueName(column));
+    m_rows = new RecordSet(columns, this);
+    m_binder = new RecordBinder(this);
+    connect(m_binder, &RecordBinder::fieldClicked, this, [this] {
+        if (m_config.clickStartsEditing && m_state == State::Browsing)
+            edit();
+    });
+
     m_actions = new QWidget(this);
-    m_actions->setObjectName(QStringLiteral("picButtons") + s);
+    m_actions->setObjectName(QStringLiteral("picButtons") + m_config.suffix);
     auto *actions = new QHBoxLayout(m_actions);
     actions->setContentsMargins(0, 0, 0, 0);
-    m_add = button(QStringLiteral("cmdAdd"), QStringLiteral("&Добави"), m_actions);
-    m_edit = button(QStringLiteral("cmdEdit"), QStringLiteral("&Поправи"), m_actions);
-    m_delete = button(QStringLiteral("cmdDelete"), QStringLiteral("&Изтрий"), m_actions);
-    m_update = button(QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши"), m_actions);
-    m_cancel = button(QStringLiteral("cmdCancel"), QStringLiteral("&Отказ"), m_actions);
+    m_add = makeButton(QStringLiteral("cmdAdd"), QStringLiteral("Добави"), m_actions);
+    m_edit = makeButton(QStringLiteral("cmdEdit"), QStringLiteral("Поправи"), m_actions);
+    m_delete = makeButton(QStringLiteral("cmdDelete"), QStringLiteral("Изтрий"), m_actions);
+    m_update = makeButton(QStringLiteral("cmdUpdate"), QStringLiteral("Запиши"), m_actions);
+    m_cancel = makeButton(QStringLiteral("cmdCancel"), QStringLiteral("Отказ"), m_actions);
+    actions->addStretch();
     for (QPushButton *b : {m_add, m_edit, m_delete, m_update, m_cancel})
         actions->addWidget(b);
     if (m_config.closeInStrip) {
-        m_close = button(QStringLiteral("cmdClose"), QStringLiteral("З&атвори"), m_actions);
+        m_close = makeButton(QStringLiteral("cmdClose"), QStringLiteral("Затвори"), m_actions);
         actions->addWidget(m_close);
         connect(m_close, &QPushButton::clicked, this, &RecordForm::closeRequested);
     }
+    actions->addStretch();
 
     m_navigation = new QWidget(this);
-    m_navigation->setObjectName(QStringLiteral("picStatBox") + s);
+    m_navigation->setObjectName(QStringLiteral("picStatBox") + m_config.suffix);
     auto *navigation = new QHBoxLayout(m_navigation);
     navigation->setContentsMargins(0, 0, 0, 0);
-    m_first = button(QStringLiteral("cmdFirst"), QString(), m_navigation);
-    m_previous = button(QStringLiteral("cmdPrevious"), QString(), m_navigation);
+    navigation->setSpacing(2);
+    const struct {
+        QPushButton **button;
+        const char *name;
+        QStyle::StandardPixmap icon;
+        const char *tip;
+    } moves[] = {
+        {&m_first, "cmdFirst", QStyle::SP_MediaSkipBackward, "Първи запис (Home)"},
+        {&m_previous, "cmdPrevious", QStyle::SP_MediaSeekBackward, "Предишен запис (↑)"},
+        {&m_next, "cmdNext", QStyle::SP_MediaSeekForward, "Следващ запис (↓)"},
+        {&m_last, "cmdLast", QStyle::SP_MediaSkipForward, "Последен запис (End)"},
+    };
+    for (const auto &move : moves) {
+        *move.button = makeButton(QString::fromLatin1(move.name), QString(), m_navigation);
+        (*move.button)->setIcon(style()->standardIcon(move.icon));
+        (*move.button)->setToolTip(QString::fromUtf8(move.tip));
+        (*move.button)->setAccessibleName(QString::fromUtf8(move.tip));
+    }
     m_status = new QLabel(m_navigation);
-    m_status->setObjectName(QStringLiteral("lblStatus") + s);
+    m_status->setObjectName(QStringLiteral("lblStatus") + m_config.suffix);
     m_status->setAlignment(Qt::AlignCenter);
-    m_status->setMinimumWidth(160);
-    m_next = button(QStringLiteral("cmdNext"), QString(), m_navigation);
-    m_last = button(QStringLiteral("cmdLast"), QString(), m_navigation);
-    m_first->setIcon(style()->standardIcon(QStyle::SP_MediaSkipBackward));
-    m_previous->setIcon(style()->standardIcon(QStyle::SP_MediaSeekBackward));
-    m_next->setIcon(style()->standardIcon(QStyle::SP_MediaSeekForward));
-    m_last->setIcon(style()->standardIcon(QStyle::SP_MediaSkipForward));
-    m_first->setToolTip(QStringLiteral("Първи запис (Home)"));
-    m_previous->setToolTip(QStringLiteral("Предишен запис (↑)"));
-    m_next->setToolTip(QStringLiteral("Следващ запис (↓)"));
-    m_last->setToolTip(QStringLiteral("Последен запис (End)"));
-    for (QWidget *w : {static_cast<QWidget *>(m_first), static_cast<QWidget *>(m_previous), static_cast<QWidget *>(m_status),
-                       static_cast<QWidget *>(m_next), static_cast<QWidget *>(m_last)})
-        navigation->addWidget(w);
+    m_status->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+    m_status->setMinimumWidth(180);
+    navigation->addWidget(m_first);
+    navigation->addWidget(m_previous);
+    navigation->addWidget(m_status, 1);
+    navigation->addWidget(m_next);
+    navigation->addWidget(m_last);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(m_navigation);
     layout->addWidget(m_actions);
+    layout->addWidget(m_navigation);
 
     connect(m_add, &QPushButton::clicked, this, &RecordForm::add);
     connect(m_edit, &QPushButton::clicked, this, &RecordForm::edit);
@@ -85,36 +116,43 @@ RecordForm::RecordForm(std::unique_ptr<RecordStore> store, RecordFormConfig conf
     connect(m_next, &QPushButton::clicked, this, &RecordForm::next);
     connect(m_last, &QPushButton::clicked, this, &RecordForm::last);
     setButtons(true);
+    // The form sees every key of its window first, as the legacy key preview did.
+    if (m_config.keyboardNavigation)
+        qApp->installEventFilter(this);
 }
 
 RecordForm::~RecordForm() = default;
 
-QPushButton *RecordForm::button(const QString &name, const QString &caption, QWidget *parent)
+QPushButton *RecordForm::makeButton(const QString &name, const QString &caption, QWidget *parent)
 {
-    auto *b = new QPushButton(caption, parent);
+    auto *b = new QPushButton(m_config.buttonCaptions.value(name, caption), parent);
     b->setObjectName(name + m_config.suffix);
-    b->setAutoDefault(false);
+    b->setAutoDefault(false);  // Enter in a box never presses a strip button
     return b;
+}
+
+QPushButton *RecordForm::button(const QString &name) const
+{
+    return findChild<QPushButton *>(name + m_config.suffix);
 }
 
 void RecordForm::bind(QLineEdit *field, const QString &column)
 {
-    m_texts.append({field, column});
-    field->installEventFilter(this);
-    field->setReadOnly(true);
+    m_binder->bind(field, column, fieldOptions(m_config, column));
 }
 
 void RecordForm::bind(QCheckBox *field, const QString &column)
 {
-    m_checks.append({field, column});
-    field->installEventFilter(this);
-    field->setEnabled(false);
+    m_binder->bind(field, column, fieldOptions(m_config, column));
+}
+
+void RecordForm::cover(QLineEdit *bound, QComboBox *combo)
+{
+    m_binder->cover(bound, combo);
 }
 
 bool RecordForm::open()
 {
-    if (window())
-        window()->installEventFilter(this);
     const auto rows = [this] {
         WaitCursor wait;
         return m_store->load();
@@ -123,9 +161,25 @@ bool RecordForm::open()
         MessageService::instance().inform(rows.message());
         return false;
     }
-    m_rows = rows.value();
-    show(m_rows.isEmpty() ? -1 : 0);
+    m_rows->setRows(rows.value());
+    // Tab goes through the boxes first, then the strips.
+    QWidget *previous = m_binder->lastField();
+    for (QPushButton *b : {m_add, m_edit, m_delete, m_update, m_cancel, m_close, m_first, m_previous, m_next, m_last}) {
+        if (b && previous) {
+            setTabOrder(previous, b);
+            previous = b;
+        }
+    }
+    setState(State::Browsing);
+    showCurrent();
+    if (QWidget *field = m_binder->firstField())
+        field->setFocus();  // the window opens in its first box
     return true;
+}
+
+const RecordRow *RecordForm::currentRow() const
+{
+    return m_rows->hasCurrent() ? &m_rows->current() : nullptr;
 }
 
 void RecordForm::setButtons(bool browsing)
@@ -143,14 +197,10 @@ void RecordForm::setButtons(bool browsing)
 void RecordForm::setState(State state)
 {
     m_state = state;
-    const bool browsing = state == State::Browsing;
-    setButtons(browsing);
-    // Fields take typing only while a row is being added or corrected, so nothing changes unseen.
-    for (const auto &[field, column] : std::as_const(m_texts))
-        field->setReadOnly(browsing);
-    for (const auto &[field, column] : std::as_const(m_checks))
-        field->setEnabled(!browsing);
+    setButtons(state == State::Browsing);
+    m_binder->setState(state);
     showStatus();
+    emit stateChanged(state);
 }
 
 void RecordForm::showStatus()
@@ -160,193 +210,246 @@ void RecordForm::showStatus()
     else if (m_state == State::Editing)
         m_status->setText(m_config.editText);
     else
-        m_status->setText(m_current >= 0 ? m_config.statusText + QString::number(m_current + 1) : QString());
+        m_status->setText(m_rows->hasCurrent() ? m_config.statusText + QString::number(m_rows->position() + 1)
+                                               : QString());
 }
 
-void RecordForm::showValues(const QVariantMap &values)
+void RecordForm::showCurrent()
 {
-    for (const auto &[field, column] : std::as_const(m_texts)) {
-        if (m_config.secretColumns.contains(column)) {
-            field->clear();
-            continue;
-        }
-        const QVariant value = values.value(column);
-        field->setText(value.typeId() == QMetaType::Double ? QString::number(value.toDouble()).replace(u'.', u',')
-                                                           : value.toString());
-    }
-    for (const auto &[field, column] : std::as_const(m_checks))
-        field->setChecked(values.value(column).toBool());
-}
-
-QVariantMap RecordForm::typedValues() const
-{
-    QVariantMap values;
-    for (const auto &[field, column] : m_texts)
-        values.insert(column, field->text());
-    for (const auto &[field, column] : m_checks)
-        values.insert(column, field->isChecked());
-    return values;
-}
-
-void RecordForm::show(int index)
-{
-    m_current = index;
-    showValues(index >= 0 ? m_rows[index].values : QVariantMap());
+    m_binder->show(m_rows->hasCurrent() ? m_rows->current().values : QVariantMap());
     showStatus();
+}
+
+// The error trap of a handler: the box under the handler's caption; the form stays as it was.
+void RecordForm::fail(const QString &caption, UserMessage message) const
+{
+    if (message.title.isEmpty())
+        message.title = caption;
+    if (m_config.errorDescriptionOnly && message.icon == UserMessage::Icon::Critical)
+        message.text = message.text.section(QLatin1Char(':'), 1);
+    MessageService::instance().inform(message);
 }
 
 void RecordForm::add()
 {
-    m_savedBookmark = m_current;  // kept for "Отказ"
+    if (m_state != State::Browsing)
+        return;
+    // On an empty table the bookmark stays as it was; "Отказ" then goes to the first row.
+    if (m_rows->hasCurrent())
+        m_savedBookmark = m_rows->bookmark();
     QVariantMap values;
     if (m_config.presets)
         m_config.presets(values);
-    showValues(values);
+    m_binder->show(values);
     setState(State::Adding);
-    if (!m_texts.isEmpty())
-        m_texts.first().first->setFocus();
+    if (QWidget *field = m_binder->firstField())
+        field->setFocus();
+    emit added();
 }
 
 void RecordForm::edit()
 {
-    if (m_current < 0) {
-        MessageService::instance().inform(UserMessage::error(editError, QStringLiteral("3021"),
-                                                             QStringLiteral("Няма текущ запис.")));
+    if (m_state != State::Browsing)
+        return;
+    if (!m_rows->hasCurrent()) {
+        fail(m_config.errorCaptions.edit, noCurrentRow(m_config.errorCaptions.edit));
         return;
     }
     setState(State::Editing);
+    m_binder->loadCovers();
+    if (QWidget *field = m_binder->firstField())
+        field->setFocus();
+    emit editStarted();
 }
 
 bool RecordForm::update()
 {
-    const QVariantMap typed = typedValues();
+    if (m_state == State::Browsing)
+        return false;
+    const QString &caption = m_config.errorCaptions.save;
+    m_binder->commitCovers();
+    // All checks run; the message kept is that of the last one that failed. What was typed stays.
     if (m_config.validate) {
-        if (const auto failure = m_config.validate(typed)) {
-            MessageService::instance().inform({saveError, failure->text, failure->icon});
+        if (const auto failure = m_config.validate(m_binder->typed())) {
+            fail(caption, *failure);
             return false;
         }
     }
-    RecordRow row = m_state == State::Adding ? RecordRow{} : m_rows[m_current];
-    for (auto it = typed.begin(); it != typed.end(); ++it) {
-        QVariant value = it.value();
-        if (m_config.secretColumns.contains(it.key())) {
-            const bool keep = value.toString().isEmpty() && m_state == State::Editing;
-            if (!keep)
-                row.values.insert(it.key(), m_config.secretValue ? m_config.secretValue(value.toString()) : value);
+    const Checked<QVariantMap> values = m_binder->values(caption);
+    if (!values) {
+        fail(caption, values.message());
+        return false;
+    }
+    const bool adding = m_state == State::Adding;
+    RecordRow row = adding ? RecordRow{} : m_rows->current();
+    for (auto it = values.value().cbegin(); it != values.value().cend(); ++it) {
+        if (m_binder->isSecret(it.key())) {
+            const QString typed = it.value().toString();
+            if (typed.isEmpty() && !adding)
+                continue;  // left empty: the stored one stays
+            row.values.insert(it.key(), m_config.secretValue ? m_config.secretValue(typed) : QVariant(typed));
             continue;
         }
-        if (m_config.numberColumns.contains(it.key())) {
-            const QString text = value.toString();
-            const auto number = parseNumber(text);
-            if (!number && !text.trimmed().isEmpty()) {
-                MessageService::instance().inform(UserMessage::twoLines(
-                    saveError, QStringLiteral("Въведеното \"%1\" не е число!").arg(text.trimmed()),
-                    QStringLiteral("Моля, въведете число със запетая или точка."), UserMessage::Icon::Exclamation));
-                return false;
-            }
-            value = number ? QVariant(*number) : QVariant();
-        }
-        row.values.insert(it.key(), value);
+        row.values.insert(it.key(), it.value());
     }
-    const auto failure = m_state == State::Adding ? m_store->insert(row, saveError) : m_store->update(row, saveError);
-    if (failure) {
-        MessageService::instance().inform(*failure);
+
+    Checked<RecordRow> written = row;
+    {
+        WaitCursor wait;
+        if (m_config.write) {
+            written = m_config.write(row, adding);
+        } else {
+            const auto failure = adding ? m_store->insert(row, caption) : m_store->update(row, caption);
+            if (failure)
+                written = *failure;
+            else
+                written = row;
+        }
+    }
+    if (!written) {
+        fail(caption, written.message());
         return false;  // still adding or editing, with what was typed
     }
-    if (m_state == State::Adding) {
-        m_rows.append(row);
-        m_current = int(m_rows.size()) - 1;
-    } else {
-        m_rows[m_current] = row;
-    }
+    if (adding)
+        m_rows->append(written.value());  // a new row stands last until the form is opened again
+    else
+        m_rows->replaceCurrent(written.value());
     setState(State::Browsing);
-    show(m_current);
+    showCurrent();
+    emit saved();
     return true;
 }
 
+// Drops what was typed and goes back to the row that was current when "Добави" was last pressed,
+// or to the first row when there is no such row.
 void RecordForm::cancel()
 {
-    const bool wasAdding = m_state == State::Adding;
+    if (m_state == State::Browsing)
+        return;
     setState(State::Browsing);
-    int back = wasAdding ? m_savedBookmark : m_current;
-    if (back < 0 || back >= m_rows.size())
-        back = m_rows.isEmpty() ? -1 : 0;
-    m_savedBookmark = -1;
-    show(back);
+    if (!m_rows->moveToBookmark(m_savedBookmark))
+        m_rows->moveFirst();
+    showCurrent();
+    emit cancelled();
+}
+
+bool RecordForm::confirmDelete() const
+{
+    if (!m_config.confirmDelete)
+        return true;
+    MessageService &messages = MessageService::instance();
+    if (m_config.deleteQuestion)
+        return messages.askYesNo(*m_config.deleteQuestion);
+    const QString title = QStringLiteral("Изтриване на запис");
+    return messages.ask({title, QStringLiteral("Наистна ли искате да изтриете записа?"), UserMessage::Icon::Question})
+           && messages.ask({title, QStringLiteral("Ще загубите данните окончателно"), UserMessage::Icon::Question});
 }
 
 void RecordForm::remove()
 {
-    if (m_current < 0)
+    if (m_state != State::Browsing)
         return;
-    if (m_config.confirmDelete) {
-        MessageService &messages = MessageService::instance();
-        const QString title = QStringLiteral("Изтриване на запис");
-        if (!messages.ask({title, QStringLiteral("Наистна ли искате да изтриете записа?"), UserMessage::Icon::Question})
-            || !messages.ask({title, QStringLiteral("Ще загубите данните окончателно"), UserMessage::Icon::Question}))
-            return;
-    }
-    if (const auto failure = m_store->remove(m_rows[m_current], deleteError)) {
-        MessageService::instance().inform(*failure);
+    const QString &caption = m_config.errorCaptions.remove;
+    if (!m_rows->hasCurrent()) {
+        fail(caption, noCurrentRow(caption));
         return;
     }
-    m_rows.removeAt(m_current);
-    show(m_rows.isEmpty() ? -1 : std::min(m_current, int(m_rows.size()) - 1));
+    if (!confirmDelete())
+        return;
+    const RecordRow row = m_rows->current();
+    std::optional<UserMessage> failure;
+    {
+        WaitCursor wait;
+        failure = m_config.remove ? m_config.remove(row) : m_store->remove(row, caption);
+    }
+    if (failure) {
+        fail(caption, *failure);
+        return;
+    }
+    m_rows->removeCurrent();
+    showCurrent();
 }
 
-void RecordForm::moveTo(int index)
+template <typename Move>
+void RecordForm::navigate(Move move)
 {
-    if (m_rows.isEmpty())
+    if (m_state != State::Browsing || m_rows->isEmpty())
         return;
-    show(std::clamp(index, 0, int(m_rows.size()) - 1));
+    move();
+    showCurrent();
+    if (m_config.afterMove) {
+        if (const auto failure = m_config.afterMove())
+            fail(m_config.errorCaptions.move, *failure);
+    }
+    emit moved();
 }
 
-void RecordForm::first() { moveTo(0); }
-void RecordForm::last() { moveTo(int(m_rows.size()) - 1); }
+void RecordForm::first()
+{
+    navigate([this] { m_rows->moveFirst(); });
+}
 
+void RecordForm::last()
+{
+    navigate([this] { m_rows->moveLast(); });
+}
+
+// Past the last row: a beep, and the last row stays.
 void RecordForm::next()
 {
-    if (m_rows.isEmpty())
-        return;
-    if (m_current + 1 >= m_rows.size())
-        MessageService::instance().beep();
-    moveTo(m_current + 1);
+    navigate([this] {
+        if (m_rows->atLast())
+            MessageService::instance().beep();
+        m_rows->moveTo(m_rows->position() + 1);
+    });
 }
 
 void RecordForm::previous()
 {
-    if (m_rows.isEmpty())
-        return;
-    if (m_current <= 0)
-        MessageService::instance().beep();
-    moveTo(m_current - 1);
+    navigate([this] {
+        if (m_rows->atFirst())
+            MessageService::instance().beep();
+        m_rows->moveTo(m_rows->position() - 1);
+    });
+}
+
+// Keys of the window: dead while a row is added or corrected (Esc too, so the form cannot be
+// closed with a change pending). Ctrl counts only alone: Ctrl with Shift is a plain key.
+bool RecordForm::handleKey(QKeyEvent *key)
+{
+    switch (key->key()) {
+    case Qt::Key_Escape:
+    case Qt::Key_End:
+    case Qt::Key_Home:
+    case Qt::Key_Up:
+    case Qt::Key_PageUp:
+    case Qt::Key_Down:
+    case Qt::Key_PageDown: break;
+    default: return false;
+    }
+    if (m_state != State::Browsing)
+        return key->key() == Qt::Key_Escape;
+    const Qt::KeyboardModifiers held = key->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
+    const bool ctrl = held == Qt::ControlModifier;
+    switch (key->key()) {
+    case Qt::Key_Escape: emit closeRequested(); break;
+    case Qt::Key_End: last(); break;
+    case Qt::Key_Home: first(); break;
+    case Qt::Key_Up:
+    case Qt::Key_PageUp: ctrl ? first() : previous(); break;
+    default: ctrl ? last() : next(); break;
+    }
+    return true;
 }
 
 bool RecordForm::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::MouseButtonRelease || event->type() == QEvent::FocusIn) {
-        if (auto *field = qobject_cast<QLineEdit *>(watched)) {
-            if (event->type() == QEvent::MouseButtonRelease && m_config.clickStartsEditing && m_state == State::Browsing)
-                edit();
-            QTimer::singleShot(0, field, &QLineEdit::selectAll);
-        }
-    }
-    if (event->type() != QEvent::KeyPress || !m_config.keyboardNavigation)
+    if (event->type() != QEvent::KeyPress || !isVisible())
         return QWidget::eventFilter(watched, event);
-    const auto *key = static_cast<QKeyEvent *>(event);
-    if (m_state != State::Browsing)  // keyboard navigation is dead while adding or editing; so is Esc
-        return key->key() == Qt::Key_Escape || QWidget::eventFilter(watched, event);
-    const bool ctrl = (key->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier;
-    switch (key->key()) {
-    case Qt::Key_Escape: emit closeRequested(); return true;
-    case Qt::Key_End: last(); return true;
-    case Qt::Key_Home: first(); return true;
-    case Qt::Key_Up:
-    case Qt::Key_PageUp: ctrl ? first() : previous(); return true;
-    case Qt::Key_Down:
-    case Qt::Key_PageDown: ctrl ? last() : next(); return true;
-    default: return QWidget::eventFilter(watched, event);
-    }
+    auto *widget = qobject_cast<QWidget *>(watched);
+    if (!widget || widget->window() != window())
+        return QWidget::eventFilter(watched, event);
+    return handleKey(static_cast<QKeyEvent *>(event)) || QWidget::eventFilter(watched, event);
 }
 
 }

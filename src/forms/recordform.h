@@ -1,60 +1,105 @@
 #pragma once
 
+#include "forms/recordbinder.h"
+#include "forms/recordset.h"
 #include "forms/recordstore.h"
 
+#include <QHash>
 #include <QWidget>
 #include <functional>
 #include <memory>
 
-class QAbstractButton;
 class QCheckBox;
+class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
 
 namespace zarek {
 
-// What a screen may vary on the record form.
+// The title of the error box of each handler.
+struct RecordFormCaptions {
+    QString add = QStringLiteral("ГРЕШКА при добавяне!");
+    QString edit = QStringLiteral("ГРЕШКА при корекция!");
+    QString save = QStringLiteral("ГРЕШКА при запис!");
+    QString remove = QStringLiteral("ГРЕШКА при изтриване!");
+    QString move = QStringLiteral("ГРЕШКА при преместване!");
+};
+
+// What a screen may vary on the record form: names, texts, the delete question, the error boxes,
+// how the boxes behave, and hooks around add, save, delete and move.
 struct RecordFormConfig {
     QString suffix;                                   // added to every control name when two strips share a window
-    QString statusText = QStringLiteral("Запис №: ");
+    QString statusText = QStringLiteral("Запис №: ");  // browsing: followed by the row's position
     QString newText = QStringLiteral("Нов запис");
     QString editText = QStringLiteral("Корекция");
-    bool confirmDelete = true;                        // two questions before a delete, or none
+    // Captions of the action buttons by name ("cmdAdd" -> "&Добави"); the usual ones otherwise.
+    QHash<QString, QString> buttonCaptions;
     bool closeInStrip = true;                         // the close button belongs to the action strip
-    bool clickStartsEditing = false;                  // a click in a field acts as "Поправи"
     bool keyboardNavigation = true;                   // Esc, Home, End, arrows and pages move and close
+    bool clickStartsEditing = false;                  // a click in a field acts as "Поправи"
+
+    // Before a delete: two questions ("Наистна ли…", then "Ще загубите…"), or the one Yes/No
+    // question given here, or none at all.
+    bool confirmDelete = true;
+    std::optional<UserMessage> deleteQuestion;
+
+    RecordFormCaptions errorCaptions;
+    bool errorDescriptionOnly = false;                // error boxes show the description without its number
+
     QStringList numberColumns;                        // typed with comma or point, stored as numbers; blank is none
+    QStringList dateColumns;                          // typed the Bulgarian way, stored as dates; blank is none
+    QStringList lockedWhileEditing;                   // grey and read-only while a row is corrected
     // Columns never shown (passwords): the box starts empty; left empty it keeps the stored value,
     // otherwise what was typed is stored through secretValue (e.g. a salted hash).
     QStringList secretColumns;
     std::function<QVariant(const QString &typed)> secretValue;
-    // The screen's checks: the message to show, or none. Empty means no validation.
-    std::function<std::optional<UserMessage>(const QVariantMap &values)> validate;
-    // Presets after "Добави".
+
+    // The screen's checks over the typed texts: the message to show, or none. Empty: no checks.
+    std::function<std::optional<UserMessage>(const QVariantMap &typed)> validate;
+    // Values a new row starts with, before they are shown.
     std::function<void(QVariantMap &values)> presets;
+    // Writes the row instead of the store (a new row has id 0): the row as written, or why not.
+    std::function<Checked<RecordRow>(const RecordRow &row, bool adding)> write;
+    // Deletes the row instead of the store (with what belongs to it, say).
+    std::function<std::optional<UserMessage>(const RecordRow &row)> remove;
+    // After each of the four moves, e.g. to refresh what is derived from the row.
+    std::function<std::optional<UserMessage>()> afterMove;
 };
 
-// The action strip, the navigation strip and the state of a window that edits the rows of one
-// table one at a time. The screen lays out its own fields and binds them here by column.
+// The action strip (picButtons), the navigation strip (picStatBox with lblStatus) and the state
+// of a window that edits the rows of one table one at a time. The screen lays out its own boxes
+// and binds them here by column; the rows are read once and held in memory while it is open.
 class RecordForm : public QWidget {
     Q_OBJECT
 public:
-    enum class State { Browsing, Adding, Editing };
+    using State = RecordFormState;
 
     RecordForm(std::unique_ptr<RecordStore> store, RecordFormConfig config, QWidget *parent = nullptr);
     ~RecordForm() override;
 
     void bind(QLineEdit *field, const QString &column);
     void bind(QCheckBox *field, const QString &column);
-    // Reads the rows and shows the first; call once the fields are bound.
+    // A combo box that stands in for a bound box while a row is added or corrected.
+    void cover(QLineEdit *bound, QComboBox *combo);
+    // Reads the rows and shows the first; call once the fields are bound. False (after the
+    // message) when the rows could not be read.
     bool open();
 
     State state() const { return m_state; }
-    int rowCount() const { return int(m_rows.size()); }
-    int currentIndex() const { return m_current; }
+    int rowCount() const { return m_rows->count(); }
+    int currentIndex() const { return m_rows->position(); }
+    // The current row as stored; nullptr when there is none.
+    const RecordRow *currentRow() const;
+    RecordSet *rows() const { return m_rows; }
+    RecordStore *store() const { return m_store.get(); }
+    const RecordFormConfig &config() const { return m_config; }
+
     QWidget *actionStrip() const { return m_actions; }
     QWidget *navigationStrip() const { return m_navigation; }
+    QLabel *statusLabel() const { return m_status; }
+    // A strip button by its name without the suffix: "cmdAdd", "cmdNext", ...
+    QPushButton *button(const QString &name) const;
 
 public slots:
     void add();
@@ -68,29 +113,35 @@ public slots:
     void last();
 
 signals:
+    void stateChanged(zarek::RecordFormState state);
+    void added();         // a new row is shown, presets in place
+    void editStarted();   // the current row is open for correction
+    void saved();         // the row is written and shown
+    void cancelled();
+    void moved();         // one of the four moves is done
     void closeRequested();
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    QPushButton *button(const QString &name, const QString &caption, QWidget *parent);
+    QPushButton *makeButton(const QString &name, const QString &caption, QWidget *parent);
     void setButtons(bool browsing);
     void setState(State state);
-    void show(int index);
-    QVariantMap typedValues() const;
-    void showValues(const QVariantMap &values);
+    void showCurrent();
     void showStatus();
-    void moveTo(int index);
+    void fail(const QString &caption, UserMessage message) const;
+    bool confirmDelete() const;
+    template <typename Move>
+    void navigate(Move move);
+    bool handleKey(QKeyEvent *key);
 
     std::unique_ptr<RecordStore> m_store;
     RecordFormConfig m_config;
-    QList<RecordRow> m_rows;
-    int m_current = -1;
-    int m_savedBookmark = -1;
+    RecordSet *m_rows = nullptr;
+    RecordBinder *m_binder = nullptr;
+    qint64 m_savedBookmark = 0;
     State m_state = State::Browsing;
-    QList<std::pair<QLineEdit *, QString>> m_texts;
-    QList<std::pair<QCheckBox *, QString>> m_checks;
     QWidget *m_actions = nullptr;
     QWidget *m_navigation = nullptr;
     QPushButton *m_add = nullptr, *m_edit = nullptr, *m_delete = nullptr, *m_close = nullptr;

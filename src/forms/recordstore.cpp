@@ -15,24 +15,32 @@ RecordStore::RecordStore(QSqlDatabase db, QString table, QStringList columns, QS
 {
 }
 
-Checked<QList<RecordRow>> RecordStore::load() const
+QString RecordStore::valueName(const QString &column)
+{
+    if (column.size() > 1 && column.startsWith(QLatin1Char('"')) && column.endsWith(QLatin1Char('"')))
+        return column.mid(1, column.size() - 2);
+    return column;
+}
+
+Checked<QList<RecordRow>> RecordStore::load(const QString &errorTitle) const
 {
     QString sql = QStringLiteral("SELECT id, row_version, %1 FROM %2").arg(m_columns.join(QStringLiteral(", ")), m_table);
     if (!m_where.isEmpty())
         sql += QStringLiteral(" WHERE ") + m_where;
-    sql += QStringLiteral(" ORDER BY ") + m_orderBy + QStringLiteral(", id");
+    sql += QStringLiteral(" ORDER BY ") + (m_orderBy.isEmpty() ? QString() : m_orderBy + QStringLiteral(", ")) +
+           QStringLiteral("id");
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
     query.prepare(sql);
     for (const QVariant &value : m_whereValues)
         query.addBindValue(value);
     if (!query.exec())
-        return sqlErrorMessage(QStringLiteral("ГРЕШКА при четене!"), query.lastError());
+        return sqlErrorMessage(errorTitle, query.lastError());
     QList<RecordRow> rows;
     while (query.next()) {
         RecordRow row{query.value(0).toLongLong(), query.value(1).toInt(), {}};
         for (int i = 0; i < m_columns.size(); ++i)
-            row.values.insert(m_columns[i], query.value(i + 2));
+            row.values.insert(valueName(m_columns[i]), query.value(i + 2));
         rows.append(row);
     }
     return rows;
@@ -47,12 +55,12 @@ std::optional<UserMessage> RecordStore::insert(RecordRow &row, const QString &er
     query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3) RETURNING id, row_version")
                       .arg(m_table, m_columns.join(QStringLiteral(", ")), marks.join(QStringLiteral(", "))));
     for (const QString &column : m_columns)
-        query.addBindValue(row.values.value(column));
+        query.addBindValue(row.values.value(valueName(column)));
     if (!query.exec() || !query.next())
         return sqlErrorMessage(errorTitle, query.lastError());
     row.id = query.value(0).toLongLong();
     row.rowVersion = query.value(1).toInt();
-    query.finish();
+    query.finish();  // SQLite keeps the statement open until the RETURNING rows are read out
     return std::nullopt;
 }
 
@@ -65,7 +73,7 @@ std::optional<UserMessage> RecordStore::update(RecordRow &row, const QString &er
     query.prepare(QStringLiteral("UPDATE %1 SET %2, row_version = row_version + 1 WHERE id = ? AND row_version = ?")
                       .arg(m_table, sets.join(QStringLiteral(", "))));
     for (const QString &column : m_columns)
-        query.addBindValue(row.values.value(column));
+        query.addBindValue(row.values.value(valueName(column)));
     query.addBindValue(row.id);
     query.addBindValue(row.rowVersion);
     if (!query.exec())

@@ -11,25 +11,39 @@
 namespace zarek {
 
 // One row as a record form holds it: its values by column, and the id and version it was read at.
+// A row not written yet has id 0.
 struct RecordRow {
     qint64 id = 0;
     int rowVersion = 0;
     QVariantMap values;
+
+    bool operator==(const RecordRow &) const = default;
 };
 
 // The rows of one table for a record form: read once, written one row at a time, each write
-// checked against the version it was read at.
+// checked against the version it was read at. Table and column names are the program's own;
+// every value reaches SQL as a bound parameter. A column created quoted (the tariff bands of
+// tariffColumns()) is given quoted and stands in the row's values by its bare name.
 class RecordStore {
 public:
     RecordStore(QSqlDatabase db, QString table, QStringList columns, QString orderBy, QString where = {},
                 QVariantList whereValues = {});
 
-    Checked<QList<RecordRow>> load() const;
+    // The rows of the table (WHERE with its bound values), in the given order, then by id.
+    Checked<QList<RecordRow>> load(const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
+    // A new row: fills in the id and version the database gave it.
     std::optional<UserMessage> insert(RecordRow &row, const QString &errorTitle) const;
+    // The row of its id, only when still at the version read; the version moves on by one.
     std::optional<UserMessage> update(RecordRow &row, const QString &errorTitle) const;
+    // Deletes the row of its id, only when still at the version read.
     std::optional<UserMessage> remove(const RecordRow &row, const QString &errorTitle) const;
 
+    const QString &table() const { return m_table; }
     const QStringList &columns() const { return m_columns; }
+    QSqlDatabase database() const { return m_db; }
+
+    // The name a column's value goes by in a row: without the quotes it may be given in.
+    static QString valueName(const QString &column);
 
 private:
     QSqlDatabase m_db;

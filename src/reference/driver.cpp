@@ -6,6 +6,7 @@
 
 #include <QFormLayout>
 #include <QGroupBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QVBoxLayout>
 
@@ -32,8 +33,10 @@ Driver::Driver(QSqlDatabase db, QWidget *parent) : QDialog(parent)
         const char *label;
         const char *column;
         int maxLength;
+        int boxWidth;  // 0: as wide as the frame
     };
-    const auto frame = [this](const char *name, const char *title, std::initializer_list<Field> fields) {
+    QList<QLabel *> labels;
+    const auto frame = [this, &labels](const char *name, const char *title, std::initializer_list<Field> fields) {
         auto *box = new QGroupBox(QString::fromUtf8(title), this);
         box->setObjectName(QString::fromLatin1(name));
         auto *form = new QFormLayout(box);
@@ -41,17 +44,29 @@ Driver::Driver(QSqlDatabase db, QWidget *parent) : QDialog(parent)
             auto *edit = new QLineEdit(box);
             edit->setObjectName(QStringLiteral("txtFields_%1").arg(f.index));
             edit->setMaxLength(f.maxLength);
-            form->addRow(QString::fromUtf8(f.label), edit);
+            if (f.boxWidth > 0)
+                edit->setMaximumWidth(f.boxWidth);
+            auto *label = new QLabel(QString::fromUtf8(f.label), box);
+            label->setBuddy(edit);
+            labels.append(label);
+            form->addRow(label, edit);
             m_form->bind(edit, QString::fromLatin1(f.column));
         }
         return box;
     };
     // Lengths a little above the limits, so the checks, not the boxes, tell what is too long.
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(frame("Frame1", "Шофьор", {{2, "Имена", "ime", 80}, {3, "Код", "kod", 10}}));
-    layout->addWidget(frame("Frame2", "Адрес и телефони", {{0, "Адрес", "adres", 90}, {6, "Тел.", "tel", 20}, {5, "GSM", "mob", 20}}));
-    layout->addWidget(frame("Frame3", "Документи", {{1, "ЕГН", "EGN", 20}, {4, "Л.карта", "LKarta", 20}}));
+    layout->addWidget(frame("Frame1", "Шофьор", {{2, "Имена", "ime", 80, 0}, {3, "Код", "kod", 10, 70}}));
+    layout->addWidget(frame("Frame2", "Адрес и телефони",
+                            {{0, "Адрес", "adres", 90, 0}, {6, "Тел.", "tel", 20, 160}, {5, "GSM", "mob", 20, 160}}));
+    layout->addWidget(frame("Frame3", "Документи", {{1, "ЕГН", "EGN", 20, 160}, {4, "Л.карта", "LKarta", 20, 160}}));
     layout->addWidget(m_form);
+    // One column of captions through the three frames.
+    int widest = 0;
+    for (QLabel *label : std::as_const(labels))
+        widest = std::max(widest, label->sizeHint().width());
+    for (QLabel *label : std::as_const(labels))
+        label->setMinimumWidth(widest);
     setMinimumWidth(520);
     m_form->open();
 }

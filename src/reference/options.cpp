@@ -3,6 +3,7 @@
 #include "app/formats.h"
 #include "app/messageservice.h"
 #include "app/version.h"
+#include "forms/recordbinder.h"
 #include "forms/recordform.h"
 
 #include <QFormLayout>
@@ -10,7 +11,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
-#include <QTimer>
 #include <QVBoxLayout>
 
 namespace zarek {
@@ -43,6 +43,9 @@ Options::Options(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::
     for (int i = 0; i < 4; ++i) {
         auto *edit = new QLineEdit(trucksPage);
         edit->setObjectName(QStringLiteral("txtFields1_%1").arg(i));
+        edit->setMaximumWidth(i == 0 ? 160 : 120);
+        if (i > 0)
+            edit->setAlignment(Qt::AlignRight);
         trucksForm->addRow(QString::fromUtf8(truckLabels[i]), edit);
         m_trucks->bind(edit, QString::fromLatin1(truckColumns[i]));
     }
@@ -63,15 +66,19 @@ Options::Options(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::
         m_rates[i] = new QLineEdit(tariffsPage);
         m_rates[i]->setObjectName(QStringLiteral("Text%1").arg(i + 1));
         m_rates[i]->setAlignment(Qt::AlignRight);
+        m_rates[i]->setMaximumWidth(120);
         if (m_tariffs)
             m_rates[i]->setText(formatRate(m_tariffs->rates[static_cast<size_t>(i)]));
-        connect(m_rates[i], &QLineEdit::textEdited, this, [](const QString &text) {
+        RecordBinder::selectWholeTextOnClick(m_rates[i]);
+        // Judged on every change, typed or not; the text stays as it is.
+        connect(m_rates[i], &QLineEdit::textChanged, this, [](const QString &text) {
             if (!parseNumber(text))
                 MessageService::instance().inform(invalidTariffTextMessage());
         });
         tariffsForm->addRow(QString::fromUtf8(bandLabels[i]), m_rates[i]);
     }
-    auto *save = new QPushButton(QStringLiteral("&Запиши"), tariffsPage);
+    auto *save = new QPushButton(QStringLiteral("Запиши"), tariffsPage);
+    save->setAutoDefault(false);
     save->setObjectName(QStringLiteral("cmdUpdate2"));
     connect(save, &QPushButton::clicked, this, &Options::saveTariffs);
     auto *tariffsLayout = new QVBoxLayout(tariffsPage);
@@ -106,9 +113,12 @@ void Options::saveTariffs()
     m_tariffs = saved.value();
 }
 
-// Ctrl+Tab and Ctrl+Shift+Tab go round the tabs; inside the tab widget it does the same itself.
+// Ctrl+Tab and Ctrl+Shift+Tab go round the tabs (inside the tab widget it does the same itself).
+// No other key is the form's own: Esc does not close it.
 void Options::keyPressEvent(QKeyEvent *event)
 {
+    if (event->key() == Qt::Key_Escape)
+        return;
     const bool ctrl = event->modifiers() & Qt::ControlModifier;
     if (ctrl && (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab)) {
         const int by = event->key() == Qt::Key_Backtab || (event->modifiers() & Qt::ShiftModifier) ? -1 : 1;

@@ -1,27 +1,37 @@
 #include "tariffstore.h"
 
 #include "app/formats.h"
-#include "courses/coursestore.h"
 #include "data/schema.h"
-#include "data/sqlerror.h"
-
-#include <QSqlQuery>
-#include <QVariant>
+#include "forms/recordstore.h"
 
 namespace zarek {
 
+namespace {
+
+// The first row of Tarifi counts; the six bands by their quoted names, then the time of writing.
+RecordStore tariffStore(QSqlDatabase db)
+{
+    QStringList columns(tariffColumns().begin(), tariffColumns().end());
+    columns << QStringLiteral("DateMod") << QStringLiteral("TimeMod");
+    return RecordStore(std::move(db), QStringLiteral("Tarifi"), columns, QString());
+}
+
+QString band(int i)
+{
+    return RecordStore::valueName(tariffColumns()[static_cast<size_t>(i)]);
+}
+
+}
+
 std::optional<TariffRow> readTariffRow(QSqlDatabase db)
 {
-    QStringList columns;
-    for (const QString &column : tariffColumns())
-        columns.append(column);
-    QSqlQuery query(db);
-    if (!query.exec(QStringLiteral("SELECT id, row_version, %1 FROM Tarifi ORDER BY id").arg(columns.join(QStringLiteral(", "))))
-        || !query.next())
+    const auto rows = tariffStore(std::move(db)).load();
+    if (!rows || rows.value().isEmpty())
         return std::nullopt;
-    TariffRow row{query.value(0).toLongLong(), query.value(1).toInt(), {}};
+    const RecordRow &first = rows.value().first();
+    TariffRow row{first.id, first.rowVersion, {}};
     for (int i = 0; i < 6; ++i)
-        row.rates[static_cast<size_t>(i)] = query.value(i + 2).toDouble();
+        row.rates[static_cast<size_t>(i)] = first.values.value(band(i)).toDouble();
     return row;
 }
 
@@ -35,50 +45,25 @@ Checked<TariffRow> saveTariffRow(QSqlDatabase db, const std::optional<TariffRow>
                                  const QDateTime &now)
 {
     const QString title = QStringLiteral("ГРЕШКА при запис!");
-    TariffRow row = read.value_or(TariffRow{});
+    TariffRow tariffs = read.value_or(TariffRow{});
+    RecordRow row{tariffs.id, tariffs.rowVersion, {}};
     for (int i = 0; i < 6; ++i) {
         const auto rate = parseNumber(texts.value(i));
         if (!rate)
             return UserMessage::error(title, QStringLiteral("13"),
                                       QStringLiteral("Несъвместим тип: \"%1\" не е число").arg(texts.value(i).trimmed()));
-        row.rates[static_cast<size_t>(i)] = *rate;
+        tariffs.rates[static_cast<size_t>(i)] = *rate;
+        row.values.insert(band(i), *rate);
     }
-    QStringList sets;
-    QStringList columns;
-    for (const QString &column : tariffColumns()) {
-        sets.append(column + QStringLiteral(" = ?"));
-        columns.append(column);
-    }
-    QSqlQuery query(db);
-    if (read) {
-        query.prepare(QStringLiteral("UPDATE Tarifi SET %1, DateMod = ?, TimeMod = ?, row_version = row_version + 1 "
-                                     "WHERE id = ? AND row_version = ?").arg(sets.join(QStringLiteral(", "))));
-    } else {
-        query.prepare(QStringLiteral("INSERT INTO Tarifi (%1, DateMod, TimeMod) VALUES (?, ?, ?, ?, ?, ?, ?, ?) "
-                                     "RETURNING id, row_version").arg(columns.join(QStringLiteral(", "))));
-    }
-    for (double rate : row.rates)
-        query.addBindValue(rate);
-    query.addBindValue(now.date());
-    query.addBindValue(now.time());
-    if (read) {
-        query.addBindValue(row.id);
-        query.addBindValue(row.rowVersion);
-    }
-    if (!query.exec())
-        return sqlErrorMessage(title, query.lastError());
-    if (read) {
-        if (query.numRowsAffected() != 1)
-            return CourseStore::conflictMessage(title);
-        ++row.rowVersion;
-    } else {
-        if (!query.next())
-            return sqlErrorMessage(title, query.lastError());
-        row.id = query.value(0).toLongLong();
-        row.rowVersion = query.value(1).toInt();
-        query.finish();
-    }
-    return row;
+    row.values.insert(QStringLiteral("DateMod"), now.date());
+    row.values.insert(QStringLiteral("TimeMod"), now.time());
+    // A table without a row gets its row now instead of failing.
+    const RecordStore store = tariffStore(std::move(db));
+    if (const auto failure = read ? store.update(row, title) : store.insert(row, title))
+        return *failure;
+    tariffs.id = row.id;
+    tariffs.rowVersion = row.rowVersion;
+    return tariffs;
 }
 
 }

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "app/usermessage.h"
+#include "recordfield.h"
+
+#include <QObject>
+#include <QVariantMap>
+
+class QCheckBox;
+class QComboBox;
+class QLineEdit;
+class QWidget;
+
+namespace zarek {
+
+// The three states of a record form.
+enum class RecordFormState { Browsing, Adding, Editing };
+
+// The bound boxes of a record form: which box shows which column and how, what each box allows
+// in each state, and how typed texts become values again.
+class RecordBinder : public QObject {
+    Q_OBJECT
+public:
+    struct FieldOptions {
+        RecordFieldKind kind = RecordFieldKind::Text;
+        bool lockedWhileEditing = false;  // grey and read-only while a row is corrected
+        bool secret = false;              // never shown: the box starts empty
+    };
+
+    explicit RecordBinder(QObject *parent = nullptr);
+
+    void bind(QLineEdit *field, const QString &column, FieldOptions options);
+    void bind(QCheckBox *field, const QString &column, FieldOptions options);
+    // A combo box standing in for a bound text box while a row is added or corrected.
+    void cover(QLineEdit *bound, QComboBox *combo);
+
+    // Shows the values of a row (no row: empty boxes).
+    void show(const QVariantMap &values);
+    // Boxes take typing only while a row is added or corrected.
+    void setState(RecordFormState state);
+    // "Поправи": each combo takes the text of the box it covers.
+    void loadCovers();
+    // Before a save: each box takes the trimmed text of its combo.
+    void commitCovers();
+
+    // What stands in the boxes: texts of the text boxes, true/false of the check boxes.
+    QVariantMap typed() const;
+    // The typed values as the columns take them (numbers, dates); secret columns as typed text.
+    Checked<QVariantMap> values(const QString &errorTitle) const;
+    bool isSecret(const QString &column) const;
+
+    QWidget *firstField() const;
+    QWidget *lastField() const;
+    // The caption a box carries on screen (its label), for messages.
+    static QString captionOf(QWidget *field);
+    // A click in the box, or coming into it, selects its whole text (for boxes not bound here).
+    static void selectWholeTextOnClick(QLineEdit *field);
+
+signals:
+    // A click in a text box, after its whole text was selected.
+    void fieldClicked();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    struct Binding {
+        QLineEdit *text = nullptr;
+        QCheckBox *check = nullptr;
+        QComboBox *combo = nullptr;
+        QString column;
+        FieldOptions options;
+    };
+    QWidget *widgetOf(const Binding &binding) const;
+
+    QList<Binding> m_bindings;
+    RecordFormState m_state = RecordFormState::Browsing;
+};
+
+}

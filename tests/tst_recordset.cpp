@@ -1,0 +1,176 @@
+#include "forms/recordfield.h"
+#include "forms/recordset.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace zarek;
+
+namespace {
+
+// Rows of ids 10, 20 and 30.
+void fillThreeRows(RecordSet &rows)
+{
+    QList<RecordRow> list;
+    for (int i = 1; i <= 3; ++i)
+        list.append({i * 10, 1, {{QStringLiteral("kod"), QStringLiteral("00%1").arg(i)}, {QStringLiteral("ime"), i}}});
+    rows.setRows(list);
+}
+
+}
+
+class RecordSetTest : public QObject {
+    Q_OBJECT
+private slots:
+    void theFirstRowIsCurrentAfterReading()
+    {
+        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
+        fillThreeRows(rows);
+        QCOMPARE(rows.position(), 0);
+        QVERIFY(rows.atFirst());
+        QVERIFY(!rows.atLast());
+        RecordSet none({QStringLiteral("kod")});
+        none.setRows({});
+        QCOMPARE(none.position(), -1);
+        QVERIFY(!none.atLast());
+        none.moveLast();  // an empty set does not move
+        QCOMPARE(none.position(), -1);
+    }
+
+    void movesStayWithinTheRows_data()
+    {
+        QTest::addColumn<int>("to");
+        QTest::addColumn<int>("position");
+        QTest::newRow("before the first") << -1 << 0;
+        QTest::newRow("second") << 1 << 1;
+        QTest::newRow("past the last") << 3 << 2;
+    }
+    void movesStayWithinTheRows()
+    {
+        QFETCH(int, to);
+        QFETCH(int, position);
+        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
+        fillThreeRows(rows);
+        rows.moveTo(to);
+        QCOMPARE(rows.position(), position);
+    }
+
+    void aBookmarkFollowsItsRowAndFailsOnceItIsGone()
+    {
+        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
+        fillThreeRows(rows);
+        rows.moveTo(2);
+        const qint64 mark = rows.bookmark();
+        rows.moveFirst();
+        rows.removeCurrent();
+        QVERIFY(rows.moveToBookmark(mark));
+        QCOMPARE(rows.position(), 1);
+        rows.removeCurrent();
+        QVERIFY(!rows.moveToBookmark(mark));
+        QVERIFY(!rows.moveToBookmark(0));  // no bookmark kept
+    }
+
+    void deletingTheLastRowMakesTheNewLastRowCurrent()
+    {
+        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
+        fillThreeRows(rows);
+        rows.moveLast();
+        rows.removeCurrent();
+        QCOMPARE(rows.position(), 1);
+        QCOMPARE(rows.current().id, 20);
+        rows.moveFirst();
+        rows.removeCurrent();  // not the last: the next one takes its place
+        QCOMPARE(rows.current().id, 20);
+        rows.removeCurrent();
+        QCOMPARE(rows.position(), -1);
+    }
+
+    void aWrittenRowStandsLastAndCurrent()
+    {
+        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
+        fillThreeRows(rows);
+        QSignalSpy moved(&rows, &RecordSet::currentChanged);
+        rows.append({5, 1, {{QStringLiteral("kod"), QStringLiteral("000")}}});
+        QCOMPARE(rows.count(), 4);
+        QCOMPARE(rows.position(), 3);
+        QCOMPARE(moved.count(), 1);
+        rows.replaceCurrent({5, 2, {{QStringLiteral("kod"), QStringLiteral("009")}}});
+        QCOMPARE(rows.current().rowVersion, 2);
+    }
+
+    void theRowsServeAGridToo()
+    {
+        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
+        fillThreeRows(rows);
+        QCOMPARE(rows.rowCount(), 3);
+        QCOMPARE(rows.columnCount(), 2);
+        QCOMPARE(rows.headerData(1, Qt::Horizontal).toString(), QStringLiteral("ime"));
+        QCOMPARE(rows.data(rows.index(2, 0)).toString(), QStringLiteral("003"));
+    }
+
+    void valuesAreShownTheBulgarianWay_data()
+    {
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("norm") << QVariant(31.5) << int(RecordFieldKind::Number) << "31,5";
+        QTest::newRow("whole") << QVariant(24.0) << int(RecordFieldKind::Number) << "24";
+        QTest::newRow("large, no exponent") << QVariant(1000000.0) << int(RecordFieldKind::Number) << "1000000";
+        QTest::newRow("no value") << QVariant(QMetaType::fromType<double>()) << int(RecordFieldKind::Number) << "";
+        QTest::newRow("ISO text of SQLite") << QVariant(QStringLiteral("2006-03-05")) << int(RecordFieldKind::Date)
+                                            << "05.03.2006";
+        QTest::newRow("date") << QVariant(QDate(2006, 3, 5)) << int(RecordFieldKind::Date) << "05.03.2006";
+        QTest::newRow("text") << QVariant(QStringLiteral(" О'Нийл ")) << int(RecordFieldKind::Text) << " О'Нийл ";
+    }
+    void valuesAreShownTheBulgarianWay()
+    {
+        QFETCH(QVariant, value);
+        QFETCH(int, kind);
+        QFETCH(QString, text);
+        QCOMPARE(recordFieldText(value, RecordFieldKind(kind)), text);
+    }
+
+    void typedTextsBecomeValues_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QString>("fault");
+        QTest::newRow("comma") << "31,5" << int(RecordFieldKind::Number) << QVariant(31.5) << "";
+        QTest::newRow("point") << " 31.5 " << int(RecordFieldKind::Number) << QVariant(31.5) << "";
+        QTest::newRow("blank number is none") << "  " << int(RecordFieldKind::Number) << QVariant() << "";
+        QTest::newRow("words") << "дванадесет" << int(RecordFieldKind::Number) << QVariant()
+                               << "\"дванадесет\" не е число!";
+        QTest::newRow("two separators") << "1,2,3" << int(RecordFieldKind::Number) << QVariant() << "\"1,2,3\" не е число!";
+        QTest::newRow("date") << "5.3.2006" << int(RecordFieldKind::Date) << QVariant(QDate(2006, 3, 5)) << "";
+        QTest::newRow("31 February") << "31.02.2006" << int(RecordFieldKind::Date) << QVariant()
+                                     << "\"31.02.2006\" не е дата!";
+        QTest::newRow("text as typed") << " Иван " << int(RecordFieldKind::Text) << QVariant(QStringLiteral(" Иван "))
+                                       << "";
+    }
+    void typedTextsBecomeValues()
+    {
+        QFETCH(QString, typed);
+        QFETCH(int, kind);
+        QFETCH(QVariant, value);
+        QFETCH(QString, fault);
+        const Checked<QVariant> read =
+            recordFieldValue(typed, RecordFieldKind(kind), QStringLiteral("Тонаж"), QStringLiteral("ГРЕШКА при запис!"),
+                             QDate(2026, 1, 1));
+        if (!fault.isEmpty()) {
+            QVERIFY(!read);
+            QCOMPARE(read.message().title, QStringLiteral("ГРЕШКА при запис!"));
+            QCOMPARE(read.message().text.section(QLatin1Char('\n'), 0, 0), fault);
+            QVERIFY(read.message().text.section(QLatin1Char('\n'), 1).contains(QStringLiteral("\"Тонаж\"")));
+            return;
+        }
+        QVERIFY(read);
+        if (value.isNull())
+            QVERIFY(read.value().isNull());
+        else
+            QCOMPARE(read.value(), value);
+    }
+};
+
+QTEST_GUILESS_MAIN(RecordSetTest)
+#include "tst_recordset.moc"

@@ -1,0 +1,142 @@
+#include "courses/coursestore.h"
+#include "data/schema.h"
+#include "forms/recordstore.h"
+#include "testdatabase.h"
+
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+const QString saveTitle = QStringLiteral("ГРЕШКА при запис!");
+
+RecordStore drivers(QSqlDatabase db)
+{
+    return RecordStore(db, QStringLiteral("shof"), {QStringLiteral("kod"), QStringLiteral("ime")}, QStringLiteral("kod"));
+}
+
+RecordRow driver(const QString &kod, const QString &ime)
+{
+    return {0, 0, {{QStringLiteral("kod"), kod}, {QStringLiteral("ime"), ime}}};
+}
+
+// The message of a write that should have failed; an empty one when it did not.
+UserMessage failureOf(const std::optional<UserMessage> &failure)
+{
+    return failure.value_or(UserMessage{});
+}
+
+QString storedName(QSqlDatabase db, qint64 id)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("SELECT ime FROM shof WHERE id = ?"));
+    query.addBindValue(id);
+    if (!query.exec() || !query.next())
+        return QStringLiteral("<none>");
+    return query.value(0).toString();
+}
+
+}
+
+class RecordStoreTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void aWrittenRowComesBackWithItsIdAndVersion()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const RecordStore store = drivers(scratch.db());
+        RecordRow row = driver(QStringLiteral("002"), QStringLiteral("Димитър О'Нийл"));
+        QVERIFY(!store.insert(row, saveTitle));
+        QVERIFY(row.id > 0);
+        QCOMPARE(row.rowVersion, 1);
+        row.values[QStringLiteral("ime")] = QStringLiteral("Димитър О'Нийл Петров");
+        QVERIFY(!store.update(row, saveTitle));
+        QCOMPARE(row.rowVersion, 2);
+        QVERIFY(!store.update(row, saveTitle));  // the version moved on with the write
+        QCOMPARE(storedName(scratch.db(), row.id), QStringLiteral("Димитър О'Нийл Петров"));
+    }
+
+    void rowsAreReadInOrderWithBoundConditions()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const RecordStore all = drivers(scratch.db());
+        for (const auto &[kod, ime] : {std::pair{"003", "Ана"}, std::pair{"001", "Д'Арси"}, std::pair{"001", "Боби"}}) {
+            RecordRow row = driver(QString::fromUtf8(kod), QString::fromUtf8(ime));
+            QVERIFY(!all.insert(row, saveTitle));
+        }
+        const auto rows = all.load();
+        QVERIFY(rows);
+        QCOMPARE(rows.value().size(), 3);
+        QCOMPARE(rows.value()[0].values.value(QStringLiteral("ime")).toString(), QStringLiteral("Д'Арси"));
+        QCOMPARE(rows.value()[1].values.value(QStringLiteral("ime")).toString(), QStringLiteral("Боби"));  // then by id
+
+        const RecordStore one(scratch.db(), QStringLiteral("shof"), {QStringLiteral("ime")}, QStringLiteral("ime"),
+                              QStringLiteral("ime = ?"), {QStringLiteral("Д'Арси")});
+        QCOMPARE(one.load().value().size(), 1);
+    }
+
+    void aRowChangedOrDeletedByAnotherUserIsLeftAlone()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const RecordStore store = drivers(scratch.db());
+        RecordRow mine = driver(QStringLiteral("001"), QStringLiteral("Иван"));
+        RecordRow gone = driver(QStringLiteral("002"), QStringLiteral("Петър"));
+        QVERIFY(!store.insert(mine, saveTitle));
+        QVERIFY(!store.insert(gone, saveTitle));
+
+        QSqlQuery other(scratch.openSecondConnection());
+        QVERIFY(other.exec(QStringLiteral("UPDATE shof SET ime = 'Иван от другия', row_version = row_version + 1 "
+                                          "WHERE kod = '001'")));
+        QVERIFY(other.exec(QStringLiteral("DELETE FROM shof WHERE kod = '002'")));
+
+        mine.values[QStringLiteral("ime")] = QStringLiteral("Иван мой");
+        const auto changed = store.update(mine, saveTitle);
+        QVERIFY(changed);
+        QCOMPARE(*changed, CourseStore::conflictMessage(saveTitle));
+        QCOMPARE(mine.rowVersion, 1);
+        QCOMPARE(storedName(scratch.db(), mine.id), QStringLiteral("Иван от другия"));
+        QCOMPARE(failureOf(store.update(gone, saveTitle)), CourseStore::conflictMessage(saveTitle));
+
+        const QString deleteTitle = QStringLiteral("ГРЕШКА при изтриване!");
+        QCOMPARE(failureOf(store.remove(mine, deleteTitle)), CourseStore::conflictMessage(deleteTitle));
+        QCOMPARE(storedName(scratch.db(), mine.id), QStringLiteral("Иван от другия"));
+    }
+
+    void quotedColumnsAreWrittenAndReadByTheirBareNames()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QStringList columns;
+        for (const QString &column : tariffColumns())
+            columns.append(column);
+        const RecordStore tariffs(scratch.db(), QStringLiteral("Tarifi"), columns, QString());
+        RecordRow row;
+        const double rates[] = {0.35, 0.25, 0.18, 0.14, 0.12, 0.1};
+        for (int i = 0; i < 6; ++i)
+            row.values.insert(RecordStore::valueName(columns[i]), rates[i]);
+        QVERIFY(row.values.contains(QStringLiteral("Trf_20-30")));
+        QVERIFY(!tariffs.insert(row, saveTitle));
+        row.values[QStringLiteral("Trf_20-30")] = 0.26;
+        QVERIFY(!tariffs.update(row, saveTitle));
+        const auto rows = tariffs.load();
+        QVERIFY(rows);
+        QCOMPARE(rows.value().first().values.value(QStringLiteral("Trf_20-30")).toDouble(), 0.26);
+        QCOMPARE(rows.value().first().values.value(QStringLiteral("Trf_200")).toDouble(), 0.1);
+        QCOMPARE(RecordStore::valueName(QStringLiteral("kola")), QStringLiteral("kola"));
+    }
+
+    void aFailedReadIsAMessageUnderItsTitle()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const RecordStore missing(scratch.db(), QStringLiteral("no_such_table"), {QStringLiteral("a")}, QString());
+        const auto rows = missing.load(QStringLiteral("ГРЕШКА при четене!"));
+        QVERIFY(!rows);
+        QCOMPARE(rows.message().title, QStringLiteral("ГРЕШКА при четене!"));
+        QVERIFY(rows.message().text.contains(QLatin1Char(':')));
+    }
+};
+
+QTEST_GUILESS_MAIN(RecordStoreTest)
+#include "tst_recordstore.moc"
