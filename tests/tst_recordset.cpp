@@ -37,6 +37,49 @@ private slots:
         QCOMPARE(none.position(), -1);
     }
 
+    // Rows held by id get their values a page at a time, only when one of them is wanted.
+    void lazyRowsAreReadAPageAroundTheWantedRow()
+    {
+        RecordSet rows({QStringLiteral("kod")});
+        QList<RecordRow> keys;
+        for (int i = 1; i <= 1000; ++i)
+            keys.append({i, 1, {}});
+        QList<QList<qint64>> asked;
+        rows.setLazyRows(keys, [&asked](const QList<qint64> &ids) -> Checked<QList<RecordRow>> {
+            asked.append(ids);
+            QList<RecordRow> read;
+            for (qint64 id : ids)
+                read.append({id, 1, {{QStringLiteral("kod"), QString::number(id)}}});
+            return read;
+        });
+        QCOMPARE(asked.size(), 1);  // the first row on opening
+        QCOMPARE(asked[0].size(), RecordSet::pageSize);
+        QCOMPARE(rows.current().values.value(QStringLiteral("kod")).toString(), QStringLiteral("1"));
+        rows.moveTo(5);
+        QCOMPARE(asked.size(), 1);  // already read with the first page
+        rows.moveLast();
+        QCOMPARE(asked.size(), 2);
+        QCOMPARE(rows.current().values.value(QStringLiteral("kod")).toString(), QStringLiteral("1000"));
+        QCOMPARE(rows.data(rows.index(500, 0)).toString(), QStringLiteral("501"));
+        QCOMPARE(asked.size(), 3);
+        QCOMPARE(rows.at(400).values.value(QStringLiteral("kod")).toString(), QStringLiteral("401"));
+        QCOMPARE(asked.size(), 3);  // the page around row 500 reaches back to row 400
+        QVERIFY(!rows.takeFetchFailure());
+    }
+
+    void aFailedPageReadIsToldOnce()
+    {
+        RecordSet rows({QStringLiteral("kod")});
+        rows.setLazyRows({{1, 1, {}}, {2, 1, {}}}, [](const QList<qint64> &) -> Checked<QList<RecordRow>> {
+            return UserMessage{QStringLiteral("ГРЕШКА при четене!"), QStringLiteral("1:нет"), UserMessage::Icon::Critical};
+        });
+        const auto failure = rows.takeFetchFailure();
+        QVERIFY(failure);
+        QCOMPARE(failure->title, QStringLiteral("ГРЕШКА при четене!"));
+        QVERIFY(!rows.takeFetchFailure());
+        QCOMPARE(rows.position(), 0);  // the cursor moves all the same
+    }
+
     void movesStayWithinTheRows_data()
     {
         QTest::addColumn<int>("to");

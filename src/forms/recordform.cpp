@@ -151,17 +151,42 @@ void RecordForm::cover(QLineEdit *bound, QComboBox *combo)
     m_binder->cover(bound, combo);
 }
 
-bool RecordForm::open()
+std::optional<UserMessage> RecordForm::readRows()
 {
-    const auto rows = [this] {
-        WaitCursor wait;
-        return m_store->load();
-    }();
-    if (!rows) {
-        MessageService::instance().inform(rows.message());
+    WaitCursor wait;
+    if (!m_config.lazyRows) {
+        const auto rows = m_store->load();
+        if (!rows)
+            return rows.message();
+        m_rows->setRows(rows.value());
+        return std::nullopt;
+    }
+    const auto keys = m_store->loadKeys();
+    if (!keys)
+        return keys.message();
+    const RecordStore *store = m_store.get();
+    m_rows->setLazyRows(keys.value(), [store](const QList<qint64> &ids) { return store->fetch(ids); });
+    return m_rows->takeFetchFailure();
+}
+
+bool RecordForm::reload()
+{
+    const qint64 bookmark = m_rows->bookmark();
+    if (const auto failure = readRows()) {
+        MessageService::instance().inform(*failure);
         return false;
     }
-    m_rows->setRows(rows.value());
+    m_rows->moveToBookmark(bookmark);
+    showCurrent();
+    return true;
+}
+
+bool RecordForm::open()
+{
+    if (const auto failure = readRows()) {
+        MessageService::instance().inform(*failure);
+        return false;
+    }
     // Tab goes through the boxes first, then the strips.
     QWidget *previous = m_binder->lastField();
     for (QPushButton *b : {m_add, m_edit, m_delete, m_update, m_cancel, m_close, m_first, m_previous, m_next, m_last}) {
@@ -377,6 +402,8 @@ void RecordForm::navigate(Move move)
         return;
     move();
     showCurrent();
+    if (const auto failure = m_rows->takeFetchFailure())
+        fail(m_config.errorCaptions.move, *failure);
     if (m_config.afterMove) {
         if (const auto failure = m_config.afterMove())
             fail(m_config.errorCaptions.move, *failure);

@@ -38,6 +38,8 @@ struct RecordFormConfig {
     bool closeInStrip = true;                         // the close button belongs to the action strip
     bool keyboardNavigation = true;                   // Esc, Home, End, arrows and pages move and close
     bool clickStartsEditing = false;                  // a click in a field acts as "Поправи"
+    // The rows are read by id at opening and their values a page at a time (large tables).
+    bool lazyRows = false;
 
     // Before a delete: two questions ("Наистна ли…", then "Ще загубите…"), or the one Yes/No
     // question given here, or none at all.
@@ -85,6 +87,8 @@ public:
     // Reads the rows and shows the first; call once the fields are bound. False (after the
     // message) when the rows could not be read.
     bool open();
+    // Reads the rows again (other users' rows too) and stays on the current row where it still is.
+    bool reload();
 
     State state() const { return m_state; }
     int rowCount() const { return m_rows->count(); }
@@ -135,6 +139,7 @@ private:
     template <typename Move>
     void navigate(Move move);
     bool handleKey(QKeyEvent *key);
+    std::optional<UserMessage> readRows();
 
     std::unique_ptr<RecordStore> m_store;
     RecordFormConfig m_config;

@@ -1,6 +1,8 @@
 #include "recordset.h"
 
+#include <QHash>
 #include <algorithm>
+#include <utility>
 
 namespace zarek {
 
@@ -10,15 +12,60 @@ RecordSet::RecordSet(QStringList columns, QObject *parent) : QAbstractTableModel
 
 void RecordSet::setRows(QList<RecordRow> rows)
 {
+    m_fetcher = {};
+    resetRows(std::move(rows));
+}
+
+void RecordSet::resetRows(QList<RecordRow> rows)
+{
     beginResetModel();
     m_rows = std::move(rows);
     endResetModel();
     setPosition(m_rows.isEmpty() ? -1 : 0);
 }
 
+void RecordSet::setLazyRows(QList<RecordRow> keys, Fetcher fetcher)
+{
+    m_fetcher = std::move(fetcher);
+    resetRows(std::move(keys));
+}
+
+std::optional<UserMessage> RecordSet::takeFetchFailure()
+{
+    return std::exchange(m_fetchFailure, std::nullopt);
+}
+
+void RecordSet::ensureLoaded(int index) const
+{
+    // A row read has its columns; a row held by id alone has none.
+    if (!m_fetcher || index < 0 || index >= count() || !m_rows.at(index).values.isEmpty())
+        return;
+    const int from = std::max(0, index - pageSize / 2);
+    const int to = std::min(count(), from + pageSize);
+    QHash<qint64, int> wanted;
+    QList<qint64> ids;
+    for (int i = from; i < to; ++i) {
+        if (m_rows.at(i).values.isEmpty()) {
+            wanted.insert(m_rows.at(i).id, i);
+            ids.append(m_rows.at(i).id);
+        }
+    }
+    const auto fetched = m_fetcher(ids);
+    if (!fetched) {
+        m_fetchFailure = fetched.message();
+        return;
+    }
+    for (const RecordRow &row : fetched.value()) {
+        const int i = wanted.value(row.id, -1);
+        if (i >= 0)
+            m_rows[i] = row;
+    }
+}
+
 void RecordSet::setPosition(int position)
 {
     m_position = position;
+    ensureLoaded(position);
     emit currentChanged(position);
 }
 
@@ -80,7 +127,7 @@ QVariant RecordSet::data(const QModelIndex &index, int role) const
 {
     if (!index.isValid() || (role != Qt::DisplayRole && role != Qt::EditRole))
         return {};
-    return m_rows.at(index.row()).values.value(m_columns.at(index.column()));
+    return at(index.row()).values.value(m_columns.at(index.column()));
 }
 
 QVariant RecordSet::headerData(int section, Qt::Orientation orientation, int role) const

@@ -3,6 +3,7 @@
 #include "recordstore.h"
 
 #include <QAbstractTableModel>
+#include <functional>
 
 namespace zarek {
 
@@ -13,18 +14,31 @@ class RecordSet : public QAbstractTableModel {
 public:
     explicit RecordSet(QStringList columns, QObject *parent = nullptr);
 
+    // Reads the values of rows held by id alone (a page at a time).
+    using Fetcher = std::function<Checked<QList<RecordRow>>(const QList<qint64> &ids)>;
+
     // Replaces the rows; the first becomes current (none on an empty set).
     void setRows(QList<RecordRow> rows);
+    // Rows given by id and version alone: their values are read through the fetcher when a row
+    // becomes current or is shown, together with the rows around it.
+    void setLazyRows(QList<RecordRow> keys, Fetcher fetcher);
+    // Why the last page could not be read, once; none when it could.
+    std::optional<UserMessage> takeFetchFailure();
+    static constexpr int pageSize = 200;
 
     const QStringList &columns() const { return m_columns; }
     int count() const { return static_cast<int>(m_rows.size()); }
     bool isEmpty() const { return m_rows.isEmpty(); }
-    const RecordRow &at(int index) const { return m_rows.at(index); }
+    const RecordRow &at(int index) const
+    {
+        ensureLoaded(index);
+        return m_rows.at(index);
+    }
 
     // The current row's index, -1 when there is none.
     int position() const { return m_position; }
     bool hasCurrent() const { return m_position >= 0; }
-    const RecordRow &current() const { return m_rows.at(m_position); }
+    const RecordRow &current() const { return at(m_position); }
     bool atFirst() const { return m_position == 0; }
     bool atLast() const { return hasCurrent() && m_position == count() - 1; }
 
@@ -53,10 +67,15 @@ signals:
     void currentChanged(int position);
 
 private:
+    void resetRows(QList<RecordRow> rows);
     void setPosition(int position);
+    // Reads the values of the page around the row if it has none yet.
+    void ensureLoaded(int index) const;
 
     QStringList m_columns;
-    QList<RecordRow> m_rows;
+    mutable QList<RecordRow> m_rows;  // lazily read rows get their values on first use
+    Fetcher m_fetcher;
+    mutable std::optional<UserMessage> m_fetchFailure;
     int m_position = -1;
 };
 

@@ -22,28 +22,58 @@ QString RecordStore::valueName(const QString &column)
     return column;
 }
 
-Checked<QList<RecordRow>> RecordStore::load(const QString &errorTitle) const
+Checked<QList<RecordRow>> RecordStore::read(const QString &columns, const QString &where, const QVariantList &values,
+                                            bool withValues, const QString &errorTitle) const
 {
-    QString sql = QStringLiteral("SELECT id, row_version, %1 FROM %2").arg(m_columns.join(QStringLiteral(", ")), m_table);
-    if (!m_where.isEmpty())
-        sql += QStringLiteral(" WHERE ") + m_where;
+    QString sql = QStringLiteral("SELECT id, row_version%1 FROM %2").arg(columns, m_table);
+    if (!where.isEmpty())
+        sql += QStringLiteral(" WHERE ") + where;
     sql += QStringLiteral(" ORDER BY ") + (m_orderBy.isEmpty() ? QString() : m_orderBy + QStringLiteral(", ")) +
            QStringLiteral("id");
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
     query.prepare(sql);
-    for (const QVariant &value : m_whereValues)
+    for (const QVariant &value : values)
         query.addBindValue(value);
     if (!query.exec())
         return sqlErrorMessage(errorTitle, query.lastError());
+    QStringList names;
+    for (const QString &column : m_columns)
+        names.append(valueName(column));
     QList<RecordRow> rows;
     while (query.next()) {
         RecordRow row{query.value(0).toLongLong(), query.value(1).toInt(), {}};
-        for (int i = 0; i < m_columns.size(); ++i)
-            row.values.insert(valueName(m_columns[i]), query.value(i + 2));
+        if (withValues) {
+            for (int i = 0; i < names.size(); ++i)
+                row.values.insert(names[i], query.value(i + 2));
+        }
         rows.append(row);
     }
     return rows;
+}
+
+Checked<QList<RecordRow>> RecordStore::load(const QString &errorTitle) const
+{
+    return read(QStringLiteral(", ") + m_columns.join(QStringLiteral(", ")), m_where, m_whereValues, true, errorTitle);
+}
+
+Checked<QList<RecordRow>> RecordStore::loadKeys(const QString &errorTitle) const
+{
+    return read(QString(), m_where, m_whereValues, false, errorTitle);
+}
+
+Checked<QList<RecordRow>> RecordStore::fetch(const QList<qint64> &ids, const QString &errorTitle) const
+{
+    if (ids.isEmpty())
+        return QList<RecordRow>();
+    QStringList marks;
+    QVariantList values;
+    for (qint64 id : ids) {
+        marks.append(QStringLiteral("?"));
+        values.append(id);
+    }
+    return read(QStringLiteral(", ") + m_columns.join(QStringLiteral(", ")),
+                QStringLiteral("id IN (%1)").arg(marks.join(QStringLiteral(", "))), values, true, errorTitle);
 }
 
 std::optional<UserMessage> RecordStore::insert(RecordRow &row, const QString &errorTitle) const

@@ -31,6 +31,12 @@ public:
 
     // The rows of the table (WHERE with its bound values), in the given order, then by id.
     Checked<QList<RecordRow>> load(const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
+    // Only the ids and versions of those rows, in the same order: a large table opens at once and
+    // its values are read a page at a time with fetch().
+    Checked<QList<RecordRow>> loadKeys(const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
+    // The rows of these ids with their values, in no particular order; a row deleted meanwhile is missing.
+    Checked<QList<RecordRow>> fetch(const QList<qint64> &ids,
+                                    const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
     // A new row: fills in the id and version the database gave it.
     std::optional<UserMessage> insert(RecordRow &row, const QString &errorTitle) const;
     // The row of its id, only when still at the version read; the version moves on by one.
@@ -46,6 +52,9 @@ public:
     static QString valueName(const QString &column);
 
 private:
+    Checked<QList<RecordRow>> read(const QString &columns, const QString &where, const QVariantList &values,
+                                   bool withValues, const QString &errorTitle) const;
+
     QSqlDatabase m_db;
     QString m_table;
     QStringList m_columns;
