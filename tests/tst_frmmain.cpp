@@ -6,12 +6,15 @@
 #include <QMenuBar>
 #include "app/menutree.h"
 #include "app/messageservice.h"
+#include "forms/recordform.h"
 #include "testdatabase.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTemporaryDir>
@@ -99,7 +102,8 @@ private slots:
         }
         QCOMPARE(buttons, 13);
         QVERIFY(toolbar->findChild<QAction *>(QStringLiteral("Kola"))->isEnabled());
-        QVERIFY(!toolbar->findChild<QAction *>(QStringLiteral("NewKurs"))->isEnabled());
+        QVERIFY(toolbar->findChild<QAction *>(QStringLiteral("NewKurs"))->isEnabled());
+        QVERIFY(!toolbar->findChild<QAction *>(QStringLiteral("NewF"))->isEnabled());
     }
 
     void commandsWithoutTheirScreenAreDisabled()
@@ -107,9 +111,9 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         for (const char *built : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuFileExit",
-                                  "mnuSprBalans", "mnuViewToolbar"})
+                                  "mnuSprBalans", "mnuViewToolbar", "mnuDataNew", "mnuDataKyrc"})
             QVERIFY2(window.menuAction(QString::fromUtf8(built))->isEnabled(), built);
-        for (const char *waiting : {"mnuDataNew", "mnuDataFakt", "mnuSlgZapl", "mnuNal", "mnuDiskZap"})
+        for (const char *waiting : {"mnuDataNewInside", "mnuDataFakt", "mnuSlgZapl", "mnuNal", "mnuDiskZap"})
             QVERIFY2(!window.menuAction(QString::fromUtf8(waiting))->isEnabled(), waiting);
     }
 
@@ -134,6 +138,62 @@ private slots:
         QCOMPARE(window.searchMode(), SearchMode::Kola);
         QCOMPARE(window.panelText(1), QStringLiteral("Обработвам данните..."));
         QCOMPARE(messages.shown.last().text, QStringLiteral("Няма избрани ограничения за търсене!"));
+    }
+
+    // "Нов курс" opens the course editor at once, a new course started.
+    void newCourseOpensTheEditorEntering()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        QString caption, status;
+        QTimer::singleShot(0, [&] {
+            QWidget *modal = QApplication::activeModalWidget();
+            if (!modal)
+                return;
+            caption = modal->windowTitle();
+            status = modal->findChild<QLabel *>(QStringLiteral("lblStatus"))->text();
+            static_cast<QDialog *>(modal)->reject();
+        });
+        window.menuAction(QStringLiteral("mnuDataNew"))->trigger();
+        QVERIFY(caption.endsWith(QStringLiteral(" - Нов курс")));
+        QCOMPARE(status, QStringLiteral("Нов курс"));
+        QCOMPARE(window.searchMode(), SearchMode::NewKurs);
+        QCOMPARE(window.panelText(1), QStringLiteral("Въвеждане на нов курс"));
+    }
+
+    // "Корекция на курс" asks for a truck and a period, then opens the editor on those courses.
+    void courseCorrectionAsksForTheTruckThenOpensItsCourses()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        scratch.exec(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
+                                    "procent, neto, Fakt, NomFakt, plat, Doc) VALUES ('2026-03-05', '007', "
+                                    "'РВ 5678 ТМ', 'Д''Аргос', 'Перник - София', 'Пясък', 25, 10, 0.125, 31.25, 0.94, "
+                                    "30.31, FALSE, '0000000000', FALSE, FALSE)"));
+        RecordingMessageService messages;
+        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        QString dialogCaption, editorCaption;
+        int rows = -1;
+        QTimer::singleShot(0, [&] {
+            auto *dialog = static_cast<QDialog *>(QApplication::activeModalWidget());
+            dialogCaption = dialog->windowTitle();
+            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setText(QStringLiteral("01.03.2026"));
+            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_1"))->setText(QStringLiteral("31.03.2026"));
+            QTimer::singleShot(0, [&] {
+                auto *editor = static_cast<QDialog *>(QApplication::activeModalWidget());
+                editorCaption = editor->windowTitle();
+                rows = editor->findChild<RecordForm *>()->rowCount();
+                editor->reject();
+            });
+            dialog->findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+        });
+        window.menuAction(QStringLiteral("mnuDataKyrc"))->trigger();
+        QCOMPARE(dialogCaption, QStringLiteral("Търсене - Корекция на курсове на кола №"));
+        QVERIFY(editorCaption.endsWith(QStringLiteral(" - Корекция курс")));
+        QCOMPARE(rows, 1);
+        QCOMPARE(window.searchMode(), SearchMode::EditKurs);
+        QCOMPARE(window.panelText(1), QStringLiteral("Корекция на курс"));
+        QVERIFY(messages.shown.isEmpty());
     }
 
     void geometryAndBarsSurviveARestartButAHiddenStatusBarComesBack()

@@ -12,6 +12,7 @@
 #include "courses/diaseekall.h"
 #include "courses/diaseekalt.h"
 #include "courses/editkm.h"
+#include "courses/kurs.h"
 #include "data/scratchdatabase.h"
 #include "reference/driver.h"
 #include "reference/options.h"
@@ -358,7 +359,23 @@ void FrmMain::route()
                       screen.setProperty("helpTopic", 18);
                       screen.exec();
                   });
-    for (const char *name : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм"})
+    searchCommand(QStringLiteral("mnuDataKyrc"), SearchMode::Kola, Seek,
+                  QStringLiteral("Търсене - Корекция на курсове на кола №"), QStringLiteral("Корекция на курс"),
+                  [this](const SearchConditions &c) {
+                      m_searchMode = SearchMode::EditKurs;
+                      Kurs screen(m_db, c.SeekKola, c.period, this);
+                      screen.setProperty("helpTopic", 17);
+                      screen.exec();
+                  });
+    connect(m_actions.value(QStringLiteral("mnuDataNew")), &QAction::triggered, this, [this] {
+        setPanel(QStringLiteral("Въвеждане на нов курс"));
+        m_searchMode = SearchMode::NewKurs;
+        Kurs screen(m_db, this);
+        screen.setProperty("helpTopic", 13);
+        screen.exec();
+    });
+    for (const char *name : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuDataKyrc",
+                             "mnuDataNew"})
         enable(QString::fromUtf8(name));
 
     connect(m_actions.value(QStringLiteral("mnuDataShof")), &QAction::triggered, this, [this] {

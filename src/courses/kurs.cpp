@@ -1,0 +1,533 @@
+#include "kurs.h"
+
+#include "app/formats.h"
+#include "app/messageservice.h"
+#include "app/version.h"
+#include "app/waitcursor.h"
+#include "coursestore.h"
+#include "forms/dateentry.h"
+#include "forms/recordform.h"
+#include "searchlists.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace zarek {
+
+namespace {
+
+RecordFormConfig formConfig()
+{
+    RecordFormConfig config;
+    config.statusText = QStringLiteral("Курс № ");
+    config.newText = QStringLiteral("Нов курс");
+    config.editText = QStringLiteral("Корекция");
+    config.lazyRows = true;  // NewKurs browses every course of the firm
+    config.numberColumns = {QStringLiteral("km"), QStringLiteral("ton")};
+    config.dateColumns = {QStringLiteral("data")};
+    // Alt plus the underlined letter: a course goes in, is saved and the next begins without the mouse.
+    config.buttonCaptions = {{QStringLiteral("cmdAdd"), QStringLiteral("&Добави")},
+                             {QStringLiteral("cmdEdit"), QStringLiteral("&Поправи")},
+                             {QStringLiteral("cmdDelete"), QStringLiteral("&Изтрий")},
+                             {QStringLiteral("cmdClose"), QStringLiteral("За&твори")},
+                             {QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши")},
+                             {QStringLiteral("cmdCancel"), QStringLiteral("&Отказ")}};
+    config.presets = [](QVariantMap &values) {
+        values.insert(QStringLiteral("plat"), false);
+        values.insert(QStringLiteral("Fakt"), false);
+        values.insert(QStringLiteral("km"), 0.0);
+        values.insert(QStringLiteral("NomFakt"), QStringLiteral("0000000000"));
+    };
+    return config;
+}
+
+std::unique_ptr<RecordStore> courseRows(QSqlDatabase db, CourseMode mode, const QString &kola, const Period &period)
+{
+    if (mode == CourseMode::NewKurs)
+        return std::make_unique<RecordStore>(db, QStringLiteral("tabl"), courseeditor::columns(), QStringLiteral("kod"));
+    return std::make_unique<RecordStore>(db, QStringLiteral("tabl"), courseeditor::columns(), QStringLiteral("data"),
+                                         QStringLiteral("kola = ? AND data BETWEEN ? AND ?"),
+                                         QVariantList{kola, period.from, period.to});
+}
+
+QLabel *caption(int index, const QString &text, QWidget *buddy, QWidget *parent)
+{
+    auto *label = new QLabel(text, parent);
+    label->setObjectName(QStringLiteral("lblLabels_%1").arg(index));
+    label->setBuddy(buddy);
+    return label;
+}
+
+}
+
+Kurs::Kurs(QSqlDatabase db, QWidget *parent) : Kurs(CourseMode::NewKurs, std::move(db), QString(), Period(), parent) {}
+
+Kurs::Kurs(QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent)
+    : Kurs(CourseMode::EditKurs, std::move(db), kola, period, parent)
+{
+}
+
+Kurs::Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent)
+    : QDialog(parent), m_mode(mode), m_db(std::move(db))
+{
+    setObjectName(QStringLiteral("Kurs"));
+    RecordFormConfig config = formConfig();
+    config.validate = [this](const QVariantMap &) { return check(); };
+    config.write = [this](const RecordRow &, bool) { return write(); };
+    config.remove = [this](const RecordRow &row) { return remove(row); };
+    m_form = new RecordForm(courseRows(m_db, mode, kola, period), config, this);
+    buildScreen();
+    loadLists();
+    setWindowTitle(QStringLiteral("Зарек ") + version::majorMinor() +
+                   (mode == CourseMode::NewKurs ? QStringLiteral(" - Нов курс") : QStringLiteral(" - Корекция курс")));
+
+    connect(m_form, &RecordForm::closeRequested, this, &QDialog::reject);
+    connect(m_form, &RecordForm::stateChanged, this, &Kurs::onStateChanged);
+    connect(m_form, &RecordForm::added, this, &Kurs::onAdded);
+    connect(m_form, &RecordForm::editStarted, this, &Kurs::onEditStarted);
+    connect(m_form, &RecordForm::saved, this, &Kurs::onSaved);
+    connect(m_form, &RecordForm::moved, this, &Kurs::onMoved);
+    connect(m_form, &RecordForm::cancelled, this, [this] {
+        showRate();
+        if (m_mode == CourseMode::NewKurs)
+            reject();  // cancelling a new course closes the editor
+    });
+    open();
+}
+
+QLineEdit *Kurs::makeField(int index, const QString &column, int maxLength)
+{
+    QLineEdit *field = nullptr;
+    if (index == 1)
+        field = m_date = new DateEntry(this);
+    else
+        field = new QLineEdit(this);
+    field->setObjectName(QStringLiteral("txtFields_%1").arg(index));
+    if (maxLength > 0)
+        field->setMaxLength(maxLength);
+    m_fields.insert(index, field);
+    if (!column.isEmpty())
+        m_form->bind(field, column);
+    field->installEventFilter(this);
+    return field;
+}
+
+QComboBox *Kurs::makeCombo(const QString &name, QLineEdit *covered)
+{
+    auto *combo = new QComboBox(this);
+    combo->setObjectName(name);
+    combo->setEditable(true);
+    combo->setInsertPolicy(QComboBox::NoInsert);  // a list learns at the save, not on Enter
+    combo->setMaxVisibleItems(20);
+    combo->installEventFilter(this);
+    if (covered) {
+        m_form->cover(covered, combo);
+        m_valueCombos.append(combo);
+        m_coveredFields.append(covered);
+    }
+    return combo;
+}
+
+void Kurs::buildScreen()
+{
+    // The sums are kept in the row but shown by the labels of the frame.
+    const int sumIndexes[3] = {0, 10, 8};
+    const char *sumColumns[3] = {"bruto", "procent", "neto"};
+    for (int i = 0; i < 3; ++i)
+        makeField(sumIndexes[i], QString::fromLatin1(sumColumns[i]), 0);
+    // Lengths a little above the limits, so the checks, not the boxes, tell what is too long.
+    QLineEdit *kod = makeField(5, QStringLiteral("kod"), 20);
+    QLineEdit *driverName = makeField(100, QString(), 0);
+    driverName->setReadOnly(true);
+    driverName->setFocusPolicy(Qt::NoFocus);
+    m_driverCombo = makeCombo(QStringLiteral("Combo5"), nullptr);
+    m_driverCombo->setMinimumWidth(260);
+    QLineEdit *kola = makeField(6, QStringLiteral("kola"), 20);
+    QComboBox *kolaCombo = makeCombo(QStringLiteral("Combo1"), kola);
+    QLineEdit *date = makeField(1, QStringLiteral("data"), 12);
+    QLineEdit *ton = makeField(12, QStringLiteral("ton"), 12);
+    QLineEdit *km = makeField(4, QStringLiteral("km"), 12);
+    m_tarifa = new QLineEdit(this);
+    m_tarifa->setObjectName(QStringLiteral("txtTarifa"));
+    m_tarifa->setMaxLength(12);
+    m_tarifa->installEventFilter(this);
+    QLineEdit *marsh = makeField(7, QStringLiteral("Marsh"), 40);
+    QComboBox *marshCombo = makeCombo(QStringLiteral("Combo2"), marsh);
+    QLineEdit *klient = makeField(3, QStringLiteral("Klient"), 40);
+    QComboBox *klientCombo = makeCombo(QStringLiteral("Combo3"), klient);
+    QLineEdit *tovar = makeField(13, QStringLiteral("Tovar"), 40);
+    QComboBox *tovarCombo = makeCombo(QStringLiteral("Combo4"), tovar);
+    QLineEdit *nomFakt = makeField(2, QStringLiteral("NomFakt"), 14);
+    m_invoiced = new QCheckBox(QStringLiteral("Фактур."), this);
+    m_invoiced->setObjectName(QStringLiteral("Check1"));
+    m_form->bind(m_invoiced, QStringLiteral("Fakt"));
+    m_paid = new QCheckBox(QStringLiteral("Платен"), this);
+    m_paid->setObjectName(QStringLiteral("chkFields"));
+    m_form->bind(m_paid, QStringLiteral("plat"));
+    m_invoiced->installEventFilter(this);
+    m_paid->installEventFilter(this);
+    for (QLineEdit *field : {kod, m_fields.value(0), m_fields.value(10), m_fields.value(8)}) {
+        field->setFocusPolicy(Qt::NoFocus);
+        field->setVisible(false);
+    }
+    m_tarifa->setFocusPolicy(Qt::ClickFocus);  // filled from the kilometres; Alt+А or a click to type over it
+    for (QLineEdit *field : {ton, km, m_tarifa, nomFakt})
+        field->setMaximumWidth(110);
+    date->setMaximumWidth(130);
+
+    auto *grid = new QGridLayout;
+    grid->setHorizontalSpacing(10);
+    auto *driverRow = new QHBoxLayout;
+    driverRow->addWidget(m_driverCombo, 1);
+    driverRow->addWidget(driverName, 1);
+    grid->addWidget(caption(5, QStringLiteral("Шофьор"), m_driverCombo, this), 0, 0);
+    grid->addLayout(driverRow, 0, 1, 1, 5);
+    auto *kolaRow = new QHBoxLayout;
+    kolaRow->addWidget(kolaCombo, 1);
+    kolaRow->addWidget(kola, 1);
+    grid->addWidget(caption(6, QStringLiteral("№ кола"), kolaCombo, this), 1, 0);
+    grid->addLayout(kolaRow, 1, 1, 1, 3);
+    grid->addWidget(caption(1, QStringLiteral("Дата"), date, this), 1, 4);
+    grid->addWidget(date, 1, 5);
+    grid->addWidget(caption(12, QStringLiteral("Тон"), ton, this), 2, 0);
+    grid->addWidget(ton, 2, 1);
+    grid->addWidget(caption(4, QStringLiteral("Км"), km, this), 2, 2);
+    grid->addWidget(km, 2, 3);
+    grid->addWidget(caption(11, QStringLiteral("Т&арифа"), m_tarifa, this), 2, 4);
+    grid->addWidget(m_tarifa, 2, 5);
+    const struct {
+        int label;
+        const char *text;
+        QComboBox *combo;
+        QLineEdit *field;
+    } lists[] = {{7, "Маршрут", marshCombo, marsh}, {3, "Клиент", klientCombo, klient}, {13, "Товар", tovarCombo, tovar}};
+    int row = 3;
+    for (const auto &list : lists) {
+        auto *line = new QHBoxLayout;
+        line->addWidget(list.combo, 1);
+        line->addWidget(list.field, 1);
+        grid->addWidget(caption(list.label, QString::fromUtf8(list.text), list.combo, this), row, 0);
+        grid->addLayout(line, row++, 1, 1, 5);
+    }
+    grid->addWidget(caption(18, QStringLiteral("Факт.№"), nomFakt, this), row, 0);
+    grid->addWidget(nomFakt, row, 1, 1, 2);
+    grid->addWidget(m_invoiced, row, 3);
+    grid->addWidget(m_paid, row, 4);
+    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(3, 1);
+    grid->setColumnStretch(5, 1);
+
+    auto *sums = new QGroupBox(QStringLiteral("Суми от курса"), this);
+    sums->setObjectName(QStringLiteral("Frame1"));
+    auto *sumsRow = new QHBoxLayout(sums);
+    const struct {
+        int caption, value, unit;
+        const char *text;
+    } sumLabels[] = {{0, 15, 2, "Бруто"}, {10, 16, 9, "Процент"}, {8, 17, 14, "Нето"}};
+    for (int i = 0; i < 3; ++i) {
+        sumsRow->addWidget(caption(sumLabels[i].caption, QString::fromUtf8(sumLabels[i].text), nullptr, sums));
+        m_sums[i] = caption(sumLabels[i].value, QString(), nullptr, sums);
+        m_sums[i]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        m_sums[i]->setMinimumWidth(70);
+        QFont bold = m_sums[i]->font();
+        bold.setBold(true);
+        m_sums[i]->setFont(bold);
+        sumsRow->addWidget(m_sums[i]);
+        sumsRow->addWidget(caption(sumLabels[i].unit, amountUnit(), nullptr, sums));  // each unit follows its number
+        sumsRow->addSpacing(16);
+    }
+    sumsRow->addStretch();
+
+    m_razhod = new QLineEdit(this);
+    m_razhod->setObjectName(QStringLiteral("txtRazhod"));
+    m_razhod->setMaxLength(14);
+    m_razhod->setMaximumWidth(110);
+    m_razhod->setEnabled(false);
+    auto *expenseRow = new QHBoxLayout;
+    expenseRow->addWidget(caption(20, QStringLiteral("Разход"), m_razhod, this));
+    expenseRow->addWidget(m_razhod);
+    expenseRow->addWidget(caption(19, amountUnit(), nullptr, this));
+    expenseRow->addStretch();
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(grid);
+    layout->addWidget(sums);
+    layout->addLayout(expenseRow);
+    layout->addWidget(m_form);
+    for (QWidget *widget : m_form->findChildren<QPushButton *>())
+        widget->installEventFilter(this);
+    setMinimumWidth(620);
+}
+
+// Kilometres come before the rate: leaving them fills it. The rate and the hidden boxes take no tab.
+// A new course's invoice number and mark are overwritten at the save, so entry passes them by.
+void Kurs::setTabOrder()
+{
+    QList<QWidget *> order = {m_driverCombo, m_valueCombos[0], m_date, m_fields.value(12), m_fields.value(4),
+                              m_valueCombos[1], m_valueCombos[2], m_valueCombos[3], m_paid};
+    if (m_mode == CourseMode::NewKurs) {
+        order.append(m_razhod);
+        m_fields.value(2)->setFocusPolicy(Qt::ClickFocus);
+        m_invoiced->setFocusPolicy(Qt::ClickFocus);
+    } else {
+        order.append({m_fields.value(2), m_invoiced});
+    }
+    for (const char *name : {"cmdAdd", "cmdEdit", "cmdDelete", "cmdUpdate", "cmdCancel", "cmdClose"})
+        order.append(m_form->button(QString::fromLatin1(name)));
+    for (qsizetype i = 1; i < order.size(); ++i)
+        QWidget::setTabOrder(order[i - 1], order[i]);
+}
+
+void Kurs::fillCombo(QComboBox *combo, const QStringList &items)
+{
+    if (items.isEmpty()) {
+        MessageService::instance().inform({QStringLiteral("ВНИМАНИЕ!"),
+                                           QStringLiteral("Списъка е празен\nЩе се създаде нов!"),
+                                           UserMessage::Icon::Exclamation});
+        return;
+    }
+    combo->addItems(items);
+}
+
+void Kurs::loadLists()
+{
+    WaitCursor wait;
+    m_tariffBands = loadTariffBands(m_db);
+    const QStringList drivers = searchlists::drivers(m_db);
+    m_drivers = courseeditor::driverEntries(drivers);
+    m_driverCombo->addItems(drivers);
+    m_driverCombo->setEditText(QString());
+    // What earlier courses used: the trucks, routes, clients and cargoes have no table of their own.
+    fillCombo(m_valueCombos[0], searchlists::trucks(m_db));
+    fillCombo(m_valueCombos[1], searchlists::routes(m_db));
+    fillCombo(m_valueCombos[2], searchlists::clients(m_db));
+    fillCombo(m_valueCombos[3], searchlists::cargoes(m_db));
+    for (QComboBox *combo : std::as_const(m_valueCombos))
+        combo->setEditText(QString());
+}
+
+void Kurs::open()
+{
+    if (!m_form->open())
+        return;
+    setTabOrder();
+    showRate();
+    if (m_form->rowCount() == 0)
+        m_form->add();  // also in EditKurs, where "Добави" itself is off
+    if (m_mode == CourseMode::EditKurs) {
+        m_form->button(QStringLiteral("cmdAdd"))->setEnabled(false);
+        setFieldsEnabled(m_form->state() != RecordForm::State::Browsing);
+    } else {
+        m_form->add();
+    }
+}
+
+void Kurs::setFieldsEnabled(bool on)
+{
+    for (int index : {1, 12, 4, 6, 7, 3, 2, 13})
+        m_fields.value(index)->setEnabled(on);
+    for (QWidget *widget : {static_cast<QWidget *>(m_tarifa), static_cast<QWidget *>(m_invoiced),
+                            static_cast<QWidget *>(m_paid)})
+        widget->setEnabled(on);
+}
+
+void Kurs::onStateChanged()
+{
+    const RecordForm::State state = m_form->state();
+    const bool pending = state != RecordForm::State::Browsing;
+    m_driverCombo->setVisible(pending);
+    // A course keeps its driver while it is corrected: the list shows the code and cannot change it.
+    m_driverCombo->setEnabled(state != RecordForm::State::Editing);
+    m_fields.value(100)->setVisible(!pending);
+    m_tarifa->setReadOnly(!pending);
+    if (m_mode == CourseMode::EditKurs)
+        setFieldsEnabled(pending);
+}
+
+void Kurs::onAdded()
+{
+    showSums(false);
+    if (m_mode == CourseMode::EditKurs)
+        m_tarifa->clear();  // bound to the new row, which has no rate yet
+    m_driverCombo->setFocus();
+}
+
+void Kurs::onEditStarted()
+{
+    m_driverCombo->setEditText(m_fields.value(5)->text());
+    showSums(false);
+    m_valueCombos[0]->setFocus();
+}
+
+void Kurs::onSaved()
+{
+    showSums(true);
+    if (const RecordRow *row = m_form->currentRow())
+        showDriverName(row->values.value(QStringLiteral("kod")).toString());
+    if (m_mode == CourseMode::NewKurs)
+        m_form->reload();  // other workstations' courses too; the saved one stays current
+    showRate();
+}
+
+void Kurs::onMoved()
+{
+    showSums(true);
+    if (const RecordRow *row = m_form->currentRow())
+        showDriverName(row->values.value(QStringLiteral("kod")).toString());
+    showRate();
+}
+
+void Kurs::showSums(bool ofRow)
+{
+    const RecordRow *row = ofRow ? m_form->currentRow() : nullptr;
+    const char *columns[3] = {"bruto", "procent", "neto"};
+    for (int i = 0; i < 3; ++i) {
+        m_sums[i]->setText(row ? formatAmount(row->values.value(QString::fromLatin1(columns[i])).toDouble())
+                               : QStringLiteral("0 "));
+    }
+}
+
+void Kurs::showDriverName(const QString &code)
+{
+    if (const auto name = courseeditor::driverName(m_drivers, code))
+        m_fields.value(100)->setText(*name);
+}
+
+// The rate is bound only while correcting; entering new courses keeps the last one picked.
+void Kurs::showRate()
+{
+    if (m_mode != CourseMode::EditKurs || m_form->state() != RecordForm::State::Browsing)
+        return;
+    const RecordRow *row = m_form->currentRow();
+    m_tarifa->setText(row ? formatRate(row->values.value(QStringLiteral("Tarifa")).toDouble()) : QString());
+}
+
+void Kurs::pickRate()
+{
+    const Checked<double> rate = m_tariffBands.rateForText(m_fields.value(4)->text());
+    if (!rate) {
+        MessageService::instance().inform(rate.message());  // no rate is picked
+        return;
+    }
+    m_currentTariff = rate.value();
+    m_tarifa->setText(formatRate(m_currentTariff));
+}
+
+CourseEntry Kurs::entryOnScreen() const
+{
+    CourseEntry entry;
+    entry.driver = m_driverCombo->currentText();
+    entry.driverCode = m_fields.value(5)->text();
+    entry.kola = m_fields.value(6)->text();
+    entry.date = m_fields.value(1)->text();
+    entry.ton = m_fields.value(12)->text();
+    entry.km = m_fields.value(4)->text();
+    entry.tarifa = m_tarifa->text();
+    entry.marsh = m_fields.value(7)->text();
+    entry.klient = m_fields.value(3)->text();
+    entry.tovar = m_fields.value(13)->text();
+    entry.nomFakt = m_fields.value(2)->text();
+    entry.razhod = m_razhod->text();
+    entry.fakt = m_invoiced->isChecked();
+    entry.plat = m_paid->isChecked();
+    return entry;
+}
+
+// The checks of the save, in their order; a month out of range only warns and the save goes on.
+std::optional<UserMessage> Kurs::check()
+{
+    const bool adding = m_form->state() == RecordForm::State::Adding;
+    CourseSaveContext context{m_mode, adding, {}};
+    if (!adding && m_form->currentRow())
+        context.original = courseeditor::keyOf(*m_form->currentRow());
+    m_checked = checkCourse(entryOnScreen(), context);
+    const auto focusDate = [this] {
+        m_date->setFocus();
+        m_date->selectAll();
+    };
+    if (m_checked.refusal) {
+        if (m_checked.focusDate)
+            focusDate();
+        return m_checked.refusal;
+    }
+    if (m_checked.dateWarning) {
+        MessageService::instance().inform(*m_checked.dateWarning);
+        focusDate();
+    }
+    if (adding)
+        m_fields.value(5)->setText(m_checked.course.kod);
+    return std::nullopt;
+}
+
+void Kurs::learnValues()
+{
+    for (qsizetype i = 0; i < m_valueCombos.size(); ++i) {
+        QComboBox *combo = m_valueCombos[i];
+        QStringList items;
+        for (int item = 0; item < combo->count(); ++item)
+            items.append(combo->itemText(item));
+        const QString text = m_coveredFields[i]->text();
+        if (courseeditor::listLearns(items, text)) {
+            const QString typed = combo->currentText();
+            combo->addItem(text.trimmed());
+            combo->setEditText(typed);
+        }
+    }
+}
+
+Checked<RecordRow> Kurs::write()
+{
+    learnValues();
+    const Checked<Course> written = CourseStore(m_db).write(m_checked.course, m_checked.expense);
+    if (!written)
+        return written.message();
+    return courseeditor::rowOf(written.value());
+}
+
+std::optional<UserMessage> Kurs::remove(const RecordRow &row)
+{
+    return CourseStore(m_db).remove(courseeditor::keyOf(row));  // the expense rows stay in the warehouse
+}
+
+bool Kurs::eventFilter(QObject *watched, QEvent *event)
+{
+    const bool pending = m_form && m_form->state() != RecordForm::State::Browsing;
+    const auto reason = event->type() == QEvent::FocusOut ? static_cast<QFocusEvent *>(event)->reason()
+                                                          : Qt::OtherFocusReason;
+    // Only the user leaving a box counts, not a box or a list popping up over it.
+    if (event->type() == QEvent::FocusOut && reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
+        if (watched == m_fields.value(4) && pending)
+            pickRate();
+        else if (watched == m_valueCombos.value(0) && m_mode == CourseMode::NewKurs &&
+                 !m_valueCombos[0]->currentText().trimmed().isEmpty())
+            m_razhod->setEnabled(true);  // an expense is typed once a truck is named
+    }
+    if (event->type() == QEvent::KeyPress) {
+        auto *key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
+            if (auto *button = qobject_cast<QPushButton *>(watched)) {
+                button->click();
+                return true;
+            }
+            if (pending && (key->modifiers() & Qt::ControlModifier)) {
+                m_form->update();
+                return true;
+            }
+            if (pending) {
+                focusNextChild();  // Enter goes on to the next box, as Tab does
+                return true;
+            }
+        }
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+}

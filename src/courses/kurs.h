@@ -1,0 +1,86 @@
+#pragma once
+
+#include "app/dates.h"
+#include "course.h"
+#include "coursecheck.h"
+#include "courseeditorrules.h"
+#include "tariffbands.h"
+
+#include <QDialog>
+#include <QSqlDatabase>
+
+class QCheckBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+
+namespace zarek {
+
+class DateEntry;
+class RecordForm;
+
+// The course editor: new courses one after another (NewKurs), or the courses of one truck in a
+// period corrected (EditKurs). Checks, prices and writes through the course store.
+class Kurs : public QDialog {
+    Q_OBJECT
+public:
+    // NewKurs: every course, a new one started at once.
+    Kurs(QSqlDatabase db, QWidget *parent = nullptr);
+    // EditKurs: the courses of the truck in the period, by date.
+    Kurs(QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent = nullptr);
+
+    CourseMode mode() const { return m_mode; }
+    RecordForm *recordForm() const { return m_form; }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent);
+
+    void buildScreen();
+    QLineEdit *makeField(int index, const QString &column, int maxLength);
+    QComboBox *makeCombo(const QString &name, QLineEdit *covered);
+    void loadLists();
+    void fillCombo(QComboBox *combo, const QStringList &items);
+    void setTabOrder();
+    void open();
+
+    void showSums(bool ofRow);
+    void showDriverName(const QString &code);
+    void showRate();
+    void pickRate();
+    void setFieldsEnabled(bool on);
+    void onStateChanged();
+    void onAdded();
+    void onEditStarted();
+    void onSaved();
+    void onMoved();
+
+    CourseEntry entryOnScreen() const;
+    std::optional<UserMessage> check();
+    Checked<RecordRow> write();
+    std::optional<UserMessage> remove(const RecordRow &row);
+    void learnValues();
+
+    CourseMode m_mode;
+    QSqlDatabase m_db;
+    TariffBands m_tariffBands;
+    QList<courseeditor::DriverEntry> m_drivers;
+    double m_currentTariff = 0;
+    CourseCheckResult m_checked;  // the checked course between the checks and the write of a save
+
+    RecordForm *m_form = nullptr;
+    QHash<int, QLineEdit *> m_fields;  // txtFields by index
+    QComboBox *m_driverCombo = nullptr;
+    QList<QComboBox *> m_valueCombos;  // Combo1 to Combo4, each with the box it covers
+    QList<QLineEdit *> m_coveredFields;
+    DateEntry *m_date = nullptr;
+    QLineEdit *m_tarifa = nullptr;
+    QLineEdit *m_razhod = nullptr;
+    QCheckBox *m_invoiced = nullptr;
+    QCheckBox *m_paid = nullptr;
+    QLabel *m_sums[3] = {nullptr, nullptr, nullptr};
+};
+
+}

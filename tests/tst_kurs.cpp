@@ -1,0 +1,488 @@
+#include "app/messageservice.h"
+#include "courses/courseeditorrules.h"
+#include "courses/coursestore.h"
+#include "courses/kurs.h"
+#include "courseexample.h"
+#include "forms/recordform.h"
+#include "testdatabase.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSqlError>
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+const QString emptyList = QStringLiteral("Списъка е празен\nЩе се създаде нов!");
+
+void prepare(test::ScratchDatabase &scratch)
+{
+    QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
+                                        "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.125, 0.18, 0.14, 0.12, 0.1)")));
+    QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('007', 'Иван Петров Иванов')")));
+    QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('012', 'Георги Д''Амато')")));
+}
+
+// Saves courses through the store, as earlier entry would have: a truck, a date and a rate each.
+void addCourse(QSqlDatabase db, const QString &kola, const QString &date, const QString &tarifa = "0,125")
+{
+    CourseEntry entry = test::exampleCourseEntry();
+    entry.kola = kola;
+    entry.date = date;
+    entry.tarifa = tarifa;
+    QVERIFY(CourseStore(db).save(entry, {}, QDate(2026, 1, 1)).ok());
+}
+
+QVariant scalar(QSqlDatabase db, const QString &sql)
+{
+    QSqlQuery query(db);
+    if (!query.exec(sql) || !query.next())
+        return QStringLiteral("<%1>").arg(query.lastError().text());
+    return query.value(0);
+}
+
+template <typename T = QWidget>
+T *child(QWidget &w, const QString &name)
+{
+    return w.findChild<T *>(name);
+}
+
+QLineEdit *field(QWidget &w, int index) { return child<QLineEdit>(w, QStringLiteral("txtFields_%1").arg(index)); }
+QComboBox *combo(QWidget &w, int index) { return child<QComboBox>(w, QStringLiteral("Combo%1").arg(index)); }
+QPushButton *button(QWidget &w, const char *name) { return child<QPushButton>(w, QString::fromLatin1(name)); }
+QString sum(QWidget &w, int index) { return child<QLabel>(w, QStringLiteral("lblLabels_%1").arg(index))->text(); }
+
+// Types into the box that has the focus, as the keyboard would (Cyrillic included).
+void type(const QString &text)
+{
+    for (const QChar c : text)
+        QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_unknown, QString(c), Qt::NoModifier);
+}
+
+void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+{
+    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    QCoreApplication::processEvents();  // the whole text of a box entered is selected a moment later
+}
+
+QStringList items(QComboBox *box)
+{
+    QStringList list;
+    for (int i = 0; i < box->count(); ++i)
+        list.append(box->itemText(i));
+    return list;
+}
+
+QStringList titles(const RecordingMessageService &messages)
+{
+    QStringList list;
+    for (const UserMessage &m : messages.shown)
+        list.append(m.title + QLatin1Char('|') + m.text);
+    return list;
+}
+
+// Fills the boxes of a new course directly (the checks are what is tested, not the typing).
+void fillNewCourse(Kurs &screen, const QString &nomFakt = QStringLiteral("0000000000"),
+                   const QString &date = QStringLiteral("05.03.2026"))
+{
+    combo(screen, 5)->setEditText(QStringLiteral("007,Иван Петров Иванов"));
+    combo(screen, 1)->setEditText(QStringLiteral("СА 1234 ВК"));
+    field(screen, 1)->setText(date);
+    field(screen, 12)->setText(QStringLiteral("10"));
+    field(screen, 4)->setText(QStringLiteral("25"));
+    child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->setText(QStringLiteral("0,125"));
+    combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
+    combo(screen, 3)->setEditText(QStringLiteral("Д'Аргос ООД"));
+    combo(screen, 4)->setEditText(QStringLiteral("Пясък"));
+    field(screen, 2)->setText(nomFakt);
+}
+
+}
+
+class KursTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    // Driver, truck, date, tonnes, km (the rate fills itself), route, client, cargo, expense, save:
+    // nothing but keys, and the course is stored priced, with its expense row.
+    void aCourseEnteredFromTheKeyboardIsStoredPricedWithItsExpense()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QCOMPARE(screen.windowTitle().endsWith(QStringLiteral(" - Нов курс")), true);
+        QCOMPARE(QApplication::focusWidget(), combo(screen, 5));
+        QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("Нов курс"));
+
+        type(QStringLiteral("007,Иван Петров Иванов"));
+        press(Qt::Key_Tab);
+        type(QStringLiteral("СА 1234 ВК"));
+        press(Qt::Key_Return);  // Enter goes on like Tab
+        QCOMPARE(QApplication::focusWidget(), field(screen, 1));
+        type(QStringLiteral("05.03.2026"));
+        press(Qt::Key_Tab);
+        type(QStringLiteral("10"));
+        press(Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), field(screen, 4));
+        type(QStringLiteral("25"));  // over the preset "0", selected on entering
+        press(Qt::Key_Tab);
+        QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,125"));
+        QCOMPARE(QApplication::focusWidget(), combo(screen, 2));  // the rate takes no tab
+        type(QStringLiteral("София - Перник"));
+        press(Qt::Key_Tab);
+        type(QStringLiteral("Д'Аргос ООД"));
+        press(Qt::Key_Tab);
+        type(QStringLiteral("Пясък"));
+        press(Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), child(screen, QStringLiteral("chkFields")));
+        press(Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), child(screen, QStringLiteral("txtRazhod")));
+        QVERIFY(child(screen, QStringLiteral("txtRazhod"))->isEnabled());  // a truck was named
+        type(QStringLiteral("12,50"));
+        press(Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), button(screen, "cmdUpdate"));
+        press(Qt::Key_Return);
+
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Browsing);
+        QCOMPARE(titles(messages), QStringList(4, QStringLiteral("ВНИМАНИЕ!|") + emptyList));  // the four empty lists
+        const QSqlDatabase db = scratch.db();
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM tabl").toInt(), 1);
+        QCOMPARE(scalar(db, "SELECT kod || '|' || kola || '|' || Marsh || '|' || Klient || '|' || Tovar FROM tabl")
+                     .toString(),
+                 QStringLiteral("007|СА 1234 ВК|София - Перник|Д'Аргос ООД|Пясък"));
+        QCOMPARE(scalar(db, "SELECT bruto FROM tabl").toDouble(), 31.25);
+        QCOMPARE(scalar(db, "SELECT procent FROM tabl").toDouble(), 0.94);
+        QCOMPARE(scalar(db, "SELECT neto FROM tabl").toDouble(), 30.31);
+        QCOMPARE(scalar(db, "SELECT Tarifa FROM tabl").toDouble(), 0.125);
+        QCOMPARE(scalar(db, "SELECT data FROM tabl").toDate(), QDate(2026, 3, 5));
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс' AND DocVid = 'СА 1234 ВК' "
+                            "AND Suma = 12.5 AND VidKol = 'R'")
+                     .toInt(),
+                 1);
+        QCOMPARE(sum(screen, 15), QStringLiteral("31,25"));
+        QCOMPARE(sum(screen, 16), QStringLiteral("0,94"));
+        QCOMPARE(sum(screen, 17), QStringLiteral("30,31"));
+        QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("Курс № 1"));
+        QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
+        QCOMPARE(items(combo(screen, 1)), QStringList{QStringLiteral("СА 1234 ВК")});  // the list learned the truck
+
+        // The next course offers the previous course's values again.
+        QCOMPARE(button(screen, "cmdAdd")->text(), QStringLiteral("&Добави"));
+        button(screen, "cmdAdd")->click();
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
+        QCOMPARE(combo(screen, 3)->currentText(), QStringLiteral("Д'Аргос ООД"));
+        QCOMPARE(field(screen, 4)->text(), QStringLiteral("0"));
+        QCOMPARE(field(screen, 2)->text(), QStringLiteral("0000000000"));
+        QCOMPARE(sum(screen, 15), QStringLiteral("0 "));
+    }
+
+    void leavingTheKilometresPicksTheRateOfTheirBand_data()
+    {
+        QTest::addColumn<QString>("km");
+        QTest::addColumn<QString>("rate");
+        QTest::addColumn<int>("messages");
+        QTest::newRow("0 from the preset") << "0" << "0,350" << 0;
+        QTest::newRow("20 the first band") << "20" << "0,350" << 0;
+        QTest::newRow("20,5 the second band") << "20,5" << "0,125" << 0;
+        QTest::newRow("200 the fifth band") << "200" << "0,120" << 0;
+        QTest::newRow("200.01 the last band") << "200.01" << "0,100" << 0;
+        QTest::newRow("text: a message and no rate") << "ааа" << "9,999" << 1;
+        QTest::newRow("empty: a message and no rate") << "" << "9,999" << 1;
+    }
+    void leavingTheKilometresPicksTheRateOfTheirBand()
+    {
+        QFETCH(QString, km);
+        QFETCH(QString, rate);
+        QFETCH(int, messages);
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService shown;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        auto *tarifa = child<QLineEdit>(screen, QStringLiteral("txtTarifa"));
+        tarifa->setText(QStringLiteral("9,999"));
+        field(screen, 4)->setFocus();
+        field(screen, 4)->setText(km);
+        press(Qt::Key_Tab);
+        QCOMPARE(tarifa->text(), rate);
+        QCOMPARE(shown.shown.size(), messages);
+        if (messages)
+            QCOMPARE(shown.shown.first().text, QStringLiteral("Километрите не са число!\nМоля, въведете километрите на курса"));
+    }
+
+    // The first failing check stops the save with its box; the row stays open as typed.
+    void aFailingCheckStopsTheSave_data()
+    {
+        QTest::addColumn<QString>("nomFakt");
+        QTest::addColumn<QString>("date");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("invoice of 9") << "000000000" << "05.03.2026"
+                                      << "Грешен номер на фактура!\nМоля, въведете 10 цифри за номер на фактурата!";
+        QTest::newRow("invoice of 11") << "00000000000" << "05.03.2026"
+                                       << "Грешен номер на фактура!\nМоля, въведете 10 цифри за номер на фактурата!";
+        QTest::newRow("month 13") << "0000000000" << "05.13.2026"
+                                  << "Неверен формат на датата!\nПроверете въведената дата и опитайте отново.";
+    }
+    void aFailingCheckStopsTheSave()
+    {
+        QFETCH(QString, nomFakt);
+        QFETCH(QString, date);
+        QFETCH(QString, message);
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        fillNewCourse(screen, nomFakt, date);
+        QVERIFY(!screen.recordForm()->update());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().text, message);
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
+        QCOMPARE(field(screen, 2)->text(), nomFakt);
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 1);
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad").toInt(), 1);
+        if (date.contains(QStringLiteral(".13."))) {
+            QCOMPARE(QApplication::focusWidget(), field(screen, 1));
+            QCOMPARE(field(screen, 1)->selectedText(), date);
+        }
+    }
+
+    // Correcting a course: the combos take the row's values, the driver stays, the save prices
+    // the course again and appends a further expense row of 0.
+    void aCorrectionIsPricedAgainAndAddsAnExpenseRow()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("03.02.2026"), QStringLiteral("0,2"));
+        addCourse(scratch.db(), QStringLiteral("РК 5678 ВС"), QStringLiteral("02.02.2026"));
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.03.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QVERIFY(screen.windowTitle().endsWith(QStringLiteral(" - Корекция курс")));
+        RecordForm *form = screen.recordForm();
+        QCOMPARE(form->rowCount(), 2);
+        QVERIFY(!button(screen, "cmdAdd")->isEnabled());
+        QVERIFY(combo(screen, 1)->isHidden());
+        QVERIFY(!field(screen, 12)->isEnabled());
+        QCOMPARE(sum(screen, 15), QString());  // blank until the first move
+        press(Qt::Key_Down);
+        QCOMPARE(form->statusLabel()->text(), QStringLiteral("Курс № 2"));
+        QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,200"));
+        QCOMPARE(sum(screen, 15), QStringLiteral("50,00"));
+        QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
+
+        form->edit();
+        QCOMPARE(sum(screen, 15), QStringLiteral("0 "));
+        QCOMPARE(combo(screen, 1)->currentText(), QStringLiteral("СА 1234 ВК"));
+        QCOMPARE(combo(screen, 5)->currentText(), QStringLiteral("007"));
+        QVERIFY(!combo(screen, 5)->isEnabled());  // the driver of a course is not changed here
+        QVERIFY(field(screen, 12)->isEnabled());
+        field(screen, 12)->setText(QStringLiteral("20"));
+        field(screen, 2)->setText(QStringLiteral("0000000042"));
+        child<QCheckBox>(screen, QStringLiteral("Check1"))->setChecked(true);
+        QVERIFY(form->update());
+        QCOMPARE(messages.shown.size(), 0);
+        QCOMPARE(sum(screen, 15), QStringLiteral("100,00"));
+        QCOMPARE(sum(screen, 17), QStringLiteral("97,00"));
+        QVERIFY(combo(screen, 1)->isHidden());
+        QVERIFY(!field(screen, 12)->isEnabled());
+        const QSqlDatabase db = scratch.db();
+        QCOMPARE(scalar(db, "SELECT bruto FROM tabl WHERE data = (SELECT MAX(data) FROM tabl WHERE ton = 20)").toDouble(),
+                 100.0);
+        QCOMPARE(scalar(db, "SELECT NomFakt FROM tabl WHERE ton = 20").toString(), QStringLiteral("0000000042"));
+        QCOMPARE(scalar(db, "SELECT Fakt FROM tabl WHERE ton = 20").toBool(), true);  // kept while correcting
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс'").toInt(), 5);
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Suma = 0").toInt(), 5);
+    }
+
+    // A period without courses of the truck starts a new row although "Добави" is off; the save
+    // keeps the typed invoice number, as only new-course entry forces it.
+    void anEmptyPeriodStartsANewRowThatKeepsItsInvoice()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 5, 1), QDate(2026, 5, 31)});
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
+        QVERIFY(!button(screen, "cmdAdd")->isEnabled());
+        fillNewCourse(screen, QStringLiteral("0000000077"));
+        child<QCheckBox>(screen, QStringLiteral("Check1"))->setChecked(true);
+        QVERIFY(screen.recordForm()->update());
+        QCOMPARE(scalar(scratch.db(), "SELECT NomFakt FROM tabl WHERE data = '2026-03-05' OR NomFakt <> '0000000000'")
+                     .toString(),
+                 QStringLiteral("0000000077"));
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE").toInt(), 1);
+    }
+
+    void newCourseEntryForcesNoInvoice()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        fillNewCourse(screen, QStringLiteral("0000000077"));
+        child<QCheckBox>(screen, QStringLiteral("Check1"))->setChecked(true);
+        QVERIFY(screen.recordForm()->update());
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl WHERE NomFakt = '0000000000' AND Fakt = FALSE").toInt(),
+                 2);
+    }
+
+    // Cancelling the course started at opening closes the editor; Esc while entering does nothing.
+    void cancelInNewCourseEntryCloses()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        press(Qt::Key_Escape);
+        QVERIFY(screen.isVisible());
+        button(screen, "cmdCancel")->click();
+        QVERIFY(!screen.isVisible());
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 0);
+    }
+
+    // The lists are what earlier courses used, each once; a save adds what they lack, at the end.
+    void theListsLearnAtTheSave()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("РК 5678 ВС"), QStringLiteral("01.02.2026"));
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("02.02.2026"));
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("03.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(items(combo(screen, 1)), (QStringList{"РК 5678 ВС", "СА 1234 ВК"}));
+        QCOMPARE(items(combo(screen, 5)), (QStringList{"007,Иван Петров Иванов", "012,Георги Д'Амато"}));
+        fillNewCourse(screen);
+        combo(screen, 1)->setEditText(QStringLiteral(" ВТ 1111 АА "));
+        combo(screen, 5)->setEditText(QStringLiteral("012,Георги Д'Амато"));
+        QVERIFY(screen.recordForm()->update());
+        QCOMPARE(items(combo(screen, 1)), (QStringList{"РК 5678 ВС", "СА 1234 ВК", "ВТ 1111 АА"}));
+        QCOMPARE(scalar(scratch.db(), "SELECT kod FROM tabl WHERE kola = 'ВТ 1111 АА'").toString(), QStringLiteral("012"));
+        QCOMPARE(field(screen, 100)->text(), QStringLiteral("Георги Д'Амато"));
+        // The route equals the list's only item, which the walk does not look at: it is added once more.
+        QCOMPARE(items(combo(screen, 2)), (QStringList{"София - Перник", "София - Перник"}));
+        QVERIFY(screen.recordForm()->reload());
+        button(screen, "cmdAdd")->click();
+        fillNewCourse(screen);
+        QVERIFY(screen.recordForm()->update());
+        QCOMPARE(items(combo(screen, 2)).size(), 2);  // but only once
+    }
+
+    // The list walk starts at the second item: a value equal to the first is added once more.
+    void aValueEqualToTheFirstItemIsLearnedAgain_data()
+    {
+        QTest::addColumn<QStringList>("list");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("learns");
+        QTest::newRow("new value") << QStringList{"А", "Б"} << "В" << true;
+        QTest::newRow("second item") << QStringList{"А", "Б"} << " Б " << false;
+        QTest::newRow("first item") << QStringList{"А", "Б"} << "А" << true;
+        QTest::newRow("empty list") << QStringList{} << "А" << true;
+        QTest::newRow("other case") << QStringList{"А", "Б"} << "б" << true;
+    }
+    void aValueEqualToTheFirstItemIsLearnedAgain()
+    {
+        QFETCH(QStringList, list);
+        QFETCH(QString, typed);
+        QFETCH(bool, learns);
+        QCOMPARE(courseeditor::listLearns(list, typed), learns);
+    }
+
+    // Two questions before a course goes; its expense rows stay in the warehouse.
+    void deletingAsksTwiceAndLeavesTheExpenseRows()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("02.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        messages.answers = {true, false};
+        screen.recordForm()->remove();
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 2);
+        messages.answers = {true, true};
+        screen.recordForm()->remove();
+        QCOMPARE(messages.asked.size(), 4);
+        QCOMPARE(messages.asked[2].text, QStringLiteral("Наистна ли искате да изтриете записа?"));
+        QCOMPARE(messages.asked[3].text, QStringLiteral("Ще загубите данните окончателно"));
+        QCOMPARE(messages.asked[3].title, QStringLiteral("Изтриване на запис"));
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 1);
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad").toInt(), 2);
+        QCOMPARE(screen.recordForm()->rowCount(), 1);
+    }
+
+    // A course changed at another workstation since it was read is not overwritten.
+    void aCourseChangedElsewhereIsNotOverwritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        screen.recordForm()->edit();
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET ton = 99, row_version = row_version + 1")));
+        field(screen, 12)->setText(QStringLiteral("20"));
+        QVERIFY(!screen.recordForm()->update());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Editing);
+        QCOMPARE(scalar(scratch.db(), "SELECT ton FROM tabl").toDouble(), 99.0);
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad").toInt(), 1);
+    }
+
+    // With ZAREK_SCREENSHOT_DIR set, saves the editor entering a course and correcting one.
+    void screenshots()
+    {
+        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+        if (dir.isEmpty())
+            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the screen");
+        ZAREK_SCRATCH_DB(scratch);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("one set of pictures is enough");
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("03.02.2026"), QStringLiteral("0,2"));
+        RecordingMessageService messages;
+        {
+            Kurs screen(scratch.db());
+            screen.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&screen));
+            fillNewCourse(screen);
+            screen.grab().save(dir + QStringLiteral("/kurs-new-entering.png"));
+            QVERIFY(screen.recordForm()->update());
+            screen.grab().save(dir + QStringLiteral("/kurs-new-browsing.png"));
+        }
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        screen.recordForm()->next();
+        screen.grab().save(dir + QStringLiteral("/kurs-edit-browsing.png"));
+        screen.recordForm()->edit();
+        screen.grab().save(dir + QStringLiteral("/kurs-edit-correcting.png"));
+    }
+};
+
+QTEST_MAIN(KursTest)
+#include "tst_kurs.moc"
