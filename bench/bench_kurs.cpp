@@ -1,0 +1,131 @@
+// Prints how long the course editor takes to open, move to the last course and save a course on
+// large data. Not a test: figures only. Run: bench_kurs [courses...] (default 10000 100000).
+
+#include "benchdata.h"
+#include "app/messageservice.h"
+#include "courses/kurs.h"
+#include "data/database.h"
+#include "data/schema.h"
+#include "forms/recordform.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <cstdio>
+
+using namespace zarek;
+using zarek::bench::ms;
+
+namespace {
+
+// No box may stop a benchmark; any message is printed instead.
+class PrintingMessages : public MessageService {
+public:
+    void inform(const UserMessage &m) override { std::printf("  message: %s\n", qPrintable(m.text)); }
+    bool ask(const UserMessage &) override { return true; }
+    void beep() override {}
+};
+
+void fillReference(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
+                              "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.25, 0.18, 0.14, 0.12, 0.1)"));
+    for (int i = 0; i < 9; ++i)
+        query.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('00%1', 'Шофьор %1')").arg(i));
+}
+
+// From the command to the first course ready for typing, painted.
+double openNewKurs(QSqlDatabase db, std::unique_ptr<Kurs> &screen)
+{
+    QElapsedTimer timer;
+    timer.start();
+    screen = std::make_unique<Kurs>(db);
+    screen->show();
+    QCoreApplication::processEvents();
+    screen->grab();
+    return ms(timer);
+}
+
+void benchKurs(QSqlDatabase db, int count)
+{
+    std::unique_ptr<Kurs> screen;
+    openNewKurs(db, screen);  // warms the database file and the fonts
+    screen.reset();
+    double best = 1e9;
+    for (int i = 0; i < 3; ++i) {
+        best = std::min(best, openNewKurs(db, screen));
+        if (i < 2)
+            screen.reset();
+    }
+    RecordForm *form = screen->recordForm();
+    form->cancel();  // cancelling closes the editor, which stays in memory here
+    screen->show();
+
+    QElapsedTimer step;
+    step.start();
+    form->last();
+    const double last = ms(step);
+
+    form->add();
+    screen->findChild<QComboBox *>(QStringLiteral("Combo5"))->setEditText(QStringLiteral("001,Шофьор 1"));
+    screen->findChild<QComboBox *>(QStringLiteral("Combo1"))->setEditText(QStringLiteral("СА 1234 ВК"));
+    screen->findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->setText(QStringLiteral("23.11.2026"));
+    screen->findChild<QLineEdit *>(QStringLiteral("txtFields_12"))->setText(QStringLiteral("10"));
+    screen->findChild<QLineEdit *>(QStringLiteral("txtFields_4"))->setText(QStringLiteral("25"));
+    screen->findChild<QLineEdit *>(QStringLiteral("txtTarifa"))->setText(QStringLiteral("0,125"));
+    screen->findChild<QComboBox *>(QStringLiteral("Combo2"))->setEditText(QStringLiteral("Перник - София"));
+    screen->findChild<QComboBox *>(QStringLiteral("Combo3"))->setEditText(QStringLiteral("Д'Аргос ООД"));
+    screen->findChild<QComboBox *>(QStringLiteral("Combo4"))->setEditText(QStringLiteral("Пясък"));
+    step.restart();
+    const bool saved = form->update();
+    const double save = ms(step);
+
+    QElapsedTimer edit;
+    edit.start();
+    Kurs correction(db, QStringLiteral("СА 1234 ВК"), {QDate(2022, 3, 1), QDate(2022, 3, 31)});
+    correction.show();
+    QCoreApplication::processEvents();
+    correction.grab();
+    std::printf("course editor, %6d courses: NewKurs opened and painted %6.1f ms (best of 3), last course %5.1f ms, "
+                "save with reload %6.1f ms%s, EditKurs of one truck and month %5.1f ms (%d courses)\n",
+                count, best, last, save, saved ? "" : " (NOT SAVED)", ms(edit), correction.recordForm()->rowCount());
+}
+
+}
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    PrintingMessages messages;
+    MessageService::setInstance(&messages);
+    QList<int> sizes;
+    for (int i = 1; i < argc; ++i)
+        sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
+    if (sizes.isEmpty())
+        sizes = {10000, 100000};
+    for (const int count : sizes) {
+        QTemporaryDir dir;
+        DatabaseConfig config;
+        config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
+        const QString connection = QStringLiteral("bench%1").arg(count);
+        {
+            QSqlDatabase db = openDatabase(config, connection);
+            QString error;
+            if (!db.isOpen() || !migrateSchema(db, &error)) {
+                std::fprintf(stderr, "database: %s\n", qPrintable(error));
+                return 1;
+            }
+            fillReference(db);
+            if (!bench::fillCourses(db, count))
+                return 1;
+            benchKurs(db, count);
+        }
+        closeDatabase(connection);
+    }
+    MessageService::setInstance(nullptr);
+    return 0;
+}
