@@ -7,7 +7,9 @@
 #include "testdatabase.h"
 
 #include <QCheckBox>
+#include <QAbstractItemView>
 #include <QComboBox>
+#include <QCompleter>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -64,9 +66,11 @@ void type(const QString &text)
         QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_unknown, QString(c), Qt::NoModifier);
 }
 
+// A key goes to an open list first, as a keyboard's would.
 void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
-    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+    QWidget *popup = QApplication::activePopupWidget();
+    QTest::keyClick(popup ? popup : QApplication::focusWidget(), key, modifiers);
     QCoreApplication::processEvents();  // the whole text of a box entered is selected a moment later
 }
 
@@ -123,7 +127,12 @@ private slots:
         QCOMPARE(QApplication::focusWidget(), combo(screen, 5));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("Нов курс"));
 
-        type(QStringLiteral("007,Иван Петров Иванов"));
+        type(QStringLiteral("Петров"));  // part of the name finds the driver
+        QVERIFY(combo(screen, 5)->completer()->popup()->isVisible());
+        press(Qt::Key_Down);
+        press(Qt::Key_Return);
+        QCOMPARE(combo(screen, 5)->currentText(), QStringLiteral("007,Иван Петров Иванов"));
+        QCOMPARE(QApplication::focusWidget(), combo(screen, 5));
         press(Qt::Key_Tab);
         type(QStringLiteral("СА 1234 ВК"));
         press(Qt::Key_Return);  // Enter goes on like Tab
@@ -175,9 +184,11 @@ private slots:
         QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
         QCOMPARE(items(combo(screen, 1)), QStringList{QStringLiteral("СА 1234 ВК")});  // the list learned the truck
 
-        // The next course offers the previous course's values again.
+        // Enter on "Добави" starts the next course, which offers the previous course's values again.
+        QCOMPARE(QApplication::focusWidget(), button(screen, "cmdAdd"));
         QCOMPARE(button(screen, "cmdAdd")->text(), QStringLiteral("&Добави"));
-        button(screen, "cmdAdd")->click();
+        press(Qt::Key_Return);
+        QCOMPARE(QApplication::focusWidget(), combo(screen, 5));
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
         QCOMPARE(combo(screen, 3)->currentText(), QStringLiteral("Д'Аргос ООД"));
         QCOMPARE(field(screen, 4)->text(), QStringLiteral("0"));
@@ -470,16 +481,20 @@ private slots:
             screen.show();
             QVERIFY(QTest::qWaitForWindowExposed(&screen));
             fillNewCourse(screen);
+            QCoreApplication::processEvents();
             screen.grab().save(dir + QStringLiteral("/kurs-new-entering.png"));
             QVERIFY(screen.recordForm()->update());
+            QCoreApplication::processEvents();
             screen.grab().save(dir + QStringLiteral("/kurs-new-browsing.png"));
         }
         Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
         screen.show();
         QVERIFY(QTest::qWaitForWindowExposed(&screen));
         screen.recordForm()->next();
+        QCoreApplication::processEvents();
         screen.grab().save(dir + QStringLiteral("/kurs-edit-browsing.png"));
         screen.recordForm()->edit();
+        QCoreApplication::processEvents();
         screen.grab().save(dir + QStringLiteral("/kurs-edit-correcting.png"));
     }
 };

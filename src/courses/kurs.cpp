@@ -11,6 +11,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCompleter>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -150,6 +151,9 @@ void Kurs::buildScreen()
     driverName->setFocusPolicy(Qt::NoFocus);
     m_driverCombo = makeCombo(QStringLiteral("Combo5"), nullptr);
     m_driverCombo->setMinimumWidth(260);
+    // A driver is found by any part of "kod,ime": the code or the name typed.
+    m_driverCombo->completer()->setFilterMode(Qt::MatchContains);
+    m_driverCombo->completer()->setCompletionMode(QCompleter::PopupCompletion);
     QLineEdit *kola = makeField(6, QStringLiteral("kola"), 20);
     QComboBox *kolaCombo = makeCombo(QStringLiteral("Combo1"), kola);
     QLineEdit *date = makeField(1, QStringLiteral("data"), 12);
@@ -375,6 +379,8 @@ void Kurs::onSaved()
     if (m_mode == CourseMode::NewKurs)
         m_form->reload();  // other workstations' courses too; the saved one stays current
     showRate();
+    // Enter then starts the next course (or corrects again), never closes the editor by accident.
+    m_form->button(m_mode == CourseMode::NewKurs ? QStringLiteral("cmdAdd") : QStringLiteral("cmdEdit"))->setFocus();
 }
 
 void Kurs::onMoved()
