@@ -4,14 +4,11 @@
 #include "benchdata.h"
 #include "app/messageservice.h"
 #include "courses/kurs.h"
-#include "data/database.h"
-#include "data/schema.h"
 #include "forms/recordform.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
-#include <QTemporaryDir>
 #include <cstdio>
 
 using namespace zarek;
@@ -102,30 +99,10 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     PrintingMessages messages;
     MessageService::setInstance(&messages);
-    QList<int> sizes;
-    for (int i = 1; i < argc; ++i)
-        sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
-    if (sizes.isEmpty())
-        sizes = {10000, 100000};
-    for (const int count : sizes) {
-        QTemporaryDir dir;
-        DatabaseConfig config;
-        config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
-        const QString connection = QStringLiteral("bench%1").arg(count);
-        {
-            QSqlDatabase db = openDatabase(config, connection);
-            QString error;
-            if (!db.isOpen() || !migrateSchema(db, &error)) {
-                std::fprintf(stderr, "database: %s\n", qPrintable(error));
-                return 1;
-            }
-            fillReference(db);
-            if (!bench::fillCourses(db, count))
-                return 1;
-            benchKurs(db, count);
-        }
-        closeDatabase(connection);
-    }
+    const int exitCode = bench::runOnCourseCounts(argc, argv, [](QSqlDatabase db, int count) {
+        fillReference(db);
+        benchKurs(db, count);
+    });
     MessageService::setInstance(nullptr);
-    return 0;
+    return exitCode;
 }

@@ -3,8 +3,6 @@
 
 #include "benchdata.h"
 #include "app/firmprofile.h"
-#include "data/database.h"
-#include "data/schema.h"
 #include "forms/resultgridscreen.h"
 #include "reports/coursereports.h"
 #include "reports/reportlayout.h"
@@ -15,11 +13,9 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QTableView>
-#include <QTemporaryDir>
 #include <cstdio>
 
 using namespace zarek;
-using zarek::bench::fillCourses;
 using zarek::bench::ms;
 
 namespace {
@@ -106,32 +102,8 @@ int main(int argc, char **argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    QList<int> sizes;
-    for (int i = 1; i < argc; ++i)
-        sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
-    if (sizes.isEmpty())
-        sizes = {10000, 100000};
-    for (const int count : sizes) {
-        QTemporaryDir dir;
-        DatabaseConfig config;
-        config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
-        const QString connection = QStringLiteral("bench%1").arg(count);
-        {
-            QSqlDatabase db = openDatabase(config, connection);
-            QString error;
-            if (!db.isOpen() || !migrateSchema(db, &error)) {
-                std::fprintf(stderr, "database: %s\n", qPrintable(error));
-                return 1;
-            }
-            QElapsedTimer fill;
-            fill.start();
-            if (!fillCourses(db, count))
-                return 1;
-            std::printf("filled %d courses in %.0f ms\n", count, ms(fill));
-            benchReport(db, count);
-            benchGrid(db, count);
-        }
-        closeDatabase(connection);
-    }
-    return 0;
+    return bench::runOnCourseCounts(argc, argv, [](QSqlDatabase db, int count) {
+        benchReport(db, count);
+        benchGrid(db, count);
+    });
 }

@@ -3,6 +3,9 @@
 // Courses written straight into tabl for the benchmarks: five trucks, four clients, three
 // routes and cargoes, nine drivers, spread over two years.
 
+#include "data/database.h"
+#include "data/schema.h"
+
 #include <QDate>
 #include <QElapsedTimer>
 #include <QSqlDatabase>
@@ -10,7 +13,9 @@
 #include <QSqlQuery>
 #include <QVariant>
 #include <cmath>
+#include <QTemporaryDir>
 #include <cstdio>
+#include <functional>
 
 namespace zarek::bench {
 
@@ -47,6 +52,39 @@ inline bool fillCourses(QSqlDatabase db, int count)
         }
     }
     return db.commit();
+}
+
+// Runs the benchmark once per count of courses given on the command line (default 10,000 and
+// 100,000), each on a fresh SQLite file filled with that many courses. The exit code of the program.
+inline int runOnCourseCounts(int argc, char **argv, const std::function<void(QSqlDatabase db, int count)> &bench)
+{
+    QList<int> sizes;
+    for (int i = 1; i < argc; ++i)
+        sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
+    if (sizes.isEmpty())
+        sizes = {10000, 100000};
+    for (const int count : sizes) {
+        QTemporaryDir dir;
+        DatabaseConfig config;
+        config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
+        const QString connection = QStringLiteral("bench%1").arg(count);
+        {
+            QSqlDatabase db = openDatabase(config, connection);
+            QString error;
+            if (!db.isOpen() || !migrateSchema(db, &error)) {
+                std::fprintf(stderr, "database: %s\n", qPrintable(error));
+                return 1;
+            }
+            QElapsedTimer fill;
+            fill.start();
+            if (!fillCourses(db, count))
+                return 1;
+            std::printf("filled %d courses in %.0f ms\n", count, ms(fill));
+            bench(db, count);
+        }
+        closeDatabase(connection);
+    }
+    return 0;
 }
 
 }
