@@ -40,21 +40,12 @@ Course keyOf(const RecordRow &row)
     return course;
 }
 
-QList<DriverEntry> driverEntries(const QStringList &kodIme)
+std::optional<QString> driverName(const QStringList &kodIme, const QString &code)
 {
-    QList<DriverEntry> drivers;
     for (const QString &entry : kodIme) {
         const qsizetype comma = entry.indexOf(QLatin1Char(','));
-        drivers.append(comma < 0 ? DriverEntry{entry, QString()} : DriverEntry{entry.left(comma), entry.mid(comma + 1)});
-    }
-    return drivers;
-}
-
-std::optional<QString> driverName(const QList<DriverEntry> &drivers, const QString &code)
-{
-    for (const DriverEntry &driver : drivers) {
-        if (driver.first == code)
-            return driver.second;
+        if (comma >= 0 && entry.left(comma) == code)
+            return entry.mid(comma + 1);
     }
     return std::nullopt;
 }

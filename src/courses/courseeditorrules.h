@@ -3,8 +3,6 @@
 #include "course.h"
 #include "forms/recordstore.h"
 
-#include <QList>
-#include <QPair>
 #include <QStringList>
 #include <optional>
 
@@ -19,11 +17,8 @@ RecordRow rowOf(const Course &course);
 // The id and version of a row, enough to correct or delete it.
 Course keyOf(const RecordRow &row);
 
-// A driver of the list: code and name, as split from "kod,ime" at the first comma.
-using DriverEntry = QPair<QString, QString>;
-QList<DriverEntry> driverEntries(const QStringList &kodIme);
-// The name of the first driver with this code; none when no driver has it.
-std::optional<QString> driverName(const QList<DriverEntry> &drivers, const QString &code);
+// The name of the first driver of a "kod,ime" list with this code; none when no driver has it.
+std::optional<QString> driverName(const QStringList &kodIme, const QString &code);
 
 // Whether a list learns the text at a save: no item from the second on equals it (both trimmed).
 // The first item is not looked at, so a text equal to it is added once more.

@@ -95,7 +95,7 @@ Kurs::Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &
     connect(m_form, &RecordForm::added, this, &Kurs::onAdded);
     connect(m_form, &RecordForm::editStarted, this, &Kurs::onEditStarted);
     connect(m_form, &RecordForm::saved, this, &Kurs::onSaved);
-    connect(m_form, &RecordForm::moved, this, &Kurs::onMoved);
+    connect(m_form, &RecordForm::moved, this, &Kurs::showDerived);
     connect(m_form, &RecordForm::cancelled, this, [this] {
         showRate();
         if (m_mode == CourseMode::NewKurs)
@@ -305,9 +305,8 @@ void Kurs::loadLists()
 {
     WaitCursor wait;
     m_tariffBands = loadTariffBands(m_db);
-    const QStringList drivers = searchlists::drivers(m_db);
-    m_drivers = courseeditor::driverEntries(drivers);
-    m_driverCombo->addItems(drivers);
+    m_drivers = searchlists::drivers(m_db);
+    m_driverCombo->addItems(m_drivers);
     m_driverCombo->setEditText(QString());
     // What earlier courses used: the trucks, routes, clients and cargoes have no table of their own.
     fillCombo(m_valueCombos[0], searchlists::trucks(m_db));
@@ -338,8 +337,7 @@ void Kurs::setFieldsEnabled(bool on)
 {
     for (int index : {1, 12, 4, 6, 7, 3, 2, 13})
         m_fields.value(index)->setEnabled(on);
-    for (QWidget *widget : {static_cast<QWidget *>(m_tarifa), static_cast<QWidget *>(m_invoiced),
-                            static_cast<QWidget *>(m_paid)})
+    for (QWidget *widget : std::initializer_list<QWidget *>{m_tarifa, m_invoiced, m_paid})
         widget->setEnabled(on);
 }
 
@@ -373,17 +371,15 @@ void Kurs::onEditStarted()
 
 void Kurs::onSaved()
 {
-    showSums(true);
-    if (const RecordRow *row = m_form->currentRow())
-        showDriverName(row->values.value(QStringLiteral("kod")).toString());
     if (m_mode == CourseMode::NewKurs)
         m_form->reload();  // other workstations' courses too; the saved one stays current
-    showRate();
+    showDerived();
     // Enter then starts the next course (or corrects again), never closes the editor by accident.
     m_form->button(m_mode == CourseMode::NewKurs ? QStringLiteral("cmdAdd") : QStringLiteral("cmdEdit"))->setFocus();
 }
 
-void Kurs::onMoved()
+// What is not bound: the sums, the driver's name and (while correcting) the rate of the course.
+void Kurs::showDerived()
 {
     showSums(true);
     if (const RecordRow *row = m_form->currentRow())

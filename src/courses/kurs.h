@@ -55,7 +55,7 @@ private:
     void onAdded();
     void onEditStarted();
     void onSaved();
-    void onMoved();
+    void showDerived();
 
     CourseEntry entryOnScreen() const;
     std::optional<UserMessage> check();
@@ -66,7 +66,7 @@ private:
     CourseMode m_mode;
     QSqlDatabase m_db;
     TariffBands m_tariffBands;
-    QList<courseeditor::DriverEntry> m_drivers;
+    QStringList m_drivers;  // "kod,ime" of each driver
     double m_currentTariff = 0;
     CourseCheckResult m_checked;  // the checked course between the checks and the write of a save
 
