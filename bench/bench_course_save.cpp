@@ -2,7 +2,7 @@
 // same two INSERTs (one transaction per course) on the same connection; prints the figures.
 // SQLite always; PostgreSQL when ZAREK_TEST_PG names a server. Usage: bench_course_save [N]
 
-#include "app/formats.h"
+#include "core/formats.h"
 #include "courses/coursestore.h"
 #include "data/database.h"
 #include "data/schema.h"

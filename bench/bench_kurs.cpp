@@ -2,7 +2,7 @@
 // large data. Not a test: figures only. Run: bench_kurs [courses...] (default 10000 100000).
 
 #include "benchdata.h"
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "courses/kurs.h"
 #include "forms/recordform.h"
 

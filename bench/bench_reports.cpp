@@ -2,9 +2,9 @@
 // Not a test: figures only. Run: bench_reports [courses...] (default 10000 100000).
 
 #include "benchdata.h"
-#include "app/firmprofile.h"
+#include "core/firmprofile.h"
 #include "forms/resultgridscreen.h"
-#include "reports/coursereports.h"
+#include "courses/coursereports.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 

@@ -1,8 +1,8 @@
-#include "app/diainf.h"
-#include "app/dialog.h"
-#include "app/messageservice.h"
-#include "app/progdialog.h"
-#include "app/waitcursor.h"
+#include "forms/diainf.h"
+#include "forms/dialog.h"
+#include "forms/messageservice.h"
+#include "forms/progdialog.h"
+#include "forms/waitcursor.h"
 #include "courses/coursestore.h"
 
 #include <QLabel>

@@ -1,4 +1,4 @@
-#include "reports/coursereports.h"
+#include "courses/coursereports.h"
 #include "reports/reportlayout.h"
 #include "testdatabase.h"
 

@@ -1,8 +1,9 @@
-#include "app/firmprofile.h"
+#include "core/firmprofile.h"
+#include "data/firmstore.h"
 #include "app/passwordhash.h"
 #include "courses/coursepricing.h"
 #include "courses/coursestore.h"
-#include "data/demodata.h"
+#include "app/demodata.h"
 #include "testdatabase.h"
 
 #include <QSqlQuery>

@@ -1,4 +1,4 @@
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "reference/driver.h"
 #include "reference/driverrules.h"

@@ -1,4 +1,4 @@
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "courses/coursepricing.h"
 #include "courses/coursestore.h"
 #include "courses/editkm.h"

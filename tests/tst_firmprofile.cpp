@@ -1,4 +1,5 @@
-#include "app/firmprofile.h"
+#include "core/firmprofile.h"
+#include "data/firmstore.h"
 #include "testdatabase.h"
 
 #include <QSqlQuery>

@@ -1,6 +1,6 @@
-#include "app/dates.h"
-#include "app/docnumber.h"
-#include "app/formats.h"
+#include "core/dates.h"
+#include "core/docnumber.h"
+#include "core/formats.h"
 
 #include <QtTest>
 

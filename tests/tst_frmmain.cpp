@@ -5,7 +5,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include "app/menutree.h"
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "testdatabase.h"
 

@@ -1,4 +1,4 @@
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "courses/coursestore.h"
 #include "forms/recordform.h"
 #include "reference/options.h"

@@ -1,6 +1,6 @@
-#include "app/firmstore.h"
+#include "data/firmstore.h"
 #include "app/firststart.h"
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "app/personal.h"
 #include "testdatabase.h"
 

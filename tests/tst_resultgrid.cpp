@@ -1,4 +1,4 @@
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "forms/resultgridscreen.h"
 
 #include <QHeaderView>

@@ -1,5 +1,5 @@
-#include "app/money.h"
-#include "app/rounding.h"
+#include "core/money.h"
+#include "core/rounding.h"
 
 #include <QtTest>
 

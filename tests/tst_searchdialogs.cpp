@@ -1,4 +1,4 @@
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "courses/diaseek.h"
 #include "courses/diaseekall.h"
 #include "courses/diaseekalt.h"

@@ -1,4 +1,4 @@
-#include "app/sharedroutines.h"
+#include "core/sharedroutines.h"
 
 #include <QtTest>
 

@@ -1,7 +1,7 @@
 #include "about.h"
 
-#include "app/messageservice.h"
-#include "app/version.h"
+#include "forms/messageservice.h"
+#include "core/version.h"
 
 #include <QDialogButtonBox>
 #include <QFrame>

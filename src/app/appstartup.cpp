@@ -1,16 +1,17 @@
 #include "appstartup.h"
 
 #include "app/about.h"
-#include "app/firmprofile.h"
+#include "core/firmprofile.h"
+#include "data/firmstore.h"
 #include "app/firststartdialog.h"
 #include "app/firststart.h"
 #include "app/frmmain.h"
 #include "app/userlogin.h"
-#include "app/messageservice.h"
-#include "app/progdialog.h"
-#include "app/waitcursor.h"
+#include "forms/messageservice.h"
+#include "forms/progdialog.h"
+#include "forms/waitcursor.h"
 #include "data/database.h"
-#include "data/demodata.h"
+#include "app/demodata.h"
 #include "data/schema.h"
 
 #include <QApplication>

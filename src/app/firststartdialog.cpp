@@ -1,8 +1,8 @@
 #include "firststartdialog.h"
 
-#include "app/firmfields.h"
+#include "core/firmfields.h"
 #include "app/firststart.h"
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/firmprofile.h"
+#include "core/firmprofile.h"
 #include "courses/searchmode.h"
 #include "data/databaseconfig.h"
 

@@ -1,6 +1,6 @@
 #include "helpwindow.h"
 
-#include "helptopics.h"
+#include "app/helptopics.h"
 
 #include <QPushButton>
 #include <QTextBrowser>

@@ -1,5 +1,5 @@
 #include "app/appstartup.h"
-#include "app/version.h"
+#include "core/version.h"
 
 #include <QApplication>
 

@@ -1,7 +1,7 @@
 #include "personal.h"
 
-#include "app/firmfields.h"
-#include "app/messageservice.h"
+#include "core/firmfields.h"
+#include "forms/messageservice.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/firmstore.h"
+#include "data/firmstore.h"
 
 #include <QDialog>
 #include <QSqlDatabase>

@@ -1,6 +1,6 @@
 #include "userlogin.h"
 
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "app/users.h"
 
 #include <QComboBox>

@@ -1,6 +1,6 @@
 #include "users.h"
 
-#include "passwordhash.h"
+#include "app/passwordhash.h"
 
 #include <QSqlQuery>
 #include <QVariant>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/money.h"
+#include "core/money.h"
 
 #include <QDate>
 #include <QString>

@@ -1,10 +1,10 @@
 #include "coursecheck.h"
 
-#include "app/dates.h"
-#include "app/docnumber.h"
-#include "app/formats.h"
-#include "app/sharedroutines.h"
-#include "coursepricing.h"
+#include "core/dates.h"
+#include "core/docnumber.h"
+#include "core/formats.h"
+#include "core/sharedroutines.h"
+#include "courses/coursepricing.h"
 
 #include <functional>
 #include <vector>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/money.h"
-#include "app/usermessage.h"
-#include "course.h"
+#include "core/money.h"
+#include "core/usermessage.h"
+#include "courses/course.h"
 
 #include <QDate>
 #include <QString>

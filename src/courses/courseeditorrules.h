@@ -1,6 +1,6 @@
 #pragma once
 
-#include "course.h"
+#include "courses/course.h"
 #include "forms/recordstore.h"
 
 #include <QStringList>

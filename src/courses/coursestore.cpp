@@ -1,6 +1,6 @@
 #include "coursestore.h"
 
-#include "app/docnumber.h"
+#include "core/docnumber.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
@@ -40,9 +40,7 @@ CourseStore::CourseStore(QSqlDatabase db) : m_db(std::move(db)) {}
 
 UserMessage CourseStore::conflictMessage(const QString &title)
 {
-    return UserMessage::error(title, QStringLiteral("-2147217864"),
-                              QStringLiteral("Записът е променен или изтрит от друг потребител, след като е "
-                                             "прочетен. Промените не са записани."));
+    return rowConflictMessage(title);
 }
 
 CourseSaveOutcome CourseStore::save(const CourseEntry &entry, const CourseSaveContext &context, QDate today)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/usermessage.h"
-#include "coursecheck.h"
+#include "core/usermessage.h"
+#include "courses/coursecheck.h"
 
 #include <QList>
 #include <QSqlDatabase>

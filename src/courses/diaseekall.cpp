@@ -1,8 +1,8 @@
 #include "diaseekall.h"
 
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "forms/dateentry.h"
-#include "searchlists.h"
+#include "courses/searchlists.h"
 
 #include <QComboBox>
 #include <QFormLayout>

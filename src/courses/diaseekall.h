@@ -1,6 +1,6 @@
 #pragma once
 
-#include "searchdialog.h"
+#include "courses/searchdialog.h"
 
 #include <QStringList>
 

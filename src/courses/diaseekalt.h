@@ -1,6 +1,6 @@
 #pragma once
 
-#include "searchdialog.h"
+#include "courses/searchdialog.h"
 
 class QComboBox;
 class QRadioButton;

@@ -1,8 +1,8 @@
 #include "editkm.h"
 
-#include "app/messageservice.h"
-#include "app/version.h"
-#include "kmcorrectionstore.h"
+#include "forms/messageservice.h"
+#include "core/version.h"
+#include "courses/kmcorrectionstore.h"
 
 namespace zarek {
 

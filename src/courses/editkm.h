@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/dates.h"
+#include "core/dates.h"
 #include "forms/resultgridscreen.h"
 
 #include <QSqlDatabase>

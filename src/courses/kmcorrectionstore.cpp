@@ -1,7 +1,7 @@
 #include "kmcorrectionstore.h"
 
-#include "coursecheck.h"
-#include "coursestore.h"
+#include "courses/coursecheck.h"
+#include "courses/coursestore.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 

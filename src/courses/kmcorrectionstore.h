@@ -1,9 +1,9 @@
 #pragma once
 
-#include "app/dates.h"
-#include "app/usermessage.h"
-#include "coursepricing.h"
-#include "reports/rowset.h"
+#include "core/dates.h"
+#include "core/usermessage.h"
+#include "courses/coursepricing.h"
+#include "data/rowset.h"
 
 #include <QSqlDatabase>
 

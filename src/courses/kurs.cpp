@@ -1,13 +1,13 @@
 #include "kurs.h"
 
-#include "app/formats.h"
-#include "app/messageservice.h"
-#include "app/version.h"
-#include "app/waitcursor.h"
-#include "coursestore.h"
+#include "core/formats.h"
+#include "forms/messageservice.h"
+#include "core/version.h"
+#include "forms/waitcursor.h"
+#include "courses/coursestore.h"
 #include "forms/dateentry.h"
 #include "forms/recordform.h"
-#include "searchlists.h"
+#include "courses/searchlists.h"
 
 #include <QCheckBox>
 #include <QComboBox>

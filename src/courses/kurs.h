@@ -1,10 +1,10 @@
 #pragma once
 
-#include "app/dates.h"
-#include "course.h"
-#include "coursecheck.h"
-#include "courseeditorrules.h"
-#include "tariffbands.h"
+#include "core/dates.h"
+#include "courses/course.h"
+#include "courses/coursecheck.h"
+#include "courses/courseeditorrules.h"
+#include "courses/tariffbands.h"
 
 #include <QDialog>
 #include <QSqlDatabase>

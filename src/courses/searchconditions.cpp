@@ -1,6 +1,6 @@
 #include "searchconditions.h"
 
-#include "app/sharedroutines.h"
+#include "core/sharedroutines.h"
 
 namespace zarek {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/dates.h"
-#include "app/usermessage.h"
-#include "searchmode.h"
+#include "core/dates.h"
+#include "core/usermessage.h"
+#include "courses/searchmode.h"
 
 #include <QDate>
 #include <QString>

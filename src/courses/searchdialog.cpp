@@ -1,6 +1,6 @@
 #include "searchdialog.h"
 
-#include "app/messageservice.h"
+#include "forms/messageservice.h"
 #include "forms/dateentry.h"
 
 #include <QComboBox>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "searchconditions.h"
+#include "courses/searchconditions.h"
 
 #include <QDialog>
 #include <QSqlDatabase>

@@ -1,6 +1,6 @@
 #include "tariffbands.h"
 
-#include "app/formats.h"
+#include "core/formats.h"
 #include "data/schema.h"
 
 #include <QSqlQuery>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/usermessage.h"
+#include "core/usermessage.h"
 
 #include <QSqlDatabase>
 #include <array>

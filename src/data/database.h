@@ -1,6 +1,6 @@
 #pragma once
 
-#include "databaseconfig.h"
+#include "data/databaseconfig.h"
 
 #include <QSqlDatabase>
 #include <QString>

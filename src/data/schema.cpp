@@ -1,7 +1,7 @@
 #include "schema.h"
 
-#include "dialect.h"
-#include "transaction.h"
+#include "data/dialect.h"
+#include "data/transaction.h"
 
 #include <QSqlError>
 #include <QSqlQuery>

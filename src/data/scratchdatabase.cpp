@@ -2,7 +2,7 @@
 
 #include "data/sqlerror.h"
 #include "data/transaction.h"
-#include "scratchtables.h"
+#include "data/scratchtables.h"
 
 #include <QAtomicInt>
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/usermessage.h"
+#include "core/usermessage.h"
 
 #include <QSqlError>
 #include <QString>
@@ -17,6 +17,14 @@ inline UserMessage sqlErrorMessage(const QString &title, const QSqlError &error)
     if (description.isEmpty())
         description = error.text().trimmed();
     return UserMessage::error(title, code, description);
+}
+
+// The save error box of a row that another user changed or deleted since it was read.
+inline UserMessage rowConflictMessage(const QString &title)
+{
+    return UserMessage::error(title, QStringLiteral("-2147217864"),
+                              QStringLiteral("Записът е променен или изтрит от друг потребител, след като е "
+                                             "прочетен. Промените не са записани."));
 }
 
 }

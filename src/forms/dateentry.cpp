@@ -1,6 +1,6 @@
 #include "dateentry.h"
 
-#include "app/dates.h"
+#include "core/dates.h"
 
 #include <QAction>
 #include <QCalendarWidget>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/usermessage.h"
-#include "recordfield.h"
+#include "core/usermessage.h"
+#include "forms/recordfield.h"
 
 #include <QObject>
 #include <QVariantMap>

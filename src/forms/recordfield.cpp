@@ -1,7 +1,7 @@
 #include "recordfield.h"
 
-#include "app/dates.h"
-#include "app/formats.h"
+#include "core/dates.h"
+#include "core/formats.h"
 
 namespace zarek {
 

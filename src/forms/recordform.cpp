@@ -1,7 +1,7 @@
 #include "recordform.h"
 
-#include "app/messageservice.h"
-#include "app/waitcursor.h"
+#include "forms/messageservice.h"
+#include "forms/waitcursor.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "recordstore.h"
+#include "forms/recordstore.h"
 
 #include <QAbstractTableModel>
 #include <functional>

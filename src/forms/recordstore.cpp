@@ -1,6 +1,5 @@
 #include "recordstore.h"
 
-#include "courses/coursestore.h"
 #include "data/sqlerror.h"
 
 #include <QSqlQuery>
@@ -109,7 +108,7 @@ std::optional<UserMessage> RecordStore::update(RecordRow &row, const QString &er
     if (!query.exec())
         return sqlErrorMessage(errorTitle, query.lastError());
     if (query.numRowsAffected() != 1)
-        return CourseStore::conflictMessage(errorTitle);
+        return rowConflictMessage(errorTitle);
     ++row.rowVersion;
     return std::nullopt;
 }
@@ -123,7 +122,7 @@ std::optional<UserMessage> RecordStore::remove(const RecordRow &row, const QStri
     if (!query.exec())
         return sqlErrorMessage(errorTitle, query.lastError());
     if (query.numRowsAffected() != 1)
-        return CourseStore::conflictMessage(errorTitle);
+        return rowConflictMessage(errorTitle);
     return std::nullopt;
 }
 

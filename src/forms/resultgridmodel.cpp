@@ -1,9 +1,9 @@
 #include "resultgridmodel.h"
 
-#include "app/dates.h"
-#include "app/formats.h"
-#include "app/messageservice.h"
-#include "reports/reportformat.h"
+#include "core/dates.h"
+#include "core/formats.h"
+#include "forms/messageservice.h"
+#include "core/valueformat.h"
 
 #include <QRegularExpression>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "app/usermessage.h"
-#include "reports/rowset.h"
-#include "resultgridcolumn.h"
+#include "core/usermessage.h"
+#include "data/rowset.h"
+#include "forms/resultgridcolumn.h"
 
 #include <QAbstractTableModel>
 #include <QColor>

@@ -1,8 +1,8 @@
 #include "resultgridscreen.h"
 
-#include "app/formats.h"
-#include "app/messageservice.h"
-#include "resultgridcheckdelegate.h"
+#include "core/formats.h"
+#include "forms/messageservice.h"
+#include "forms/resultgridcheckdelegate.h"
 
 #include <QApplication>
 #include <QFrame>

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "app/money.h"
-#include "app/usermessage.h"
-#include "resultgridcolumn.h"
-#include "resultgridmodel.h"
+#include "core/money.h"
+#include "core/usermessage.h"
+#include "forms/resultgridcolumn.h"
+#include "forms/resultgridmodel.h"
 
 #include <QDialog>
 #include <functional>

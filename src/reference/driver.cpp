@@ -1,7 +1,7 @@
 #include "driver.h"
 
-#include "app/version.h"
-#include "driverrules.h"
+#include "core/version.h"
+#include "reference/driverrules.h"
 #include "forms/recordform.h"
 
 #include <QFormLayout>

@@ -1,6 +1,6 @@
 #include "driverrules.h"
 
-#include "app/sharedroutines.h"
+#include "core/sharedroutines.h"
 
 namespace zarek {
 

@@ -1,8 +1,8 @@
 #include "options.h"
 
-#include "app/formats.h"
-#include "app/messageservice.h"
-#include "app/version.h"
+#include "core/formats.h"
+#include "forms/messageservice.h"
+#include "core/version.h"
 #include "forms/recordbinder.h"
 #include "forms/recordform.h"
 

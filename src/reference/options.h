@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tariffstore.h"
+#include "reference/tariffstore.h"
 
 #include <QDialog>
 #include <QSqlDatabase>

@@ -1,6 +1,6 @@
 #include "tariffstore.h"
 
-#include "app/formats.h"
+#include "core/formats.h"
 #include "data/schema.h"
 #include "forms/recordstore.h"
 

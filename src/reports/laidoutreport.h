@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reportdesign.h"
+#include "reports/reportdesign.h"
 
 #include <QList>
 #include <QPointF>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "reportdesign.h"
-#include "rowset.h"
+#include "reports/reportdesign.h"
+#include "data/rowset.h"
 
 #include <QString>
 

@@ -1,7 +1,7 @@
 #include "reportlayout.h"
 
-#include "app/rounding.h"
-#include "reportformat.h"
+#include "core/rounding.h"
+#include "core/valueformat.h"
 
 #include <QFont>
 #include <QFontMetricsF>

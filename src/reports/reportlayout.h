@@ -1,7 +1,7 @@
 #pragma once
 
-#include "laidoutreport.h"
-#include "report.h"
+#include "reports/laidoutreport.h"
+#include "reports/report.h"
 
 namespace zarek {
 

@@ -1,7 +1,7 @@
 #include "reportpreview.h"
 
-#include "app/messageservice.h"
-#include "reportrenderer.h"
+#include "forms/messageservice.h"
+#include "reports/reportrenderer.h"
 
 #include <QComboBox>
 #include <QFileDialog>

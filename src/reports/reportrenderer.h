@@ -1,6 +1,6 @@
 #pragma once
 
-#include "laidoutreport.h"
+#include "reports/laidoutreport.h"
 
 #include <QImage>
 #include <QRectF>

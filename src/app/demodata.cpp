@@ -1,0 +1,489 @@
+#include "demodata.h"
+
+#include "core/dates.h"
+#include "core/docnumber.h"
+#include "core/formats.h"
+#include "app/passwordhash.h"
+#include "core/rounding.h"
+#include "courses/coursestore.h"
+#include "courses/tariffbands.h"
+#include "data/sqlerror.h"
+#include "data/transaction.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTime>
+#include <QVariant>
+
+#include <cmath>
+#include <random>
+#include <vector>
+
+namespace zarek {
+
+namespace {
+
+const QString demoTitle = QStringLiteral("ГРЕШКА при създаване на демонстрационни данни!");
+
+struct Truck {
+    QString plate;
+    double norm;
+    double percent;
+    double load;
+};
+
+struct Driver {
+    QString kod;
+    QString ime;
+};
+
+struct Route {
+    QString name;
+    int minKm;
+    int maxKm;
+};
+
+class Generator {
+public:
+    Generator(QSqlDatabase &db, const DemoOptions &options) : m_db(db), m_options(options), m_random(options.seed) {}
+
+    Checked<DemoSummary> run();
+
+private:
+    int between(int low, int high) { return std::uniform_int_distribution<int>(low, high)(m_random); }
+    double uniform(double low, double high) { return std::uniform_real_distribution<double>(low, high)(m_random); }
+    template <typename T>
+    const T &pick(const std::vector<T> &items) { return items[static_cast<size_t>(between(0, int(items.size()) - 1))]; }
+
+    bool exec(QSqlQuery &query);
+    bool insert(const QString &sql, const QVariantList &values);
+
+    bool firmAndUsers();
+    bool trucks();
+    bool drivers();
+    bool tariffs();
+    bool courses();
+    bool history();
+    bool warehouse();
+    bool waybills();
+    bool trips();
+
+    QString plate();
+    QString egn(QDate birth);
+
+    QSqlDatabase &m_db;
+    DemoOptions m_options;
+    std::mt19937 m_random;
+    std::optional<UserMessage> m_error;
+    DemoSummary m_summary;
+    std::vector<Truck> m_trucks;
+    std::vector<Driver> m_drivers;
+    TariffBands m_bands;
+};
+
+bool Generator::exec(QSqlQuery &query)
+{
+    if (query.exec())
+        return true;
+    m_error = sqlErrorMessage(demoTitle, query.lastError());
+    return false;
+}
+
+bool Generator::insert(const QString &sql, const QVariantList &values)
+{
+    QSqlQuery query(m_db);
+    query.prepare(sql);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    return exec(query);
+}
+
+QString Generator::plate()
+{
+    static const std::vector<QString> regions = {QStringLiteral("СА"), QStringLiteral("СВ"), QStringLiteral("РВ"),
+                                                 QStringLiteral("В"),  QStringLiteral("ВТ"), QStringLiteral("СТ"),
+                                                 QStringLiteral("Е"),  QStringLiteral("Х"),  QStringLiteral("ЕН")};
+    static const QString letters = QStringLiteral("АВЕКМНОРСТУХ");
+    const QString series = QString(letters[between(0, 11)]) + letters[between(0, 11)];
+    return QStringLiteral("%1 %2 %3").arg(pick(regions)).arg(between(1000, 9999)).arg(series);
+}
+
+QString Generator::egn(QDate birth)
+{
+    const int month = birth.month() + (birth.year() >= 2000 ? 40 : 0);
+    QString digits = QStringLiteral("%1%2%3%4")
+                         .arg(birth.year() % 100, 2, 10, QLatin1Char('0'))
+                         .arg(month, 2, 10, QLatin1Char('0'))
+                         .arg(birth.day(), 2, 10, QLatin1Char('0'))
+                         .arg(between(0, 999), 3, 10, QLatin1Char('0'));
+    static const int weights[] = {2, 4, 8, 5, 10, 9, 7, 3, 6};
+    int sum = 0;
+    for (int i = 0; i < 9; ++i)
+        sum += digits[i].digitValue() * weights[i];
+    const int check = sum % 11 == 10 ? 0 : sum % 11;
+    return digits + QString::number(check);
+}
+
+bool Generator::firmAndUsers()
+{
+    if (!insert(QStringLiteral("INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, UserCountry, UserDanN, "
+                               "UserBULSTAT, UserMOL, UserEmail, UserTel, UserGSM, UserURL) "
+                               "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                {QStringLiteral("Зарек Транс ЕООД"), QStringLiteral("ул. Индустриална 12"),
+                 QStringLiteral("Пловдив"), QStringLiteral("България"), QStringLiteral("BG204518736"),
+                 QStringLiteral("204518736"), QStringLiteral("Стоян Георгиев Колев"),
+                 QStringLiteral("office@zarektrans.bg"), QStringLiteral("032 604 118"),
+                 QStringLiteral("0888 604 118"), QStringLiteral("www.zarektrans.bg")}))
+        return false;
+    if (!insert(QStringLiteral("INSERT INTO Users (Ime, Password, Vid) VALUES (?, ?, 'A')"),
+                {QString::fromLatin1(demoAdministratorName), hashPassword(QString::fromLatin1(demoAdministratorPassword))}))
+        return false;
+    return insert(QStringLiteral("INSERT INTO Users (Ime, Password, Vid) VALUES (?, ?, 'C')"),
+                  {QStringLiteral("диспечер"), hashPassword(QStringLiteral("курс"))});
+}
+
+bool Generator::trucks()
+{
+    const int count = between(8, 10);
+    for (int i = 0; i < count; ++i) {
+        Truck truck{plate(), double(between(250, 380)) / 10.0, double(between(10, 15)), double(between(12, 25))};
+        m_trucks.push_back(truck);
+        if (!insert(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES (?, ?, ?, ?)"),
+                    {truck.plate, truck.norm, truck.percent, truck.load}))
+            return false;
+    }
+    m_summary.trucks = count;
+    return true;
+}
+
+bool Generator::drivers()
+{
+    static const std::vector<QString> first = {
+        QStringLiteral("Иван"),   QStringLiteral("Георги"), QStringLiteral("Димитър"), QStringLiteral("Петър"),
+        QStringLiteral("Николай"), QStringLiteral("Стоян"),  QStringLiteral("Христо"),  QStringLiteral("Тодор"),
+        QStringLiteral("Васил"),  QStringLiteral("Красимир"), QStringLiteral("Пламен"), QStringLiteral("Атанас")};
+    static const std::vector<QString> last = {
+        QStringLiteral("Иванов"),  QStringLiteral("Петров"),   QStringLiteral("Георгиев"), QStringLiteral("Димитров"),
+        QStringLiteral("Стоянов"), QStringLiteral("Николов"),  QStringLiteral("Христов"),  QStringLiteral("Тодоров"),
+        QStringLiteral("Колев"),   QStringLiteral("Ангелов"),  QStringLiteral("Маринов"),  QStringLiteral("Костов")};
+    static const std::vector<QString> streets = {QStringLiteral("ул. Васил Левски"), QStringLiteral("бул. България"),
+                                                 QStringLiteral("ул. Христо Ботев"), QStringLiteral("ул. Шипка"),
+                                                 QStringLiteral("ж.к. Тракия бл.")};
+    const int count = between(10, 14);
+    for (int i = 0; i < count; ++i) {
+        const QString father = pick(first);
+        Driver driver{QStringLiteral("%1").arg(i + 1, 3, 10, QLatin1Char('0')),
+                      QStringLiteral("%1 %2%3 %4").arg(pick(first), father, QStringLiteral("ов"), pick(last))};
+        m_drivers.push_back(driver);
+        const QDate birth(between(1962, 2001), between(1, 12), between(1, 28));
+        if (!insert(QStringLiteral("INSERT INTO shof (kod, ime, adres, tel, mob, EGN, LKarta) VALUES (?, ?, ?, ?, ?, ?, ?)"),
+                    {driver.kod, driver.ime,
+                     QStringLiteral("Пловдив, %1 %2").arg(pick(streets)).arg(between(1, 120)),
+                     QStringLiteral("032%1").arg(between(100000, 999999)),
+                     QStringLiteral("08%1%2").arg(pick(std::vector<int>{7, 8, 9})).arg(between(1000000, 9999999)),
+                     egn(birth), QStringLiteral("6%1").arg(between(10000000, 99999999))}))
+            return false;
+    }
+    m_summary.drivers = count;
+    return true;
+}
+
+bool Generator::tariffs()
+{
+    m_bands = TariffBands{{0.350, 0.250, 0.180, 0.140, 0.120, 0.100}};
+    QVariantList values;
+    for (double rate : m_bands.rates)
+        values.append(rate);
+    values << m_options.today << QTime(9, 30);
+    return insert(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
+                                 "\"Trf_100-200\", \"Trf_200\", DateMod, TimeMod) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
+                  values);
+}
+
+bool Generator::courses()
+{
+    static const std::vector<QString> clients = {
+        QStringLiteral("Агрополис ООД"),     QStringLiteral("Строймат ЕАД"),     QStringLiteral("Д'Аргос ООД"),
+        QStringLiteral("Мел и Камък АД"),    QStringLiteral("Тракия Зърно ЕООД"), QStringLiteral("Бетон Юг ООД"),
+        QStringLiteral("ЕТ Петров - 91"),    QStringLiteral("Марица Агро ООД"),   QStringLiteral("Родопа Дърво ЕООД"),
+        QStringLiteral("Пирин Инвест АД"),   QStringLiteral("Хемус Торове ЕАД"),  QStringLiteral("Стара Планина ООД"),
+        QStringLiteral("Булмел ЕООД"),       QStringLiteral("Асарел Строй ООД"),  QStringLiteral("Дунав Лоджистик АД"),
+        QStringLiteral("ЕТ Колев и синове"), QStringLiteral("Тухларна Изток АД")};
+    static const std::vector<Route> routes = {
+        {QStringLiteral("Пловдив - Асеновград"), 18, 24},   {QStringLiteral("Пловдив - Пазарджик"), 36, 42},
+        {QStringLiteral("Пловдив - Стара Загора"), 92, 102}, {QStringLiteral("Пловдив - София"), 140, 150},
+        {QStringLiteral("Пловдив - Хасково"), 78, 85},      {QStringLiteral("Пловдив - Карлово"), 58, 64},
+        {QStringLiteral("Пловдив - Бургас"), 250, 270},     {QStringLiteral("Пловдив - Варна"), 340, 360},
+        {QStringLiteral("Раковски - Пловдив"), 20, 28},     {QStringLiteral("Кричим - Пловдив"), 26, 30},
+        {QStringLiteral("Пещера - Пловдив"), 45, 52},       {QStringLiteral("Пловдив - Кърджали"), 95, 105},
+        {QStringLiteral("Пловдив - Русе"), 300, 320},       {QStringLiteral("Първомай - Пловдив"), 40, 48},
+        {QStringLiteral("Пловдив - Смолян"), 100, 110},     {QStringLiteral("Стамболийски - Пловдив"), 14, 19},
+        {QStringLiteral("Пловдив - Ямбол"), 170, 180},      {QStringLiteral("Пловдив - Велико Търново"), 190, 205},
+        {QStringLiteral("Садово - Пловдив"), 22, 26},       {QStringLiteral("Пловдив - Сливен"), 145, 155}};
+    static const std::vector<QString> cargoes = {
+        QStringLiteral("Пясък"),  QStringLiteral("Чакъл"),   QStringLiteral("Цимент"),          QStringLiteral("Зърно"),
+        QStringLiteral("Тухли"),  QStringLiteral("Торове"),  QStringLiteral("Дървен материал"), QStringLiteral("Бетонови блокове"),
+        QStringLiteral("Царевица"), QStringLiteral("Слънчоглед"), QStringLiteral("Стоманени профили"), QStringLiteral("Баластра")};
+
+    CourseStore store(m_db);
+    const int total = m_options.courses;
+    const QDate start = m_options.today.addYears(-2);
+    const qint64 span = start.daysTo(m_options.today);
+    for (int i = 0; i < total; ++i) {
+        const Truck &truck = pick(m_trucks);
+        const Driver &driver = pick(m_drivers);
+        const Route &route = pick(routes);
+        const double km = between(1, 100) <= 5 ? 1.0 : double(between(route.minKm, route.maxKm));
+        const double ton = double(between(int(truck.load * 5), int(truck.load * 10))) / 10.0;
+        const QDate date = start.addDays(total > 1 ? span * i / (total - 1) : 0);
+
+        CourseEntry entry;
+        entry.driver = driver.kod + QLatin1Char(',') + driver.ime;
+        entry.kola = truck.plate;
+        entry.date = formatDate(date);
+        entry.ton = formatFixed(ton, 1);
+        entry.km = formatKm(km);
+        entry.tarifa = formatRate(m_bands.rateFor(km));
+        entry.marsh = route.name;
+        entry.klient = pick(clients);
+        entry.tovar = pick(cargoes);
+        entry.nomFakt = noDocumentNumber();
+        if (between(1, 10) == 1)
+            entry.razhod = formatAmount(double(between(1000, 9000)) / 100.0);
+        const CourseSaveOutcome outcome = store.save(entry, {CourseMode::NewKurs, true, {}}, m_options.today);
+        if (!outcome.ok()) {
+            m_error = outcome.message;
+            return false;
+        }
+        if (m_options.progress && (i % 100 == 99 || i + 1 == total))
+            m_options.progress(i + 1, total);
+    }
+    m_summary.courses = total;
+    return true;
+}
+
+bool Generator::history()
+{
+    Transaction transaction(m_db);
+    // Invoices: one per client and month for courses older than a month, numbered in date order.
+    QSqlQuery groups(m_db);
+    groups.prepare(QStringLiteral("SELECT Klient, data FROM tabl WHERE data < ? ORDER BY data, id"));
+    groups.addBindValue(m_options.today.addDays(-30));
+    if (!exec(groups))
+        return false;
+    QHash<QString, QString> numbers;  // client|yyyy-MM -> invoice number
+    std::vector<std::pair<QString, QDate>> keys;
+    while (groups.next()) {
+        const QString client = groups.value(0).toString();
+        const QDate date = groups.value(1).toDate();
+        const QString key = client + QLatin1Char('|') + date.toString(QStringLiteral("yyyy-MM"));
+        if (!numbers.contains(key)) {
+            numbers.insert(key, QStringLiteral("%1").arg(numbers.size() + 1, documentNumberLength, 10, QLatin1Char('0')));
+            keys.emplace_back(key, QDate(date.year(), date.month(), 1));
+        }
+    }
+    QSqlQuery invoice(m_db);
+    invoice.prepare(QStringLiteral("UPDATE tabl SET Fakt = ?, NomFakt = ?, DateMod = ?, TimeMod = ? "
+                                   "WHERE Klient = ? AND data BETWEEN ? AND ? AND data < ?"));
+    for (const auto &[key, month] : keys) {
+        invoice.addBindValue(true);
+        invoice.addBindValue(numbers.value(key));
+        invoice.addBindValue(month.addMonths(1));
+        invoice.addBindValue(QTime(10, 15));
+        invoice.addBindValue(key.section(QLatin1Char('|'), 0, 0));
+        invoice.addBindValue(month);
+        invoice.addBindValue(month.addMonths(1).addDays(-1));
+        invoice.addBindValue(m_options.today.addDays(-30));
+        if (!exec(invoice))
+            return false;
+    }
+    m_summary.invoices = int(keys.size());
+    // Drivers are paid for most courses older than three weeks.
+    QSqlQuery paid(m_db);
+    paid.prepare(QStringLiteral("UPDATE tabl SET plat = ? WHERE data < ? AND id % 17 <> 0"));
+    paid.addBindValue(true);
+    paid.addBindValue(m_options.today.addDays(-20));
+    if (!exec(paid))
+        return false;
+    return transaction.commit() || (m_error = sqlErrorMessage(demoTitle, m_db.lastError()), false);
+}
+
+bool Generator::warehouse()
+{
+    struct Article {
+        QString name;
+        double price;
+        int lot;
+    };
+    const std::vector<Article> articles = {
+        {QStringLiteral("Масло двигателно 15W40"), 9.80, 40}, {QStringLiteral("Филтър маслен"), 24.50, 10},
+        {QStringLiteral("Филтър горивен"), 31.20, 10},       {QStringLiteral("Гума 315/80 R22.5"), 612.00, 4},
+        {QStringLiteral("Накладки спирачни"), 148.00, 6},    {QStringLiteral("Антифриз"), 6.40, 30},
+        {QStringLiteral("Крушка 24V H7"), 7.90, 20},         {QStringLiteral("Акумулатор 180Ah"), 385.00, 2}};
+    Transaction transaction(m_db);
+    const QString insertSql = QStringLiteral(
+        "INSERT INTO Sklad (Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa, DateMod, TimeMod) "
+        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    int rows = 0;
+    int invoiceNo = 3100;
+    for (const Article &article : articles) {
+        struct Lot {
+            double left;
+            double price;
+            qint64 id;
+        };
+        std::vector<Lot> lots;
+        QDate day = m_options.today.addDays(-between(300, 360));
+        double lastPrice = article.price;
+        while (day < m_options.today) {
+            // A receipt, then a few issues consumed first in, first out.
+            lastPrice = roundHalfEven(article.price * uniform(0.95, 1.08), 2);
+            const double kol = article.lot;
+            QSqlQuery receipt(m_db);
+            receipt.prepare(insertSql + QStringLiteral(" RETURNING id"));
+            for (const QVariant &v : QVariantList{day, QStringLiteral("Фактура"), QString::number(++invoiceNo), article.name,
+                                                  kol, lastPrice, roundHalfEven(kol * lastPrice, 2), QStringLiteral("P"),
+                                                  kol, false, day, QTime(8, 30)})
+                receipt.addBindValue(v);
+            if (!exec(receipt) || !receipt.next())
+                return false;
+            lots.push_back({kol, lastPrice, receipt.value(0).toLongLong()});
+            receipt.finish();
+            ++rows;
+            for (int issue = between(1, 3); issue > 0; --issue) {
+                day = day.addDays(between(5, 25));
+                if (day >= m_options.today)
+                    break;
+                double wanted = std::max(1.0, std::floor(article.lot * uniform(0.2, 0.5)));
+                const QString truck = pick(m_trucks).plate;
+                for (Lot &lot : lots) {
+                    if (wanted <= 0 || lot.left <= 0)
+                        continue;
+                    const double taken = std::min(wanted, lot.left);
+                    lot.left -= taken;
+                    wanted -= taken;
+                    if (!insert(insertSql, {day, truck, QStringLiteral("%1").arg(between(1, 999), 10, 10, QLatin1Char('0')),
+                                            article.name, taken, lot.price, roundHalfEven(taken * lot.price, 2),
+                                            QStringLiteral("R"), 0.0, true, day, QTime(14, 0)})
+                        || !insert(QStringLiteral("UPDATE Sklad SET Ostat = ?, Lipsa = ?, row_version = row_version + 1 WHERE id = ?"),
+                                   {lot.left, lot.left <= 0, lot.id}))
+                        return false;
+                    ++rows;
+                }
+            }
+            day = day.addDays(between(20, 60));
+        }
+        double onHand = 0;
+        for (const Lot &lot : lots)
+            onHand += lot.left;
+        if (!insert(QStringLiteral("INSERT INTO Nalich (Name, Edin, Broi, DateMod, TimeMod) VALUES (?, ?, ?, ?, ?)"),
+                    {article.name, lastPrice, onHand, m_options.today, QTime(17, 0)}))
+            return false;
+    }
+    m_summary.stockRows = rows;
+    return transaction.commit();
+}
+
+bool Generator::waybills()
+{
+    static const std::vector<QString> lines = {QStringLiteral("Пловдив - София"), QStringLiteral("София - Пловдив"),
+                                               QStringLiteral("Пловдив - Ст. Загора"), QStringLiteral("Ст. Загора - Пловдив"),
+                                               QStringLiteral("Пловдив - Пазарджик"), QStringLiteral("Пазарджик - Пловдив"),
+                                               QStringLiteral("Пловдив - Бургас"), QStringLiteral("Бургас - Пловдив")};
+    Transaction transaction(m_db);
+    int number = 0;
+    for (const Truck &truck : m_trucks) {
+        double odometer = between(180000, 620000);
+        for (QDate day = m_options.today.addMonths(-4); day < m_options.today; day = day.addDays(between(6, 12))) {
+            const QString listId = QStringLiteral("%1").arg(++number, documentNumberLength, 10, QLatin1Char('0'));
+            double sumKm = 0;
+            double sumFuel = 0;
+            for (int line = between(2, 5); line > 0; --line) {
+                const double km = between(20, 300);
+                const double ton = between(0, int(truck.load));
+                const double koef = between(1, 10) == 1 ? 10.0 : 0.0;
+                const double factor = koef == 0 ? 1.0 : koef / 100.0 + 1.0;
+                const double fuel = roundHalfEven(((ton * 0.4 + truck.norm) * roundHalfEven(km, 0) / 100.0) * factor, 1);
+                sumKm += km;
+                sumFuel += fuel;
+                if (!insert(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) VALUES (?, ?, ?, ?, ?, ?)"),
+                            {listId, pick(lines), km, ton, koef, fuel}))
+                    return false;
+            }
+            odometer += sumKm;
+            const double diesel = roundHalfEven(sumFuel * uniform(0.95, 1.08), 0);
+            if (!insert(QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, "
+                                       "ZarM, CenaN, CenaM) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                        {listId, day, truck.plate, pick(m_drivers).ime, sumKm, roundHalfEven(sumFuel, 1), odometer, diesel,
+                         double(between(0, 3)), roundHalfEven(uniform(2.35, 2.65), 2), 9.80}))
+                return false;
+        }
+    }
+    m_summary.waybills = number;
+    return transaction.commit();
+}
+
+bool Generator::trips()
+{
+    struct Party {
+        QString name, adres, city, country;
+    };
+    const std::vector<Party> parties = {
+        {QStringLiteral("Зарек Транс ЕООД"), QStringLiteral("ул. Индустриална 12"), QStringLiteral("Пловдив"), QStringLiteral("България")},
+        {QStringLiteral("Agro Trade SRL"), QStringLiteral("Str. Fabricii 8"), QStringLiteral("Bucuresti"), QStringLiteral("Румъния")},
+        {QStringLiteral("Hellas Foods SA"), QStringLiteral("Odos Lagkada 140"), QStringLiteral("Thessaloniki"), QStringLiteral("Гърция")},
+        {QStringLiteral("Marmara Lojistik AS"), QStringLiteral("Cumhuriyet Cad. 55"), QStringLiteral("Istanbul"), QStringLiteral("Турция")},
+        {QStringLiteral("Beograd Metal DOO"), QStringLiteral("Bulevar Oslobodjenja 20"), QStringLiteral("Beograd"), QStringLiteral("Сърбия")},
+        {QStringLiteral("Bau Handel GmbH"), QStringLiteral("Industriestr. 4"), QStringLiteral("Nürnberg"), QStringLiteral("Германия")},
+        {QStringLiteral("Мелница Тракия АД"), QStringLiteral("ул. Първа 3"), QStringLiteral("Раковски"), QStringLiteral("България")}};
+    static const std::vector<QString> goods = {QStringLiteral("Пшеница"), QStringLiteral("Слънчогледово олио"),
+                                               QStringLiteral("Стоманена арматура"), QStringLiteral("Плочки"),
+                                               QStringLiteral("Консерви")};
+    Transaction transaction(m_db);
+    for (const Party &party : parties) {
+        if (!insert(QStringLiteral("INSERT INTO Firms (SrName, SrAdres, SrCity, SrCountry) VALUES (?, ?, ?, ?)"),
+                    {party.name, party.adres, party.city, party.country}))
+            return false;
+    }
+    const int count = between(10, 20);
+    for (int i = 0; i < count; ++i) {
+        const Party &from = parties[static_cast<size_t>(between(0, 1) ? 0 : 6)];
+        const Party &to = parties[static_cast<size_t>(between(1, 5))];
+        const double km = between(350, 2100);
+        const double fuel = roundHalfEven(km * uniform(0.30, 0.36), 0);
+        const double income = roundHalfEven(km * uniform(1.9, 2.4), 2);
+        const QVariantList values{
+            QStringLiteral("%1").arg(4100 + i, documentNumberLength, 10, QLatin1Char('0')),
+            m_options.today.addDays(-between(5, 600)), from.name, from.adres, from.city, from.country, from.city,
+            from.country, to.name, to.adres, to.city, to.country, to.city, to.country, pick(m_drivers).ime,
+            pick(m_trucks).plate, plate(), pick(goods), double(between(10, 24)), km, fuel, income,
+            roundHalfEven(fuel * 2.5 + km * 0.25, 2)};
+        if (!insert(QStringLiteral("INSERT INTO ExternalKurs (KursID, Data, SendName, SendAdres, SendCity, SendCountry, "
+                                   "SendCityP, SendCountryP, ResivName, ResivAdres, ResivCity, ResivCountry, ResivCityP, "
+                                   "ResivCountryP, DriverName, TruckV, TruckR, TovarName, TovarTon, TotalKM, TotalFuel, "
+                                   "TotalP, TotalR) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                    values))
+            return false;
+    }
+    m_summary.trips = count;
+    return transaction.commit();
+}
+
+Checked<DemoSummary> Generator::run()
+{
+    const bool done = firmAndUsers() && trucks() && drivers() && tariffs() && courses() && history() && warehouse()
+                      && waybills() && trips();
+    if (!done)
+        return m_error.value_or(sqlErrorMessage(demoTitle, m_db.lastError()));
+    return m_summary;
+}
+
+}
+
+Checked<DemoSummary> fillDemoDatabase(QSqlDatabase &db, const DemoOptions &options)
+{
+    Generator generator(db, options);
+    return generator.run();
+}
+
+}

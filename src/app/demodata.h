@@ -1,0 +1,37 @@
+#pragma once
+
+#include "core/usermessage.h"
+
+#include <QDate>
+#include <QSqlDatabase>
+#include <functional>
+
+namespace zarek {
+
+// The administrator of a demo database.
+inline constexpr char demoAdministratorName[] = "admin";
+inline constexpr char demoAdministratorPassword[] = "zarek";
+
+struct DemoOptions {
+    int courses = 6000;                           // spread over two years before today
+    QDate today = QDate::currentDate();
+    quint32 seed = 20260101;                       // the same seed gives the same database
+    std::function<void(int done, int total)> progress;  // called now and then while courses are saved
+};
+
+struct DemoSummary {
+    int trucks = 0;
+    int drivers = 0;
+    int courses = 0;
+    int invoices = 0;
+    int stockRows = 0;
+    int waybills = 0;
+    int trips = 0;
+};
+
+// Fills an empty, migrated database with a believable firm: its own row, an administrator,
+// trucks, drivers, tariffs, courses saved through the course store, warehouse movements,
+// waybills and international trips.
+Checked<DemoSummary> fillDemoDatabase(QSqlDatabase &db, const DemoOptions &options);
+
+}

@@ -1,0 +1,98 @@
+#include "firmstore.h"
+
+#include "data/sqlerror.h"
+
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QVariant>
+
+namespace zarek {
+
+namespace {
+
+QString optionalField(const QVariant &value)
+{
+    const QString trimmed = value.toString().trimmed();
+    return trimmed.isEmpty() ? QStringLiteral(" ") : trimmed;
+}
+
+}
+
+FirmProfileLoad LoadFirmProfile(QSqlDatabase &db)
+{
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("SELECT * FROM ZarekCfg ORDER BY id")))
+        return {std::nullopt, sqlErrorMessage(QStringLiteral("ГРЕШКА при четене!"), query.lastError())};
+    if (!query.next())
+        return {std::nullopt, UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Липсват данни!"),
+                                                    QStringLiteral("Излизам от програмата!"),
+                                                    UserMessage::Icon::Exclamation)};
+    const QSqlRecord row = query.record();
+    FirmProfile profile;
+    profile.UserName = row.value(QStringLiteral("UserName")).toString().trimmed();
+    profile.UserAdres = row.value(QStringLiteral("UserAdres")).toString().trimmed();
+    profile.UserTel = row.value(QStringLiteral("UserTel")).toString().trimmed();
+    profile.UserGSM = row.value(QStringLiteral("UserGSM")).toString().trimmed();
+    profile.UserCity = row.value(QStringLiteral("UserCity")).toString().trimmed();
+    profile.UserMOL = optionalField(row.value(QStringLiteral("UserMOL")));
+    profile.UserBULSTAT = optionalField(row.value(QStringLiteral("UserBULSTAT")));
+    profile.UserDanN = optionalField(row.value(QStringLiteral("UserDanN")));
+    profile.UserEmail = optionalField(row.value(QStringLiteral("UserEmail")));
+    profile.UserCountry = optionalField(row.value(QStringLiteral("UserCountry")));
+    profile.UserURL = optionalField(row.value(QStringLiteral("UserURL")));
+    return {profile, std::nullopt};
+}
+
+std::optional<FirmRow> readFirmRow(QSqlDatabase db)
+{
+    FirmProfileLoad load = LoadFirmProfile(db);
+    if (!load.profile)
+        return std::nullopt;
+    QSqlQuery query(db);
+    if (!query.exec(QStringLiteral("SELECT id, row_version FROM ZarekCfg ORDER BY id")) || !query.next())
+        return std::nullopt;
+    return FirmRow{query.value(0).toLongLong(), query.value(1).toInt(), *load.profile};
+}
+
+std::optional<UserMessage> writeFirmRow(QSqlDatabase db, const FirmRow &row)
+{
+    const QString title = QStringLiteral("ГРЕШКА при запис!");
+    const FirmProfile &p = row.profile;
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("UPDATE ZarekCfg SET UserName = ?, UserAdres = ?, UserCity = ?, UserCountry = ?, "
+                                 "UserDanN = ?, UserBULSTAT = ?, UserMOL = ?, UserEmail = ?, UserTel = ?, UserGSM = ?, "
+                                 "UserURL = ?, row_version = row_version + 1 WHERE id = ? AND row_version = ?"));
+    for (const QString &value : {p.UserName, p.UserAdres, p.UserCity, p.UserCountry, p.UserDanN, p.UserBULSTAT,
+                                 p.UserMOL, p.UserEmail, p.UserTel, p.UserGSM, p.UserURL})
+        query.addBindValue(value);
+    query.addBindValue(row.id);
+    query.addBindValue(row.rowVersion);
+    if (!query.exec())
+        return sqlErrorMessage(title, query.lastError());
+    if (query.numRowsAffected() != 1)
+        return rowConflictMessage(title);
+    return std::nullopt;
+}
+
+std::optional<UserMessage> acceptFirmFields(const FirmProfile &typed, FirmProfile &profile)
+{
+    const std::pair<const QString *, QString *> required[] = {
+        {&typed.UserName, &profile.UserName}, {&typed.UserAdres, &profile.UserAdres}, {&typed.UserCity, &profile.UserCity},
+        {&typed.UserTel, &profile.UserTel},   {&typed.UserGSM, &profile.UserGSM}};
+    for (int i = 0; i < 5; ++i) {
+        const auto &[from, to] = required[i];
+        if (from->trimmed().isEmpty())
+            return requiredFirmFieldMessage(i);
+        *to = from->trimmed();  // stored at once: a later refusal leaves the earlier fields changed
+    }
+    const std::pair<const QString *, QString *> optional[] = {
+        {&typed.UserMOL, &profile.UserMOL},     {&typed.UserBULSTAT, &profile.UserBULSTAT},
+        {&typed.UserDanN, &profile.UserDanN},   {&typed.UserEmail, &profile.UserEmail},
+        {&typed.UserCountry, &profile.UserCountry}, {&typed.UserURL, &profile.UserURL}};
+    for (const auto &[from, to] : optional)
+        *to = from->trimmed().isEmpty() ? QStringLiteral(" ") : from->trimmed();
+    return std::nullopt;
+}
+
+}

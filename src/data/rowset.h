@@ -1,0 +1,49 @@
+#pragma once
+
+#include "core/usermessage.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+class QSqlQuery;
+
+namespace zarek {
+
+// The rows a query gave, held in memory for a report or a result grid: column names and one flat
+// array of cells, row after row. Columns are found by name without regard to case, as the
+// engines spell them differently.
+class RowSet {
+public:
+    RowSet() = default;
+    explicit RowSet(QStringList columns);
+
+    // Reads every row of an executed query (best made forward-only) from its current position.
+    static Checked<RowSet> fromQuery(QSqlQuery &query, const QString &errorTitle);
+
+    const QStringList &columns() const { return m_columns; }
+    int columnCount() const { return static_cast<int>(m_columns.size()); }
+    int rowCount() const { return m_columnCount == 0 ? 0 : static_cast<int>(m_cells.size() / m_columnCount); }
+    bool isEmpty() const { return rowCount() == 0; }
+
+    // -1 when there is no such column.
+    int column(const QString &name) const;
+
+    const QVariant &value(int row, int column) const { return m_cells.at(index(row, column)); }
+    QVariant value(int row, const QString &columnName) const;
+    void setValue(int row, int column, const QVariant &value) { m_cells[index(row, column)] = value; }
+
+    // Appends a row; missing cells are null, surplus ones dropped.
+    void appendRow(const QList<QVariant> &cells);
+    void reserveRows(int rows) { m_cells.reserve(static_cast<qsizetype>(rows) * m_columnCount); }
+
+private:
+    qsizetype index(int row, int column) const { return static_cast<qsizetype>(row) * m_columnCount + column; }
+
+    QStringList m_columns;
+    qsizetype m_columnCount = 0;
+    QList<QVariant> m_cells;
+};
+
+}

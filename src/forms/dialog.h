@@ -1,0 +1,28 @@
+#pragma once
+
+#include "forms/commonbox.h"
+
+namespace zarek {
+
+// The question box: icon Picture1, the question in Label1, OKButton "OK" and CancelButton
+// "Отказ" (or "Да" and "Не"). Its caption is "Внимание!" unless the question brings one.
+// OkPressed() tells which button closed it; closed any other way (Esc, the close box) it reads
+// as not confirmed.
+class Dialog : public CommonBox {
+    Q_OBJECT
+public:
+    enum class Buttons { OkCancel, YesNo };
+
+    explicit Dialog(const UserMessage &question, Buttons buttons = Buttons::OkCancel, QWidget *parent = nullptr);
+
+    bool OkPressed() const { return m_okPressed; }
+    QPushButton *okButton() const { return m_ok; }
+    QPushButton *cancelButton() const { return m_cancel; }
+
+private:
+    QPushButton *m_ok = nullptr;
+    QPushButton *m_cancel = nullptr;
+    bool m_okPressed = false;
+};
+
+}
