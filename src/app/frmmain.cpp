@@ -1,24 +1,16 @@
 #include "frmmain.h"
 
 #include "app/about.h"
+#include "app/commandtable.h"
 #include "app/helptopics.h"
 #include "app/helpwindow.h"
 #include "app/menutree.h"
-#include "forms/messageservice.h"
 #include "app/password.h"
 #include "app/personal.h"
 #include "core/version.h"
-#include "courses/diaseek.h"
-#include "courses/diaseekall.h"
-#include "courses/diaseekalt.h"
-#include "courses/editkm.h"
-#include "courses/kurs.h"
 #include "data/scratchdatabase.h"
-#include "reference/driver.h"
-#include "reference/options.h"
-#include "courses/coursereports.h"
-#include "reports/reportlayout.h"
-#include "reports/reportpreview.h"
+#include "forms/commands.h"
+#include "forms/messageservice.h"
 
 #include <QAction>
 #include <QApplication>
@@ -40,8 +32,6 @@ namespace zarek {
 namespace {
 
 QString settingsFile;
-
-enum DialogKind { Seek, SeekAlt, SeekAll };
 
 // Positions and sizes are kept in twips; 15 twips make a pixel at 96 dpi.
 int toPixels(const QVariant &twips) { return twips.toString().toInt() / 15; }
@@ -288,43 +278,6 @@ void FrmMain::changeEvent(QEvent *event)
     QMainWindow::changeEvent(event);
 }
 
-void FrmMain::searchCommand(const QString &menu, SearchMode mode, int dialogKind, const QString &caption,
-                            const QString &panel, Target target)
-{
-    connect(m_actions.value(menu), &QAction::triggered, this, [=, this] {
-        setPanel(QStringLiteral("Обработвам данните..."));
-        m_searchMode = mode;
-        std::unique_ptr<SearchDialog> dialog;
-        if (dialogKind == Seek)
-            dialog = std::make_unique<DiaSeek>(mode, m_db, this);
-        else if (dialogKind == SeekAlt)
-            dialog = std::make_unique<DiaSeekAlt>(mode, m_db, this);
-        else
-            dialog = std::make_unique<DiaSeekAll>(mode, m_db, this);
-        dialog->setWindowTitle(caption);
-        dialog->setProperty("helpTopic", m_actions.value(menu)->data());
-        dialog->exec();
-        if (!dialog->SeekOk())
-            return;
-        if (!panel.isEmpty())
-            setPanel(panel);
-        target(dialog->conditions());
-    });
-}
-
-void FrmMain::showCourseReport(const QString &which, const SearchConditions &conditions)
-{
-    const Checked<Report> report = which == QLatin1String("Kola")      ? ReportKola(conditions, m_db, m_profile)
-                                 : which == QLatin1String("All")       ? ReportAll(conditions, m_db, m_profile)
-                                 : which == QLatin1String("Klient")    ? ReportKlient(conditions, m_db, m_profile)
-                                                                       : ReportDriver(conditions, m_db, m_profile);
-    if (!report) {
-        MessageService::instance().inform(report.message());
-        return;
-    }
-    showReport(layoutReport(report.value()), this);
-}
-
 void FrmMain::route()
 {
     // Commands whose screens are not built yet stay in the menu, disabled.
@@ -332,91 +285,57 @@ void FrmMain::route()
         if (!action->isSeparator() && !action->menu())
             action->setEnabled(false);
     }
-    const auto enable = [this](const QString &name) { m_actions.value(name)->setEnabled(true); };
-
-    searchCommand(QStringLiteral("mnuSprKola"), SearchMode::Kola, Seek, QStringLiteral("Търсене - Курсове на кола №"),
-                  QStringLiteral("Справка за кола"), [this](const SearchConditions &c) { showCourseReport(QStringLiteral("Kola"), c); });
-    searchCommand(QStringLiteral("mnuSprPer"), SearchMode::All, SeekAlt, QStringLiteral("Търсене - Всички курсове на фирмата"),
-                  QStringLiteral("Справка за период"), [this](const SearchConditions &c) { showCourseReport(QStringLiteral("All"), c); });
-    searchCommand(QStringLiteral("mnuSprKlient"), SearchMode::Klients, Seek, QStringLiteral("Търсене - Всички курсове на клиент"),
-                  QStringLiteral("Справка за клиент"), [this](const SearchConditions &c) { showCourseReport(QStringLiteral("Klient"), c); });
-    searchCommand(QStringLiteral("mnuSprShof"), SearchMode::Driver, SeekAlt, QStringLiteral("Търсене - Курсове на шофьор"),
-                  QString(), [this](const SearchConditions &c) {
-                      if (c.SeekChoice == QLatin1String("All")) {
-                          setPanel(QStringLiteral("Справка за всички курсове на шофьор"));
-                          showCourseReport(QStringLiteral("Driver"), c);
-                          return;
-                      }
-                      setPanel(c.SeekChoice == QLatin1String("Yes") ? QStringLiteral("Справка за платените курсове на шофьор")
-                                                                     : QStringLiteral("Справка за неплатените курсове на шофьор"));
-                      MessageService::instance().inform(searchMessage(
-                          QStringLiteral("Списъците на платените и неплатените курсове\nсе изготвят в следваща версия.")));
-                  });
-    searchCommand(QStringLiteral("mnuDataKorКм"), SearchMode::Kola, Seek,
-                  QStringLiteral("Търсене - Корекция КМ на курсовете на кола №"), QStringLiteral("Корекция КМ на курс"),
-                  [this](const SearchConditions &c) {
-                      EditKM screen(c.SeekKola, c.period, m_db, this);
-                      screen.setProperty("helpTopic", 18);
-                      screen.exec();
-                  });
-    searchCommand(QStringLiteral("mnuDataKyrc"), SearchMode::Kola, Seek,
-                  QStringLiteral("Търсене - Корекция на курсове на кола №"), QStringLiteral("Корекция на курс"),
-                  [this](const SearchConditions &c) {
-                      m_searchMode = SearchMode::EditKurs;
-                      Kurs screen(m_db, c.SeekKola, c.period, this);
-                      screen.setProperty("helpTopic", 17);
-                      screen.exec();
-                  });
-    connect(m_actions.value(QStringLiteral("mnuDataNew")), &QAction::triggered, this, [this] {
-        setPanel(QStringLiteral("Въвеждане на нов курс"));
-        m_searchMode = SearchMode::NewKurs;
-        Kurs screen(m_db, this);
-        screen.setProperty("helpTopic", 13);
-        screen.exec();
-    });
-    for (const char *name : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuDataKyrc",
-                             "mnuDataNew"})
-        enable(QString::fromUtf8(name));
-
-    connect(m_actions.value(QStringLiteral("mnuDataShof")), &QAction::triggered, this, [this] {
-        setPanel(QStringLiteral("Корекция / нови данни за шофьор"));
-        Driver screen(m_db, this);
-        screen.setProperty("helpTopic", 14);
-        screen.exec();
-    });
-    enable(QStringLiteral("mnuDataShof"));
-    connect(m_actions.value(QStringLiteral("mnuSpOption")), &QAction::triggered, this, [this] {
-        setPanel(QStringLiteral("Разход на гориво за 100 км"));
-        Options screen(m_db, this);
-        screen.setProperty("helpTopic", 26);
-        screen.exec();
-    });
-    enable(QStringLiteral("mnuSpOption"));
-    connect(m_actions.value(QStringLiteral("mnuSpAdmin")), &QAction::triggered, this, [this] { PassWord(m_db, this).exec(); });
-    enable(QStringLiteral("mnuSpAdmin"));
-    connect(m_actions.value(QStringLiteral("mnuHelpPerson")), &QAction::triggered, this, [this] {
-        auto *personal = new Personal(m_db, m_profile, this);  // beside the main window, not modal
-        personal->setAttribute(Qt::WA_DeleteOnClose);
-        personal->show();
-    });
-    enable(QStringLiteral("mnuHelpPerson"));
-    connect(m_actions.value(QStringLiteral("mnuHelpAbout")), &QAction::triggered, this,
-            [this] {
-                About about(m_database, this);
-                about.setProperty("helpTopic", 35);
-                about.exec();
-            });
-    enable(QStringLiteral("mnuHelpAbout"));
-    connect(m_actions.value(QStringLiteral("mnuHelpContents")), &QAction::triggered, this,
-            [this] { showHelp(helpContentsTopic); });
-    enable(QStringLiteral("mnuHelpContents"));
-    connect(m_actions.value(QStringLiteral("mnuFileExit")), &QAction::triggered, this, &QWidget::close);
+    CommandContext context;
+    context.db = m_db;
+    context.scratch = m_scratch.get();
+    context.window = this;
+    context.firm = [this]() -> const FirmProfile & { return m_profile; };
+    context.setPanel = [this](const QString &text) { setPanel(text); };
+    context.helpTopic = [this](const QString &menuItem) {
+        QAction *action = m_actions.value(menuItem);
+        return action ? action->data().toInt() : 0;
+    };
+    context.firmChanged = [this](const FirmProfile &profile) {
+        m_profile = profile;
+        setWindowTitle(mainWindowTitle(profile));
+    };
+    m_commands = std::make_unique<CommandRegistry>(std::move(context));
+    registerSubsystemCommands(*m_commands);
+    registerShellCommands();
+    for (const QString &name : m_commands->menuItems()) {
+        QAction *action = m_actions.value(name);
+        Q_ASSERT_X(action, "FrmMain::route", qPrintable(name));
+        if (!action)
+            continue;
+        connect(action, &QAction::triggered, this, [this, name] { m_commands->handler(name)(); });
+        action->setEnabled(true);
+    }
     connect(m_actions.value(QStringLiteral("mnuViewToolbar")), &QAction::toggled, m_toolBar, &QWidget::setVisible);
     connect(m_actions.value(QStringLiteral("mnuViewStatusBar")), &QAction::toggled, statusBar(), &QWidget::setVisible);
-    connect(m_actions.value(QStringLiteral("mnuHelpWeb")), &QAction::triggered, this,
-            [] { QDesktopServices::openUrl(QUrl(version::homePage())); });
-    for (const char *name : {"mnuFileExit", "mnuViewToolbar", "mnuViewStatusBar", "mnuHelpWeb", "mnuSprBalans"})
-        enable(QString::fromLatin1(name));
+    for (const char *name : {"mnuViewToolbar", "mnuViewStatusBar", "mnuSprBalans"})
+        m_actions.value(QString::fromLatin1(name))->setEnabled(true);
+}
+
+SearchMode FrmMain::searchMode() const
+{
+    return m_commands->context().searchMode;
+}
+
+// The shell's own commands: users, the firm's data, help, about, exit.
+void FrmMain::registerShellCommands()
+{
+    CommandRegistry &commands = *m_commands;
+    commands.add(QStringLiteral("mnuSpAdmin"), [this] { PassWord(m_db, this).exec(); });
+    commands.add(QStringLiteral("mnuHelpPerson"), [this] {
+        m_commands->showOnce(QStringLiteral("Personal"), [this] { return new Personal(m_db, m_profile, this); }, 0);
+    });
+    commands.add(QStringLiteral("mnuHelpAbout"), [this] {
+        About about(m_database, this);
+        m_commands->runModal(about, m_commands->context().helpTopic(QStringLiteral("mnuHelpAbout")));
+    });
+    commands.add(QStringLiteral("mnuHelpContents"), [this] { showHelp(helpContentsTopic); });
+    commands.add(QStringLiteral("mnuFileExit"), [this] { close(); });
+    commands.add(QStringLiteral("mnuHelpWeb"), [] { QDesktopServices::openUrl(QUrl(version::homePage())); });
 }
 
 }

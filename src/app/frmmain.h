@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/firmprofile.h"
-#include "courses/searchmode.h"
+#include "core/searchmode.h"
 #include "data/databaseconfig.h"
 
 #include <QHash>
@@ -18,8 +18,8 @@ class QToolBar;
 
 namespace zarek {
 
+class CommandRegistry;
 class ScratchDatabase;
-struct SearchConditions;
 
 // The one window from sign-in to the end of the run: menu bar, toolbar and status bar; every
 // screen opens as a window of its own from its commands.
@@ -32,7 +32,7 @@ public:
 
     QAction *menuAction(const QString &name) const { return m_actions.value(name); }
     QString panelText(int panel) const;
-    SearchMode searchMode() const { return m_searchMode; }
+    SearchMode searchMode() const;
     const FirmProfile &firmProfile() const { return m_profile; }
 
     // The settings store of the window; tests point it at a file of their own.
@@ -57,17 +57,14 @@ private:
     void setPanel(const QString &text);
     void showHelp(int topic);
 
-    using Target = std::function<void(const SearchConditions &)>;
-    void searchCommand(const QString &menu, SearchMode mode, int dialogKind, const QString &caption,
-                       const QString &panel, Target target);
-    void showCourseReport(const QString &which, const SearchConditions &conditions);
+    void registerShellCommands();
 
     std::unique_ptr<QSettings> settings() const;
 
     FirmProfile m_profile;
     DatabaseConfig m_database;
     QSqlDatabase m_db;
-    SearchMode m_searchMode = SearchMode::NewKurs;
+    std::unique_ptr<CommandRegistry> m_commands;
     QHash<QString, QAction *> m_actions;
     QToolBar *m_toolBar = nullptr;
     QList<QLabel *> m_panels;

@@ -12,7 +12,11 @@ struct HelpTopic {
     QString html;
 };
 
-// Every topic: the contents (33) first, then one per help number of the menus.
+// Every topic: the contents (33) first, then one per help number of the menus, then the topics of
+// screens without a menu help number. Each topic is a page "<number>.html" in a help/ folder of
+// its subsystem, its first line the topic's <title>. Screens without a menu number take theirs
+// from their subsystem's range: invoicing 200, settlement 210, fleet 220, attestation 230,
+// waybills 240, warehouse 250, international 260, courses 270, reference 280, the shell 290.
 const QList<HelpTopic> &helpTopics();
 const HelpTopic *findHelpTopic(int number);
 inline constexpr int helpContentsTopic = 33;

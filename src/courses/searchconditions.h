@@ -2,7 +2,7 @@
 
 #include "core/dates.h"
 #include "core/usermessage.h"
-#include "courses/searchmode.h"
+#include "core/searchmode.h"
 
 #include <QDate>
 #include <QString>

@@ -5,20 +5,27 @@
 
 #include <QSqlError>
 #include <QSqlQuery>
+#include <algorithm>
 #include <vector>
 
 namespace zarek {
 
 namespace {
 
-// Each migration is a list of statements; placeholders are filled per engine (dialect.h).
-// Every table has the surrogate key id and row_version for optimistic concurrency.
+// Each migration is a version number and its statements; placeholders are filled per engine
+// (dialect.h). Every table has the surrogate key id and row_version for optimistic concurrency.
 // Text lengths are enforced by the screens, not the columns, so both engines behave alike.
-const std::vector<QStringList> &migrations()
+// A step runs when its version is not yet recorded in zarek_schema, so steps are independent of
+// the order in which they were added. Numbers: 2 start-up safety, 3 warehouse issue lots, 4 the euro.
+struct Migration {
+    int version;
+    QStringList statements;
+};
+
+const std::vector<Migration> &migrations()
 {
-    static const std::vector<QStringList> list = {
-        // 1: the twelve tables
-        {
+    static const std::vector<Migration> list = {
+        {1, {  // the twelve tables
             QStringLiteral("CREATE TABLE tabl (id {ID}, row_version {VERSION}, data {DATE} NOT NULL, kod {TEXT}, "
                            "kola {TEXT}, Klient {TEXT}, Marsh {TEXT}, Tovar {TEXT}, km {REAL}, ton {REAL}, "
                            "Tarifa {REAL}, bruto {REAL}, procent {REAL}, neto {REAL}, Fakt {BOOL}, "
@@ -70,7 +77,7 @@ const std::vector<QStringList> &migrations()
             QStringLiteral("CREATE TABLE Firms (id {ID}, row_version {VERSION}, SrName {TEXT}, SrAdres {TEXT}, "
                            "SrCity {TEXT}, SrCountry {TEXT})"),
             QStringLiteral("CREATE INDEX firms_srname ON Firms (SrName)"),
-        },
+        }},
     };
     return list;
 }
@@ -98,7 +105,22 @@ QStringList mainTables()
 
 int latestSchemaVersion()
 {
-    return static_cast<int>(migrations().size());
+    int latest = 0;
+    for (const Migration &step : migrations())
+        latest = std::max(latest, step.version);
+    return latest;
+}
+
+namespace {
+
+bool isApplied(QSqlDatabase &db, int version)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("SELECT COUNT(*) FROM zarek_schema WHERE version = ?"));
+    query.addBindValue(version);
+    return query.exec() && query.next() && query.value(0).toInt() > 0;
+}
+
 }
 
 int schemaVersion(QSqlDatabase &db)
@@ -114,16 +136,20 @@ bool migrateSchema(QSqlDatabase &db, QString *error)
     if (!ensureVersionTable(db, error))
         return false;
     const Dialect dialect = dialectOf(db);
-    const auto &steps = migrations();
-    for (int version = schemaVersion(db) + 1; version <= static_cast<int>(steps.size()); ++version) {
+    std::vector<Migration> steps = migrations();
+    std::sort(steps.begin(), steps.end(), [](const Migration &a, const Migration &b) { return a.version < b.version; });
+    for (const Migration &step : steps) {
+        const int version = step.version;
+        if (isApplied(db, version))
+            continue;
         Transaction transaction(db);
         QSqlQuery query(db);
         // Two workstations starting at once: the second waits here and then finds the step done.
         if (dialect == Dialect::PostgreSQL)
             query.exec(QStringLiteral("LOCK TABLE zarek_schema IN EXCLUSIVE MODE"));
-        if (schemaVersion(db) >= version)
+        if (isApplied(db, version))
             continue;
-        for (const QString &statement : steps[version - 1]) {
+        for (const QString &statement : step.statements) {
             if (!query.exec(dialectDdl(statement, dialect))) {
                 if (error)
                     *error = QStringLiteral("%1 (%2)").arg(query.lastError().text(), statement);

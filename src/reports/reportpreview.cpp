@@ -1,6 +1,7 @@
 #include "reportpreview.h"
 
 #include "forms/messageservice.h"
+#include "reports/reportlayout.h"
 #include "reports/reportrenderer.h"
 
 #include <QComboBox>
@@ -287,6 +288,15 @@ ReportPreview *showReport(const LaidOutReport &report, QWidget *parent)
     preview->setModal(false);
     preview->show();
     return preview;
+}
+
+ReportPreview *showReport(const Checked<Report> &report, QWidget *parent)
+{
+    if (!report) {
+        MessageService::instance().inform(report.message());
+        return nullptr;
+    }
+    return showReport(layoutReport(report.value()), parent);
 }
 
 }

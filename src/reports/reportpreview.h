@@ -1,6 +1,7 @@
 #pragma once
 
 #include "reports/laidoutreport.h"
+#include "reports/report.h"
 
 #include <QDialog>
 
@@ -59,5 +60,7 @@ private:
 
 // Opens the preview without waiting, as the course reports are shown; it deletes itself on close.
 ReportPreview *showReport(const LaidOutReport &report, QWidget *parent = nullptr);
+// Lays out and shows a filled report, or tells why there is none; nullptr then.
+ReportPreview *showReport(const Checked<Report> &report, QWidget *parent = nullptr);
 
 }

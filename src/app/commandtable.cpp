@@ -1,0 +1,28 @@
+#include "app/commandtable.h"
+
+#include "attestation/attestationcommands.h"
+#include "courses/coursecommands.h"
+#include "fleet/fleetcommands.h"
+#include "international/internationalcommands.h"
+#include "invoicing/invoicingcommands.h"
+#include "reference/referencecommands.h"
+#include "settlement/settlementcommands.h"
+#include "warehouse/warehousecommands.h"
+#include "waybills/waybillscommands.h"
+
+namespace zarek {
+
+void registerSubsystemCommands(CommandRegistry &commands)
+{
+    registerCourseCommands(commands);
+    registerReferenceCommands(commands);
+    registerInvoicingCommands(commands);
+    registerSettlementCommands(commands);
+    registerFleetCommands(commands);
+    registerAttestationCommands(commands);
+    registerWaybillCommands(commands);
+    registerWarehouseCommands(commands);
+    registerInternationalCommands(commands);
+}
+
+}

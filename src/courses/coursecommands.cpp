@@ -1,0 +1,55 @@
+#include "courses/coursecommands.h"
+
+#include "courses/coursereports.h"
+#include "courses/editkm.h"
+#include "courses/kurs.h"
+#include "courses/searchcommand.h"
+#include "reports/reportpreview.h"
+
+namespace zarek {
+
+void registerCourseCommands(CommandRegistry &commands)
+{
+    CommandContext &context = commands.context();
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuSprKola"), SearchMode::Kola, SearchDialogKind::Seek,
+                      QStringLiteral("Търсене - Курсове на кола №"), QStringLiteral("Справка за кола")},
+                     [&context](const SearchConditions &c) {
+                         showReport(ReportKola(c, context.db, context.firm()), context.window);
+                     });
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuSprPer"), SearchMode::All, SearchDialogKind::SeekAlt,
+                      QStringLiteral("Търсене - Всички курсове на фирмата"), QStringLiteral("Справка за период")},
+                     [&context](const SearchConditions &c) {
+                         showReport(ReportAll(c, context.db, context.firm()), context.window);
+                     });
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuSprKlient"), SearchMode::Klients, SearchDialogKind::Seek,
+                      QStringLiteral("Търсене - Всички курсове на клиент"), QStringLiteral("Справка за клиент")},
+                     [&context](const SearchConditions &c) {
+                         showReport(ReportKlient(c, context.db, context.firm()), context.window);
+                     });
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuDataKorКм"), SearchMode::Kola, SearchDialogKind::Seek,
+                      QStringLiteral("Търсене - Корекция КМ на курсовете на кола №"), QStringLiteral("Корекция КМ на курс")},
+                     [&commands, &context](const SearchConditions &c) {
+                         EditKM screen(c.SeekKola, c.period, context.db, context.window);
+                         commands.runModal(screen, context.helpTopic(QStringLiteral("mnuDataKorКм")));
+                     });
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuDataKyrc"), SearchMode::Kola, SearchDialogKind::Seek,
+                      QStringLiteral("Търсене - Корекция на курсове на кола №"), QStringLiteral("Корекция на курс")},
+                     [&commands, &context](const SearchConditions &c) {
+                         context.searchMode = SearchMode::EditKurs;
+                         Kurs screen(context.db, c.SeekKola, c.period, context.window);
+                         commands.runModal(screen, context.helpTopic(QStringLiteral("mnuDataKyrc")));
+                     });
+    commands.add(QStringLiteral("mnuDataNew"), [&commands, &context] {
+        context.setPanel(QStringLiteral("Въвеждане на нов курс"));
+        context.searchMode = SearchMode::NewKurs;
+        Kurs screen(context.db, context.window);
+        commands.runModal(screen, context.helpTopic(QStringLiteral("mnuDataNew")));
+    });
+}
+
+}

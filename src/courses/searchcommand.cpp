@@ -1,0 +1,35 @@
+#include "courses/searchcommand.h"
+
+#include "courses/diaseek.h"
+#include "courses/diaseekall.h"
+#include "courses/diaseekalt.h"
+
+#include <memory>
+
+namespace zarek {
+
+void addSearchCommand(CommandRegistry &commands, const SearchCommand &command,
+                      std::function<void(const SearchConditions &)> target)
+{
+    commands.add(command.menuItem, [&commands, command, target] {
+        CommandContext &context = commands.context();
+        context.setPanel(QStringLiteral("Обработвам данните..."));
+        context.searchMode = command.mode;
+        std::unique_ptr<SearchDialog> dialog;
+        switch (command.dialog) {
+        case SearchDialogKind::Seek: dialog = std::make_unique<DiaSeek>(command.mode, context.db, context.window); break;
+        case SearchDialogKind::SeekAlt: dialog = std::make_unique<DiaSeekAlt>(command.mode, context.db, context.window); break;
+        case SearchDialogKind::SeekAll: dialog = std::make_unique<DiaSeekAll>(command.mode, context.db, context.window); break;
+        }
+        dialog->setWindowTitle(command.caption);
+        dialog->setProperty("helpTopic", context.helpTopic(command.menuItem));
+        dialog->exec();
+        if (!dialog->SeekOk())
+            return;
+        if (!command.panel.isEmpty())
+            context.setPanel(command.panel);
+        target(dialog->conditions());
+    });
+}
+
+}

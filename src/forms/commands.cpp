@@ -1,0 +1,45 @@
+#include "forms/commands.h"
+
+#include <QDialog>
+#include <QWidget>
+
+namespace zarek {
+
+void CommandRegistry::add(const QString &menuItem, Handler handler)
+{
+    if (!m_handlers.contains(menuItem))
+        m_order.append(menuItem);
+    m_handlers.insert(menuItem, std::move(handler));
+}
+
+void CommandRegistry::runModal(QDialog &screen, int helpTopic)
+{
+    if (helpTopic > 0)
+        screen.setProperty("helpTopic", helpTopic);
+    screen.exec();
+}
+
+QWidget *CommandRegistry::showOnce(const QString &key, const std::function<QWidget *()> &make, int helpTopic)
+{
+    QWidget *window = m_windows.value(key);
+    if (!window) {
+        window = make();
+        if (!window)
+            return nullptr;
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        if (helpTopic > 0)
+            window->setProperty("helpTopic", helpTopic);
+        m_windows.insert(key, window);
+    }
+    window->show();
+    window->raise();
+    window->activateWindow();
+    return window;
+}
+
+QWidget *CommandRegistry::openWindow(const QString &key) const
+{
+    return m_windows.value(key);
+}
+
+}

@@ -1,0 +1,30 @@
+#include "settlement/settlementcommands.h"
+
+#include "courses/coursereports.h"
+#include "courses/searchcommand.h"
+#include "forms/messageservice.h"
+#include "reports/reportpreview.h"
+
+namespace zarek {
+
+void registerSettlementCommands(CommandRegistry &commands)
+{
+    CommandContext &context = commands.context();
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuSprShof"), SearchMode::Driver, SearchDialogKind::SeekAlt,
+                      QStringLiteral("Търсене - Курсове на шофьор"), QString()},
+                     [&context](const SearchConditions &c) {
+                         if (c.SeekChoice == QLatin1String("All")) {
+                             context.setPanel(QStringLiteral("Справка за всички курсове на шофьор"));
+                             showReport(ReportDriver(c, context.db, context.firm()), context.window);
+                             return;
+                         }
+                         context.setPanel(c.SeekChoice == QLatin1String("Yes")
+                                              ? QStringLiteral("Справка за платените курсове на шофьор")
+                                              : QStringLiteral("Справка за неплатените курсове на шофьор"));
+                         MessageService::instance().inform(searchMessage(
+                             QStringLiteral("Списъците на платените и неплатените курсове\nсе изготвят в следваща версия.")));
+                     });
+}
+
+}

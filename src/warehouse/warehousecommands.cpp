@@ -1,0 +1,12 @@
+#include "warehouse/warehousecommands.h"
+
+#include "forms/commands.h"
+
+namespace zarek {
+
+void registerWarehouseCommands(CommandRegistry &commands)
+{
+    Q_UNUSED(commands);
+}
+
+}
