@@ -181,6 +181,27 @@ private slots:
         QCOMPARE(laidOut(report).textLines(), expected);
     }
 
+    void aLongRouteOrCargoOnTheClientReportIsWrappedNotCut()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        const QString route = QStringLiteral("Стамболийски - Пловдив - Асеновград - Смолян");
+        const QString cargo = QStringLiteral("Строителни материали на палети");
+        QSqlQuery update(scratch.db());
+        update.prepare(QStringLiteral("UPDATE tabl SET Marsh = ?, Tovar = ? WHERE Klient = ?"));
+        update.addBindValue(route);
+        update.addBindValue(cargo);
+        update.addBindValue(QStringLiteral("Бетон АД"));
+        QVERIFY(update.exec());
+        SearchConditions conditions = march();
+        conditions.SeekKlient = QStringLiteral("Бетон АД");
+        const LaidOutReport laid = laidOut(ReportKlient(conditions, scratch.db(), exampleFirm()));
+        const QString page = laid.textLines().join(QLatin1Char(' '));
+        QVERIFY2(!page.contains(QChar(0x2026)), qPrintable(page));
+        for (const QString &word : (route + QLatin1Char(' ') + cargo).split(QLatin1Char(' ')))
+            QVERIFY2(page.contains(word), qPrintable(word));
+    }
+
     void theDriverReportGreysTheDateOfEachUnpaidCourse()
     {
         ZAREK_SCRATCH_DB(scratch);

@@ -7,6 +7,7 @@
 #include "reports/reportrenderer.h"
 
 #include <QComboBox>
+#include <QRegularExpression>
 #include <QSpinBox>
 #include <QTemporaryDir>
 #include <QToolButton>
@@ -271,6 +272,126 @@ private slots:
         }
         QVERIFY(pieces.size() >= 2);
         QCOMPARE(pieces.join(' '), longNote);
+    }
+
+    void aHiddenControlDrawsNothingAndAMovedOneLandsWhereItWasSent()
+    {
+        Report report = listReport(rowsOf(1, [](int) { return 1.0; }));
+        report.setVisible(QStringLiteral("ReportHeader"), QStringLiteral("Label1"), false);
+        report.moveControl(QStringLiteral("ReportFooter"), QStringLiteral("Label500"), 8000, 100);
+        LaidOutReport laid = layoutReport(report);
+        QVERIFY(textsOn(laid, 0, QStringLiteral("Фирма")).isEmpty());
+        const auto moved = textsOn(laid, 0, QStringLiteral("Всичко"));
+        QCOMPARE(moved.size(), 1);
+        QVERIFY(qAbs(moved.first()->rect.left() - (1000 + 8000) / 20.0 - 1.5) < 0.01);
+
+        report.setVisible(QStringLiteral("ReportHeader"), QStringLiteral("Label1"), true);
+        laid = layoutReport(report);
+        QCOMPARE(textsOn(laid, 0, QStringLiteral("Фирма")).size(), 1);
+    }
+
+    void linesRunInEitherDiagonal()
+    {
+        const char *design = R"({"name": "rptCross", "sections": {"ReportHeader": {"height": 600, "controls": [
+            {"name": "Line1", "left": 400, "top": 100, "width": 300, "height": 300},
+            {"name": "Line2", "left": 400, "top": 100, "width": 300, "height": 300, "direction": "rising"}]}}})";
+        Report report(parseReportDesign(QByteArray(design)).value());
+        const LaidOutReport laid = layoutReport(report);
+        QList<QRectF> lines;
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
+            if (p.kind == ReportPrimitive::Kind::Line)
+                lines.append(p.rect);
+        }
+        QCOMPARE(lines.size(), 2);
+        const double left = (1440 + 400) / 20.0, right = left + 15, top = (1440 + 100) / 20.0, bottom = top + 15;
+        // Falling: top left to bottom right.
+        QCOMPARE(lines[0].topLeft(), QPointF(left, top));
+        QCOMPARE(lines[0].bottomRight(), QPointF(right, bottom));
+        // Rising: bottom left to top right, the other stroke of a cross.
+        QCOMPARE(lines[1].topLeft(), QPointF(left, bottom));
+        QCOMPARE(lines[1].bottomRight(), QPointF(right, top));
+    }
+
+    void blanksAndLineBreaksStayAsWritten_data()
+    {
+        QTest::addColumn<bool>("canGrow");
+        QTest::addColumn<QString>("caption");
+        QTest::addColumn<QStringList>("lines");
+        const QString signature = QString(76, QLatin1Char(' ')) + QStringLiteral("Подпис:");
+        QTest::newRow("leading blanks") << false << QStringLiteral("      ДДС 20%:") << QStringList{"      ДДС 20%:"};
+        QTest::newRow("three lines on the colon")
+            << false << QStringLiteral("     Сума:\n  ДДС 20%:\nВсичко:")
+            << QStringList{"     Сума:", "  ДДС 20%:", "Всичко:"};
+        QTest::newRow("76 blanks before the signature") << true << signature << QStringList{signature};
+        QTest::newRow("blanks inside a growing text")
+            << true << QStringLiteral("Получих сумата   от  ........") << QStringList{"Получих сумата   от  ........"};
+    }
+    void blanksAndLineBreaksStayAsWritten()
+    {
+        QFETCH(bool, canGrow);
+        QFETCH(QString, caption);
+        QFETCH(QStringList, lines);
+        const char *design = R"({"name": "rptReceipt", "sections": {"ReportHeader": {"height": 900, "controls": [
+            {"name": "Label1", "left": 0, "top": 0, "width": 14000, "height": 260}]}}})";
+        Report report(parseReportDesign(QByteArray(design)).value());
+        report.setCaption(QStringLiteral("ReportHeader"), QStringLiteral("Label1"), caption);
+        report.control(QStringLiteral("ReportHeader"), QStringLiteral("Label1")).canGrow = canGrow;
+        const LaidOutReport laid = layoutReport(report);
+        QStringList texts;
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
+            if (p.kind == ReportPrimitive::Kind::Text)
+                texts.append(p.text);
+        }
+        QCOMPARE(texts, lines);
+        QCOMPARE(laid.textLines(0), lines);
+    }
+
+    void aGrowingTextBreaksOnlyWhereItMust()
+    {
+        Report report = listReport(rowsOf(1, [](int) { return 1.0; }, [](int) {
+            return QStringLiteral("  Стамболийски - Пловдив - Асеновград - Смолян - Девин");
+        }));
+        report.control(QStringLiteral("Detail"), QStringLiteral("Text101")).canGrow = true;
+        const LaidOutReport laid = layoutReport(report);
+        QStringList pieces;
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
+            if (p.kind == ReportPrimitive::Kind::Text && (p.text.contains(QStringLiteral(" - ")) || p.text.startsWith(QStringLiteral("  Стам"))
+                                                          || p.text.contains(QStringLiteral("Девин"))))
+                pieces.append(p.text);
+        }
+        QVERIFY(pieces.size() >= 2);
+        QVERIFY(pieces.first().startsWith(QStringLiteral("  Стамболийски")));  // the leading blanks of the text stay
+        QCOMPARE(pieces.join(' ').simplified(), QStringLiteral("Стамболийски - Пловдив - Асеновград - Смолян - Девин"));
+    }
+
+    void aNameTheDesignLacksIsAFault_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::newRow("control") << "control";
+        QTest::newRow("data field") << "field";
+        QTest::newRow("colour field") << "colour";
+    }
+    void aNameTheDesignLacksIsAFault()
+    {
+        QFETCH(QString, what);
+        // The test programs run strict, where a fault ends the program; here it is told as a warning.
+        const QByteArray strict = qgetenv("ZAREK_STRICT_REPORTS");
+        qunsetenv("ZAREK_STRICT_REPORTS");
+        Report report = listReport(rowsOf(1, [](int) { return 1.0; }));
+        if (what == QLatin1String("control")) {
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("has no control ReportHeader.Label77")));
+            report.setCaption(QStringLiteral("ReportHeader"), QStringLiteral("Label77"), QStringLiteral("x"));
+        } else if (what == QLatin1String("field")) {
+            report.setDataField(QStringLiteral("Detail"), QStringLiteral("Text101"), QStringLiteral("nosuch"));
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Detail.Text101 is bound to nosuch")));
+            layoutReport(report);
+        } else {
+            report.setBackColorByField(QStringLiteral("Detail"), QStringLiteral("Text100"), QStringLiteral("nosuch"),
+                                       colorWhite, colorGrey);
+            QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Detail.Text100 is coloured by nosuch")));
+            layoutReport(report);
+        }
+        qputenv("ZAREK_STRICT_REPORTS", strict);
     }
 
     void aFigureTooWideForItsBoxIsSetSmallerNotCut()

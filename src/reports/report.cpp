@@ -1,6 +1,5 @@
 #include "report.h"
 
-#include <QtDebug>
 
 namespace zarek {
 
@@ -34,8 +33,7 @@ ReportControl &Report::control(const QString &section, const QString &name)
         if (ReportControl *c = s->control(name))
             return *c;
     }
-    // A routine that names a control the design lacks writes into a stand-in, as the layout never sees it.
-    qWarning("Report %s has no control %s.%s", qPrintable(m_design.name), qPrintable(section), qPrintable(name));
+    reportFault(QStringLiteral("Report %1 has no control %2.%3").arg(m_design.name, section, name));
     static ReportControl standIn;
     standIn = ReportControl{};
     return standIn;
@@ -72,6 +70,18 @@ void Report::setBackColor(const QString &section, const QString &name, qint64 co
     ReportControl &c = control(section, name);
     c.backColor = color;
     c.backColorField.clear();
+}
+
+void Report::setVisible(const QString &section, const QString &name, bool visible)
+{
+    control(section, name).visible = visible;
+}
+
+void Report::moveControl(const QString &section, const QString &name, int left, int top)
+{
+    ReportControl &c = control(section, name);
+    c.left = left;
+    c.top = top;
 }
 
 void Report::setBackColorByField(const QString &section, const QString &name, const QString &field,

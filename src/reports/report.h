@@ -26,7 +26,8 @@ public:
     void setMargins(int left, int right, int top, int bottom);
     void setWindowSize(int width, int height);
 
-    // The control of that name in that section; a name the design lacks is a fault of the routine.
+    // The control of that name in that section; a name the design lacks is a fault of the routine
+    // (reportFault), and what is written to it goes nowhere.
     ReportControl &control(const QString &section, const QString &name);
     const ReportControl &control(const QString &section, const QString &name) const;
     bool hasControl(const QString &section, const QString &name) const;
@@ -35,6 +36,10 @@ public:
     void setDataField(const QString &section, const QString &name, const QString &field);
     void setFunctionType(const QString &section, const QString &name, int functionType);
     void setBackColor(const QString &section, const QString &name, qint64 color);
+    // Shows or hides a control; a hidden one draws nothing.
+    void setVisible(const QString &section, const QString &name, bool visible);
+    // Moves a control to a new position in its section, in twips.
+    void moveControl(const QString &section, const QString &name, int left, int top);
     // Each row paints the control by the yes/no value of its own column.
     void setBackColorByField(const QString &section, const QString &name, const QString &field,
                              qint64 whenTrue, qint64 whenFalse);

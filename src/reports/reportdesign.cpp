@@ -56,6 +56,13 @@ ReportAlign alignOf(const QString &text)
 
 }
 
+void reportFault(const QString &text)
+{
+    if (qEnvironmentVariableIsSet("ZAREK_STRICT_REPORTS"))
+        qFatal("%s", qPrintable(text));
+    qWarning("%s", qPrintable(text));
+}
+
 const QStringList &reportSectionNames()
 {
     static const QStringList names = {QStringLiteral("ReportHeader"), QStringLiteral("PageHeader"),
@@ -153,6 +160,8 @@ Checked<ReportDesign> parseReportDesign(const QByteArray &json)
             control.canGrow = c.value(QStringLiteral("canGrow")).toBool(false);
             control.border = c.value(QStringLiteral("border")).toBool(false);
             control.lineWidth = c.value(QStringLiteral("lineWidth")).toDouble(control.lineWidth);
+            control.visible = c.value(QStringLiteral("visible")).toBool(true);
+            control.rising = c.value(QStringLiteral("direction")).toString() == QLatin1String("rising");
             section.controls.append(control);
         }
         design.sections.append(section);

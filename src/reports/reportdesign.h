@@ -46,6 +46,8 @@ struct ReportControl {
     qint64 foreColor = colorBlack;
     qint64 backColor = noColor;
     bool canGrow = false;   // wrap a long text onto more lines instead of cutting it short
+    bool visible = true;    // a hidden control takes no place and draws nothing
+    bool rising = false;    // Line: from the bottom left to the top right corner instead of top left to bottom right
     bool border = false;
     double lineWidth = 0.5;  // Line, Box and border: points
     // A row's own back colour by a yes/no column of that row (empty: the fixed backColor).
@@ -83,6 +85,11 @@ struct ReportDesign {
     ReportSection *section(const QString &sectionName);
     const ReportSection *section(const QString &sectionName) const;
 };
+
+// A report routine or design that names what the design or its rows do not have. Tests run with
+// ZAREK_STRICT_REPORTS set, and there such a fault ends the test program at once; the program
+// itself only warns and goes on.
+void reportFault(const QString &text);
 
 // The five section names, in print order.
 const QStringList &reportSectionNames();

@@ -115,11 +115,16 @@ public:
 
 private:
     void computeAggregates();
+    // Every bound field must be a column of the rows, or the report would print blanks unseen.
+    void checkDataFields() const;
     QString aggregateText(const ReportControl &control) const;
     Band buildBand(const ReportSection &section, int row);
     // Adds a control moved down by shift; returns the height it took.
     double addControl(Band &band, const ReportControl &control, const QString &text, qint64 backColor,
                       bool pageNumber, double shift);
+    // A paragraph broken into lines that fit the width; blanks stay as written except where a
+    // line breaks.
+    QStringList wrapKeepingBlanks(const QString &paragraph, int font, double width);
     const QList<int> &topOrder(const ReportSection &section);
     void place(const Band &band, double y);
     void startPage(bool first);
@@ -180,6 +185,24 @@ void LayoutEngine::computeAggregates()
     }
 }
 
+void LayoutEngine::checkDataFields() const
+{
+    const RowSet &rows = m_report.data();
+    if (rows.columnCount() == 0)
+        return;
+    for (const ReportSection &section : m_report.design().sections) {
+        for (const ReportControl &control : section.controls) {
+            const bool bound = control.kind == ReportControlKind::Text || control.kind == ReportControlKind::Function;
+            if (bound && !control.dataField.isEmpty() && rows.column(control.dataField) < 0)
+                reportFault(QStringLiteral("Report %1: %2.%3 is bound to %4, which the rows do not have")
+                                .arg(m_report.design().name, section.name, control.name, control.dataField));
+            if (!control.backColorField.isEmpty() && rows.column(control.backColorField) < 0)
+                reportFault(QStringLiteral("Report %1: %2.%3 is coloured by %4, which the rows do not have")
+                                .arg(m_report.design().name, section.name, control.name, control.backColorField));
+        }
+    }
+}
+
 QString LayoutEngine::aggregateText(const ReportControl &control) const
 {
     // Reached only for Function controls; the section is looked up by name.
@@ -223,42 +246,31 @@ double LayoutEngine::addControl(Band &band, const ReportControl &control, const 
         const double available = std::max(0.0, box.width() - 2 * textInset);
         QStringList lines;
         if (control.canGrow) {
-            for (const QString &paragraph : text.split(QLatin1Char('\n'))) {
-                QString line;
-                for (const QString &word : paragraph.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
-                    const QString candidate = line.isEmpty() ? word : line + QLatin1Char(' ') + word;
-                    if (line.isEmpty() || m_measure.width(fontIndex, candidate) <= available) {
-                        line = candidate;
-                        continue;
-                    }
-                    lines.append(line);
-                    line = word;
-                }
-                // A single word wider than the box is cut to the box rather than run over its neighbour.
-                lines.append(m_measure.width(fontIndex, line) <= available
-                                 ? line
-                                 : m_measure.elided(fontIndex, line, available));
-            }
+            for (const QString &paragraph : text.split(QLatin1Char('\n')))
+                lines += wrapKeepingBlanks(paragraph, fontIndex, available);
         } else {
-            QString single = text;
-            single.replace(QLatin1Char('\n'), QLatin1Char(' '));
-            double width = m_measure.width(fontIndex, single);
-            if (width > available && !pageNumber) {
-                if (looksNumeric(single)) {
-                    // A figure is never cut: it is set smaller until it fits its box.
-                    font.size = std::max(minimumFontSize, std::floor(font.size * available / width * 4) / 4);
-                    fontIndex = m_measure.fontIndex(font);
-                } else {
-                    single = m_measure.elided(fontIndex, single, available);
+            // Line breaks stay breaks; each line keeps its blanks, as receipts align on them.
+            const QStringList written = text.split(QLatin1Char('\n'));
+            for (QString single : written) {
+                const double width = m_measure.width(fontIndex, single);
+                if (width > available && !pageNumber) {
+                    if (looksNumeric(single) && written.size() == 1) {
+                        // A figure is never cut: it is set smaller until it fits its box.
+                        font.size = std::max(minimumFontSize, std::floor(font.size * available / width * 4) / 4);
+                        fontIndex = m_measure.fontIndex(font);
+                    } else if (!looksNumeric(single)) {
+                        single = m_measure.elided(fontIndex, single, available);
+                    }
                 }
+                lines.append(single);
             }
-            lines.append(single);
         }
         const double spacing = m_measure.lineSpacing(fontIndex);
         const double ascent = m_measure.ascent(fontIndex);
-        const double textHeight = spacing * lines.size();
-        double baseline = box.top() + ascent + (lines.size() == 1 ? std::max(0.0, (box.height() - spacing) / 2)
-                                                                   : 0.5);
+        // The first line sits where a single line would, so a wrapped cell reads level with its row.
+        const double firstOffset = std::max(0.0, (box.height() - spacing) / 2);
+        const double textHeight = firstOffset + spacing * lines.size();
+        double baseline = box.top() + ascent + firstOffset;
         for (const QString &line : lines) {
             ReportPrimitive p;
             p.kind = ReportPrimitive::Kind::Text;
@@ -294,6 +306,29 @@ double LayoutEngine::addControl(Band &band, const ReportControl &control, const 
     return grownHeight;
 }
 
+QStringList LayoutEngine::wrapKeepingBlanks(const QString &paragraph, int font, double width)
+{
+    static const QRegularExpression word(QStringLiteral(" *[^ ]+| +$"));
+    QStringList lines;
+    QString line;
+    auto it = word.globalMatch(paragraph);
+    while (it.hasNext()) {
+        const QString piece = it.next().captured();
+        const QString candidate = line + piece;
+        if (line.isEmpty() || m_measure.width(font, candidate) <= width) {
+            line = candidate;
+            continue;
+        }
+        lines.append(line);
+        line = piece.trimmed();
+    }
+    // A single word wider than the box is cut to the box rather than run over its neighbour.
+    if (m_measure.width(font, line) > width)
+        line = m_measure.elided(font, line, width);
+    lines.append(line);
+    return lines;
+}
+
 const QList<int> &LayoutEngine::topOrder(const ReportSection &section)
 {
     auto found = m_topOrder.find(section.name);
@@ -322,6 +357,8 @@ Band LayoutEngine::buildBand(const ReportSection &section, int row)
     double deepest = 0;
     for (const int i : topOrder(section)) {
         const ReportControl &control = section.controls.at(i);
+        if (!control.visible)
+            continue;
         const double top = control.top * pointsPerTwip;
         double shift = 0;
         for (const Growth &g : growths) {
@@ -335,6 +372,9 @@ Band LayoutEngine::buildBand(const ReportSection &section, int row)
             ReportPrimitive p;
             p.kind = control.kind == ReportControlKind::Line ? ReportPrimitive::Kind::Line : ReportPrimitive::Kind::Box;
             p.rect = QRectF(control.left * pointsPerTwip, top + shift, control.width * pointsPerTwip, height);
+            // A line runs from the rect's top left to its bottom right; a rising one from bottom left up.
+            if (control.kind == ReportControlKind::Line && control.rising)
+                p.rect = QRectF(p.rect.bottomLeft(), p.rect.topRight());
             p.color = argbOf(control.foreColor);
             p.lineWidth = control.lineWidth;
             band.primitives.append(p);
@@ -458,6 +498,7 @@ LaidOutReport LayoutEngine::run()
         for (const ReportControl &control : detail->controls)
             m_dataColumns.append(control.kind == ReportControlKind::Text ? rows.column(control.dataField) : -1);
     }
+    checkDataFields();
 
     startPage(true);
     if (detail && detail->visible) {
