@@ -5,10 +5,10 @@ set -euo pipefail
 packages=(
   build-essential cmake pkg-config
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libqt6sql6-psql libgl-dev qt6-translations-l10n
-  libsodium-dev fonts-dejavu-core
+  libsodium-dev libxlsxwriter-dev fonts-dejavu-core
 )
 if [ "${1:-}" = "--test" ]; then
-  packages+=(postgresql xvfb xauth poppler-utils)
+  packages+=(postgresql xvfb xauth poppler-utils unzip)
 fi
 
 missing=()

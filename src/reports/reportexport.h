@@ -1,0 +1,13 @@
+#pragma once
+
+#include "reports/report.h"
+#include "reports/tableexport.h"
+
+namespace zarek {
+
+// A filled report as a table for a spreadsheet: the report header's texts as title lines, the
+// detail boxes from left to right as columns (captioned by the page header's label above each),
+// the rows of the report, and the report footer's totals under their columns.
+ExportTable exportTableOf(const Report &report);
+
+}
