@@ -1,0 +1,334 @@
+#include "courses/coursejournal.h"
+
+#include "core/dates.h"
+#include "core/formats.h"
+#include "forms/dateentry.h"
+#include "forms/messageservice.h"
+#include "forms/waitcursor.h"
+
+#include <QBarCategoryAxis>
+#include <QBarSeries>
+#include <QBarSet>
+#include <QChart>
+#include <QChartView>
+#include <QComboBox>
+#include <QCompleter>
+#include <QFileDialog>
+#include <QGridLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSplitter>
+#include <QStandardPaths>
+#include <QTableView>
+#include <QTimer>
+#include <QValueAxis>
+#include <QVBoxLayout>
+
+namespace zarek {
+
+namespace {
+
+const int columnWidths[journalColumnCount] = {80, 150, 90, 150, 170, 110, 70, 55, 60, 80, 90, 45, 50};
+
+QComboBox *markCombo(const QString &name, const QString &yes, const QString &no, QWidget *parent)
+{
+    auto *combo = new QComboBox(parent);
+    combo->setObjectName(name);
+    combo->addItems({QStringLiteral("Всички"), yes, no});
+    return combo;
+}
+
+JournalFilter::Mark markOf(const QComboBox *combo)
+{
+    return static_cast<JournalFilter::Mark>(combo->currentIndex());
+}
+
+}
+
+CourseJournal::CourseJournal(QSqlDatabase db, QWidget *parent) : QWidget(parent, Qt::Window), m_store(db)
+{
+    setObjectName(QStringLiteral("CourseJournal"));
+    setWindowTitle(QStringLiteral("Журнал на курсовете"));
+    m_model = new CourseJournalModel(m_store, this);
+    if (const auto error = m_store.refreshLists())
+        MessageService::instance().inform(*error);
+    buildScreen();
+    applyFilter();
+    resize(1180, 640);
+}
+
+void CourseJournal::buildScreen()
+{
+    auto *conditions = new QGridLayout;
+    const auto addBox = [&](int row, int column, const QString &label, QWidget *box) {
+        auto *caption = new QLabel(label, this);
+        caption->setBuddy(box);
+        conditions->addWidget(caption, row, column * 2, Qt::AlignRight);
+        conditions->addWidget(box, row, column * 2 + 1);
+    };
+    m_from = new DateEntry(this);
+    m_from->setObjectName(QStringLiteral("txtFrom"));
+    m_to = new DateEntry(this);
+    m_to->setObjectName(QStringLiteral("txtTo"));
+    const auto lineBox = [this](const QString &name, const QStringList &completions) {
+        auto *box = new QLineEdit(this);
+        box->setObjectName(name);
+        box->setClearButtonEnabled(true);
+        if (!completions.isEmpty()) {
+            auto *completer = new QCompleter(completions, box);
+            completer->setCaseSensitivity(Qt::CaseInsensitive);
+            completer->setFilterMode(Qt::MatchContains);
+            box->setCompleter(completer);
+        }
+        return box;
+    };
+    m_truck = lineBox(QStringLiteral("txtTruck"), m_store.trucks());
+    m_driver = lineBox(QStringLiteral("txtDriver"), {});
+    m_client = lineBox(QStringLiteral("txtClient"), m_store.clients());
+    m_text = lineBox(QStringLiteral("txtText"), {});
+    m_invoiced = markCombo(QStringLiteral("cboInvoiced"), QStringLiteral("Фактурирани"), QStringLiteral("Нефактурирани"), this);
+    m_paid = markCombo(QStringLiteral("cboPaid"), QStringLiteral("Платени"), QStringLiteral("Неплатени"), this);
+    addBox(0, 0, QStringLiteral("&От:"), m_from);
+    addBox(0, 1, QStringLiteral("&До:"), m_to);
+    addBox(0, 2, QStringLiteral("&Кола:"), m_truck);
+    addBox(0, 3, QStringLiteral("&Шофьор:"), m_driver);
+    addBox(1, 0, QStringLiteral("К&лиент:"), m_client);
+    addBox(1, 1, QStringLiteral("&Маршрут/товар:"), m_text);
+    addBox(1, 2, QStringLiteral("&Фактурирани:"), m_invoiced);
+    addBox(1, 3, QStringLiteral("&Платени:"), m_paid);
+    auto *clear = new QPushButton(QStringLiteral("&Изчисти"), this);
+    clear->setObjectName(QStringLiteral("cmdClear"));
+    clear->setToolTip(QStringLiteral("Маха всички условия"));
+    conditions->addWidget(clear, 0, 8);
+
+    m_grid = new QTableView(this);
+    m_grid->setObjectName(QStringLiteral("grdJournal"));
+    m_grid->setModel(m_model);
+    m_grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    m_grid->setSelectionMode(QAbstractItemView::SingleSelection);
+    m_grid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_grid->setAlternatingRowColors(true);
+    m_grid->verticalHeader()->setDefaultSectionSize(m_grid->fontMetrics().height() + 6);
+    m_grid->verticalHeader()->hide();
+    m_grid->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
+    m_grid->setSortingEnabled(true);
+    for (int c = 0; c < journalColumnCount; ++c)
+        m_grid->setColumnWidth(c, columnWidths[c]);
+    m_grid->installEventFilter(this);
+    connect(m_grid, &QTableView::doubleClicked, this, [this] { openCurrent(); });
+
+    m_chart = new QChartView(this);
+    m_chart->setObjectName(QStringLiteral("chartMonths"));
+    m_chart->setRenderHint(QPainter::Antialiasing);
+    m_chart->setMinimumWidth(260);
+    auto *split = new QSplitter(Qt::Horizontal, this);
+    split->addWidget(m_grid);
+    split->addWidget(m_chart);
+    split->setStretchFactor(0, 3);
+    split->setStretchFactor(1, 1);
+
+    m_totalsLabel = new QLabel(this);
+    m_totalsLabel->setObjectName(QStringLiteral("lblTotals"));
+    auto *exportButton = new QPushButton(QStringLiteral("&Експорт..."), this);
+    exportButton->setObjectName(QStringLiteral("cmdExport"));
+    exportButton->setToolTip(QStringLiteral("Записва списъка във файл за Excel (.xlsx) или .csv"));
+    auto *close = new QPushButton(QStringLiteral("&Затвори"), this);
+    close->setObjectName(QStringLiteral("cmdClose"));
+    auto *bottom = new QHBoxLayout;
+    bottom->addWidget(m_totalsLabel, 1);
+    bottom->addWidget(exportButton);
+    bottom->addWidget(close);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addLayout(conditions);
+    layout->addWidget(split, 1);
+    layout->addLayout(bottom);
+
+    m_typing = new QTimer(this);
+    m_typing->setSingleShot(true);
+    m_typing->setInterval(200);
+    connect(m_typing, &QTimer::timeout, this, &CourseJournal::applyFilter);
+    for (QLineEdit *box : {static_cast<QLineEdit *>(m_from), static_cast<QLineEdit *>(m_to), m_truck, m_driver, m_client, m_text})
+        connect(box, &QLineEdit::textChanged, m_typing, qOverload<>(&QTimer::start));
+    for (QComboBox *combo : {m_invoiced, m_paid})
+        connect(combo, &QComboBox::currentIndexChanged, this, &CourseJournal::applyFilter);
+    connect(clear, &QPushButton::clicked, this, [this] {
+        for (QLineEdit *box : {static_cast<QLineEdit *>(m_from), static_cast<QLineEdit *>(m_to), m_truck, m_driver, m_client, m_text})
+            box->clear();
+        m_invoiced->setCurrentIndex(0);
+        m_paid->setCurrentIndex(0);
+        applyFilter();
+    });
+    connect(exportButton, &QPushButton::clicked, this, &CourseJournal::chooseExportFile);
+    connect(close, &QPushButton::clicked, this, &QWidget::close);
+    connect(m_model, &QAbstractItemModel::modelReset, this, [this] {
+        if (m_model->rowCount() > 0 && !m_grid->currentIndex().isValid())
+            m_grid->setCurrentIndex(m_model->index(0, 0));
+    });
+}
+
+JournalFilter CourseJournal::filterOnScreen() const
+{
+    JournalFilter filter;
+    filter.from = m_from->date();
+    filter.to = m_to->date();
+    filter.truck = m_truck->text();
+    filter.driver = m_driver->text();
+    filter.client = m_client->text();
+    filter.text = m_text->text();
+    filter.invoiced = markOf(m_invoiced);
+    filter.paid = markOf(m_paid);
+    return filter;
+}
+
+void CourseJournal::applyFilter()
+{
+    m_typing->stop();
+    if (const auto error = m_model->setFilter(filterOnScreen()))
+        MessageService::instance().inform(*error);
+    showTotals();
+    showChart();
+}
+
+void CourseJournal::showTotals()
+{
+    const Checked<JournalTotals> totals = m_store.totals(m_model->filter());
+    m_totals = totals ? totals.value() : JournalTotals{};
+    m_totalsLabel->setText(QStringLiteral("Курсове: %1    Тонаж: %2    Км: %3    Бруто: %4 %5")
+                               .arg(m_totals.count)
+                               .arg(formatTonnes(m_totals.tonnes), formatKm(m_totals.km), formatAmount(m_totals.gross),
+                                    amountUnit()));
+}
+
+void CourseJournal::showChart()
+{
+    const Checked<QList<QPair<QString, double>>> months = m_store.monthlyGross(m_model->filter());
+    m_months = months ? months.value() : QList<QPair<QString, double>>{};
+    auto *chart = new QChart;
+    chart->setTitle(QStringLiteral("Бруто по месеци"));
+    chart->legend()->hide();
+    auto *set = new QBarSet(QStringLiteral("Бруто"));
+    QStringList categories;
+    double highest = 0;
+    for (const auto &[month, gross] : std::as_const(m_months)) {
+        *set << gross;
+        categories.append(month.mid(5, 2) + QLatin1Char('.') + month.left(4));
+        highest = std::max(highest, gross);
+    }
+    auto *series = new QBarSeries;
+    series->append(set);
+    chart->addSeries(series);
+    auto *axisX = new QBarCategoryAxis;
+    axisX->append(categories);
+    axisX->setLabelsAngle(-90);
+    chart->addAxis(axisX, Qt::AlignBottom);
+    series->attachAxis(axisX);
+    auto *axisY = new QValueAxis;
+    axisY->setRange(0, highest > 0 ? highest * 1.1 : 1);
+    axisY->setLabelFormat(QStringLiteral("%.0f"));
+    axisY->setTitleText(amountUnit());
+    chart->addAxis(axisY, Qt::AlignLeft);
+    series->attachAxis(axisY);
+    QChart *old = m_chart->chart();
+    m_chart->setChart(chart);
+    delete old;
+}
+
+Checked<ExportTable> CourseJournal::exportTable() const
+{
+    const Checked<QHash<qint64, JournalRow>> rows = m_store.allRows(m_model->filter());
+    if (!rows)
+        return rows.message();
+    ExportTable table;
+    table.sheetName = QStringLiteral("Курсове");
+    table.titleLines = {QStringLiteral("Журнал на курсовете")};
+    const JournalFilter &filter = m_model->filter();
+    if (filter.from.isValid() || filter.to.isValid())
+        table.titleLines.append(QStringLiteral("за периода от %1 до %2")
+                                    .arg(filter.from.isValid() ? formatDate(filter.from) : QStringLiteral("…"),
+                                         filter.to.isValid() ? formatDate(filter.to) : QStringLiteral("…")));
+    for (int c = 0; c < journalColumnCount; ++c)
+        table.columns.append(exportColumnOf(CourseJournalModel::caption(c), CourseJournalModel::format(c)));
+    QList<qint64> ids;
+    for (int r = 0; r < m_model->rowCount(); ++r)
+        ids.append(m_model->idAt(r));
+    auto byId = std::make_shared<QHash<qint64, JournalRow>>(rows.value());
+    table.rowCount = static_cast<int>(ids.size());
+    table.cell = [byId, ids](int row, int column) {
+        const auto found = byId->constFind(ids.at(row));
+        return found == byId->constEnd() ? QVariant() : found->value(static_cast<JournalColumn>(column));
+    };
+    table.totals.resize(journalColumnCount);
+    table.totals[int(JournalColumn::Tonnes)] = m_totals.tonnes;
+    table.totals[int(JournalColumn::Km)] = m_totals.km;
+    table.totals[int(JournalColumn::Gross)] = m_totals.gross;
+    return table;
+}
+
+bool CourseJournal::exportTo(const QString &fileName)
+{
+    WaitCursor wait;
+    const Checked<ExportTable> table = exportTable();
+    if (!table) {
+        MessageService::instance().inform(table.message());
+        return false;
+    }
+    if (const auto error = writeTable(table.value(), fileName)) {
+        MessageService::instance().inform(*error);
+        return false;
+    }
+    return true;
+}
+
+void CourseJournal::chooseExportFile()
+{
+    const JournalFilter &filter = m_model->filter();
+    QString subject = QStringLiteral("Журнал на курсовете");
+    if (filter.from.isValid() && filter.to.isValid())
+        subject += QStringLiteral(" %1-%2").arg(formatDate(filter.from), formatDate(filter.to));
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    QString selected;
+    const QString fileName = QFileDialog::getSaveFileName(
+        this, QStringLiteral("Запис на списъка"), folder + QLatin1Char('/') + exportFileName(subject) + QStringLiteral(".xlsx"),
+        QStringLiteral("Книга на Excel (*.xlsx);;Текст, разделен с точка и запетая (*.csv)"), &selected);
+    if (fileName.isEmpty())
+        return;
+    exportTo(fileName);
+}
+
+void CourseJournal::openCurrent()
+{
+    const qint64 id = m_model->idAt(m_grid->currentIndex().row());
+    if (id == 0 || !openCourse)
+        return;
+    if (!openCourse(id))
+        return;
+    const int column = m_grid->currentIndex().column();
+    m_store.refreshLists();
+    if (const auto error = m_model->reload())
+        MessageService::instance().inform(*error);
+    showTotals();
+    showChart();
+    const int row = m_model->rowOf(id);
+    if (row >= 0) {
+        m_grid->setCurrentIndex(m_model->index(row, std::max(0, column)));
+        m_grid->scrollTo(m_grid->currentIndex());
+    }
+}
+
+bool CourseJournal::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_grid && event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
+            openCurrent();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+}

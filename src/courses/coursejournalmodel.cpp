@@ -1,0 +1,138 @@
+#include "courses/coursejournalmodel.h"
+
+#include "core/formats.h"
+#include "core/valueformat.h"
+
+namespace zarek {
+
+namespace {
+
+struct ColumnLook {
+    const char *caption;
+    const char *format;
+    Qt::Alignment alignment;
+};
+
+const ColumnLook looks[journalColumnCount] = {
+    {"Дата", "Short Date", Qt::AlignLeft},  {"Шофьор", "", Qt::AlignLeft},
+    {"Кола", "", Qt::AlignLeft},             {"Клиент", "", Qt::AlignLeft},
+    {"Маршрут", "", Qt::AlignLeft},          {"Товар", "", Qt::AlignLeft},
+    {"Тон.", "###0.000", Qt::AlignRight},    {"Км", "###0", Qt::AlignRight},
+    {"Тарифа", "###0.000", Qt::AlignRight},  {"Бруто", "###0.00", Qt::AlignRight},
+    {"Фактура №", "", Qt::AlignLeft},        {"Факт.", "Yes/No", Qt::AlignCenter},
+    {"Платен", "Yes/No", Qt::AlignCenter},
+};
+
+}
+
+CourseJournalModel::CourseJournalModel(CourseJournalStore &store, QObject *parent)
+    : QAbstractTableModel(parent), m_store(store)
+{
+}
+
+int CourseJournalModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_ids.size());
+}
+
+int CourseJournalModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : journalColumnCount;
+}
+
+QString CourseJournalModel::caption(int column)
+{
+    return QString::fromUtf8(looks[column].caption);
+}
+
+QString CourseJournalModel::format(int column)
+{
+    return QString::fromUtf8(looks[column].format);
+}
+
+const JournalRow *CourseJournalModel::rowAt(int row) const
+{
+    if (row < 0 || row >= m_ids.size())
+        return nullptr;
+    const int page = row / pageSize;
+    auto found = m_pages.find(page);
+    if (found == m_pages.end()) {
+        const QList<qint64> ids = m_ids.mid(static_cast<qsizetype>(page) * pageSize, pageSize);
+        const Checked<QList<JournalRow>> rows = m_store.rows(ids);
+        QHash<qint64, JournalRow> byId;
+        if (rows) {
+            for (const JournalRow &r : rows.value())
+                byId.insert(r.id, r);
+        }
+        // A view asks for few pages at a time; the cache stays small however far it scrolls.
+        if (m_pages.size() > 50)
+            m_pages.clear();
+        found = m_pages.insert(page, byId);
+    }
+    const auto row_ = found->constFind(m_ids.at(row));
+    return row_ == found->constEnd() ? nullptr : &*row_;
+}
+
+QVariant CourseJournalModel::valueAt(int row, int column) const
+{
+    const JournalRow *r = rowAt(row);
+    return r ? r->value(static_cast<JournalColumn>(column)) : QVariant();
+}
+
+QVariant CourseJournalModel::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    if (role == Qt::TextAlignmentRole)
+        return QVariant::fromValue(looks[index.column()].alignment | Qt::AlignVCenter);
+    if (role != Qt::DisplayRole && role != Qt::ToolTipRole)
+        return {};
+    const JournalRow *row = rowAt(index.row());
+    if (!row)
+        return {};
+    const auto column = static_cast<JournalColumn>(index.column());
+    if (column == JournalColumn::Driver)
+        return row->driverName.isEmpty() ? row->driverCode : row->driverCode + QStringLiteral(" ") + row->driverName;
+    return formatReportValue(row->value(column), format(index.column()));
+}
+
+QVariant CourseJournalModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section >= 0 && section < journalColumnCount)
+        return caption(section);
+    return QAbstractTableModel::headerData(section, orientation, role);
+}
+
+std::optional<UserMessage> CourseJournalModel::readIds()
+{
+    const Checked<QList<qint64>> ids = m_store.orderedIds(m_filter, m_sortColumn, m_ascending);
+    beginResetModel();
+    m_pages.clear();
+    m_ids = ids ? ids.value() : QList<qint64>{};
+    endResetModel();
+    if (!ids)
+        return ids.message();
+    return std::nullopt;
+}
+
+void CourseJournalModel::sort(int column, Qt::SortOrder order)
+{
+    if (column < 0 || column >= journalColumnCount)
+        return;
+    m_sortColumn = static_cast<JournalColumn>(column);
+    m_ascending = order == Qt::AscendingOrder;
+    readIds();
+}
+
+std::optional<UserMessage> CourseJournalModel::setFilter(const JournalFilter &filter)
+{
+    m_filter = filter;
+    return readIds();
+}
+
+std::optional<UserMessage> CourseJournalModel::reload()
+{
+    return readIds();
+}
+
+}

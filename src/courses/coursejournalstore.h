@@ -1,0 +1,103 @@
+#pragma once
+
+#include "core/usermessage.h"
+
+#include <QDate>
+#include <QHash>
+#include <QList>
+#include <QSqlDatabase>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+namespace zarek {
+
+// The conditions of the course journal. Blank texts and open dates are no condition; a text
+// matches every value that contains it, whatever the case.
+struct JournalFilter {
+    enum class Mark { All, Yes, No };
+    QDate from;
+    QDate to;
+    QString truck;
+    QString driver;   // part of the code or the name
+    QString client;
+    QString text;     // part of the route or the cargo
+    Mark invoiced = Mark::All;
+    Mark paid = Mark::All;
+
+    bool operator==(const JournalFilter &) const = default;
+};
+
+// The columns of the journal, in screen order.
+enum class JournalColumn {
+    Date, Driver, Truck, Client, Route, Cargo, Tonnes, Km, Rate, Gross, Invoice, Invoiced, Paid
+};
+inline constexpr int journalColumnCount = 13;
+
+// One course as the journal shows it.
+struct JournalRow {
+    qint64 id = 0;
+    QDate date;
+    QString driverCode;
+    QString driverName;
+    QString truck;
+    QString client;
+    QString route;
+    QString cargo;
+    double tonnes = 0;
+    double km = 0;
+    double rate = 0;
+    double gross = 0;
+    QString invoice;
+    bool invoiced = false;
+    bool paid = false;
+
+    QVariant value(JournalColumn column) const;
+};
+
+struct JournalTotals {
+    int count = 0;
+    double tonnes = 0;
+    double km = 0;
+    double gross = 0;
+};
+
+// The journal's reading of tabl: the ids of the courses that pass the conditions in the order
+// asked (text columns in Bulgarian alphabetical order, whatever the engine), the values of a page
+// of ids, the totals and the gross of each month. Every value is bound; a text condition becomes
+// the list of stored values that contain it, so both engines match alike and use their indexes.
+class CourseJournalStore {
+public:
+    explicit CourseJournalStore(QSqlDatabase db);
+
+    // Reads again the drivers and the lists of trucks, clients, routes and cargoes the text
+    // conditions are matched against (after a course was saved, say).
+    std::optional<UserMessage> refreshLists();
+
+    Checked<QList<qint64>> orderedIds(const JournalFilter &filter, JournalColumn sortColumn, bool ascending) const;
+    Checked<QList<JournalRow>> rows(const QList<qint64> &ids) const;
+    // Every course that passes the conditions, by id, in one reading (for an export of the list).
+    Checked<QHash<qint64, JournalRow>> allRows(const JournalFilter &filter) const;
+    Checked<JournalTotals> totals(const JournalFilter &filter) const;
+    // "2026-03" -> the gross of that month, months in order.
+    Checked<QList<QPair<QString, double>>> monthlyGross(const JournalFilter &filter) const;
+
+    const QStringList &trucks() const { return m_trucks; }
+    const QStringList &clients() const { return m_clients; }
+    QString driverName(const QString &code) const { return m_driverNames.value(code); }
+
+private:
+    struct Where {
+        QString sql;  // " WHERE …" or empty
+        QVariantList values;
+        bool nothing = false;  // a text condition no stored value meets
+    };
+    Where where(const JournalFilter &filter) const;
+    Checked<QList<JournalRow>> read(const QString &condition, const QVariantList &values) const;
+
+    QSqlDatabase m_db;
+    QHash<QString, QString> m_driverNames;  // code -> name
+    QStringList m_trucks, m_clients, m_routes, m_cargoes, m_driverCodes;
+};
+
+}

@@ -1,0 +1,233 @@
+#include "courses/coursejournal.h"
+#include "forms/messageservice.h"
+#include "testdatabase.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QTemporaryDir>
+
+using namespace zarek;
+
+namespace {
+
+struct Course {
+    QDate date;
+    const char *kod;
+    const char *truck;
+    const char *client;
+    const char *route;
+    double ton;
+    double km;
+    double rate;
+    bool invoiced;
+    bool paid;
+};
+
+// Six clients whose Bulgarian order differs from the order of their code points.
+const QList<Course> courses = {
+    {QDate(2026, 3, 1), "007", "СА 1234 ВК", "Бетон АД", "София - Перник", 10, 25, 0.125, true, true},
+    {QDate(2026, 3, 2), "008", "РВ 7777 АА", "вихър ЕТ", "Пловдив - София", 12.5, 40, 0.1, false, false},
+    {QDate(2026, 3, 3), "007", "СА 1234 ВК", "Арго ООД", "Перник - Радомир", 20, 100, 0.05, false, false},
+    {QDate(2026, 3, 4), "007", "СА 1234 ВК", "Яна ЕООД", "софия - Банкя", 7.25, 12, 0.3, false, true},
+    {QDate(2026, 3, 5), "008", "СА 1234 ВК", "Ъгъл ООД", "Русе - Варна", 8, 200, 0.04, true, false},
+    {QDate(2026, 4, 1), "007", "СА 1234 ВК", "Д'Аргос ООД", "София - Перник", 10, 25, 0.125, false, false},
+};
+
+bool fill(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    for (const char *driver : {"007,Иван Петров", "008,Георги Стоянов"}) {
+        const QStringList parts = QString::fromUtf8(driver).split(QLatin1Char(','));
+        query.prepare(QStringLiteral("INSERT INTO shof (kod, ime) VALUES (?, ?)"));
+        query.addBindValue(parts[0]);
+        query.addBindValue(parts[1]);
+        if (!query.exec())
+            return false;
+    }
+    for (const Course &c : courses) {
+        query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
+                                     "procent, neto, Fakt, NomFakt, plat, Doc) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, 0, ?, ?, ?, ?)"));
+        const double bruto = std::round(c.ton * c.km * c.rate * 100) / 100;
+        for (const QVariant &v : QVariantList{c.date, QString::fromUtf8(c.kod), QString::fromUtf8(c.truck),
+                                              QString::fromUtf8(c.client), QString::fromUtf8(c.route), QStringLiteral("Пясък"),
+                                              c.km, c.ton, c.rate, bruto, c.invoiced,
+                                              c.invoiced ? QStringLiteral("0000000125") : QStringLiteral("0000000000"),
+                                              c.paid, false})
+            query.addBindValue(v);
+        if (!query.exec()) {
+            qWarning() << query.lastError().text();
+            return false;
+        }
+    }
+    return true;
+}
+
+int directCount(QSqlDatabase db, const QString &where, const QVariantList &values)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE ") + where);
+    for (const QVariant &v : values)
+        query.addBindValue(v);
+    return query.exec() && query.next() ? query.value(0).toInt() : -1;
+}
+
+QStringList column(const CourseJournal &journal, JournalColumn column)
+{
+    QStringList values;
+    for (int r = 0; r < journal.model()->rowCount(); ++r)
+        values.append(journal.model()->index(r, int(column)).data().toString());
+    return values;
+}
+
+}
+
+class CourseJournalTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void conditionsCombineAndAgreeWithADirectCount_data()
+    {
+        QTest::addColumn<QString>("truck");
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<int>("paid");  // 0 all, 1 paid, 2 unpaid
+        QTest::addColumn<QString>("where");
+        QTest::addColumn<QVariantList>("values");
+        QTest::newRow("truck, March, unpaid")
+            << "1234" << "01.03.2026" << "31.03.2026" << 2 << "kola = ? AND data BETWEEN ? AND ? AND plat = ?"
+            << QVariantList{QStringLiteral("СА 1234 ВК"), QDate(2026, 3, 1), QDate(2026, 3, 31), false};
+        QTest::newRow("lower-case truck text") << "са 1234" << "" << "" << 0 << "kola = ?"
+                                               << QVariantList{QStringLiteral("СА 1234 ВК")};
+        QTest::newRow("both ends count") << "" << "02.03.2026" << "04.03.2026" << 0 << "data BETWEEN ? AND ?"
+                                         << QVariantList{QDate(2026, 3, 2), QDate(2026, 3, 4)};
+        QTest::newRow("paid only") << "" << "" << "" << 1 << "plat = ?" << QVariantList{true};
+        QTest::newRow("no such truck") << "ХХ 0000" << "" << "" << 0 << "1 = 0" << QVariantList{};
+    }
+    void conditionsCombineAndAgreeWithADirectCount()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        QFETCH(QString, truck);
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(int, paid);
+        QFETCH(QString, where);
+        QFETCH(QVariantList, values);
+        CourseJournal journal(scratch.db());
+        journal.findChild<QLineEdit *>(QStringLiteral("txtTruck"))->setText(truck);
+        journal.findChild<QLineEdit *>(QStringLiteral("txtFrom"))->setText(from);
+        journal.findChild<QLineEdit *>(QStringLiteral("txtTo"))->setText(to);
+        journal.findChild<QComboBox *>(QStringLiteral("cboPaid"))->setCurrentIndex(paid);
+        journal.applyFilter();
+        const int expected = directCount(scratch.db(), where, values);
+        QCOMPARE(journal.model()->rowCount(), expected);
+        QCOMPARE(journal.totals().count, expected);
+    }
+
+    void theTextOfRouteOrCargoMatchesWhateverTheCase()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        CourseJournal journal(scratch.db());
+        journal.findChild<QLineEdit *>(QStringLiteral("txtText"))->setText(QStringLiteral("СОФИЯ"));
+        journal.applyFilter();
+        QCOMPARE(journal.model()->rowCount(), 4);  // "София - …", "… - София" and "софия - Банкя"
+        journal.findChild<QLineEdit *>(QStringLiteral("txtDriver"))->setText(QStringLiteral("георги"));
+        journal.applyFilter();
+        QCOMPARE(journal.model()->rowCount(), 1);
+    }
+
+    void sortingFollowsTheBulgarianAlphabetAndDates()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        CourseJournal journal(scratch.db());
+        QCOMPARE(column(journal, JournalColumn::Date),
+                 (QStringList{"01.03.2026", "02.03.2026", "03.03.2026", "04.03.2026", "05.03.2026", "01.04.2026"}));
+        journal.model()->sort(int(JournalColumn::Client), Qt::AscendingOrder);
+        QCOMPARE(column(journal, JournalColumn::Client),
+                 (QStringList{"Арго ООД", "Бетон АД", "вихър ЕТ", "Д'Аргос ООД", "Ъгъл ООД", "Яна ЕООД"}));
+        journal.model()->sort(int(JournalColumn::Client), Qt::DescendingOrder);
+        QCOMPARE(column(journal, JournalColumn::Client).first(), QStringLiteral("Яна ЕООД"));
+        journal.model()->sort(int(JournalColumn::Gross), Qt::DescendingOrder);
+        QCOMPARE(column(journal, JournalColumn::Gross).first(), QStringLiteral("100,00"));
+    }
+
+    void theTotalsAreThoseOfTheRowsShown()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        CourseJournal journal(scratch.db());
+        journal.findChild<QLineEdit *>(QStringLiteral("txtTo"))->setText(QStringLiteral("31.03.2026"));
+        journal.applyFilter();
+        double tonnes = 0, km = 0, gross = 0;
+        for (int r = 0; r < journal.model()->rowCount(); ++r) {
+            tonnes += journal.model()->rowAt(r)->tonnes;
+            km += journal.model()->rowAt(r)->km;
+            gross += journal.model()->rowAt(r)->gross;
+        }
+        QCOMPARE(journal.totals().count, 5);
+        QCOMPARE(journal.totals().tonnes, tonnes);
+        QCOMPARE(journal.totals().km, km);
+        QCOMPARE(journal.totals().gross, std::round(gross * 100) / 100);
+        const QString label = journal.findChild<QLabel *>(QStringLiteral("lblTotals"))->text();
+        QVERIFY2(label.startsWith(QStringLiteral("Курсове: 5    Тонаж: 57,750    Км: 377    Бруто: 271,35")), qPrintable(label));
+        // March, the only month of the rows shown.
+        QCOMPARE(journal.months().size(), 1);
+        QCOMPARE(journal.months().first().first, QStringLiteral("2026-03"));
+        QCOMPARE(journal.months().first().second, 271.35);
+    }
+
+    void aCourseOpenedAndSavedShowsItsNewValuesAndStaysCurrent()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        CourseJournal journal(scratch.db());
+        QSqlDatabase db = scratch.db();
+        journal.openCourse = [db](qint64 id) {
+            QSqlQuery query(db);
+            query.prepare(QStringLiteral("UPDATE tabl SET Klient = ?, data = ? WHERE id = ?"));
+            query.addBindValue(QStringLiteral("Нов клиент"));
+            query.addBindValue(QDate(2026, 5, 1));
+            query.addBindValue(id);
+            return query.exec();
+        };
+        journal.grid()->setCurrentIndex(journal.model()->index(1, int(JournalColumn::Client)));
+        const qint64 id = journal.model()->idAt(1);
+        QTest::keyClick(journal.grid(), Qt::Key_Return);
+        const int row = journal.model()->rowOf(id);
+        QCOMPARE(row, 5);  // moved to the end by its new date
+        QCOMPARE(journal.grid()->currentIndex().row(), row);
+        QCOMPARE(journal.model()->index(row, int(JournalColumn::Client)).data().toString(), QStringLiteral("Нов клиент"));
+    }
+
+    void theListGoesToASpreadsheetAsShown()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        RecordingMessageService messages;
+        CourseJournal journal(scratch.db());
+        journal.model()->sort(int(JournalColumn::Client), Qt::AscendingOrder);
+        QTemporaryDir dir;
+        const QString csv = dir.filePath(QStringLiteral("журнал.csv"));
+        QVERIFY(journal.exportTo(csv));
+        QFile file(csv);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QStringList lines = QString::fromUtf8(file.readAll().mid(3)).split(QStringLiteral("\r\n"));
+        QCOMPARE(lines.at(1), QStringLiteral("Дата;Шофьор;Кола;Клиент;Маршрут;Товар;Тон.;Км;Тарифа;Бруто;Фактура №;Факт.;Платен"));
+        QCOMPARE(lines.at(2), QStringLiteral("03.03.2026;Иван Петров;СА 1234 ВК;Арго ООД;Перник - Радомир;Пясък;20,000;100;0,050;100,00;0000000000;Не;Не"));
+        QCOMPARE(lines.at(5), QStringLiteral("01.04.2026;Иван Петров;СА 1234 ВК;Д'Аргос ООД;София - Перник;Пясък;10,000;25;0,125;31,25;0000000000;Не;Не"));
+        QCOMPARE(lines.at(8), QStringLiteral("Всичко:;;;;;;67,750;402;;302,60;;;"));
+        QVERIFY(journal.exportTo(dir.filePath(QStringLiteral("журнал.xlsx"))));
+        QVERIFY(messages.shown.isEmpty());
+    }
+};
+
+QTEST_MAIN(CourseJournalTest)
+#include "tst_coursejournal.moc"
