@@ -6,6 +6,7 @@
 #include "data/database.h"
 #include "data/schema.h"
 
+#include <QCoreApplication>
 #include <QDate>
 #include <QElapsedTimer>
 #include <QSqlDatabase>
@@ -83,6 +84,63 @@ inline int runOnCourseCounts(int argc, char **argv, const std::function<void(QSq
             bench(db, count);
         }
         closeDatabase(connection);
+    }
+    return 0;
+}
+
+// As runOnCourseCounts, once on SQLite and once more on PostgreSQL when ZAREK_TEST_PG names a
+// server (a database of its own, dropped afterwards). The bench is told the engine's name.
+inline int runOnEnginesAndCourseCounts(int argc, char **argv,
+                                       const std::function<void(const QString &engine, QSqlDatabase db, int count)> &bench)
+{
+    QList<int> sizes;
+    for (int i = 1; i < argc; ++i)
+        sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
+    if (sizes.isEmpty())
+        sizes = {10000, 100000};
+    const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
+    if (!admin)
+        std::printf("PostgreSQL skipped: set ZAREK_TEST_PG=postgresql://user@host:port/postgres\n");
+    for (const int count : sizes) {
+        for (const bool pg : {false, true}) {
+            if (pg && !admin)
+                continue;
+            QTemporaryDir dir;
+            DatabaseConfig config;
+            const QString connection = QStringLiteral("bench%1%2").arg(count).arg(pg ? "pg" : "lite");
+            const QString pgName = QStringLiteral("zarek_bench_%1_%2").arg(QCoreApplication::applicationPid()).arg(count);
+            if (pg) {
+                QSqlQuery create(openDatabase(*admin, QStringLiteral("benchadmin")));
+                create.exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(pgName));
+                config = *admin;
+                config.databaseName = pgName;
+            } else {
+                config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
+            }
+            {
+                QSqlDatabase db = openDatabase(config, connection);
+                QString error;
+                if (!db.isOpen() || !migrateSchema(db, &error)) {
+                    std::fprintf(stderr, "database: %s\n", qPrintable(error));
+                    return 1;
+                }
+                QElapsedTimer fill;
+                fill.start();
+                if (!fillCourses(db, count))
+                    return 1;
+                if (pg) {
+                    QSqlQuery analyze(db);
+                    analyze.exec(QStringLiteral("ANALYZE"));
+                }
+                std::printf("%s: filled %d courses in %.0f ms\n", pg ? "PostgreSQL" : "SQLite", count, ms(fill));
+                bench(pg ? QStringLiteral("PostgreSQL") : QStringLiteral("SQLite"), db, count);
+            }
+            closeDatabase(connection);
+            if (pg) {
+                QSqlQuery drop(QSqlDatabase::database(QStringLiteral("benchadmin")));
+                drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(pgName));
+            }
+        }
     }
     return 0;
 }

@@ -125,6 +125,7 @@ private slots:
         journal.findChild<QLineEdit *>(QStringLiteral("txtTo"))->setText(to);
         journal.findChild<QComboBox *>(QStringLiteral("cboPaid"))->setCurrentIndex(paid);
         journal.applyFilter();
+        journal.refreshSummary();
         const int expected = directCount(scratch.db(), where, values);
         QCOMPARE(journal.model()->rowCount(), expected);
         QCOMPARE(journal.totals().count, expected);
@@ -137,9 +138,11 @@ private slots:
         CourseJournal journal(scratch.db());
         journal.findChild<QLineEdit *>(QStringLiteral("txtText"))->setText(QStringLiteral("СОФИЯ"));
         journal.applyFilter();
+        journal.refreshSummary();
         QCOMPARE(journal.model()->rowCount(), 4);  // "София - …", "… - София" and "софия - Банкя"
         journal.findChild<QLineEdit *>(QStringLiteral("txtDriver"))->setText(QStringLiteral("георги"));
         journal.applyFilter();
+        journal.refreshSummary();
         QCOMPARE(journal.model()->rowCount(), 1);
     }
 
@@ -166,6 +169,7 @@ private slots:
         CourseJournal journal(scratch.db());
         journal.findChild<QLineEdit *>(QStringLiteral("txtTo"))->setText(QStringLiteral("31.03.2026"));
         journal.applyFilter();
+        journal.refreshSummary();
         double tonnes = 0, km = 0, gross = 0;
         for (int r = 0; r < journal.model()->rowCount(); ++r) {
             tonnes += journal.model()->rowAt(r)->tonnes;

@@ -6,6 +6,8 @@
 #include "forms/messageservice.h"
 #include "forms/waitcursor.h"
 
+#include <cmath>
+
 #include <QBarCategoryAxis>
 #include <QBarSeries>
 #include <QBarSet>
@@ -147,6 +149,10 @@ void CourseJournal::buildScreen()
     layout->addWidget(split, 1);
     layout->addLayout(bottom);
 
+    m_summaryTimer = new QTimer(this);
+    m_summaryTimer->setSingleShot(true);
+    m_summaryTimer->setInterval(0);
+    connect(m_summaryTimer, &QTimer::timeout, this, &CourseJournal::refreshSummary);
     m_typing = new QTimer(this);
     m_typing->setSingleShot(true);
     m_typing->setInterval(200);
@@ -189,14 +195,22 @@ void CourseJournal::applyFilter()
     m_typing->stop();
     if (const auto error = m_model->setFilter(filterOnScreen()))
         MessageService::instance().inform(*error);
+    // The rows show first; totals and chart follow at once after.
+    m_summaryTimer->start();
+}
+
+void CourseJournal::refreshSummary()
+{
+    m_summaryTimer->stop();
+    const Checked<JournalSummary> summary = m_store.summary(m_model->filter());
+    m_totals = summary ? summary.value().totals : JournalTotals{};
+    m_months = summary ? summary.value().months : QList<QPair<QString, double>>{};
     showTotals();
     showChart();
 }
 
 void CourseJournal::showTotals()
 {
-    const Checked<JournalTotals> totals = m_store.totals(m_model->filter());
-    m_totals = totals ? totals.value() : JournalTotals{};
     m_totalsLabel->setText(QStringLiteral("Курсове: %1    Тонаж: %2    Км: %3    Бруто: %4 %5")
                                .arg(m_totals.count)
                                .arg(formatTonnes(m_totals.tonnes), formatKm(m_totals.km), formatAmount(m_totals.gross),
@@ -205,8 +219,6 @@ void CourseJournal::showTotals()
 
 void CourseJournal::showChart()
 {
-    const Checked<QList<QPair<QString, double>>> months = m_store.monthlyGross(m_model->filter());
-    m_months = months ? months.value() : QList<QPair<QString, double>>{};
     auto *chart = new QChart;
     chart->setTitle(QStringLiteral("Бруто по месеци"));
     chart->legend()->hide();
@@ -261,10 +273,18 @@ Checked<ExportTable> CourseJournal::exportTable() const
         const auto found = byId->constFind(ids.at(row));
         return found == byId->constEnd() ? QVariant() : found->value(static_cast<JournalColumn>(column));
     };
+    // The totals of exactly the rows written, the gross in whole stotinki.
+    double tonnes = 0, km = 0;
+    qint64 stotinki = 0;
+    for (const JournalRow &row : std::as_const(*byId)) {
+        tonnes += row.tonnes;
+        km += row.km;
+        stotinki += std::llround(row.gross * 100);
+    }
     table.totals.resize(journalColumnCount);
-    table.totals[int(JournalColumn::Tonnes)] = m_totals.tonnes;
-    table.totals[int(JournalColumn::Km)] = m_totals.km;
-    table.totals[int(JournalColumn::Gross)] = m_totals.gross;
+    table.totals[int(JournalColumn::Tonnes)] = tonnes;
+    table.totals[int(JournalColumn::Km)] = km;
+    table.totals[int(JournalColumn::Gross)] = stotinki / 100.0;
     return table;
 }
 
@@ -310,8 +330,7 @@ void CourseJournal::openCurrent()
     m_store.refreshLists();
     if (const auto error = m_model->reload())
         MessageService::instance().inform(*error);
-    showTotals();
-    showChart();
+    refreshSummary();
     const int row = m_model->rowOf(id);
     if (row >= 0) {
         m_grid->setCurrentIndex(m_model->index(row, std::max(0, column)));

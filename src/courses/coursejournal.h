@@ -39,6 +39,8 @@ public:
     bool exportTo(const QString &fileName);
     // Applies what is typed in the conditions now, without waiting for the pause in typing.
     void applyFilter();
+    // Reads the totals and the months of the rows shown (done by itself just after the rows show).
+    void refreshSummary();
     // Opens the current course, then reads the journal again, staying on that course.
     void openCurrent();
 
@@ -66,6 +68,7 @@ private:
     QLabel *m_totalsLabel = nullptr;
     QChartView *m_chart = nullptr;
     QTimer *m_typing = nullptr;
+    QTimer *m_summaryTimer = nullptr;
     JournalTotals m_totals;
     QList<QPair<QString, double>> m_months;
 };

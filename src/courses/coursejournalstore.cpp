@@ -8,6 +8,7 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 
 namespace zarek {
@@ -202,59 +203,66 @@ Checked<QList<qint64>> CourseJournalStore::orderedIds(const JournalFilter &filte
     const Where condition = where(filter);
     if (condition.nothing)
         return QList<qint64>{};
+    // The engine gives the rows by date (its index); any other order is a stable sort here, so
+    // equal values stay by date, texts go by the Bulgarian alphabet on both engines, and no
+    // column needs an index of its own.
+    const bool byDate = sortColumn == JournalColumn::Date;
     const QString column = QString::fromLatin1(columnName(sortColumn));
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
-    const bool text = isTextColumn(sortColumn);
-    // Numbers, dates and marks sort in the engine; texts are ranked here by the Bulgarian alphabet.
-    const QString order = text ? QString()
-                               : QStringLiteral(" ORDER BY %1 %2, id %2").arg(column, ascending ? QStringLiteral("ASC")
-                                                                                                : QStringLiteral("DESC"));
-    query.prepare(QStringLiteral("SELECT id, %1, data FROM tabl").arg(column) + condition.sql + order);
+    query.prepare((byDate ? QStringLiteral("SELECT id FROM tabl") : QStringLiteral("SELECT id, %1 FROM tabl").arg(column))
+                  + condition.sql + QStringLiteral(" ORDER BY data, id"));
     for (const QVariant &value : condition.values)
         query.addBindValue(value);
     if (!query.exec())
         return sqlErrorMessage(readTitle, query.lastError());
     QList<qint64> ids;
-    if (!text) {
+    if (byDate) {
         while (query.next())
             ids.append(query.value(0).toLongLong());
+        if (!ascending)
+            std::reverse(ids.begin(), ids.end());
         return ids;
     }
     struct Keyed {
         qint64 id;
-        int rank;
-        QDate date;
+        double key;
     };
     QList<Keyed> keyed;
-    QHash<QString, int> ranks;
-    QList<QString> distinct;
-    while (query.next()) {
-        QString value = query.value(1).toString();
-        if (sortColumn == JournalColumn::Driver)
-            value = m_driverNames.value(value.trimmed(), value);
-        auto found = ranks.constFind(value);
-        if (found == ranks.constEnd()) {
-            found = ranks.insert(value, static_cast<int>(distinct.size()));
-            distinct.append(value);
+    if (isTextColumn(sortColumn)) {
+        QHash<QString, int> ranks;
+        QList<QString> distinct;
+        while (query.next()) {
+            QString value = query.value(1).toString();
+            if (sortColumn == JournalColumn::Driver)
+                value = m_driverNames.value(value.trimmed(), value);
+            auto found = ranks.constFind(value);
+            if (found == ranks.constEnd()) {
+                found = ranks.insert(value, static_cast<int>(distinct.size()));
+                distinct.append(value);
+            }
+            keyed.append({query.value(0).toLongLong(), static_cast<double>(*found)});
         }
-        keyed.append({query.value(0).toLongLong(), *found, dateOf(query.value(2))});
+        // The few distinct values are ranked once by the collator; the many rows sort by rank.
+        QList<int> byAlphabet(distinct.size());
+        std::iota(byAlphabet.begin(), byAlphabet.end(), 0);
+        QCollator collator{QLocale(QLocale::Bulgarian, QLocale::Bulgaria)};
+        std::sort(byAlphabet.begin(), byAlphabet.end(),
+                  [&](int a, int b) { return collator.compare(distinct[a], distinct[b]) < 0; });
+        QList<double> rankOf(distinct.size());
+        for (int i = 0; i < byAlphabet.size(); ++i)
+            rankOf[byAlphabet[i]] = i;
+        for (Keyed &k : keyed)
+            k.key = rankOf[static_cast<int>(k.key)];
+    } else if (sortColumn == JournalColumn::Invoice) {
+        while (query.next())
+            keyed.append({query.value(0).toLongLong(), query.value(1).toString().toDouble()});
+    } else {
+        while (query.next())
+            keyed.append({query.value(0).toLongLong(), query.value(1).toDouble()});
     }
-    // Rank the few distinct values once with the collator, then sort the many rows by rank.
-    QList<int> order_(distinct.size());
-    std::iota(order_.begin(), order_.end(), 0);
-    QCollator collator{QLocale(QLocale::Bulgarian, QLocale::Bulgaria)};
-    std::sort(order_.begin(), order_.end(), [&](int a, int b) { return collator.compare(distinct[a], distinct[b]) < 0; });
-    QList<int> rankOf(distinct.size());
-    for (int i = 0; i < order_.size(); ++i)
-        rankOf[order_[i]] = i;
-    std::sort(keyed.begin(), keyed.end(), [&](const Keyed &a, const Keyed &b) {
-        const int ra = rankOf[a.rank], rb = rankOf[b.rank];
-        if (ra != rb)
-            return ascending ? ra < rb : ra > rb;
-        if (a.date != b.date)
-            return a.date < b.date;
-        return a.id < b.id;
+    std::stable_sort(keyed.begin(), keyed.end(), [ascending](const Keyed &a, const Keyed &b) {
+        return ascending ? a.key < b.key : a.key > b.key;
     });
     ids.reserve(keyed.size());
     for (const Keyed &k : std::as_const(keyed))
@@ -323,46 +331,34 @@ Checked<QList<JournalRow>> CourseJournalStore::read(const QString &condition, co
     return out;
 }
 
-Checked<JournalTotals> CourseJournalStore::totals(const JournalFilter &filter) const
+Checked<JournalSummary> CourseJournalStore::summary(const JournalFilter &filter) const
 {
-    JournalTotals totals;
+    JournalSummary summary;
     const Where condition = where(filter);
     if (condition.nothing)
-        return totals;
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    // Gross in whole stotinki, so the sum of many rows has no binary drift.
-    query.prepare(QStringLiteral("SELECT COUNT(*), SUM(ton), SUM(km), SUM(ROUND(bruto * 100)) FROM tabl") + condition.sql);
-    for (const QVariant &value : condition.values)
-        query.addBindValue(value);
-    if (!query.exec() || !query.next())
-        return sqlErrorMessage(readTitle, query.lastError());
-    totals.count = query.value(0).toInt();
-    totals.tonnes = query.value(1).toDouble();
-    totals.km = query.value(2).toDouble();
-    totals.gross = query.value(3).toDouble() / 100.0;
-    return totals;
-}
-
-Checked<QList<QPair<QString, double>>> CourseJournalStore::monthlyGross(const JournalFilter &filter) const
-{
-    QList<QPair<QString, double>> months;
-    const Where condition = where(filter);
-    if (condition.nothing)
-        return months;
+        return summary;
     const QString month = dialectOf(m_db) == Dialect::PostgreSQL ? QStringLiteral("to_char(data, 'YYYY-MM')")
                                                                    : QStringLiteral("substr(data, 1, 7)");
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT %1, SUM(ROUND(bruto * 100)) FROM tabl").arg(month) + condition.sql
-                  + QStringLiteral(" GROUP BY 1 ORDER BY 1"));
+    // One pass over the rows for both; gross in whole stotinki, so many rows add up without drift.
+    query.prepare(QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), SUM(ROUND(bruto * 100)) FROM tabl").arg(month)
+                  + condition.sql + QStringLiteral(" GROUP BY 1 ORDER BY 1"));
     for (const QVariant &value : condition.values)
         query.addBindValue(value);
     if (!query.exec())
         return sqlErrorMessage(readTitle, query.lastError());
-    while (query.next())
-        months.append({query.value(0).toString(), query.value(1).toDouble() / 100.0});
-    return months;
+    qint64 stotinki = 0;
+    while (query.next()) {
+        summary.totals.count += query.value(1).toInt();
+        summary.totals.tonnes += query.value(2).toDouble();
+        summary.totals.km += query.value(3).toDouble();
+        const auto monthStotinki = static_cast<qint64>(std::llround(query.value(4).toDouble()));
+        stotinki += monthStotinki;
+        summary.months.append({query.value(0).toString(), monthStotinki / 100.0});
+    }
+    summary.totals.gross = stotinki / 100.0;
+    return summary;
 }
 
 }

@@ -62,6 +62,11 @@ struct JournalTotals {
     double gross = 0;
 };
 
+struct JournalSummary {
+    JournalTotals totals;
+    QList<QPair<QString, double>> months;
+};
+
 // The journal's reading of tabl: the ids of the courses that pass the conditions in the order
 // asked (text columns in Bulgarian alphabetical order, whatever the engine), the values of a page
 // of ids, the totals and the gross of each month. Every value is bound; a text condition becomes
@@ -78,9 +83,8 @@ public:
     Checked<QList<JournalRow>> rows(const QList<qint64> &ids) const;
     // Every course that passes the conditions, by id, in one reading (for an export of the list).
     Checked<QHash<qint64, JournalRow>> allRows(const JournalFilter &filter) const;
-    Checked<JournalTotals> totals(const JournalFilter &filter) const;
-    // "2026-03" -> the gross of that month, months in order.
-    Checked<QList<QPair<QString, double>>> monthlyGross(const JournalFilter &filter) const;
+    // The totals of the courses that pass, and the gross of each month ("2026-03"), in one reading.
+    Checked<JournalSummary> summary(const JournalFilter &filter) const;
 
     const QStringList &trucks() const { return m_trucks; }
     const QStringList &clients() const { return m_clients; }
