@@ -6,6 +6,7 @@
 #include "reports/reportpreview.h"
 #include "reports/reportrenderer.h"
 
+#include <QBuffer>
 #include <QComboBox>
 #include <QRegularExpression>
 #include <QSpinBox>
@@ -392,6 +393,34 @@ private slots:
             layoutReport(report);
         }
         qputenv("ZAREK_STRICT_REPORTS", strict);
+    }
+
+    void aPictureGoesOnAPageOfItsOwnAfterTheReportInProportion()
+    {
+        QImage chart(400, 200, QImage::Format_RGB32);
+        chart.fill(Qt::blue);
+        QByteArray png;
+        QBuffer buffer(&png);
+        buffer.open(QIODevice::WriteOnly);
+        chart.save(&buffer, "PNG");
+        Report report = listReport(rowsOf(3, [](int i) { return i + 1.0; }));
+        report.appendPicture(QStringLiteral("Баланс на колите"), png);
+        const LaidOutReport laid = layoutReport(report);
+        QCOMPARE(laid.pageCount(), 2);
+        QCOMPARE(laid.textLines(1), QStringList{QStringLiteral("Баланс на колите")});
+        const ReportPrimitive *picture = nullptr;
+        for (const ReportPrimitive &p : laid.pages.at(1).primitives) {
+            if (p.kind == ReportPrimitive::Kind::Image)
+                picture = &p;
+        }
+        QVERIFY(picture);
+        QVERIFY(QRectF(QPointF(0, 0), laid.pageSize).contains(picture->rect));
+        QVERIFY(qAbs(picture->rect.width() / picture->rect.height() - 2.0) < 0.01);
+        // The numbered pages do not count the picture's page.
+        QVERIFY(laid.textLines(0).last().contains(QStringLiteral("Страница 1 от 1")));
+        const QImage drawn = renderReportPageImage(laid, 1, 30);
+        const QPointF middle = picture->rect.center() * (30.0 / 72.0);
+        QCOMPARE(drawn.pixelColor(middle.toPoint()), QColor(Qt::blue));
     }
 
     void aFigureTooWideForItsBoxIsSetSmallerNotCut()

@@ -109,6 +109,26 @@ private slots:
         }
     }
 
+    void aPictureOfTheTableGoesOnASheetOfItsOwn()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("unzip")).isEmpty())
+            QSKIP("unzip is needed to read the workbook back");
+        // The smallest PNG: one white pixel.
+        const QByteArray png = QByteArray::fromBase64(
+            "iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAIAAACQd1PeAAAADElEQVR4nGP4//8/AAX+Av4N70a4AAAAAElFTkSuQmCC");
+        ExportTable table = courseTable();
+        table.pictures.append({QStringLiteral("Бруто по месеци"), png});
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("с графика.xlsx"));
+        QVERIFY(!writeTable(table, file));
+        QProcess list;
+        list.start(QStringLiteral("unzip"), {QStringLiteral("-l"), file});
+        list.waitForFinished();
+        const QString entries = QString::fromUtf8(list.readAllStandardOutput());
+        QVERIFY2(entries.contains(QStringLiteral("xl/worksheets/sheet2.xml")), qPrintable(entries));
+        QVERIFY2(entries.contains(QStringLiteral("xl/media/image1.png")), qPrintable(entries));
+    }
+
     void aFileThatCannotBeWrittenIsAMessage()
     {
         const auto csv = writeTable(courseTable(), QStringLiteral("/nonexistent/folder/x.csv"));

@@ -2,6 +2,7 @@
 
 #include "reports/reportdesign.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QPointF>
 #include <QRectF>
@@ -14,7 +15,7 @@ namespace zarek {
 
 // One thing drawn on a page. Coordinates are points (1/72 inch) from the paper's top left corner.
 struct ReportPrimitive {
-    enum class Kind { Text, Line, Box, Fill };
+    enum class Kind { Text, Line, Box, Fill, Image };
     Kind kind = Kind::Text;
     QRectF rect;        // Box and Fill: the rectangle; Line: from topLeft to bottomRight; Text: the text's box
     QPointF origin;     // Text: the start of its baseline
@@ -22,6 +23,7 @@ struct ReportPrimitive {
     int font = 0;       // Text: index into LaidOutReport::fonts
     quint32 color = 0;  // 0xAARRGGBB
     double lineWidth = 0.5;
+    QByteArray image;   // Image: a PNG picture drawn into rect
 };
 
 struct ReportPage {
@@ -40,6 +42,9 @@ struct LaidOutReport {
     QList<ReportPage> pages;
 
     int pageCount() const { return static_cast<int>(pages.size()); }
+
+    // Adds a page with a title and a picture (a PNG, a chart say) fitted below it, kept in proportion.
+    void appendPicturePage(const QString &title, const QByteArray &png);
 
     // The texts of a page as lines: texts on one baseline, left to right.
     QList<QStringList> pageTextLines(int page) const;

@@ -36,6 +36,10 @@ public:
     void setDataField(const QString &section, const QString &name, const QString &field);
     void setFunctionType(const QString &section, const QString &name, int functionType);
     void setBackColor(const QString &section, const QString &name, qint64 color);
+    // A picture (PNG, a chart say) printed on a page of its own after the report, and exported with it.
+    void appendPicture(const QString &title, const QByteArray &png) { m_pictures.append({title, png}); }
+    const QList<QPair<QString, QByteArray>> &pictures() const { return m_pictures; }
+
     // Shows or hides a control; a hidden one draws nothing.
     void setVisible(const QString &section, const QString &name, bool visible);
     // Moves a control to a new position in its section, in twips.
@@ -47,6 +51,7 @@ public:
 private:
     ReportDesign m_design;
     RowSet m_rows;
+    QList<QPair<QString, QByteArray>> m_pictures;
 };
 
 }

@@ -113,6 +113,7 @@ ExportTable exportTableOf(const Report &report)
             table.totals[target] = static_cast<double>(units) / factor;
         }
     }
+    table.pictures = report.pictures();
     return table;
 }
 

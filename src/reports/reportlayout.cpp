@@ -524,6 +524,8 @@ LaidOutReport LayoutEngine::run()
     }
     endPage();
     fillPageNumbers();
+    for (const auto &[title, png] : m_report.pictures())
+        m_out.appendPicturePage(title, png);
     return std::move(m_out);
 }
 

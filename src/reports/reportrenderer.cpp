@@ -66,6 +66,12 @@ void renderReportPage(QPainter &painter, const LaidOutReport &report, int page, 
             currentPen = 0;
             currentFont = -1;
             break;
+        case ReportPrimitive::Kind::Image: {
+            const QImage picture = QImage::fromData(p.image, "PNG");
+            if (!picture.isNull())
+                painter.drawImage(p.rect, picture);
+            break;
+        }
         case ReportPrimitive::Kind::Text:
             if (p.font != currentFont) {
                 painter.setFont(fonts.at(p.font));

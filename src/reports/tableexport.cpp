@@ -217,6 +217,14 @@ std::optional<UserMessage> writeXlsx(const ExportTable &table, const QString &fi
     for (const QString &line : table.noteLines)
         worksheet_write_string(sheet, r++, 0, line.toUtf8().constData(), nullptr);
     worksheet_freeze_panes(sheet, headerRow + 1, 0);
+    for (qsizetype i = 0; i < table.pictures.size(); ++i) {
+        const auto &[title, png] = table.pictures.at(i);
+        const QByteArray name = (i == 0 ? QStringLiteral("Графика") : QStringLiteral("Графика %1").arg(i + 1)).toUtf8();
+        lxw_worksheet *pictureSheet = workbook_add_worksheet(workbook, name.constData());
+        worksheet_write_string(pictureSheet, 0, 0, title.toUtf8().constData(), bold);
+        worksheet_insert_image_buffer(pictureSheet, 2, 0, reinterpret_cast<const unsigned char *>(png.constData()),
+                                      static_cast<size_t>(png.size()));
+    }
 
     const lxw_error error = workbook_close(workbook);
     if (error != LXW_NO_ERROR) {

@@ -31,6 +31,7 @@ struct ExportTable {
     QString totalsCaption = QStringLiteral("Всичко:");
     QList<QVariant> totals;  // one per column, null where none; empty: no totals row
     QStringList noteLines;   // lines under the totals
+    QList<QPair<QString, QByteArray>> pictures;  // title and PNG: a sheet of its own each in a workbook
 };
 
 // The table for the column kind a grid or report format asks for: "###0.00", "0,000" and the like
