@@ -117,6 +117,8 @@ private slots:
         QCOMPARE(model->index(0, 7).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignHorizontal_Mask,
                  Qt::AlignRight);
         QCOMPARE(model->index(0, 8).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);
+        QCOMPARE(model->index(2, 1).data(Qt::ToolTipRole).toString(), QStringLiteral("Батановци - Перник"));
+        QVERIFY(!model->index(0, 8).data(Qt::ToolTipRole).isValid());
         QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
                  QStringLiteral("Курсове зa Бетон АД от 01.03.2006 до 31.03.2006"));
         QCOMPARE(screen.findChild<QPushButton *>(QStringLiteral("cmdPrint"))->text(), QStringLiteral("Печат"));
