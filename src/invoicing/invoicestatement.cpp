@@ -132,6 +132,7 @@ Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDa
         report.setCaption(header, QStringLiteral("Label4"),
                           QStringLiteral("за курсовете по издадена фактура №") + heading.number);
         report.setCaption(header, QStringLiteral("Label5"), QString());
+        report.setVisible(header, QStringLiteral("Label5"), false);  // an invoice of any dates: no period
     }
     const QList<QPair<QString, QString>> fields = {
         {QStringLiteral("Text100"), QStringLiteral("Red")},    {QStringLiteral("Text101"), QStringLiteral("Data")},
