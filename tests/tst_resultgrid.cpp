@@ -117,6 +117,8 @@ private slots:
         QCOMPARE(model->index(0, 7).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignHorizontal_Mask,
                  Qt::AlignRight);
         QCOMPARE(model->index(0, 8).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);
+        QCOMPARE(model->index(2, 1).data(Qt::ToolTipRole).toString(), QStringLiteral("Батановци - Перник"));
+        QVERIFY(!model->index(0, 8).data(Qt::ToolTipRole).isValid());
         QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
                  QStringLiteral("Курсове зa Бетон АД от 01.03.2006 до 31.03.2006"));
         QCOMPARE(screen.findChild<QPushButton *>(QStringLiteral("cmdPrint"))->text(), QStringLiteral("Печат"));
@@ -295,6 +297,72 @@ private slots:
         screen.reject();
         QCOMPARE(settled, 1);
         QVERIFY(!changedAtClose);  // closed without a key: nothing to write
+    }
+
+    void aSettleThatFailsKeepsTheScreenOpenAndALaterCloseTriesAgain()
+    {
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(courses());
+        int attempts = 0;
+        int closed = 0;
+        screen.onSettle = [&](ResultGridScreen &) { return ++attempts >= 2; };
+        screen.onClose = [&](ResultGridScreen &) { ++closed; };
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        screen.close();
+        QVERIFY(screen.isVisible());
+        QCOMPARE(closed, 0);
+        QTest::mouseClick(screen.closeButton(), Qt::LeftButton);
+        QVERIFY(!screen.isVisible());
+        screen.close();
+        QCOMPARE(attempts, 2);
+        QCOMPARE(closed, 1);
+    }
+
+    void freshRowsKeepTheMarksOfUnchangedRows()
+    {
+        ResultGridConfig config = fakturaConfig();
+        ResultGridScreen screen(config);
+        QStringList columns = courses().columns();
+        columns << QStringLiteral("id") << QStringLiteral("row_version");
+        RowSet rows(columns);
+        const RowSet base = courses();
+        for (int row = 0; row < base.rowCount(); ++row) {
+            QList<QVariant> cells;
+            for (int c = 0; c < base.columnCount(); ++c)
+                cells.append(base.value(row, c));
+            rows.appendRow(cells + QList<QVariant>{row + 1, 1});
+        }
+        screen.setRows(rows);
+        screen.show();
+        QTRY_COMPARE(screen.currentRow(), 0);
+        for (int row = 0; row < 3; ++row) {
+            screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
+            QTest::keyClick(screen.grid(), Qt::Key_Space);
+        }
+        QCOMPARE(sumText(screen), QStringLiteral("181,25лв."));
+
+        // Read again: row 2 changed elsewhere (version 2), row 3 is gone, a new row came.
+        RowSet fresh(columns);
+        auto cellsOf = [&](int row, int version) {
+            QList<QVariant> cells;
+            for (int c = 0; c < base.columnCount(); ++c)
+                cells.append(base.value(row, c));
+            return cells + QList<QVariant>{row + 1, version};
+        };
+        fresh.appendRow(cellsOf(0, 1));
+        fresh.appendRow(cellsOf(1, 2));
+        QList<QVariant> extra = cellsOf(2, 1);
+        extra[extra.size() - 2] = 9;
+        fresh.appendRow(extra);
+        screen.reloadRows(fresh, QStringLiteral("id"), QStringLiteral("row_version"));
+        QCOMPARE(screen.model()->rowCount(), 3);
+        QVERIFY(screen.model()->isMarked(0));
+        QVERIFY(!screen.model()->isMarked(1));  // changed elsewhere: as read
+        QVERIFY(!screen.model()->isMarked(2));  // new
+        QCOMPARE(screen.runningTotal(), Money::fromCents(3125));
+        QCOMPARE(sumText(screen), QStringLiteral("31,25лв."));
+        QVERIFY(screen.changed());
     }
 
     void closingCommitsACellStillBeingEdited()

@@ -109,6 +109,11 @@ QVariant ResultGridModel::data(const QModelIndex &index, int role) const
         if (!column.checkBox || source < 0)
             return {};
         return m_rows.value(index.row(), source).toBool() ? Qt::Checked : Qt::Unchecked;
+    case Qt::ToolTipRole:
+        // The whole text of a cell too narrow for it (a long route or cargo in a fixed column).
+        if (source < 0 || column.checkBox)
+            return {};
+        return displayText(m_rows.value(index.row(), source), column);
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
     case Qt::ForegroundRole:

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QFrame>
+#include <QHash>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -165,6 +166,43 @@ void ResultGridScreen::setRunningTotal(Money total, bool show)
         showTotal();
 }
 
+void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QString &versionField)
+{
+    // The marks held now, by row key, with the version of the row they were made on.
+    struct Held {
+        qint64 version;
+        bool marked;
+    };
+    QHash<qint64, Held> held;
+    const RowSet &old = m_model->rows();
+    const int oldKey = old.column(keyField);
+    const int oldVersion = old.column(versionField);
+    if (oldKey >= 0) {
+        for (int row = 0; row < old.rowCount(); ++row)
+            held.insert(old.value(row, oldKey).toLongLong(),
+                        {oldVersion >= 0 ? old.value(row, oldVersion).toLongLong() : 0, m_model->isMarked(row)});
+    }
+    const int key = rows.column(keyField);
+    const int version = rows.column(versionField);
+    const int flag = m_config.flagField.isEmpty() ? -1 : rows.column(m_config.flagField);
+    const int amount = rows.column(m_config.amountField);
+    Money total;
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        if (flag >= 0 && key >= 0) {
+            const auto found = held.constFind(rows.value(row, key).toLongLong());
+            const bool unchanged = found != held.constEnd()
+                                   && (version < 0 || found->version == rows.value(row, version).toLongLong());
+            if (unchanged)
+                rows.setValue(row, flag, found->marked);
+        }
+        if (flag >= 0 && amount >= 0 && rows.value(row, flag).toBool())
+            total += Money::fromAmount(rows.value(row, amount).toDouble());
+    }
+    setRows(std::move(rows));
+    m_total = total;
+    showTotal();
+}
+
 void ResultGridScreen::showTotal()
 {
     if (m_sumLabel)
@@ -264,8 +302,10 @@ void ResultGridScreen::commitOpenEditor()
 void ResultGridScreen::done(int result)
 {
     if (!m_settled) {
-        m_settled = true;
         commitOpenEditor();
+        if (onSettle && !onSettle(*this))
+            return;  // nothing settled: the screen stays open
+        m_settled = true;
         if (onClose)
             onClose(*this);
     }

@@ -57,6 +57,10 @@ public:
     bool changed() const { return m_changed; }
     Money runningTotal() const { return m_total; }
     void setRunningTotal(Money total, bool show);
+    // Puts fresh rows in the grid (another user changed some), keeping the marks of the rows
+    // that are still there unchanged; keyField is a row's integer id, versionField its version.
+    // The running total becomes the sum of the marks, shown. Keeps the changed state.
+    void reloadRows(RowSet rows, const QString &keyField, const QString &versionField);
 
     bool editingAllowed() const;
     void setEditingAllowed(bool allowed);
@@ -68,7 +72,11 @@ public:
     QPushButton *closeButton() const { return m_close; }
 
     // Hooks. onMark may refuse a mark with a message; onKey may take a key first (true: taken).
+    // onSettle writes the screen's work as it closes; false keeps the screen open with nothing
+    // settled (a write that failed or met another user's change), and a later close tries again.
+    // onClose runs once, after the work is settled.
     std::function<void(ResultGridScreen &)> onPrint;
+    std::function<bool(ResultGridScreen &)> onSettle;
     std::function<void(ResultGridScreen &)> onClose;
     std::function<std::optional<UserMessage>(int row, bool marked)> onMark;
     std::function<bool(QKeyEvent *)> onKey;

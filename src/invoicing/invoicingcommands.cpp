@@ -1,12 +1,49 @@
 #include "invoicing/invoicingcommands.h"
 
+#include "courses/searchcommand.h"
+#include "data/scratchdatabase.h"
 #include "forms/commands.h"
+#include "forms/messageservice.h"
+#include "invoicing/faktura.h"
 
 namespace zarek {
 
+namespace {
+
+// Lays out TempPlaten afresh and runs the invoicing screen over the conditions given.
+void openFaktura(CommandRegistry &commands, FakturaMode mode, const QString &menuItem, const SearchConditions &c)
+{
+    CommandContext &context = commands.context();
+    QSqlDatabase scratch;
+    if (context.scratch) {
+        if (const auto refusal = context.scratch->RebuildScratchTable(QStringLiteral("TempPlaten"))) {
+            MessageService::instance().inform(*refusal);
+            return;
+        }
+        scratch = context.scratch->db();
+    }
+    Faktura screen(mode, c, context.db, scratch, context.firm(), context.window);
+    context.setPanel(Faktura::panelText(mode, c));
+    commands.runModal(screen, context.helpTopic(menuItem));
+}
+
+}
+
 void registerInvoicingCommands(CommandRegistry &commands)
 {
-    Q_UNUSED(commands);
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuDataFakt"), SearchMode::FaktNew, SearchDialogKind::SeekAll,
+                      QStringLiteral("Търсене - Нефактурирани курсове"), QStringLiteral("Фактуриране на курсове...")},
+                     [&commands](const SearchConditions &c) {
+                         openFaktura(commands, FakturaMode::FaktNew, QStringLiteral("mnuDataFakt"), c);
+                     });
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuDataEditFakt"), SearchMode::EditFakt, SearchDialogKind::Seek,
+                      QStringLiteral("Търсене - Корекция фактури"),
+                      QStringLiteral("Корекция на фактурирани курсове...")},
+                     [&commands](const SearchConditions &c) {
+                         openFaktura(commands, FakturaMode::EditFakt, QStringLiteral("mnuDataEditFakt"), c);
+                     });
 }
 
 }

@@ -1,0 +1,242 @@
+#include "faktura.h"
+
+#include "core/docnumber.h"
+#include "core/version.h"
+#include "core/valueformat.h"
+#include "forms/messageservice.h"
+#include "forms/waitcursor.h"
+#include "invoicing/diafakt.h"
+#include "invoicing/invoicestatement.h"
+#include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
+
+#include <QHash>
+#include <QPushButton>
+
+namespace zarek {
+
+namespace {
+
+// The "a" of "зa" on this line is a Latin letter, as on the firm's screens for years.
+QString coursesFor(const QString &klient)
+{
+    return QStringLiteral("Курсове з") + QLatin1Char('a') + QLatin1Char(' ') + klient;
+}
+
+QString invoiceCoursesText(const QString &number)
+{
+    return QStringLiteral("Курсове във фактурира № ") + number;
+}
+
+FakturaSelection selectionOf(FakturaMode mode, const SearchConditions &c)
+{
+    return {mode, c.SeekKlient, c.period, c.SeekKola, c.SeekMarsh, c.SeekTovar, c.SeekNomFakt};
+}
+
+}
+
+ResultGridConfig Faktura::config(FakturaMode mode, const SearchConditions &c)
+{
+    ResultGridConfig config;
+    config.formName = QStringLiteral("Faktura");
+    const QString subject = mode == FakturaMode::FaktNew ? QStringLiteral("Курсове за ") + c.SeekKlient
+                                                         : invoiceCoursesText(c.SeekNomFakt);
+    config.caption = QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - ") + subject;
+    config.text1 = mode == FakturaMode::FaktNew ? coursesFor(c.SeekKlient) + QStringLiteral(" от ")
+                                                      + formatDate(c.period.from) + QStringLiteral(" до ")
+                                                      + formatDate(c.period.to)
+                                                : invoiceCoursesText(c.SeekNomFakt);
+    config.columns = {
+        {QStringLiteral("Data"), QStringLiteral("Дата"), 1200, {}, Qt::AlignLeft},
+        {QStringLiteral("Marsh"), QStringLiteral("Маршрут"), 2600, {}, Qt::AlignLeft},
+        {QStringLiteral("Tovar"), QStringLiteral("Товар"), 2050, {}, Qt::AlignLeft},
+        {QStringLiteral("kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter},
+        {QStringLiteral("KM"), QStringLiteral("Км"), 750, QStringLiteral("###0"), Qt::AlignRight},
+        {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("bruto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight},
+        {QStringLiteral("Fakt"), QStringLiteral("Факт."), 650, {}, Qt::AlignHCenter, true, false, true},
+        {QStringLiteral("NomFakt"), {}, 0, {}, Qt::AlignLeft, false, true},
+    };
+    config.flagField = QStringLiteral("Fakt");
+    config.amountField = QStringLiteral("bruto");
+    config.sumCaption = QStringLiteral("Сума за плащане:");
+    config.legend = {{QStringLiteral("Label7"), QStringLiteral("Space")},
+                     {QStringLiteral("Label8"), QStringLiteral("- Маркира плащане")}};
+    config.emptyMessage = mode == FakturaMode::FaktNew ? QStringLiteral("Няма курсове за фактуриране!")
+                                                       : QStringLiteral("В избраната фактура няма курсове!");
+    return config;
+}
+
+QString Faktura::panelText(FakturaMode mode, const SearchConditions &conditions)
+{
+    return mode == FakturaMode::FaktNew ? QStringLiteral("Курсове за фактуриране...")
+                                        : invoiceCoursesText(conditions.SeekNomFakt);
+}
+
+Faktura::Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatabase db, QSqlDatabase scratch,
+                 FirmProfile firm, QWidget *parent)
+    : ResultGridScreen(config(mode, conditions), parent), m_mode(mode), m_conditions(conditions),
+      m_selection(selectionOf(mode, conditions)), m_db(std::move(db)), m_scratch(std::move(scratch)),
+      m_firm(std::move(firm)), m_number(mode == FakturaMode::EditFakt ? conditions.SeekNomFakt : noDocumentNumber())
+{
+    m_fakt = addButton(QStringLiteral("cmdFakt"), QStringLiteral("Фактура №"));
+    connect(m_fakt, &QPushButton::clicked, this, &Faktura::chooseNumber);
+    onPrint = [this](ResultGridScreen &) { print(); };
+    onSettle = [this](ResultGridScreen &) { return settle(); };
+    showStatement = [this](const Report &report) {
+        ReportPreview preview(layoutReport(report), this);
+        preview.exec();
+    };
+    if (m_mode == FakturaMode::FaktNew)
+        printButton()->setEnabled(false);  // until the invoice has its number
+    else
+        m_fakt->setEnabled(false);  // an issued invoice keeps its number
+
+    Checked<RowSet> rows = [&] {
+        WaitCursor wait;
+        return InvoiceStore(m_db).courses(m_selection);
+    }();
+    if (!rows) {
+        MessageService::instance().inform(rows.message());
+        return;
+    }
+    setRows(rows.value());
+    if (m_mode == FakturaMode::EditFakt) {
+        // Every course of the invoice comes in marked; the sum is shown from the first Space on.
+        Money sum;
+        const RowSet &held = model()->rows();
+        for (int row = 0; row < held.rowCount(); ++row) {
+            if (model()->isMarked(row))
+                sum += Money::fromAmount(held.value(row, QStringLiteral("bruto")).toDouble());
+        }
+        setRunningTotal(sum, false);
+    }
+}
+
+QString Faktura::text1() const
+{
+    QString text = ResultGridScreen::config().text1;
+    if (m_mode == FakturaMode::FaktNew && m_chosen)
+        text += QStringLiteral(" за фактура №") + m_number;
+    return text;
+}
+
+void Faktura::chooseNumber()
+{
+    DiaFakt dialog(m_db, this);
+    dialog.exec();
+    // Cancelling keeps a number chosen earlier: a printed invoice never loses its number.
+    if (!dialog.FaktChosen())
+        return;
+    m_number = dialog.NomFakt();
+    m_chosen = true;
+    printButton()->setEnabled(true);
+    setText1(text1());
+}
+
+void Faktura::print()
+{
+    m_printed = true;
+    const QList<StatementLine> lines = statementLines(model()->rows());
+    if (lines.isEmpty()) {
+        MessageService::instance().inform(
+            UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма курсове за фактуриране!")});
+        return;
+    }
+    Checked<Report> report = [&]() -> Checked<Report> {
+        WaitCursor wait;
+        if (const auto refusal = fillTempPlaten(m_scratch, lines))
+            return *refusal;
+        return ReportFaktura({m_mode, m_conditions.SeekKlient, m_conditions.period, m_number}, statementSum(lines),
+                             m_scratch, m_firm);
+    }();
+    if (!report) {
+        MessageService::instance().inform(report.message());
+        return;
+    }
+    if (showStatement)
+        showStatement(report.value());
+}
+
+bool Faktura::settle()
+{
+    const RowSet &rows = model()->rows();
+    const int id = rows.column(QStringLiteral("id"));
+    const int version = rows.column(QStringLiteral("row_version"));
+    QList<HeldCourse> held;
+    held.reserve(rows.rowCount());
+    for (int row = 0; row < rows.rowCount(); ++row)
+        held.append({rows.value(row, id).toLongLong(), rows.value(row, version).toLongLong(), model()->isMarked(row)});
+    const Checked<QList<CourseWrite>> writes = closingWrites({m_mode, changed(), m_printed, m_number}, held);
+    if (!writes) {
+        MessageService::instance().inform(writes.message());
+        return false;
+    }
+    if (writes.value().isEmpty())
+        return true;
+    bool numbering = false;
+    for (const CourseWrite &write : writes.value())
+        numbering = numbering || write.fakt;
+    const QString guarded = m_mode == FakturaMode::FaktNew && numbering ? m_number : QString();
+
+    SettleOutcome outcome = [&] {
+        WaitCursor wait;
+        return InvoiceStore(m_db).settle(writes.value(), clock(), guarded);
+    }();
+    switch (outcome.kind) {
+    case SettleOutcome::Kind::Written:
+        return true;
+    case SettleOutcome::Kind::Conflict: {
+        QHash<qint64, int> rowOf;
+        for (int row = 0; row < rows.rowCount(); ++row)
+            rowOf.insert(rows.value(row, id).toLongLong(), row);
+        QList<ChangedCourse> changedCourses;
+        for (const qint64 changedId : outcome.changed) {
+            const int row = rowOf.value(changedId, -1);
+            if (row >= 0)
+                changedCourses.append({dateOfValue(rows.value(row, QStringLiteral("Data"))),
+                                       rows.value(row, QStringLiteral("Marsh")).toString(),
+                                       rows.value(row, QStringLiteral("Klient")).toString()});
+        }
+        // What was printed no longer matches what can be written: it is printed again.
+        const bool printAgain = m_mode == FakturaMode::FaktNew && m_printed;
+        m_printed = false;
+        MessageService::instance().inform(changedCoursesMessage(changedCourses, printAgain));
+        readAgain();
+        return false;
+    }
+    case SettleOutcome::Kind::NumberTaken:
+        m_printed = false;
+        m_chosen = false;
+        m_number = noDocumentNumber();
+        printButton()->setEnabled(false);
+        setText1(text1());
+        MessageService::instance().inform(UserMessage::twoLines(
+            QStringLiteral("ГРЕШКА при запис!"), QStringLiteral("Друг потребител издаде фактура под този номер!"),
+            QStringLiteral("Нищо не е записано. Изберете нов номер с \"Фактура №\", отпечатайте и затворете."),
+            UserMessage::Icon::Critical));
+        return false;
+    case SettleOutcome::Kind::Failed:
+        break;
+    }
+    UserMessage question = outcome.message.value_or(UserMessage{QStringLiteral("ГРЕШКА при запис!"), QString()});
+    question.text += QStringLiteral("\nНищо не е записано. Да затворя ли екрана без запис?");
+    question.icon = UserMessage::Icon::Question;
+    return MessageService::instance().askYesNo(question);
+}
+
+void Faktura::readAgain()
+{
+    Checked<RowSet> rows = [&] {
+        WaitCursor wait;
+        return InvoiceStore(m_db).courses(m_selection);
+    }();
+    if (!rows) {
+        MessageService::instance().inform(rows.message());
+        return;
+    }
+    reloadRows(rows.value(), QStringLiteral("id"), QStringLiteral("row_version"));
+}
+
+}

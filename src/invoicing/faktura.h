@@ -1,0 +1,66 @@
+#pragma once
+
+#include "core/firmprofile.h"
+#include "courses/searchconditions.h"
+#include "forms/resultgridscreen.h"
+#include "invoicing/invoiceclosing.h"
+#include "invoicing/invoicestore.h"
+
+#include <QDateTime>
+#include <QSqlDatabase>
+#include <functional>
+
+namespace zarek {
+
+class Report;
+
+// The invoicing screen. FaktNew: a client's uninvoiced courses; Space marks those that go on the
+// invoice, "Фактура №" takes its number, "Печат" prints the statement, and closing writes the
+// number on the marked courses. EditFakt: the courses of an issued invoice, all marked; a course
+// unmarked leaves the invoice at closing. The marks stay on the screen until closing writes the
+// whole outcome in one transaction.
+class Faktura : public ResultGridScreen {
+    Q_OBJECT
+public:
+    Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatabase db, QSqlDatabase scratch,
+            FirmProfile firm, QWidget *parent = nullptr);
+
+    static ResultGridConfig config(FakturaMode mode, const SearchConditions &conditions);
+    // The status text while the screen is open.
+    static QString panelText(FakturaMode mode, const SearchConditions &conditions);
+
+    FakturaMode mode() const { return m_mode; }
+    QString NomFakt() const { return m_number; }
+    bool FaktChosen() const { return m_chosen; }
+    bool FaktChanged() const { return changed(); }
+    bool FaktPrinted() const { return m_printed; }
+    Money FaktSum() const { return runningTotal(); }
+
+    // Shows the filled statement; modal print preview unless a test puts its own.
+    std::function<void(const Report &)> showStatement;
+    // The moment stamped on the courses written at closing.
+    std::function<QDateTime()> clock = [] { return QDateTime::currentDateTime(); };
+
+    // "Фактура №": asks the number in DiaFakt.
+    void chooseNumber();
+    // "Печат": the statement of the marked courses.
+    void print();
+
+private:
+    bool settle();
+    void readAgain();
+    QString text1() const;
+
+    FakturaMode m_mode;
+    SearchConditions m_conditions;
+    FakturaSelection m_selection;
+    QSqlDatabase m_db;
+    QSqlDatabase m_scratch;
+    FirmProfile m_firm;
+    QString m_number;
+    bool m_chosen = false;
+    bool m_printed = false;
+    QPushButton *m_fakt = nullptr;
+};
+
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "core/usermessage.h"
+
+#include <QString>
+#include <QStringList>
+
+// The number of a new invoice: the user types it (usually the highest used one, edited into the
+// next); it becomes ten characters padded with zeros and must not be in use.
+namespace zarek {
+
+// The typed text, trimmed and padded to ten digits ("125" -> "0000000125"), or the message that
+// refuses it: a number already used (also when typed without its zeros), a text that is no
+// number or longer than ten digits, and no number at all ("0000000000" means "no invoice").
+// usedNumbers holds the numbers of tabl as stored.
+Checked<QString> checkInvoiceNumber(const QString &typed, const QStringList &usedNumbers);
+
+// "Имате издадена фактура под този номер!" with its request.
+UserMessage invoiceNumberUsedMessage();
+
+}

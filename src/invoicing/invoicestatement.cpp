@@ -1,0 +1,154 @@
+#include "invoicestatement.h"
+
+#include "core/formats.h"
+#include "core/valueformat.h"
+#include "core/version.h"
+#include "courses/coursereports.h"
+#include "data/sqlerror.h"
+#include "data/transaction.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QVariant>
+
+namespace zarek {
+
+namespace {
+
+const QString scratchError = QStringLiteral("ГРЕШКА при работа с временната база!");
+
+}
+
+QList<StatementLine> statementLines(const RowSet &rows)
+{
+    QList<StatementLine> lines;
+    const int fakt = rows.column(QStringLiteral("Fakt"));
+    if (fakt < 0)
+        return lines;
+    const int data = rows.column(QStringLiteral("Data"));
+    const int marsh = rows.column(QStringLiteral("Marsh"));
+    const int tovar = rows.column(QStringLiteral("Tovar"));
+    const int kola = rows.column(QStringLiteral("kola"));
+    const int km = rows.column(QStringLiteral("KM"));
+    const int ton = rows.column(QStringLiteral("Ton"));
+    const int tarifa = rows.column(QStringLiteral("Tarifa"));
+    const int bruto = rows.column(QStringLiteral("bruto"));
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        if (!rows.value(row, fakt).toBool())
+            continue;
+        StatementLine line;
+        line.red = static_cast<int>(lines.size()) + 1;
+        line.data = dateOfValue(rows.value(row, data));
+        line.marsh = rows.value(row, marsh).toString();
+        line.vidTovar = rows.value(row, tovar).toString();
+        line.kolaId = rows.value(row, kola).toString();
+        line.km = rows.value(row, km).toDouble();
+        line.ton = rows.value(row, ton).toDouble();
+        line.tarifa = rows.value(row, tarifa).toDouble();
+        line.suma = Money::fromAmount(rows.value(row, bruto).toDouble());
+        lines.append(line);
+    }
+    return lines;
+}
+
+Money statementSum(const QList<StatementLine> &lines)
+{
+    Money sum;
+    for (const StatementLine &line : lines)
+        sum += line.suma;
+    return sum;
+}
+
+double vatOf(Money sum)
+{
+    return sum.toDouble() * vatRate;
+}
+
+QStringList statementTotals(Money sum)
+{
+    const double vat = vatOf(sum);
+    const QString unit = QLatin1Char(' ') + amountUnit();
+    return {QStringLiteral("Сума без ДДС: ") + formatAmount(sum.toDouble()) + unit,
+            QStringLiteral("         ДДС: ") + formatAmount(vat) + unit,
+            QStringLiteral("      Всичко: ") + formatAmount(sum.toDouble() + vat) + unit};
+}
+
+std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<StatementLine> &lines)
+{
+    Transaction transaction(scratch);
+    if (!transaction.isActive())
+        return sqlErrorMessage(scratchError, scratch.lastError());
+    QSqlQuery query(scratch);
+    // An earlier print's rows go first: the statement lists each course once.
+    if (!query.exec(QStringLiteral("DELETE FROM TempPlaten")))
+        return sqlErrorMessage(scratchError, query.lastError());
+    query.prepare(QStringLiteral("INSERT INTO TempPlaten (Red, Data, Marsh, VidTovar, KolaID, KM, Ton, Tarifa, Suma) "
+                                 "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    for (const StatementLine &line : lines) {
+        query.addBindValue(line.red);
+        query.addBindValue(line.data.toString(Qt::ISODate));
+        query.addBindValue(line.marsh);
+        query.addBindValue(line.vidTovar);
+        query.addBindValue(line.kolaId);
+        query.addBindValue(formatKm(line.km));
+        query.addBindValue(formatTonnes(line.ton));
+        query.addBindValue(formatRate(line.tarifa));
+        query.addBindValue(formatAmount(line.suma));
+        if (!query.exec())
+            return sqlErrorMessage(scratchError, query.lastError());
+    }
+    query.finish();
+    if (!transaction.commit())
+        return sqlErrorMessage(scratchError, scratch.lastError());
+    return std::nullopt;
+}
+
+Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDatabase scratch,
+                              const FirmProfile &firm)
+{
+    Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptFaktura"));
+    if (!loaded)
+        return loaded;
+    Report report = loaded.value();
+    QSqlQuery query(scratch);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("SELECT * FROM TempPlaten ORDER BY Red")))
+        return sqlErrorMessage(scratchError, query.lastError());
+    Checked<RowSet> rows = RowSet::fromQuery(query, scratchError);
+    if (!rows)
+        return rows.message();
+    report.setDataSource(rows.value());
+
+    const QString header = QStringLiteral("ReportHeader");
+    report.setWindowCaption(QStringLiteral("Зарек ") + version::majorMinor()
+                            + QStringLiteral(" - Справка за курсовете във фактура"));
+    fillFirmBlock(report, firm, QStringLiteral("Label11"));
+    if (heading.mode == FakturaMode::FaktNew) {
+        report.setCaption(header, QStringLiteral("Label4"),
+                          QStringLiteral("за курсовете на ") + heading.klient
+                              + QStringLiteral(" по издадена фактура №") + heading.number);
+        report.setCaption(header, QStringLiteral("Label5"), periodLine(heading.period));
+    } else {
+        report.setCaption(header, QStringLiteral("Label4"),
+                          QStringLiteral("за курсовете по издадена фактура №") + heading.number);
+        report.setCaption(header, QStringLiteral("Label5"), QString());
+        report.setVisible(header, QStringLiteral("Label5"), false);  // an invoice of any dates: no period
+    }
+    const QList<QPair<QString, QString>> fields = {
+        {QStringLiteral("Text100"), QStringLiteral("Red")},    {QStringLiteral("Text101"), QStringLiteral("Data")},
+        {QStringLiteral("Text102"), QStringLiteral("KolaID")}, {QStringLiteral("Text103"), QStringLiteral("Marsh")},
+        {QStringLiteral("Text104"), QStringLiteral("VidTovar")}, {QStringLiteral("Text105"), QStringLiteral("ton")},
+        {QStringLiteral("Text106"), QStringLiteral("KM")},     {QStringLiteral("Text107"), QStringLiteral("Tarifa")},
+        {QStringLiteral("Text108"), QStringLiteral("Suma")}};
+    for (const auto &[box, field] : fields)
+        report.setDataField(QStringLiteral("Detail"), box, field);
+    report.setCaption(QStringLiteral("PageFooter"), QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
+    const QStringList totals = statementTotals(sum);
+    const QString footer = QStringLiteral("ReportFooter");
+    report.setCaption(footer, QStringLiteral("Label8"), totals.at(0));
+    report.setCaption(footer, QStringLiteral("Label9"), totals.at(1));
+    report.setCaption(footer, QStringLiteral("Label10"), totals.at(2));
+    return report;
+}
+
+}

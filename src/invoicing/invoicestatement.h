@@ -1,0 +1,61 @@
+#pragma once
+
+#include "core/dates.h"
+#include "core/firmprofile.h"
+#include "core/money.h"
+#include "core/usermessage.h"
+#include "data/rowset.h"
+#include "invoicing/invoiceclosing.h"
+#include "reports/report.h"
+
+#include <QList>
+#include <QSqlDatabase>
+
+// The statement of the courses on an invoice (rptFaktura): the marked courses laid out in the
+// scratch table TempPlaten, the sum without VAT, the VAT and the total.
+namespace zarek {
+
+// The VAT rate of the statement; a constant of the law, not a setting.
+inline constexpr double vatRate = 0.2;
+
+// One course of the statement, as TempPlaten holds it.
+struct StatementLine {
+    int red = 0;  // running number from 1
+    QDate data;
+    QString marsh;
+    QString vidTovar;
+    QString kolaId;
+    double km = 0;
+    double ton = 0;
+    double tarifa = 0;
+    Money suma;
+};
+
+// The marked rows of the screen (flag column Fakt, amount bruto), numbered in their order.
+QList<StatementLine> statementLines(const RowSet &rows);
+Money statementSum(const QList<StatementLine> &lines);
+
+// VAT on a sum, unrounded: only the format rounds it when it is shown (33.33 gives 6.666).
+double vatOf(Money sum);
+
+// The three lines of the statement's foot, aligned on the colon by their leading blanks:
+// "Сума без ДДС: 33,33 лв.", "         ДДС: 6,67 лв.", "      Всичко: 40,00 лв.".
+QStringList statementTotals(Money sum);
+
+// Empties TempPlaten and writes the lines into it, in one transaction, so the table holds
+// exactly this statement.
+std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<StatementLine> &lines);
+
+// What the statement's heading says: whose courses, the period and the invoice's number.
+struct StatementHeading {
+    FakturaMode mode = FakturaMode::FaktNew;
+    QString klient;
+    Period period;
+    QString number;
+};
+
+// rptFaktura over the rows of TempPlaten, with the totals of sum.
+Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDatabase scratch,
+                              const FirmProfile &firm);
+
+}

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "core/dates.h"
+#include "core/usermessage.h"
+#include "data/rowset.h"
+#include "invoicing/invoiceclosing.h"
+
+#include <QDateTime>
+#include <QSqlDatabase>
+#include <QStringList>
+
+namespace zarek {
+
+// Which courses the invoicing screen shows. FaktNew: a client's uninvoiced courses of a period,
+// narrowed by truck, route and cargo when they are given (each a prefix, in any case; a blank is
+// no condition). EditFakt: the courses of one invoice.
+struct FakturaSelection {
+    FakturaMode mode = FakturaMode::FaktNew;
+    QString klient;
+    Period period;
+    QString kola;
+    QString marsh;
+    QString tovar;
+    QString number;  // EditFakt
+};
+
+// How the closing write ended.
+struct SettleOutcome {
+    enum class Kind {
+        Written,      // every course written, in one transaction
+        Conflict,     // some course was changed by another user: nothing written
+        NumberTaken,  // another user issued an invoice under this number meanwhile: nothing written
+        Failed,       // the database refused: nothing written
+    };
+    Kind kind = Kind::Written;
+    int written = 0;
+    QList<qint64> changed;              // Conflict: the courses changed or deleted since they were read
+    std::optional<UserMessage> message;  // Failed: the error box
+};
+
+// The invoicing store: the courses of the screen, the used numbers and the closing write.
+class InvoiceStore {
+public:
+    explicit InvoiceStore(QSqlDatabase db);
+
+    // id, row_version, Data, Marsh, Tovar, kola, KM, Ton, Tarifa, bruto, Fakt, NomFakt, Klient,
+    // by date and entry.
+    Checked<RowSet> courses(const FakturaSelection &selection);
+
+    // The invoice numbers used on courses, highest first ("0000000000" is none and not listed).
+    QStringList usedNumbers();
+
+    // Writes the outcome of closing in one transaction: each course only if it is still at the
+    // version it was read at, stamped with DateMod and TimeMod. When newNumber is given, no
+    // course outside these may carry it. Any failure leaves every course as it was.
+    SettleOutcome settle(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber = {});
+
+    // Writes are sent in groups of at most this many courses per statement.
+    static constexpr int batchSize = 400;
+
+private:
+    // The writes in one transaction, rolled back unless every course was written.
+    SettleOutcome writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber);
+    QList<qint64> changedSince(const QList<CourseWrite> &writes);
+
+    QSqlDatabase m_db;
+};
+
+// True when the value begins with the prefix, in any case; a blank prefix matches everything.
+bool matchesPrefix(const QString &value, const QString &prefix);
+
+}
