@@ -1,0 +1,4 @@
+#include <QtTest>
+class T : public QObject { Q_OBJECT };
+QTEST_APPLESS_MAIN(T)
+#include "tst_waybillreport.moc"
