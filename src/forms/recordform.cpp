@@ -187,10 +187,17 @@ RecordGridModel *RecordForm::bindGrid(QTableView *grid, const QList<RecordGridCo
         grid->setCurrentIndex(model->index(row, column));
     };
     connect(m_rows, &RecordSet::currentChanged, grid, showCurrent);
-    connect(model, &QAbstractItemModel::modelReset, grid, showCurrent);
+    // While the lines are laid out afresh the view puts its cursor on the first line by itself:
+    // that is no move of the user's.
+    const auto resetting = std::make_shared<bool>(false);
+    connect(model, &QAbstractItemModel::modelAboutToBeReset, grid, [resetting] { *resetting = true; });
+    connect(model, &QAbstractItemModel::modelReset, grid, [resetting, showCurrent] {
+        *resetting = false;
+        showCurrent();
+    });
     connect(grid->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
-            [this, grid, model, showCurrent](const QModelIndex &current) {
-                if (!current.isValid())
+            [this, grid, model, showCurrent, resetting](const QModelIndex &current) {
+                if (!current.isValid() || *resetting)
                     return;
                 if (m_state == State::Browsing) {
                     if (current.row() != m_rows->position())

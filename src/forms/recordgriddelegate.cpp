@@ -36,6 +36,7 @@ bool RecordGridDelegate::eventFilter(QObject *object, QEvent *event)
     const int lastColumn = editor->property(lastColumnProperty).toInt();
     if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
         emit commitData(editor);
+        emit closeEditor(editor, NoHint);
         emit submitRequested();
         return true;
     }
