@@ -151,6 +151,9 @@ private slots:
         type(QStringLiteral("Перник - Д'Аргос"));
         press(Qt::Key_Tab);
         QCOMPARE(screen.grid->currentIndex(), screen.model->index(1, 1));
+        auto *cell = qobject_cast<QLineEdit *>(QApplication::focusWidget());
+        QVERIFY(cell);
+        QCOMPARE(cell->selectedText(), QStringLiteral("0"));  // typing goes over the preset
         type(QStringLiteral("42,5"));
         // Another line cannot be picked while one is typed.
         screen.grid->setCurrentIndex(screen.model->index(0, 0));

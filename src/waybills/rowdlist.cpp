@@ -169,7 +169,10 @@ void RowdList::buildRoutes()
     auto *strip = static_cast<QHBoxLayout *>(m_marsh->actionStrip()->layout());
     strip->insertWidget(strip->indexOf(m_marsh->button(QStringLiteral("cmdDelete"))) + 1, m_calculate);
     connect(m_calculate, &QPushButton::clicked, this, &RowdList::calculate);
-    // The route buttons show once the tab has named a waybill.
+    // The route buttons show once the tab has named a waybill; their room stays, so nothing jumps.
+    QSizePolicy keepRoom = m_marsh->actionStrip()->sizePolicy();
+    keepRoom.setRetainSizeWhenHidden(true);
+    m_marsh->actionStrip()->setSizePolicy(keepRoom);
     m_marsh->actionStrip()->setVisible(false);
     m_marsh->actionStrip()->setEnabled(false);
 
