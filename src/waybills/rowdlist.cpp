@@ -176,7 +176,11 @@ void RowdList::buildRoutes()
     m_marsh->actionStrip()->setVisible(false);
     m_marsh->actionStrip()->setEnabled(false);
 
-    connect(m_marsh, &RecordForm::closeRequested, this, &RowdList::reject);
+    // Esc among the routes closes the window only when no waybill is being typed either.
+    connect(m_marsh, &RecordForm::closeRequested, this, [this] {
+        if (m_rowd->state() == RecordFormState::Browsing)
+            reject();
+    });
     connect(m_marsh, &RecordForm::stateChanged, this, [this](RecordFormState state) {
         const bool browsing = state == RecordFormState::Browsing;
         m_calculate->setVisible(browsing);

@@ -1,7 +1,9 @@
+#include "forms/commands.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "testdatabase.h"
 #include "waybills/rowdlist.h"
+#include "waybills/waybillscommands.h"
 
 #include <QAbstractItemModel>
 #include <QComboBox>
@@ -664,6 +666,32 @@ private slots:
         QCOMPARE(screen.header()->state(), RecordFormState::Editing);
         QCOMPARE(screen.field(8)->text(), QStringLiteral("88"));
         QCOMPARE(scalar(scratch.db(), "SELECT ZarN FROM RowdList").toDouble(), 77.0);
+    }
+
+    // Esc among the routes while a new waybill is typed does not close the window.
+    void escapeAmongTheRoutesKeepsANewWaybill()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        RowdList screen(scratch.db());
+        show(screen);
+        fillHeader(screen, QStringLiteral("37"));
+        screen.tabs()->setCurrentIndex(1);
+        QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
+                         QStringLiteral("10")));
+        QTest::keyClick(screen.grid(), Qt::Key_Escape);
+        QVERIFY(screen.isVisible());
+        QCOMPARE(screen.header()->state(), RecordFormState::Adding);
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh").toInt(), 1);
+    }
+
+    void theMenuCommandsAreRegistered()
+    {
+        CommandRegistry commands{CommandContext{}};
+        registerWaybillCommands(commands);
+        QVERIFY(commands.has(QStringLiteral("mnuDataPList")));
+        QVERIFY(commands.has(QStringLiteral("mnuSprRowdList")));
     }
 
     // Each new waybill lists the drivers and trucks once more.
