@@ -9,6 +9,7 @@
 #include "courses/tariffbands.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
+#include "waybills/fuelnorm.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
@@ -402,8 +403,7 @@ bool Generator::waybills()
                 const double km = between(20, 300);
                 const double ton = between(0, int(truck.load));
                 const double koef = between(1, 10) == 1 ? 10.0 : 0.0;
-                const double factor = koef == 0 ? 1.0 : koef / 100.0 + 1.0;
-                const double fuel = roundHalfEven(((ton * 0.4 + truck.norm) * roundHalfEven(km, 0) / 100.0) * factor, 1);
+                const double fuel = fuelnorm::normFuel(truck.norm, ton, int(km), koef);
                 sumKm += km;
                 sumFuel += fuel;
                 if (!insert(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) VALUES (?, ?, ?, ?, ?, ?)"),
@@ -414,7 +414,7 @@ bool Generator::waybills()
             const double diesel = roundHalfEven(sumFuel * uniform(0.95, 1.08), 0);
             if (!insert(QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, "
                                        "ZarM, CenaN, CenaM) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-                        {listId, day, truck.plate, pick(m_drivers).ime, sumKm, roundHalfEven(sumFuel, 1), odometer, diesel,
+                        {listId, day, truck.plate, pick(m_drivers).ime, sumKm, fuelnorm::fuelSum(sumFuel), odometer, diesel,
                          double(between(0, 3)), roundHalfEven(uniform(2.35, 2.65), 2), 9.80}))
                 return false;
         }

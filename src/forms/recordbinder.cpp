@@ -1,5 +1,7 @@
 #include "recordbinder.h"
 
+#include "forms/recordgridmodel.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
@@ -55,6 +57,15 @@ void RecordBinder::bind(QLineEdit *field, const QString &column, FieldOptions op
     m_bindings.append({field, nullptr, nullptr, column, options});
     field->installEventFilter(this);
     field->setReadOnly(true);
+    if (options.readOnly) {
+        field->setFocusPolicy(Qt::NoFocus);
+        setLocked(field, true);
+    }
+}
+
+void RecordBinder::bind(RecordGridModel *grid)
+{
+    m_grids.append(grid);
 }
 
 void RecordBinder::bind(QCheckBox *field, const QString &column, FieldOptions options)
@@ -91,6 +102,8 @@ void RecordBinder::show(const QVariantMap &values)
         else
             binding.text->setText(recordFieldText(value, binding.options.kind));
     }
+    for (RecordGridModel *grid : std::as_const(m_grids))
+        grid->setPendingValues(values);
 }
 
 void RecordBinder::setState(RecordFormState state)
@@ -103,14 +116,16 @@ void RecordBinder::setState(RecordFormState state)
             binding.check->setEnabled(pending && !locked);
             continue;
         }
-        binding.text->setReadOnly(!pending || locked);
-        setLocked(binding.text, locked);
+        binding.text->setReadOnly(!pending || locked || binding.options.readOnly);
+        setLocked(binding.text, locked || binding.options.readOnly);
         if (binding.combo) {
             binding.combo->setVisible(pending);
             binding.text->setVisible(!pending);
             binding.combo->setEnabled(!locked);
         }
     }
+    for (RecordGridModel *grid : std::as_const(m_grids))
+        grid->setState(state);
 }
 
 void RecordBinder::loadCovers()
@@ -138,6 +153,8 @@ QVariantMap RecordBinder::typed() const
         else
             typed.insert(binding.column, binding.text->text());
     }
+    for (RecordGridModel *grid : m_grids)
+        typed.insert(grid->pendingTexts());
     return typed;
 }
 
@@ -159,6 +176,17 @@ Checked<QVariantMap> RecordBinder::values(const QString &errorTitle) const
             return value.message();
         values.insert(binding.column, value.value());
     }
+    for (RecordGridModel *grid : m_grids) {
+        const QVariantMap texts = grid->pendingTexts();
+        for (int i = 0; i < grid->columnCount(); ++i) {
+            const RecordGridColumn &column = grid->gridColumns().at(i);
+            const Checked<QVariant> value =
+                recordFieldValue(texts.value(column.column).toString(), grid->kind(i), column.caption, errorTitle);
+            if (!value)
+                return value.message();
+            values.insert(column.column, value.value());
+        }
+    }
     return values;
 }
 
@@ -175,7 +203,7 @@ QWidget *RecordBinder::firstField() const
 {
     for (const Binding &binding : m_bindings) {
         QWidget *widget = binding.combo && m_state != RecordFormState::Browsing ? binding.combo : widgetOf(binding);
-        if (widget->isEnabled() && !widget->isHidden())
+        if (widget->isEnabled() && !widget->isHidden() && !binding.options.readOnly)
             return widget;
     }
     return nullptr;

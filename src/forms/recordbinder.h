@@ -13,6 +13,8 @@ class QWidget;
 
 namespace zarek {
 
+class RecordGridModel;
+
 // The three states of a record form.
 enum class RecordFormState { Browsing, Adding, Editing };
 
@@ -25,6 +27,7 @@ public:
         RecordFieldKind kind = RecordFieldKind::Text;
         bool lockedWhileEditing = false;  // grey and read-only while a row is corrected
         bool secret = false;              // never shown: the box starts empty
+        bool readOnly = false;            // shown and stored, filled by the screen, never typed into
     };
 
     explicit RecordBinder(QObject *parent = nullptr);
@@ -33,6 +36,8 @@ public:
     void bind(QCheckBox *field, const QString &column, FieldOptions options);
     // A combo box standing in for a bound text box while a row is added or corrected.
     void cover(QLineEdit *bound, QComboBox *combo);
+    // A grid whose pending line is typed like the boxes: its cells count among the typed values.
+    void bind(RecordGridModel *grid);
 
     // Shows the values of a row (no row: empty boxes).
     void show(const QVariantMap &values);
@@ -74,6 +79,7 @@ private:
     QWidget *widgetOf(const Binding &binding) const;
 
     QList<Binding> m_bindings;
+    QList<RecordGridModel *> m_grids;
     RecordFormState m_state = RecordFormState::Browsing;
 };
 

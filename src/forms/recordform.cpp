@@ -1,16 +1,20 @@
 #include "recordform.h"
 
 #include "forms/messageservice.h"
+#include "forms/recordgriddelegate.h"
 #include "forms/waitcursor.h"
 
 #include <QApplication>
 #include <QCheckBox>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStyle>
+#include <QTableView>
+#include <QTimer>
 
 namespace zarek {
 
@@ -30,6 +34,7 @@ RecordBinder::FieldOptions fieldOptions(const RecordFormConfig &config, const QS
         options.kind = RecordFieldKind::Date;
     options.lockedWhileEditing = config.lockedWhileEditing.contains(column);
     options.secret = config.secretColumns.contains(column);
+    options.readOnly = config.readOnlyColumns.contains(column);
     return options;
 }
 
@@ -149,6 +154,79 @@ void RecordForm::bind(QCheckBox *field, const QString &column)
 void RecordForm::cover(QLineEdit *bound, QComboBox *combo)
 {
     m_binder->cover(bound, combo);
+}
+
+RecordGridModel *RecordForm::bindGrid(QTableView *grid, const QList<RecordGridColumn> &columns)
+{
+    QList<RecordFieldKind> kinds;
+    for (const RecordGridColumn &column : columns)
+        kinds.append(fieldOptions(m_config, column.column).kind);
+    auto *model = new RecordGridModel(m_rows, columns, kinds, grid);
+    auto *delegate = new RecordGridDelegate(grid);
+    grid->setModel(model);
+    grid->setItemDelegate(delegate);
+    grid->setSelectionBehavior(QAbstractItemView::SelectRows);
+    grid->setSelectionMode(QAbstractItemView::SingleSelection);
+    grid->setEditTriggers(QAbstractItemView::AllEditTriggers);  // only the pending line is editable
+    for (int i = 0; i < columns.size(); ++i) {
+        if (columns[i].width > 0) {
+            grid->horizontalHeader()->setSectionResizeMode(i, QHeaderView::Interactive);
+            grid->horizontalHeader()->resizeSection(i, columns[i].width);
+        } else {
+            grid->horizontalHeader()->setSectionResizeMode(i, QHeaderView::Stretch);
+        }
+    }
+    m_binder->bind(model);
+
+    // The grid's cursor stands on the pending line, or else on the current row.
+    const auto showCurrent = [this, grid, model] {
+        const int row = model->pendingRow() >= 0 ? model->pendingRow() : m_rows->position();
+        if (row < 0 || grid->currentIndex().row() == row)
+            return;
+        const int column = std::max(grid->currentIndex().column(), 0);
+        grid->setCurrentIndex(model->index(row, column));
+    };
+    connect(m_rows, &RecordSet::currentChanged, grid, showCurrent);
+    // While the lines are laid out afresh the view puts its cursor on the first line by itself:
+    // that is no move of the user's.
+    const auto resetting = std::make_shared<bool>(false);
+    connect(model, &QAbstractItemModel::modelAboutToBeReset, grid, [resetting] { *resetting = true; });
+    connect(model, &QAbstractItemModel::modelReset, grid, [resetting, showCurrent] {
+        *resetting = false;
+        showCurrent();
+    });
+    connect(grid->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            [this, grid, model, showCurrent, resetting](const QModelIndex &current) {
+                if (!current.isValid() || *resetting)
+                    return;
+                if (m_state == State::Browsing) {
+                    if (current.row() != m_rows->position())
+                        navigate([this, row = current.row()] { m_rows->moveTo(row); });
+                } else if (current.row() != model->pendingRow()) {
+                    QTimer::singleShot(0, grid, showCurrent);  // no other line while one is typed
+                }
+            });
+    // A line added or corrected is typed at once, from its first cell.
+    connect(this, &RecordForm::stateChanged, grid, [grid, model](State state) {
+        if (state == State::Browsing)
+            return;
+        const QModelIndex first = model->index(model->pendingRow(), 0);
+        grid->setCurrentIndex(first);
+        grid->setFocus();
+        grid->edit(first);
+    });
+    // Queued: the editor that asked is gone once the line is saved.
+    connect(delegate, &RecordGridDelegate::submitRequested, this, [this] { update(); }, Qt::QueuedConnection);
+    connect(delegate, &RecordGridDelegate::leaveRequested, grid, [grid](bool forward) {
+        QWidget *next = grid;
+        do {
+            next = forward ? next->nextInFocusChain() : next->previousInFocusChain();
+        } while (next != grid && (grid->isAncestorOf(next) || !(next->focusPolicy() & Qt::TabFocus)
+                                  || !next->isVisible() || !next->isEnabled()));
+        if (next != grid)
+            next->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    });
+    return model;
 }
 
 std::optional<UserMessage> RecordForm::readRows()

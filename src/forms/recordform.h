@@ -1,6 +1,7 @@
 #pragma once
 
 #include "forms/recordbinder.h"
+#include "forms/recordgridmodel.h"
 #include "forms/recordset.h"
 #include "forms/recordstore.h"
 
@@ -14,6 +15,7 @@ class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class QTableView;
 
 namespace zarek {
 
@@ -52,6 +54,7 @@ struct RecordFormConfig {
     QStringList numberColumns;                        // typed with comma or point, stored as numbers; blank is none
     QStringList dateColumns;                          // typed the Bulgarian way, stored as dates; blank is none
     QStringList lockedWhileEditing;                   // grey and read-only while a row is corrected
+    QStringList readOnlyColumns;                      // grey, never typed into: the screen fills them
     // Columns never shown (passwords): the box starts empty; left empty it keeps the stored value,
     // otherwise what was typed is stored through secretValue (e.g. a salted hash).
     QStringList secretColumns;
@@ -84,6 +87,9 @@ public:
     void bind(QCheckBox *field, const QString &column);
     // A combo box that stands in for a bound box while a row is added or corrected.
     void cover(QLineEdit *bound, QComboBox *combo);
+    // The rows as lines of a grid, the pending row typed straight into its cells: a row clicked
+    // becomes current, the grid follows every move, Enter in the pending line saves it.
+    RecordGridModel *bindGrid(QTableView *grid, const QList<RecordGridColumn> &columns);
     // Reads the rows and shows the first; call once the fields are bound. False (after the
     // message) when the rows could not be read.
     bool open();

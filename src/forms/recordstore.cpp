@@ -14,6 +14,12 @@ RecordStore::RecordStore(QSqlDatabase db, QString table, QStringList columns, QS
 {
 }
 
+void RecordStore::setWhere(QString where, QVariantList values)
+{
+    m_where = std::move(where);
+    m_whereValues = std::move(values);
+}
+
 QString RecordStore::valueName(const QString &column)
 {
     if (column.size() > 1 && column.startsWith(QLatin1Char('"')) && column.endsWith(QLatin1Char('"')))

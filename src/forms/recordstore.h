@@ -44,6 +44,9 @@ public:
     // Deletes the row of its id, only when still at the version read.
     std::optional<UserMessage> remove(const RecordRow &row, const QString &errorTitle) const;
 
+    // Another WHERE (with its bound values) for the reads that follow: the lines of another document.
+    void setWhere(QString where, QVariantList values);
+
     const QString &table() const { return m_table; }
     const QStringList &columns() const { return m_columns; }
     QSqlDatabase database() const { return m_db; }

@@ -1,0 +1,193 @@
+#include "waybillreport.h"
+
+#include "core/dates.h"
+#include "core/formats.h"
+#include "core/rounding.h"
+#include "core/version.h"
+#include "courses/coursereports.h"
+#include "data/scratchdatabase.h"
+#include "data/sqlerror.h"
+#include "data/transaction.h"
+#include "forms/recordfield.h"
+
+#include <QHash>
+#include <QSqlQuery>
+#include <QVariant>
+#include <cmath>
+
+namespace zarek {
+
+namespace {
+
+const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
+const QString header = QStringLiteral("ReportHeader");
+const QString detail = QStringLiteral("Detail");
+
+struct Line {
+    QString route;
+    QVariant km;
+    QVariant ton;
+    QVariant koef;
+    QVariant fuel;
+};
+
+// The light grey under a waybill's head line (colours are 0x00BBGGRR).
+constexpr qint64 headLineColor = 0xEEEEEE;
+
+// A figure as the program writes a number into a text: no more decimals than it has, a decimal comma.
+QString plain(const QVariant &value)
+{
+    return recordFieldText(value.isNull() ? QVariant(0.0) : value, RecordFieldKind::Number);
+}
+
+QString fixed(const QVariant &value, int decimals)
+{
+    return value.isNull() ? QString() : formatFixed(value.toDouble(), decimals);
+}
+
+// Totals kept in hundredths, so adding many sums never drifts.
+qint64 hundredths(const QVariant &value)
+{
+    return value.isNull() ? 0 : std::llround(roundHalfEven(value.toDouble(), 2) * 100.0);
+}
+
+std::optional<UserMessage> query(QSqlQuery &q, const QString &sql, const QVariantList &values)
+{
+    q.setForwardOnly(true);
+    if (!q.prepare(sql))
+        return sqlErrorMessage(readTitle, q.lastError());
+    for (const QVariant &value : values)
+        q.addBindValue(value);
+    if (!q.exec())
+        return sqlErrorMessage(readTitle, q.lastError());
+    return std::nullopt;
+}
+
+}
+
+Checked<Report> RowdReport(const SearchConditions &conditions, QSqlDatabase db, ScratchDatabase &scratch,
+                           const FirmProfile &firm)
+{
+    const Period &period = conditions.period;
+    if (!period.from.isValid() || !period.to.isValid())
+        return UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма избран период за търсене!"),
+                                     QStringLiteral("Проверете си датите!"));
+    const QString truck = conditions.SeekKola.trimmed();
+    QString where = QStringLiteral("Data BETWEEN ? AND ?");
+    QVariantList values{period.from, period.to};
+    if (truck != allTrucks()) {
+        where = QStringLiteral("Kola = ? AND ") + where;
+        values.prepend(truck);
+    }
+
+    QSqlQuery waybills(db);
+    if (auto failure = query(waybills,
+                             QStringLiteral("SELECT ListID, Data, Kola, SumKM, SumRazhN, EndKM, ZarN FROM RowdList "
+                                            "WHERE %1 ORDER BY Data, ListID, id").arg(where),
+                             values))
+        return *failure;
+    struct Head {
+        QString listId;
+        QDate date;
+        QString kola;
+        QVariant sumKm, sumFuel, endKm, zarN;
+    };
+    QList<Head> heads;
+    while (waybills.next())
+        heads.append({waybills.value(0).toString(), waybills.value(1).toDate(), waybills.value(2).toString(),
+                      waybills.value(3), waybills.value(4), waybills.value(5), waybills.value(6)});
+    if (heads.isEmpty())
+        return UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"),
+                                     QStringLiteral("Няма въведени пътни листи при тези условия!"),
+                                     QStringLiteral("Моля, изберете други."), UserMessage::Icon::Exclamation);
+
+    // The route lines of all those waybills at once, each number's in the order they were typed.
+    QSqlQuery routes(db);
+    if (auto failure = query(routes,
+                             QStringLiteral("SELECT MarshID, Marshrut, KM, Ton, Koef, RazhN FROM Marsh WHERE MarshID IN "
+                                            "(SELECT ListID FROM RowdList WHERE %1) ORDER BY MarshID, id").arg(where),
+                             values))
+        return *failure;
+    QHash<QString, QList<Line>> lines;
+    while (routes.next())
+        lines[routes.value(0).toString()].append(
+            {routes.value(1).toString(), routes.value(2), routes.value(3), routes.value(4), routes.value(5)});
+
+    // The scratch table is emptied, then filled: what is printed is exactly these rows.
+    QSqlDatabase temp = scratch.db();
+    {
+        Transaction transaction(temp);
+        QSqlQuery insert(temp);
+        if (!insert.exec(QStringLiteral("DELETE FROM TempRowdList")))
+            return sqlErrorMessage(readTitle, insert.lastError());
+        insert.prepare(QStringLiteral("INSERT INTO TempRowdList (Red, NomData, KolaID, Marsh, KM, Ton, RazhN, Proc) "
+                                      "VALUES (?, ?, ?, ?, ?, ?, ?, ?)"));
+        const auto add = [&insert](const QStringList &cells) -> std::optional<UserMessage> {
+            for (const QString &cell : cells)
+                insert.addBindValue(cell);
+            if (!insert.exec())
+                return sqlErrorMessage(readTitle, insert.lastError());
+            return std::nullopt;
+        };
+        const QString blank = QStringLiteral(" ");
+        int red = 0;
+        for (const Head &head : std::as_const(heads)) {
+            const QString fuel = head.zarN.toDouble() > 0
+                                     ? plain(head.zarN) + QStringLiteral("л. - ") + plain(head.endKm) + QStringLiteral("км")
+                                     : QStringLiteral(" - ");
+            if (auto failure = add({QString::number(++red) + QLatin1Char('.'),
+                                    head.listId + QStringLiteral(" / ") + formatDate(head.date), head.kola, fuel,
+                                    fixed(head.sumKm, 2), blank, fixed(head.sumFuel, 2), blank}))
+                return *failure;
+            for (const Line &line : lines.value(head.listId)) {
+                if (auto failure = add({blank, blank, blank, line.route, fixed(line.km, 2), fixed(line.ton, 3),
+                                        fixed(line.fuel, 2), plain(line.koef)}))
+                    return *failure;
+            }
+        }
+        if (!transaction.commit())
+            return sqlErrorMessage(readTitle, temp.lastError());
+    }
+    QSqlQuery read(temp);
+    if (auto failure = query(read,
+                             QStringLiteral("SELECT Red, NomData, KolaID, Marsh, KM, Ton, RazhN, Proc, "
+                                            "CASE WHEN Red = ' ' THEN 0 ELSE 1 END AS Head FROM TempRowdList "
+                                            "ORDER BY rowid"),
+                             {}))
+        return *failure;
+    const Checked<RowSet> rows = RowSet::fromQuery(read, readTitle);
+    if (!rows)
+        return rows.message();
+
+    Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptRowdList"));
+    if (!loaded)
+        return loaded;
+    Report report = loaded.value();
+    report.setDataSource(rows.value());
+    report.setWindowCaption(QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Справка пътни листи"));
+    fillFirmBlock(report, firm);
+    report.setCaption(header, QStringLiteral("Label4"), QStringLiteral("за издадените пътни листи"));
+    report.setCaption(header, QStringLiteral("Label5"), periodLine(period));
+    const char *fields[] = {"Red", "NomData", "KolaID", "Marsh", "KM", "Ton", "RazhN", "Proc"};
+    for (int i = 0; i < 8; ++i) {
+        const QString box = QStringLiteral("Text%1").arg(100 + i);
+        report.setDataField(detail, box, QString::fromLatin1(fields[i]));
+        // A waybill's head line stands out from its routes.
+        report.setBackColorByField(detail, box, QStringLiteral("Head"), headLineColor, colorWhite);
+    }
+    report.setCaption(QStringLiteral("PageFooter"), QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::text());
+
+    qint64 totalKm = 0, totalZarN = 0, totalFuel = 0;
+    for (const Head &head : std::as_const(heads)) {
+        totalKm += hundredths(head.sumKm);
+        totalZarN += hundredths(head.zarN);
+        totalFuel += hundredths(head.sumFuel);
+    }
+    const QString footer = QStringLiteral("ReportFooter");
+    report.setCaption(footer, QStringLiteral("Label11"), formatFixed(totalKm / 100.0, 0));
+    report.setCaption(footer, QStringLiteral("Label10"), formatFixed(totalZarN / 100.0, 0));
+    report.setCaption(footer, QStringLiteral("Label8"), formatFixed(totalFuel / 100.0, 1));
+    return report;
+}
+
+}

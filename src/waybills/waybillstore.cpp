@@ -1,0 +1,208 @@
+#include "waybillstore.h"
+
+#include "data/sqlerror.h"
+#include "data/transaction.h"
+#include "waybills/fuelnorm.h"
+#include "waybills/waybillrules.h"
+
+#include <QSqlQuery>
+#include <QVariant>
+
+namespace zarek {
+
+namespace {
+
+const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
+
+QString idList(const QList<qint64> &ids, QVariantList &values)
+{
+    QStringList marks;
+    for (qint64 id : ids) {
+        marks.append(QStringLiteral("?"));
+        values.append(id);
+    }
+    return marks.join(QStringLiteral(", "));
+}
+
+// Runs a statement with its bound values; the message of its failure, if any.
+std::optional<UserMessage> run(QSqlQuery &query, const QString &sql, const QVariantList &values,
+                               const QString &errorTitle)
+{
+    if (!query.prepare(sql))
+        return sqlErrorMessage(errorTitle, query.lastError());
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    if (!query.exec())
+        return sqlErrorMessage(errorTitle, query.lastError());
+    return std::nullopt;
+}
+
+Checked<QStringList> list(QSqlDatabase db, const QString &sql)
+{
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (auto failure = run(query, sql, {}, readTitle))
+        return *failure;
+    QStringList items;
+    while (query.next()) {
+        const QString item = query.value(0).toString().trimmed();
+        if (!item.isEmpty() && !items.contains(item))
+            items.append(item);
+    }
+    return items;
+}
+
+}
+
+QStringList WaybillStore::headerColumns()
+{
+    return {QStringLiteral("ListID"), QStringLiteral("Data"),  QStringLiteral("Kola"),  QStringLiteral("NameDriver"),
+            QStringLiteral("SumKM"),  QStringLiteral("SumRazhN"), QStringLiteral("EndKM"), QStringLiteral("ZarN"),
+            QStringLiteral("ZarM"),   QStringLiteral("CenaN"), QStringLiteral("CenaM")};
+}
+
+QStringList WaybillStore::lineColumns()
+{
+    return {QStringLiteral("MarshID"), QStringLiteral("Marshrut"), QStringLiteral("KM"),
+            QStringLiteral("Ton"),     QStringLiteral("Koef"),     QStringLiteral("RazhN")};
+}
+
+Checked<bool> WaybillStore::numberTaken(const QString &listId, qint64 exceptId) const
+{
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (auto failure = run(query, QStringLiteral("SELECT COUNT(*) FROM RowdList WHERE ListID = ? AND id <> ?"),
+                           {listId, exceptId}, readTitle))
+        return *failure;
+    return query.next() && query.value(0).toLongLong() > 0;
+}
+
+Checked<std::optional<double>> WaybillStore::truckNorm(const QString &kola) const
+{
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (auto failure = run(query, QStringLiteral("SELECT Razhod FROM Config WHERE kola = ? ORDER BY id"), {kola},
+                           readTitle))
+        return *failure;
+    if (!query.next() || query.value(0).isNull())
+        return std::optional<double>();
+    return std::optional<double>(query.value(0).toDouble());
+}
+
+Checked<WaybillStore::Sums> WaybillStore::lineSums(const QString &listId) const
+{
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (auto failure = run(query,
+                           QStringLiteral("SELECT SUM(KM) AS SumKM, SUM(RazhN) AS SumRazhN FROM Marsh WHERE MarshID = ?"),
+                           {listId}, readTitle))
+        return *failure;
+    Sums sums;
+    if (query.next()) {
+        if (!query.value(0).isNull())
+            sums.km = fuelnorm::kilometreSum(query.value(0).toDouble());
+        if (!query.value(1).isNull())
+            sums.fuel = fuelnorm::fuelSum(query.value(1).toDouble());
+    }
+    return sums;
+}
+
+Checked<QStringList> WaybillStore::driverNames() const
+{
+    return list(m_db, QStringLiteral("SELECT DISTINCT ime FROM shof ORDER BY ime"));
+}
+
+Checked<QStringList> WaybillStore::truckNumbers() const
+{
+    return list(m_db, QStringLiteral("SELECT DISTINCT kola FROM Config ORDER BY kola"));
+}
+
+Checked<RecordRow> WaybillStore::saveHeader(RecordRow row, bool adding, const QString &linesNumber,
+                                            const QList<qint64> &newLines) const
+{
+    const QString title = waybills::headerSaveCaption();
+    const QString number = row.values.value(QStringLiteral("ListID")).toString();
+    Transaction transaction(m_db);
+    const RecordStore headers(m_db, QStringLiteral("RowdList"), headerColumns(), QStringLiteral("ListID"));
+    if (auto failure = adding ? headers.insert(row, title) : headers.update(row, title))
+        return *failure;
+    QSqlQuery query(m_db);
+    if (adding && !newLines.isEmpty() && linesNumber != number) {
+        QVariantList values{number};
+        const QString ids = idList(newLines, values);
+        if (auto failure = run(query, QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 "
+                                                     "WHERE id IN (%1)").arg(ids),
+                               values, title))
+            return *failure;
+    }
+    // Another waybill of the old number (old data may have two) keeps the lines it shows.
+    if (!adding && linesNumber != number) {
+        if (auto failure = run(query, QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 "
+                                                     "WHERE MarshID = ? AND NOT EXISTS "
+                                                     "(SELECT 1 FROM RowdList WHERE ListID = ? AND id <> ?)"),
+                               {number, linesNumber, linesNumber, row.id}, title))
+            return *failure;
+    }
+    if (!transaction.commit())
+        return sqlErrorMessage(title, m_db.lastError());
+    return row;
+}
+
+std::optional<UserMessage> WaybillStore::deleteWaybill(const RecordRow &row, const QString &errorTitle) const
+{
+    Transaction transaction(m_db);
+    const RecordStore headers(m_db, QStringLiteral("RowdList"), headerColumns(), QStringLiteral("ListID"));
+    if (auto failure = headers.remove(row, errorTitle))
+        return failure;
+    const QString number = row.values.value(QStringLiteral("ListID")).toString();
+    QSqlQuery query(m_db);
+    if (auto failure = run(query, QStringLiteral("DELETE FROM Marsh WHERE MarshID = ? AND NOT EXISTS "
+                                                 "(SELECT 1 FROM RowdList WHERE ListID = ?)"),
+                           {number, number}, errorTitle))
+        return failure;
+    if (!transaction.commit())
+        return sqlErrorMessage(errorTitle, m_db.lastError());
+    return std::nullopt;
+}
+
+Checked<RecordRow> WaybillStore::storeSums(RecordRow row, const Sums &sums, const QString &errorTitle) const
+{
+    const QVariant km = sums.km ? QVariant(*sums.km) : QVariant(0.0);
+    const QVariant fuel = sums.fuel ? QVariant(*sums.fuel) : QVariant(0.0);
+    QSqlQuery query(m_db);
+    if (auto failure = run(query, QStringLiteral("UPDATE RowdList SET SumKM = ?, SumRazhN = ?, "
+                                                 "row_version = row_version + 1 WHERE id = ? AND row_version = ?"),
+                           {km, fuel, row.id, row.rowVersion}, errorTitle))
+        return *failure;
+    if (query.numRowsAffected() != 1)
+        return rowConflictMessage(errorTitle);
+    ++row.rowVersion;
+    row.values.insert(QStringLiteral("SumKM"), km);
+    row.values.insert(QStringLiteral("SumRazhN"), fuel);
+    return row;
+}
+
+std::optional<UserMessage> WaybillStore::deleteLines(const QList<qint64> &ids, const QString &errorTitle) const
+{
+    if (ids.isEmpty())
+        return std::nullopt;
+    QVariantList values;
+    const QString marks = idList(ids, values);
+    QSqlQuery query(m_db);
+    return run(query, QStringLiteral("DELETE FROM Marsh WHERE id IN (%1)").arg(marks), values, errorTitle);
+}
+
+std::optional<UserMessage> WaybillStore::moveLines(const QList<qint64> &ids, const QString &listId,
+                                                   const QString &errorTitle) const
+{
+    if (ids.isEmpty())
+        return std::nullopt;
+    QVariantList values{listId};
+    const QString marks = idList(ids, values);
+    QSqlQuery query(m_db);
+    return run(query, QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 WHERE id IN (%1)")
+                          .arg(marks),
+               values, errorTitle);
+}
+
+}

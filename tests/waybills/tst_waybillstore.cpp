@@ -1,0 +1,232 @@
+#include "testdatabase.h"
+#include "waybills/waybillstore.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+qint64 insertLine(QSqlDatabase db, const QString &marshId, double km, double razhN)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) VALUES (?, 'Д''Аргос - Перник', ?, 0, 0, ?) "
+                                 "RETURNING id"));
+    query.addBindValue(marshId);
+    query.addBindValue(km);
+    query.addBindValue(razhN);
+    if (!query.exec() || !query.next()) {
+        qWarning() << query.lastError().text();
+        return 0;
+    }
+    return query.value(0).toLongLong();
+}
+
+RecordRow header(const QString &listId)
+{
+    RecordRow row;
+    row.values = {{QStringLiteral("ListID"), listId},        {QStringLiteral("Data"), QDate(2026, 3, 5)},
+                  {QStringLiteral("Kola"), QStringLiteral("СА 1234 ВК")},
+                  {QStringLiteral("NameDriver"), QStringLiteral("Георги Д'Амато")},
+                  {QStringLiteral("SumKM"), 250.0},          {QStringLiteral("SumRazhN"), 93.5},
+                  {QStringLiteral("EndKM"), 245300.0},      {QStringLiteral("ZarN"), 120.0},
+                  {QStringLiteral("ZarM"), 0.0},            {QStringLiteral("CenaN"), 2.45},
+                  {QStringLiteral("CenaM"), 0.0}};
+    return row;
+}
+
+int count(QSqlDatabase db, const QString &sql)
+{
+    QSqlQuery query(db);
+    if (!query.exec(sql) || !query.next())
+        return -1;
+    return query.value(0).toInt();
+}
+
+}
+
+class WaybillStoreTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    // A new waybill whose number was changed after its lines were saved takes those lines, not others.
+    void aNewWaybillTakesTheLinesSavedForIt()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const QSqlDatabase db = scratch.db();
+        const qint64 first = insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
+        insertLine(db, QStringLiteral("0000000037"), 10, 3);  // left by an older program: not this waybill's
+        const WaybillStore store(db);
+        const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000038")), true,
+                                                          QStringLiteral("0000000037"), {first});
+        QVERIFY(saved.ok());
+        QVERIFY(saved.value().id > 0);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000038'"), 1);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000037'"), 1);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE NameDriver = 'Георги Д''Амато'"), 1);
+    }
+
+    void aCorrectedNumberTakesItsLinesUnlessAnotherWaybillShowsThem_data()
+    {
+        QTest::addColumn<bool>("twin");
+        QTest::newRow("alone") << false;
+        QTest::newRow("a twin of the old number") << true;
+    }
+    void aCorrectedNumberTakesItsLinesUnlessAnotherWaybillShowsThem()
+    {
+        QFETCH(bool, twin);
+        ZAREK_SCRATCH_DB(scratch);
+        const QSqlDatabase db = scratch.db();
+        const WaybillStore store(db);
+        insertLine(db, QStringLiteral("0000000040"), 100, 30);
+        insertLine(db, QStringLiteral("0000000040"), 50, 15);
+        Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
+        QVERIFY(saved.ok());
+        if (twin)
+            QVERIFY(store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {}).ok());
+        RecordRow row = saved.value();
+        row.values.insert(QStringLiteral("ListID"), QStringLiteral("0000000048"));
+        saved = store.saveHeader(row, false, QStringLiteral("0000000040"), {});
+        QVERIFY(saved.ok());
+        QCOMPARE(saved.value().rowVersion, row.rowVersion + 1);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000048'"), twin ? 0 : 2);
+    }
+
+    void aStaleCorrectionWritesNothing()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const QSqlDatabase db = scratch.db();
+        const WaybillStore store(db);
+        insertLine(db, QStringLiteral("0000000040"), 100, 30);
+        Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
+        QVERIFY(saved.ok());
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE RowdList SET row_version = row_version + 1")));
+        RecordRow row = saved.value();
+        row.values.insert(QStringLiteral("ListID"), QStringLiteral("0000000048"));
+        saved = store.saveHeader(row, false, QStringLiteral("0000000040"), {});
+        QVERIFY(!saved.ok());
+        QCOMPARE(saved.message().title, QStringLiteral("ГРЕШКА при записа на пътния лист!"));
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), 1);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE ListID = '0000000040'"), 1);
+    }
+
+    void aWaybillGoesWithItsLines_data()
+    {
+        QTest::addColumn<bool>("twin");
+        QTest::addColumn<bool>("stale");
+        QTest::addColumn<int>("headersLeft");
+        QTest::addColumn<int>("linesLeft");
+        QTest::newRow("alone") << false << false << 0 << 0;
+        QTest::newRow("a twin keeps the lines it shows") << true << false << 1 << 2;
+        QTest::newRow("changed elsewhere: nothing goes") << false << true << 1 << 2;
+    }
+    void aWaybillGoesWithItsLines()
+    {
+        QFETCH(bool, twin);
+        QFETCH(bool, stale);
+        QFETCH(int, headersLeft);
+        QFETCH(int, linesLeft);
+        ZAREK_SCRATCH_DB(scratch);
+        const QSqlDatabase db = scratch.db();
+        const WaybillStore store(db);
+        insertLine(db, QStringLiteral("0000000040"), 100, 30);
+        insertLine(db, QStringLiteral("0000000040"), 50, 15);
+        insertLine(db, QStringLiteral("0000000041"), 10, 3);
+        const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
+        QVERIFY(saved.ok());
+        if (twin)
+            QVERIFY(store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {}).ok());
+        if (stale)
+            QVERIFY(scratch.exec(QStringLiteral("UPDATE RowdList SET row_version = row_version + 1")));
+        const auto failure = store.deleteWaybill(saved.value(), QStringLiteral("ГРЕШКА при изтриване!"));
+        QCOMPARE(failure.has_value(), stale);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList"), headersLeft);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), linesLeft);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000041'"), 1);
+    }
+
+    void theLinesOfANewWaybillAreDroppedOrFollowItsNumber()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const QSqlDatabase db = scratch.db();
+        const WaybillStore store(db);
+        const qint64 a = insertLine(db, QStringLiteral("0000000037"), 100, 30);
+        const qint64 b = insertLine(db, QStringLiteral("0000000037"), 50, 15);
+        insertLine(db, QStringLiteral("0000000037"), 10, 3);
+        QVERIFY(!store.moveLines({a, b}, QStringLiteral("0000000039"), QStringLiteral("Т")));
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000039'"), 2);
+        QVERIFY(!store.deleteLines({a, b}, QStringLiteral("Т")));
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh"), 1);
+        QVERIFY(!store.deleteLines({}, QStringLiteral("Т")));
+    }
+
+    void theNormOfATruck()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod) VALUES ('СА 1234 ВК', 32.5)")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('РВ 7777 АА')")));
+        const WaybillStore store(scratch.db());
+        QCOMPARE(store.truckNorm(QStringLiteral("СА 1234 ВК")).value(), std::optional<double>(32.5));
+        QCOMPARE(store.truckNorm(QStringLiteral("РВ 7777 АА")).value(), std::optional<double>());  // no norm in it
+        QCOMPARE(store.truckNorm(QStringLiteral("ВТ 0001 ХХ")).value(), std::optional<double>());  // no row
+    }
+
+    void theSumsOfTheStoredLines()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const QSqlDatabase db = scratch.db();
+        insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
+        insertLine(db, QStringLiteral("0000000037"), 99.5, 30.1);
+        insertLine(db, QStringLiteral("0000000037"), 0.4, 0.2);
+        const WaybillStore store(db);
+        const auto sums = store.lineSums(QStringLiteral("0000000037"));
+        QVERIFY(sums.ok());
+        QCOMPARE(sums.value().km, std::optional<double>(350));  // 349.9 counts whole
+        QCOMPARE(sums.value().fuel, std::optional<double>(123.8));
+        const auto none = store.lineSums(QStringLiteral("0000000099"));
+        QVERIFY(none.ok());
+        QVERIFY(!none.value().km && !none.value().fuel);
+    }
+
+    void aNumberIsTakenByAnotherWaybill()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const WaybillStore store(scratch.db());
+        const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
+        QVERIFY(saved.ok());
+        QCOMPARE(store.numberTaken(QStringLiteral("0000000040")).value(), true);
+        QCOMPARE(store.numberTaken(QStringLiteral("0000000040"), saved.value().id).value(), false);
+        QCOMPARE(store.numberTaken(QStringLiteral("40")).value(), false);
+    }
+
+    void sumsStoredOnABrowsedWaybillAreVersionChecked()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const WaybillStore store(scratch.db());
+        const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
+        QVERIFY(saved.ok());
+        const Checked<RecordRow> stored = store.storeSums(saved.value(), {300.0, 101.5}, QStringLiteral("Т"));
+        QVERIFY(stored.ok());
+        QCOMPARE(stored.value().values.value(QStringLiteral("SumRazhN")).toDouble(), 101.5);
+        QVERIFY(!store.storeSums(saved.value(), {1.0, 1.0}, QStringLiteral("Т")).ok());  // its version has moved on
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM RowdList WHERE SumKM = 300"), 1);
+    }
+
+    void theListsAreSortedWithoutBlanksOrTwins()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('СА 1234 ВК')")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('РВ 7777 АА')")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('')")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('002', 'Иван Петров')")));
+        const WaybillStore store(scratch.db());
+        QCOMPARE(store.truckNumbers().value(), (QStringList{QStringLiteral("РВ 7777 АА"), QStringLiteral("СА 1234 ВК")}));
+        QCOMPARE(store.driverNames().value(), QStringList{QStringLiteral("Иван Петров")});
+    }
+};
+
+QTEST_GUILESS_MAIN(WaybillStoreTest)
+#include "tst_waybillstore.moc"
