@@ -111,7 +111,8 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         for (const char *built : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuFileExit",
-                                  "mnuSprBalans", "mnuViewToolbar", "mnuDataNew", "mnuDataKyrc", "mnuDataNewInside"})
+                                  "mnuSprBalans", "mnuViewToolbar", "mnuDataNew", "mnuDataKyrc", "mnuDataNewInside",
+                                  "mnuDataDAI"})
             QVERIFY2(window.menuAction(QString::fromUtf8(built))->isEnabled(), built);
         for (const char *waiting : {"mnuDataFakt", "mnuSlgZapl", "mnuNal", "mnuDiskZap"})
             QVERIFY2(!window.menuAction(QString::fromUtf8(waiting))->isEnabled(), waiting);
