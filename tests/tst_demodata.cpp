@@ -4,6 +4,7 @@
 #include "courses/coursepricing.h"
 #include "courses/coursestore.h"
 #include "app/demodata.h"
+#include "attestation/birthdate.h"
 #include "testdatabase.h"
 
 #include <QSqlQuery>
@@ -95,6 +96,38 @@ private slots:
         QVERIFY(admin.next());
         QVERIFY(verifyPassword(admin.value(0).toString(), QString::fromLatin1(demoAdministratorPassword)));
         QVERIFY(admin.value(0).toString() != QString::fromLatin1(demoAdministratorPassword));
+    }
+
+    // The trips' senders and receivers are the address book, each firm once; every driver's personal
+    // number gives a birth date of a driver of working age.
+    void tripsFillTheAddressBookAndDriversHaveBelievableBirthDates()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        QVERIFY(fillDemoDatabase(db, smallDemo()).ok());
+        const QString parties = QStringLiteral(
+            "SELECT SendName, SendAdres, SendCity, SendCountry FROM ExternalKurs "
+            "UNION SELECT ResivName, ResivAdres, ResivCity, ResivCountry FROM ExternalKurs");
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM (" + parties + ") AS p"), scalar(db, "SELECT COUNT(*) FROM Firms"));
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM (SELECT DISTINCT SrName, SrAdres, SrCity, SrCountry FROM Firms) AS f"),
+                 scalar(db, "SELECT COUNT(*) FROM Firms"));
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM ExternalKurs e WHERE NOT EXISTS (SELECT 1 FROM Firms f WHERE "
+                            "f.SrName = e.ResivName AND f.SrAdres = e.ResivAdres AND f.SrCity = e.ResivCity AND "
+                            "f.SrCountry = e.ResivCountry)"),
+                 0);
+        QVERIFY(scalar(db, "SELECT COUNT(DISTINCT TruckR) FROM ExternalKurs") <= 4);
+
+        QSqlQuery drivers(db);
+        QVERIFY(drivers.exec("SELECT EGN FROM shof"));
+        while (drivers.next()) {
+            const auto born = birthDateFromEgn(drivers.value(0).toString());
+            QVERIFY2(born.ok(), qPrintable(drivers.value(0).toString()));
+            const QStringList parts = born.value().split(QLatin1Char('.'));
+            const QDate date(parts.value(2).toInt(), parts.value(1).toInt(), parts.value(0).toInt());
+            QVERIFY2(date.isValid(), qPrintable(born.value()));
+            const int age = date.daysTo(smallDemo().today) / 365;
+            QVERIFY2(age >= 21 && age <= 65, qPrintable(born.value()));
+        }
     }
 
     void theSameSeedGivesTheSameFirm()

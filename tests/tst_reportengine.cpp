@@ -365,6 +365,39 @@ private slots:
         QCOMPARE(pieces.join(' ').simplified(), QStringLiteral("Стамболийски - Пловдив - Асеновград - Смолян - Девин"));
     }
 
+    // A form's paragraph in a box made for its lines stays in the box and pushes nothing down.
+    void aBoxTallEnoughForItsLinesHoldsThemCentred_data()
+    {
+        QTest::addColumn<bool>("canGrow");
+        QTest::newRow("written lines") << false;
+        QTest::newRow("growing text") << true;
+    }
+    void aBoxTallEnoughForItsLinesHoldsThemCentred()
+    {
+        QFETCH(bool, canGrow);
+        const char *design = R"({"name": "rptForm", "sections": {"ReportHeader": {"height": 2000, "controls": [
+            {"name": "Label1", "left": 0, "top": 0, "width": 6000, "height": 1200},
+            {"name": "Label2", "left": 0, "top": 1200, "width": 6000, "height": 300, "caption": "Под него"}]}}})";
+        Report report(parseReportDesign(QByteArray(design)).value());
+        report.setCaption(QStringLiteral("ReportHeader"), QStringLiteral("Label1"),
+                          QStringLiteral("Първи ред\nВтори ред\nТрети ред"));
+        report.control(QStringLiteral("ReportHeader"), QStringLiteral("Label1")).canGrow = canGrow;
+        const LaidOutReport laid = layoutReport(report);
+        QCOMPARE(laid.textLines(0), (QStringList{"Първи ред", "Втори ред", "Трети ред", "Под него"}));
+        const double boxTop = 1440 / 20.0, boxBottom = boxTop + 1200 / 20.0;
+        double first = 1e9, last = 0;
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
+            if (p.text.endsWith(QStringLiteral("ред"))) {
+                first = std::min(first, p.rect.top());
+                last = std::max(last, p.rect.bottom());
+            }
+        }
+        QVERIFY(first > boxTop + 1 && last < boxBottom - 1);
+        QCOMPARE(qRound(boxTop - first + boxBottom - last), 0);  // as much room above as below
+        QCOMPARE(textsOn(laid, 0, QStringLiteral("Под него")).first()->rect.top() > boxBottom - 0.01, true);
+        QVERIFY(textsOn(laid, 0, QStringLiteral("Под него")).first()->rect.top() < boxBottom + 5);
+    }
+
     void aNameTheDesignLacksIsAFault_data()
     {
         QTest::addColumn<QString>("what");

@@ -9,6 +9,7 @@
 #include "courses/tariffbands.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
+#include "international/tripstore.h"
 #include "waybills/fuelnorm.h"
 
 #include <QSqlError>
@@ -176,7 +177,8 @@ bool Generator::drivers()
         Driver driver{QStringLiteral("%1").arg(i + 1, 3, 10, QLatin1Char('0')),
                       QStringLiteral("%1 %2%3 %4").arg(pick(first), father, QStringLiteral("ов"), pick(last))};
         m_drivers.push_back(driver);
-        const QDate birth(between(1962, 2001), between(1, 12), between(1, 28));
+        // Drivers of 23 to 62 years: the attestation reads the birth date back from the personal number.
+        const QDate birth(m_options.today.year() - between(23, 62), between(1, 12), between(1, 28));
         if (!insert(QStringLiteral("INSERT INTO shof (kod, ime, adres, tel, mob, EGN, LKarta) VALUES (?, ?, ?, ?, ?, ?, ?)"),
                     {driver.kod, driver.ime,
                      QStringLiteral("Пловдив, %1 %2").arg(pick(streets)).arg(between(1, 120)),
@@ -439,12 +441,12 @@ bool Generator::trips()
     static const std::vector<QString> goods = {QStringLiteral("Пшеница"), QStringLiteral("Слънчогледово олио"),
                                                QStringLiteral("Стоманена арматура"), QStringLiteral("Плочки"),
                                                QStringLiteral("Консерви")};
-    Transaction transaction(m_db);
-    for (const Party &party : parties) {
-        if (!insert(QStringLiteral("INSERT INTO Firms (SrName, SrAdres, SrCity, SrCountry) VALUES (?, ?, ?, ?)"),
-                    {party.name, party.adres, party.city, party.country}))
-            return false;
-    }
+    // A few trailers the fleet pulls abroad, each trip one of them.
+    std::vector<QString> trailers;
+    for (int i = 0; i < 4; ++i)
+        trailers.push_back(plate());
+    // Each trip is saved as the trip editor saves it: its sender and receiver join the address book.
+    TripStore store(m_db);
     const int count = between(10, 20);
     for (int i = 0; i < count; ++i) {
         const Party &from = parties[static_cast<size_t>(between(0, 1) ? 0 : 6)];
@@ -454,19 +456,21 @@ bool Generator::trips()
         const double income = roundHalfEven(km * uniform(1.9, 2.4), 2);
         const QVariantList values{
             QStringLiteral("%1").arg(4100 + i, documentNumberLength, 10, QLatin1Char('0')),
-            m_options.today.addDays(-between(5, 600)), from.name, from.adres, from.city, from.country, from.city,
-            from.country, to.name, to.adres, to.city, to.country, to.city, to.country, pick(m_drivers).ime,
-            pick(m_trucks).plate, plate(), pick(goods), double(between(10, 24)), km, fuel, income,
+            m_options.today.addDays(-between(5, 600)), pick(m_drivers).ime, pick(m_trucks).plate, pick(trailers),
+            pick(goods), double(between(10, 24)), fuel, km, from.name, from.adres, from.city, from.country, to.name,
+            to.adres, to.city, to.country, from.city, from.country, to.city, to.country, income,
             roundHalfEven(fuel * 2.5 + km * 0.25, 2)};
-        if (!insert(QStringLiteral("INSERT INTO ExternalKurs (KursID, Data, SendName, SendAdres, SendCity, SendCountry, "
-                                   "SendCityP, SendCountryP, ResivName, ResivAdres, ResivCity, ResivCountry, ResivCityP, "
-                                   "ResivCountryP, DriverName, TruckV, TruckR, TovarName, TovarTon, TotalKM, TotalFuel, "
-                                   "TotalP, TotalR) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-                    values))
+        RecordRow trip;
+        for (int column = 0; column < tripColumns().size(); ++column)
+            trip.values.insert(tripColumns().at(column), values.at(column));
+        const Checked<RecordRow> saved = store.save(trip, true, demoTitle);
+        if (!saved) {
+            m_error = saved.message();
             return false;
+        }
     }
     m_summary.trips = count;
-    return transaction.commit();
+    return true;
 }
 
 Checked<DemoSummary> Generator::run()

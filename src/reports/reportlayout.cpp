@@ -267,8 +267,11 @@ double LayoutEngine::addControl(Band &band, const ReportControl &control, const 
         }
         const double spacing = m_measure.lineSpacing(fontIndex);
         const double ascent = m_measure.ascent(fontIndex);
-        // The first line sits where a single line would, so a wrapped cell reads level with its row.
-        const double firstOffset = std::max(0.0, (box.height() - spacing) / 2);
+        // A box tall enough for all its lines holds them centred, as it holds one line. Otherwise the
+        // first line sits where a single line would, so a wrapped cell reads level with its row.
+        const double block = spacing * lines.size();
+        const double firstOffset = block <= box.height() + 0.01 ? (box.height() - block) / 2
+                                                                : std::max(0.0, (box.height() - spacing) / 2);
         const double textHeight = firstOffset + spacing * lines.size();
         double baseline = box.top() + ascent + firstOffset;
         for (const QString &line : lines) {

@@ -1,0 +1,127 @@
+#include "tripstore.h"
+
+#include "data/sqlerror.h"
+#include "data/transaction.h"
+
+#include <QSqlQuery>
+#include <QVariant>
+
+namespace zarek {
+
+namespace {
+
+const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
+
+}
+
+TripStore::TripStore(QSqlDatabase db) : m_db(std::move(db)) {}
+
+std::unique_ptr<RecordStore> TripStore::trips() const
+{
+    return std::make_unique<RecordStore>(m_db, QStringLiteral("ExternalKurs"), tripColumns(), QStringLiteral("KursID"));
+}
+
+Checked<bool> TripStore::numberTaken(const QString &number, qint64 exceptId) const
+{
+    QSqlQuery query(m_db);
+    query.prepare(QStringLiteral("SELECT COUNT(*) FROM ExternalKurs WHERE KursID = ? AND id <> ?"));
+    query.addBindValue(number);
+    query.addBindValue(exceptId);
+    if (!query.exec() || !query.next())
+        return sqlErrorMessage(readTitle, query.lastError());
+    return query.value(0).toLongLong() > 0;
+}
+
+std::optional<UserMessage> TripStore::addFirm(const FirmAddress &typed, const QString &errorTitle) const
+{
+    const FirmAddress firm = typed.trimmed();
+    // An empty part is stored as an empty text, never as no value, so that it is found again.
+    const auto text = [](const QString &part) { return part.isNull() ? QStringLiteral("") : part; };
+    const QVariantList parts{text(firm.name), text(firm.adres), text(firm.city), text(firm.country)};
+    // A part never stored counts as an empty one, so an old row without it is still the same firm.
+    QSqlQuery find(m_db);
+    find.prepare(QStringLiteral("SELECT COUNT(*) FROM Firms WHERE COALESCE(SrName, '') = ? AND COALESCE(SrAdres, '') = ? "
+                                "AND COALESCE(SrCity, '') = ? AND COALESCE(SrCountry, '') = ?"));
+    for (const QVariant &part : parts)
+        find.addBindValue(part);
+    if (!find.exec() || !find.next())
+        return sqlErrorMessage(errorTitle, find.lastError());
+    if (find.value(0).toLongLong() > 0)
+        return std::nullopt;
+    QSqlQuery insert(m_db);
+    insert.prepare(QStringLiteral("INSERT INTO Firms (SrName, SrAdres, SrCity, SrCountry) VALUES (?, ?, ?, ?)"));
+    for (const QVariant &part : parts)
+        insert.addBindValue(part);
+    if (!insert.exec())
+        return sqlErrorMessage(errorTitle, insert.lastError());
+    return std::nullopt;
+}
+
+Checked<RecordRow> TripStore::save(const RecordRow &typed, bool adding, const QString &errorTitle) const
+{
+    RecordRow row = typed;
+    Transaction transaction(m_db);
+    if (!transaction.isActive())
+        return sqlErrorMessage(errorTitle, m_db.lastError());
+    // Checked again here: another workstation may have taken the number since it was typed.
+    const Checked<bool> taken = numberTaken(row.values.value(QStringLiteral("KursID")).toString(), adding ? 0 : row.id);
+    if (!taken)
+        return taken.message();
+    if (taken.value())
+        return tripNumberTakenMessage();
+    for (const FirmAddress &firm : {tripSender(row.values), tripReceiver(row.values)}) {
+        if (const auto failure = addFirm(firm, errorTitle))
+            return *failure;
+    }
+    const auto store = trips();
+    if (const auto failure = adding ? store->insert(row, errorTitle) : store->update(row, errorTitle))
+        return *failure;
+    if (!transaction.commit())
+        return sqlErrorMessage(errorTitle, m_db.lastError());
+    return row;
+}
+
+Checked<QList<FirmAddress>> TripStore::firms() const
+{
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("SELECT SrName, SrAdres, SrCity, SrCountry FROM Firms ORDER BY SrName, id")))
+        return sqlErrorMessage(readTitle, query.lastError());
+    QList<FirmAddress> firms;
+    while (query.next())
+        firms.append({query.value(0).toString(), query.value(1).toString(), query.value(2).toString(),
+                      query.value(3).toString()});
+    return firms;
+}
+
+QStringList TripStore::column(const QString &sql) const
+{
+    QStringList values;
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (!query.exec(sql))
+        return values;
+    while (query.next()) {
+        const QString value = query.value(0).toString();
+        if (!value.trimmed().isEmpty())
+            values.append(value);
+    }
+    return values;
+}
+
+QStringList TripStore::driverNames() const
+{
+    return column(QStringLiteral("SELECT DISTINCT ime FROM shof ORDER BY ime"));
+}
+
+QStringList TripStore::tractors() const
+{
+    return column(QStringLiteral("SELECT DISTINCT kola FROM Config ORDER BY kola"));
+}
+
+QStringList TripStore::trailers() const
+{
+    return column(QStringLiteral("SELECT DISTINCT TruckR FROM ExternalKurs ORDER BY TruckR"));
+}
+
+}

@@ -1,0 +1,289 @@
+#include "attestation/attestationreport.h"
+#include "attestation/birthdate.h"
+#include "reports/reportlayout.h"
+
+#include <QtTest>
+
+using namespace zarek;
+
+namespace {
+
+FirmProfile exampleFirm()
+{
+    FirmProfile firm;
+    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
+    firm.UserAdres = QStringLiteral("ул. Искър 12");
+    firm.UserCity = QStringLiteral("София");
+    firm.UserCountry = QStringLiteral("България");
+    firm.UserTel = QStringLiteral("02 987 65 43");
+    firm.UserGSM = QStringLiteral("0888 123 456");
+    firm.UserEmail = QStringLiteral("office@petrov.bg");
+    firm.UserURL = QStringLiteral("www.petrov.bg");
+    firm.UserMOL = QStringLiteral("Петър Петров");
+    return firm;
+}
+
+AttestationSheet exampleSheet(AttestationForm form, AttestationReason reason = AttestationReason::None)
+{
+    AttestationSheet sheet;
+    sheet.form = form;
+    sheet.driverName = QStringLiteral("Георги Д'Амато");
+    sheet.birthDate = QStringLiteral("02.5.2001");
+    sheet.card = QStringLiteral("645123987");
+    sheet.periodFrom = QStringLiteral("01.03.2026");
+    sheet.periodTo = QStringLiteral("15.03.2026");
+    sheet.startedOn = QStringLiteral("01.06.2019");
+    sheet.reason = reason;
+    return sheet;
+}
+
+const QDate today(2026, 3, 16);
+
+LaidOutReport laidOut(const AttestationSheet &sheet)
+{
+    const Checked<Report> report = ReportDAI(sheet, exampleFirm(), today);
+    if (!report)
+        qFatal("%s", qPrintable(report.message().text));
+    return layoutReport(report.value());
+}
+
+QString caption(const AttestationSheet &sheet, const char *name)
+{
+    return ReportDAI(sheet, exampleFirm(), today).value().control("PageHeader", QString::fromLatin1(name)).caption;
+}
+
+QList<QRectF> primitives(const LaidOutReport &laid, ReportPrimitive::Kind kind)
+{
+    QList<QRectF> found;
+    for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
+        if (p.kind == kind)
+            found.append(p.rect);
+    }
+    return found;
+}
+
+// All the text of the page as one line, the breaks of the layout taken out.
+QString pageText(const LaidOutReport &laid)
+{
+    return laid.textLines(0).join(QLatin1Char(' ')).simplified();
+}
+
+}
+
+Q_DECLARE_METATYPE(zarek::AttestationForm)
+Q_DECLARE_METATYPE(zarek::AttestationReason)
+
+class AttestationTest : public QObject {
+    Q_OBJECT
+private slots:
+    void theBirthDateComesFromThePersonalNumber_data()
+    {
+        QTest::addColumn<QString>("egn");
+        QTest::addColumn<QString>("born");  // empty: the message instead
+        QTest::newRow("1975") << "7501020000" << "02.01.1975";
+        QTest::newRow("2001, month without its zero") << "0145020000" << "02.5.2001";
+        QTest::newRow("December 2000") << "0052150000" << "15.12.2000";
+        QTest::newRow("last day of 1999") << "9912319999" << "31.12.1999";
+        QTest::newRow("blanks around") << " 8307154321 " << "15.07.1983";
+        QTest::newRow("six digits are enough") << "750102" << "02.01.1975";
+        QTest::newRow("five digits") << "75010" << "";
+        QTest::newRow("empty") << "" << "";
+        QTest::newRow("a letter") << "75O1020000" << "";
+        QTest::newRow("ten letters") << "абвгдежзий" << "";
+        QTest::newRow("month 13") << "7513020000" << "";
+        QTest::newRow("31 February") << "7502310000" << "";
+        QTest::newRow("born in the 1800s") << "7522020000" << "";
+    }
+    void theBirthDateComesFromThePersonalNumber()
+    {
+        QFETCH(QString, egn);
+        QFETCH(QString, born);
+        const Checked<QString> date = birthDateFromEgn(egn);
+        if (born.isEmpty()) {
+            QVERIFY(!date.ok());
+            QCOMPARE(date.message().title, QStringLiteral("ВНИМАНИЕ!"));
+            QCOMPARE(date.message().text.section('\n', 0, 0), QStringLiteral("Грешно ЕГН на шофьора!"));
+            return;
+        }
+        QVERIFY(date.ok());
+        QCOMPARE(date.value(), born);
+    }
+
+    // One reason, one cross, in the box of that reason; no reason, no cross.
+    void theCrossStandsInTheBoxOfTheReason_data()
+    {
+        QTest::addColumn<AttestationForm>("form");
+        QTest::addColumn<AttestationReason>("reason");
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<int>("top");
+        const auto y2007 = AttestationForm::Decision2007;
+        const auto y2009 = AttestationForm::Decision2009;
+        QTest::newRow("2007, none") << y2007 << AttestationReason::None << "" << -1;
+        QTest::newRow("2007, sick") << y2007 << AttestationReason::SickLeave << "Shape1" << 8865;
+        QTest::newRow("2007, annual leave") << y2007 << AttestationReason::AnnualLeave << "Shape2" << 9195;
+        QTest::newRow("2007, exempted vehicle") << y2007 << AttestationReason::ExemptVehicle << "Shape3" << 9510;
+        QTest::newRow("2009, none") << y2009 << AttestationReason::None << "" << -1;
+        QTest::newRow("2009, sick") << y2009 << AttestationReason::SickLeave << "Shape1" << -1;
+        QTest::newRow("2009, annual leave") << y2009 << AttestationReason::AnnualLeave << "Shape2" << -1;
+        QTest::newRow("2009, leave or rest") << y2009 << AttestationReason::LeaveOrRest << "Shape4" << -1;
+        QTest::newRow("2009, exempted vehicle") << y2009 << AttestationReason::ExemptVehicle << "Shape3" << -1;
+        QTest::newRow("2009, other work") << y2009 << AttestationReason::OtherWork << "Shape5" << -1;
+        QTest::newRow("2009, available") << y2009 << AttestationReason::Available << "Shape6" << -1;
+    }
+    void theCrossStandsInTheBoxOfTheReason()
+    {
+        QFETCH(AttestationForm, form);
+        QFETCH(AttestationReason, reason);
+        QFETCH(QString, box);
+        QFETCH(int, top);
+        const AttestationSheet sheet = exampleSheet(form, reason);
+        const Report report = ReportDAI(sheet, exampleFirm(), today).value();
+        const LaidOutReport laid = layoutReport(report);
+        const QList<QRectF> lines = primitives(laid, ReportPrimitive::Kind::Line);
+        const QList<QRectF> boxes = primitives(laid, ReportPrimitive::Kind::Box);
+        QCOMPARE(boxes.size(), form == AttestationForm::Decision2007 ? 3 : 6);
+        // The ruled lines of the form (under the firm's block) are not part of a cross.
+        QList<QRectF> strokes;
+        for (const QRectF &line : lines) {
+            if (line.height() != 0)
+                strokes.append(line);
+        }
+        if (box.isEmpty()) {
+            QVERIFY(strokes.isEmpty());
+            return;
+        }
+        QCOMPARE(strokes.size(), 2);
+        const ReportControl &shape = report.control("PageHeader", box);
+        if (top >= 0) {
+            QCOMPARE(shape.top, top);
+            QCOMPARE(shape.left, 405);
+        }
+        const QRectF boxRect = [&] {
+            for (const QRectF &b : boxes) {
+                if (qAbs(b.top() - strokes[0].normalized().top()) < 0.01)
+                    return b;
+            }
+            return QRectF();
+        }();
+        QVERIFY2(!boxRect.isNull(), "no box under the cross");
+        QCOMPARE(strokes[0].normalized(), boxRect);
+        QCOMPARE(strokes[1].normalized(), boxRect);
+        QVERIFY(strokes[0].top() != strokes[1].top());  // one falling, one rising stroke
+        // The box is the one of that reason in the design.
+        const double boxTop = (report.design().page.topMargin + shape.top) / 20.0;
+        QVERIFY(boxRect.top() >= boxTop - 0.01);
+    }
+
+    // Every label of the published form reads back from the laid-out page, on one page, nothing cut.
+    void theFormOf2007ReadsEveryLabel()
+    {
+        const LaidOutReport laid = laidOut(exampleSheet(AttestationForm::Decision2007, AttestationReason::SickLeave));
+        QCOMPARE(laid.pageCount(), 1);
+        QCOMPARE(laid.windowCaption, QStringLiteral("Зарек 2.3 - Удостоверение за ДАИ"));
+        const QString text = pageText(laid);
+        const QStringList labels = {
+            "УДОСТОВЕРЕНИЕ",
+            "ЗА ДЕЙНОСТИ, ПОПАДАЩИ В ОБХВАТА НА РЕГЛАМЕНТ (ЕО) №561/2006 ИЛИ НА ЕВРОПЕЙСКОТО СПОРАЗУМЕНИЕ ЗА РАБОТА НА "
+            "ЕКИПАЖИТЕ НА ПРЕВОЗНИТЕ СРЕДСТВА, ИЗВЪРШВАЩИ МЕЖДУНАРОДНИ АВТОМОБИЛНИ ПРЕВОЗИ (AETR)",
+            "Попълва се на машина и се подписва преди пътуване",
+            "Прилага се към оригиналните тахографски листове, когато те са задължителни",
+            "Подправени удостоверения представляват нарушение",
+            "1. Име на предприятието/фирмата:", "2.Адрес, пощенски код, град, държава:", "3.Телефонен номер:",
+            "4. Номер на факс:", "5. Адрес на електронната поща:", "Аз, долуподписаният", "6. Име:",
+            "7. Длъжност в предприятието/фирмата:", "декларирам, че водачът", "8. Име:", "9. Дата на раждане:",
+            "10. Номер на лична карта:", "за периода", "11. от", "12. до", "13.", "14.", "15.",
+            "е бил в отпуск по болест", "е бил в годишен отпуск",
+            "е управлявал превозно средство, попадащо извън обхвата на Регламент (ЕО) №561/2006 или AETR",
+            "16. За предприятието/фирмата, място", "дата", "подпис",
+            "17. Аз, водач на превозно средство, подвърждавам, че по време на горепосочения период не съм управлявал",
+            ". превозно средство, попадащо в обхвата на Регламент (ЕО) №561/2006 или AETR", "18. Място",
+            "подпис на водача", "Зарек 2.3",
+            // the firm, the driver and the period
+            "Транспорт Петров ЕООД", "София, ул. Искър 12",
+            "тел:02 987 65 43, факс:0888 123 456, E-mail:office@petrov.bg, URL:http//www.petrov.bg",
+            "ул. Искър 12, София, България", "02 987 65 43", "0888 123 456", "office@petrov.bg", "Петър Петров",
+            "Управител", "Георги Д'Амато", "02.5.2001 г.", "645123987", "00:00 на 01.03.2026 г.",
+            "00:00 на 15.03.2026 г.", "16.03.2026"};
+        for (const QString &label : labels)
+            QVERIFY2(text.contains(label), qPrintable(label));
+        QVERIFY(!text.contains(QChar(0x2026)));  // nothing cut short with "…"
+        QVERIFY(laid.textLines(0).join('\n').contains(QStringLiteral("_______________________        ")));
+        // The leading point and the blanks of item 17's second line stay as the form writes them.
+        QVERIFY(laid.textLines(0).join('\n').contains(QStringLiteral(".      превозно средство")));
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives)
+            QVERIFY2(p.rect.bottom() < laid.pageSize.height() - 567 / 20.0 + 0.01, qPrintable(p.text));
+    }
+
+    void theFormOf2009ReadsItsTwentyTwoItems()
+    {
+        const LaidOutReport laid = laidOut(exampleSheet(AttestationForm::Decision2009, AttestationReason::OtherWork));
+        QCOMPARE(laid.pageCount(), 1);
+        const QString text = pageText(laid);
+        const QStringList labels = {
+            "УДОСТОВЕРЕНИЕ ЗА ДЕЙНОСТИ", "(РЕГЛАМЕНТ (ЕО) № 561/2006 ИЛИ AETR (1))",
+            "Да се попълни на машина и да се подпише преди пътуване.",
+            "Фалшифицираните удостоверения представляват нарушение.",
+            "Част, която се попълва от предприятието/фирмата",
+            "1. Име на предприятието/фирмата:", "2. Улица, номер, пощенски код, град, държава:",
+            "3. Телефонен номер (включително международния код):", "4. Номер на факс (включително международния код):",
+            "5. Адрес на електронна поща:", "Аз, долуподписаният:", "6. Име и фамилия:",
+            "7. Длъжност в предприятието/фирмата:", "декларирам, че водачът:", "8. Име и фамилия:",
+            "9. Дата на раждане (ден/месец/година):",
+            "10. Номер на свидетелството за управление,", "на личната карта или на паспорта:",
+            "11. който е започнал работа в", "предприятието/фирмата на (ден/месец/година):", "за периода:",
+            "12. от (час/ден/месец/година):", "13. до (час/ден/месец/година):", "14.", "е бил в отпуск по болест (**)",
+            "15.", "е бил в годишен отпуск (**)", "16.", "е бил в отпуск или почивка (**)", "17.",
+            "е управлявал превозно средство, изключено от обхвата на Регламент (ЕО) № 561/2006 или AETR (**)", "18.",
+            "е извършвал друга работа, различна от управлението на превозно средство (**)", "19.",
+            "е бил на разположение (**)", "20. За предприятието/фирмата, място:",
+            "21. Аз, в качеството си на водач, потвърждавам, че през горепосочения период не съм управлявал превозно "
+            "средство, попадащо в обхвата на Регламент (ЕО) № 561/2006 или AETR.",
+            "22. Място:", "подпис на водача", "(**) Изберете само една от клетките.",
+            "(1) Европейско споразумение за работата на екипажите на превозните средства, извършващи международни "
+            "автомобилни превози.",
+            "Георги Д'Амато", "02.5.2001 г.", "645123987", "01.06.2019", "00:00 на 01.03.2026 г.", "Управител"};
+        for (const QString &label : labels)
+            QVERIFY2(text.contains(label), qPrintable(label));
+        QVERIFY(!text.contains(QChar(0x2026)));
+        for (const ReportPrimitive &p : laid.pages.at(0).primitives)
+            QVERIFY2(p.rect.bottom() < laid.pageSize.height() - 567 / 20.0 + 0.01, qPrintable(p.text));
+    }
+
+    void thePeriodIsPrintedAsTyped_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("a date") << "1.3.2026";
+        QTest::newRow("words") << "първи март 2026";
+        QTest::newRow("nothing") << "";
+        QTest::newRow("an apostrophe") << "1'3";
+    }
+    void thePeriodIsPrintedAsTyped()
+    {
+        QFETCH(QString, typed);
+        AttestationSheet sheet = exampleSheet(AttestationForm::Decision2007);
+        sheet.periodFrom = typed;
+        sheet.periodTo = typed + QStringLiteral("!");
+        QCOMPARE(caption(sheet, "Label36"), QStringLiteral("00:00 на ") + typed + QStringLiteral(" г."));
+        QCOMPARE(caption(sheet, "Label42"), QStringLiteral("00:00 на ") + typed + QStringLiteral("! г."));
+    }
+
+    // Printed before a driver is picked, the driver's items stay empty.
+    void itemsEightToTenAreEmptyBeforeADriverIsPicked_data()
+    {
+        QTest::addColumn<AttestationForm>("form");
+        QTest::newRow("2007") << AttestationForm::Decision2007;
+        QTest::newRow("2009") << AttestationForm::Decision2009;
+    }
+    void itemsEightToTenAreEmptyBeforeADriverIsPicked()
+    {
+        QFETCH(AttestationForm, form);
+        AttestationSheet sheet;
+        sheet.form = form;
+        for (const char *item : {"Label26", "Label28", "Label30"})
+            QCOMPARE(caption(sheet, item), QString());
+        QCOMPARE(laidOut(sheet).pageCount(), 1);
+    }
+};
+
+QTEST_MAIN(AttestationTest)
+#include "tst_attestation.moc"

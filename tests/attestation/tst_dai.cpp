@@ -1,0 +1,284 @@
+#include "attestation/dai.h"
+#include "forms/messageservice.h"
+#include "reports/reportpreview.h"
+#include "testdatabase.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+
+using namespace zarek;
+
+namespace {
+
+FirmProfile exampleFirm()
+{
+    FirmProfile firm;
+    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
+    firm.UserAdres = QStringLiteral("ул. Искър 12");
+    firm.UserCity = QStringLiteral("София");
+    firm.UserCountry = QStringLiteral("България");
+    firm.UserTel = QStringLiteral("02 987 65 43");
+    firm.UserGSM = QStringLiteral("0888 123 456");
+    firm.UserEmail = QStringLiteral("office@petrov.bg");
+    firm.UserMOL = QStringLiteral("Петър Петров");
+    return firm;
+}
+
+const QDate today(2026, 3, 16);
+
+void prepare(test::ScratchDatabase &scratch)
+{
+    QVERIFY(scratch.exec("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES "
+                         "('002', 'Иван Петров Иванов', '7501020000', '612345678'), "
+                         "('001', 'Георги Д''Амато', '0145020000', '645123987'), "
+                         "('003', 'Петър Късия', '75010', '611111111')"));
+}
+
+template <typename T = QWidget>
+T *child(QWidget &w, const char *name)
+{
+    return w.findChild<T *>(QString::fromLatin1(name));
+}
+
+QString label(QWidget &w, const char *name) { return child<QLabel>(w, name)->text(); }
+
+// A click on the box itself (a check box reacts to its box and text, not to the rest of its row).
+void tick(QWidget &w, const char *name)
+{
+    auto *box = child<QCheckBox>(w, name);
+    QTest::mouseClick(box, Qt::LeftButton, Qt::NoModifier, QPoint(8, box->height() / 2));
+}
+
+// Picks a driver from the list with the mouse, as a click in the open list does.
+void pickDriver(DAI &screen, const QString &name)
+{
+    auto *combo = child<QComboBox>(screen, "Combo1");
+    const int index = combo->findText(name);
+    QVERIFY2(index >= 0, qPrintable(name));
+    combo->setCurrentIndex(index);
+    emit combo->activated(index);
+}
+
+}
+
+class DaiTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void theSheetShowsTheFirmAndWaitsForADriver()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        QCOMPARE(screen.windowTitle(), QStringLiteral("Удостоверение ДАИ"));
+        QCOMPARE(screen.form(), AttestationForm::Decision2007);
+        QCOMPARE(label(screen, "lblFirmaName"), QStringLiteral("Транспорт Петров ЕООД"));
+        QCOMPARE(label(screen, "lblFirmaAdres"), QStringLiteral("ул. Искър 12, София, България"));
+        QCOMPARE(label(screen, "lblFirmaTel"), QStringLiteral("02 987 65 43"));
+        QCOMPARE(label(screen, "lblFirmaFax"), QStringLiteral("0888 123 456"));
+        QCOMPARE(label(screen, "lblFirmaEmail"), QStringLiteral("office@petrov.bg"));
+        QCOMPARE(label(screen, "lblFirmaMOL"), QStringLiteral("Петър Петров"));
+        QCOMPARE(label(screen, "lblT17"),
+                 QStringLiteral("17. Аз, водач на превозно средство, потвърждавам, че по време на горепосочения период "
+                                "не съм управлявал превозно средство,\n       попадащо в Регламент (ЕО) №561/2006 или AETR"));
+        const char *captions[][2] = {{"lblItem1", "1. Име на фирмата:"},
+                                     {"lblItem2", "2. Адрес, пощенски код, град, държава;"},
+                                     {"lblItem10", "10. Номер на лична карта:"},
+                                     {"lblItemFrom", "11. от:"},
+                                     {"lblItem16", "16. За предприятието/фирмата място:"},
+                                     {"lblItem18", "18. Място"}};
+        for (const auto &c : captions)
+            QCOMPARE(label(screen, c[0]), QString::fromUtf8(c[1]));
+        QCOMPARE(child<QCheckBox>(screen, "Check1")->text(), QStringLiteral("е бил в отпуск по болест"));
+        for (const char *hidden : {"lblDriverName", "lblDriverBorn", "lblDriverLK", "lblDataStart", "lblDataStop",
+                                   "Check4", "Check5", "Check6", "txtStarted"})
+            QVERIFY2(child(screen, hidden)->isHidden(), hidden);
+        auto *combo = child<QComboBox>(screen, "Combo1");
+        QCOMPARE(combo->count(), 3);
+        QCOMPARE(combo->itemText(0), QStringLiteral("Георги Д'Амато"));  // by code
+        QCOMPARE(combo->currentIndex(), -1);
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    // A driver with an apostrophe in the name is found; the birth date comes from the personal number.
+    void pickingADriverShowsNameBirthDateAndCard()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        screen.show();
+        pickDriver(screen, QStringLiteral("Георги Д'Амато"));
+        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(label(screen, "lblDriverName"), QStringLiteral("Георги Д'Амато"));
+        QCOMPARE(label(screen, "lblDriverBorn"), QStringLiteral("02.5.2001 г."));
+        QCOMPARE(label(screen, "lblDriverLK"), QStringLiteral("645123987"));
+        QVERIFY(child(screen, "lblDriverName")->isVisible());
+        QVERIFY(!child(screen, "Combo1")->isVisible());
+        const AttestationSheet sheet = screen.sheet();
+        QCOMPARE(sheet.driverName, QStringLiteral("Георги Д'Амато"));
+        QCOMPARE(sheet.birthDate, QStringLiteral("02.5.2001"));
+
+        // A click on the name brings the list back to pick another.
+        QTest::mouseClick(child(screen, "lblDriverName"), Qt::LeftButton);
+        QVERIFY(child(screen, "Combo1")->isVisible());
+        pickDriver(screen, QStringLiteral("Иван Петров Иванов"));
+        QCOMPARE(label(screen, "lblDriverBorn"), QStringLiteral("02.01.1975 г."));
+    }
+
+    // A personal number too short or not digits: no birth date, a message, and the rest works.
+    void aWrongPersonalNumberGivesAnEmptyBirthDateAndAMessage()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        pickDriver(screen, QStringLiteral("Петър Късия"));
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().text.section('\n', 0, 0), QStringLiteral("Грешно ЕГН на шофьора!"));
+        QCOMPARE(label(screen, "lblDriverBorn"), QString());
+        QCOMPARE(label(screen, "lblDriverLK"), QStringLiteral("611111111"));
+        QCOMPARE(screen.sheet().birthDate, QString());
+        const Report report = screen.attestationReport().value();
+        QCOMPARE(report.control("PageHeader", "Label26").caption, QStringLiteral("Петър Късия"));
+        QCOMPARE(report.control("PageHeader", "Label28").caption, QString());
+    }
+
+    void printBeforeADriverIsPickedLeavesItemsEightToTenEmpty()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        const Report report = screen.attestationReport().value();
+        for (const char *item : {"Label26", "Label28", "Label30"})
+            QCOMPARE(report.control("PageHeader", item).caption, QString());
+    }
+
+    // Ticking a second box clears the first, and the cross follows it: what prints is what shows.
+    void tickingASecondBoxClearsTheFirstAndTheCrossFollowsIt()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        screen.show();
+        const auto crossTop = [&screen] {
+            const Report report = screen.attestationReport().value();
+            const ReportControl &line = report.control("PageHeader", "Line2");
+            return line.visible ? line.top : -1;
+        };
+        QCOMPARE(crossTop(), -1);
+        tick(screen, "Check1");
+        QCOMPARE(screen.sheet().reason, AttestationReason::SickLeave);
+        QCOMPARE(crossTop(), 8865);
+        tick(screen, "Check3");
+        QVERIFY(!child<QCheckBox>(screen, "Check1")->isChecked());
+        QCOMPARE(screen.sheet().reason, AttestationReason::ExemptVehicle);
+        QCOMPARE(crossTop(), 9510);
+        QTest::keyClick(child<QCheckBox>(screen, "Check2"), Qt::Key_Space);
+        QVERIFY(!child<QCheckBox>(screen, "Check3")->isChecked());
+        QCOMPARE(crossTop(), 9195);
+        QTest::keyClick(child<QCheckBox>(screen, "Check2"), Qt::Key_Space);  // cleared again: no reason, no cross
+        QCOMPARE(crossTop(), -1);
+    }
+
+    // The period box turns into its "00:00 на … г." once left; the text is not read as a date.
+    void aPeriodBoxTurnsIntoItsTextOnLeaving()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        auto *from = child<QLineEdit>(screen, "Text1_0");
+        from->setFocus();
+        from->setText(QStringLiteral("1 март 2026"));
+        QTest::keyClick(from, Qt::Key_Tab);
+        QVERIFY(from->isHidden());
+        QCOMPARE(label(screen, "lblDataStart"), QStringLiteral("00:00 на 1 март 2026 г."));
+        QVERIFY(child(screen, "lblDataStart")->isVisible());
+        QCOMPARE(screen.attestationReport().value().control("PageHeader", "Label36").caption,
+                 QStringLiteral("00:00 на 1 март 2026 г."));
+        QTest::mouseClick(child(screen, "lblDataStart"), Qt::LeftButton);
+        QVERIFY(from->isVisible());
+        QCOMPARE(QApplication::focusWidget(), from);
+    }
+
+    // Today's form: its 22 items with their wording, and the reasons it adds; back on the program's
+    // form a reason it lacks is cleared.
+    void theFormOf2009IsAChoiceBesideTheProgramsOwn()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        screen.show();
+        screen.setForm(AttestationForm::Decision2009);
+        QCOMPARE(label(screen, "lblTitle"), QStringLiteral("УДОСТОВЕРЕНИЕ ЗА ДЕЙНОСТИ"));
+        QCOMPARE(label(screen, "lblItemFrom"), QStringLiteral("12. от (час/ден/месец/година):"));
+        QCOMPARE(label(screen, "lblItem18"), QStringLiteral("22. Място"));
+        for (const char *shown : {"Check4", "Check5", "Check6", "txtStarted", "lblFirmPart", "lblChooseOne"})
+            QVERIFY2(child(screen, shown)->isVisible(), shown);
+        child<QLineEdit>(screen, "txtStarted")->setText(QStringLiteral("01.06.2019"));
+        tick(screen, "Check5");
+        AttestationSheet sheet = screen.sheet();
+        QCOMPARE(sheet.form, AttestationForm::Decision2009);
+        QCOMPARE(sheet.reason, AttestationReason::OtherWork);
+        QCOMPARE(sheet.startedOn, QStringLiteral("01.06.2019"));
+        const Report report = screen.attestationReport().value();
+        QCOMPARE(report.design().name, QStringLiteral("rptDAI2009"));
+        QCOMPARE(report.control("PageHeader", "Label55").caption, QStringLiteral("01.06.2019"));
+
+        screen.setForm(AttestationForm::Decision2007);
+        QVERIFY(child(screen, "Check5")->isHidden());
+        QVERIFY(!child<QCheckBox>(screen, "Check5")->isChecked());
+        sheet = screen.sheet();
+        QCOMPARE(sheet.reason, AttestationReason::None);
+        QCOMPARE(sheet.startedOn, QString());
+        QCOMPARE(label(screen, "lblItemFrom"), QStringLiteral("11. от:"));
+        QCOMPARE(child<QCheckBox>(screen, "Check3")->text(),
+                 QStringLiteral("е управлявал превозно средство, попадащо извън обхвата на Регламент (ЕО) №561/2006 или AETR"));
+    }
+
+    // "Печат" shows the attestation in the preview, and waits for it.
+    void printShowsThePreview()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        screen.show();
+        QString caption;
+        int pages = 0;
+        QTimer::singleShot(0, [&] {
+            if (auto *preview = qobject_cast<ReportPreview *>(QApplication::activeModalWidget())) {
+                caption = preview->report().windowCaption;
+                pages = preview->report().pageCount();
+                preview->reject();
+            }
+        });
+        child<QPushButton>(screen, "cmdPrint")->click();
+        QCOMPARE(caption, QStringLiteral("Зарек 2.3 - Удостоверение за ДАИ"));
+        QCOMPARE(pages, 1);
+    }
+
+    void noDriverAtAllIsTold()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().text, QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
+    }
+};
+
+QTEST_MAIN(DaiTest)
+#include "tst_dai.moc"

@@ -1,0 +1,215 @@
+#include "international/triprules.h"
+#include "international/tripstore.h"
+#include "testdatabase.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+RecordRow trip(const QString &number, const FirmAddress &sender, const FirmAddress &receiver)
+{
+    RecordRow row;
+    for (const QString &column : tripColumns())
+        row.values.insert(column, QString());
+    row.values.insert(QStringLiteral("KursID"), number);
+    row.values.insert(QStringLiteral("Data"), QDate(2026, 3, 5));
+    row.values.insert(QStringLiteral("DriverName"), QStringLiteral("Иван Петров"));
+    row.values.insert(QStringLiteral("TruckV"), QStringLiteral("РВ 1234 ВК"));
+    row.values.insert(QStringLiteral("TruckR"), QStringLiteral("РВ 5678 ЕЕ"));
+    for (const QString &column : tripNumberColumns())
+        row.values.insert(column, 10.0);
+    const QString parts[] = {sender.name, sender.adres, sender.city, sender.country,
+                             receiver.name, receiver.adres, receiver.city, receiver.country};
+    const char *columns[] = {"SendName", "SendAdres", "SendCity", "SendCountry",
+                             "ResivName", "ResivAdres", "ResivCity", "ResivCountry"};
+    for (int i = 0; i < 8; ++i)
+        row.values.insert(QString::fromLatin1(columns[i]), parts[i]);
+    return row;
+}
+
+const FirmAddress agro{QStringLiteral("Agro Trade SRL"), QStringLiteral("Str. Fabricii 8"), QStringLiteral("Bucuresti"),
+                       QStringLiteral("Румъния")};
+const FirmAddress dargos{QStringLiteral("Д'Аргос ООД"), QStringLiteral("ул. Шипка 3"), QStringLiteral("Пловдив"),
+                         QStringLiteral("България")};
+
+int count(QSqlDatabase db, const QString &sql)
+{
+    QSqlQuery query(db);
+    if (!query.exec(sql) || !query.next())
+        return -1;
+    return query.value(0).toInt();
+}
+
+}
+
+Q_DECLARE_METATYPE(zarek::FirmAddress)
+
+class TripStoreTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    // The first empty box stops the save, in the order number, date, driver, tractor, trailer.
+    void theFiveChecksStopAtTheFirstEmptyBoxInTheirOrder_data()
+    {
+        QTest::addColumn<QStringList>("filled");
+        QTest::addColumn<QString>("fault");
+        const QStringList all = {"KursID", "Data", "DriverName", "TruckV", "TruckR"};
+        QTest::newRow("nothing") << QStringList() << "Няма въведен номер на ЧМР!";
+        QTest::newRow("number") << QStringList{"KursID"} << "Няма въведена дата на ЧМР!";
+        QTest::newRow("number, date") << QStringList{"KursID", "Data"} << "Няма въведено име на шофьор!";
+        QTest::newRow("up to the driver") << all.mid(0, 3) << "Няма въведен номер на влекач!";
+        QTest::newRow("up to the tractor") << all.mid(0, 4) << "Няма въведен номер на ремарке!";
+        QTest::newRow("all but the number") << all.mid(1) << "Няма въведен номер на ЧМР!";
+        QTest::newRow("all but the trailer, blanks only") << all.mid(0, 4) << "Няма въведен номер на ремарке!";
+        QTest::newRow("all five") << all << "";
+    }
+    void theFiveChecksStopAtTheFirstEmptyBoxInTheirOrder()
+    {
+        QFETCH(QStringList, filled);
+        QFETCH(QString, fault);
+        QVariantMap typed;
+        for (const QString &column : tripColumns())
+            typed.insert(column, QStringLiteral("   "));
+        for (const QString &column : filled)
+            typed.insert(column, QStringLiteral("x"));
+        const auto message = checkTrip(typed);
+        if (fault.isEmpty()) {
+            QVERIFY(!message);
+            return;
+        }
+        QVERIFY(message);
+        QCOMPARE(message->title, QStringLiteral("   ВНИМАНИЕ!"));
+        QCOMPARE(message->text.section(QLatin1Char('\n'), 0, 0), fault);
+        QCOMPARE(message->text.section(QLatin1Char('\n'), 1, 1), QString());  // a blank line between the two
+        QCOMPARE(message->icon, UserMessage::Icon::Critical);
+    }
+
+    // One firm is one row however it was typed; a change in any of its four parts is another firm.
+    void theSameFirmOnTwoTripsIsOneRowAndAChangedPartIsANewRow_data()
+    {
+        QTest::addColumn<FirmAddress>("second");
+        QTest::addColumn<int>("firms");
+        QTest::newRow("the same") << agro << 2;
+        QTest::newRow("the same with blanks around")
+            << FirmAddress{"  Agro Trade SRL ", "Str. Fabricii 8 ", " Bucuresti", "Румъния  "} << 2;
+        QTest::newRow("another name") << FirmAddress{"Agro Trade SA", agro.adres, agro.city, agro.country} << 3;
+        QTest::newRow("another address") << FirmAddress{agro.name, "Str. Fabricii 10", agro.city, agro.country} << 3;
+        QTest::newRow("another town") << FirmAddress{agro.name, agro.adres, "Ploiesti", agro.country} << 3;
+        QTest::newRow("another country") << FirmAddress{agro.name, agro.adres, agro.city, "Молдова"} << 3;
+    }
+    void theSameFirmOnTwoTripsIsOneRowAndAChangedPartIsANewRow()
+    {
+        QFETCH(FirmAddress, second);
+        QFETCH(int, firms);
+        ZAREK_SCRATCH_DB(scratch);
+        const TripStore store(scratch.db());
+        QVERIFY(store.save(trip("0000000001", dargos, agro), true, "ГРЕШКА при запис!").ok());
+        QVERIFY(store.save(trip("0000000002", dargos, second), true, "ГРЕШКА при запис!").ok());
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), firms);
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms WHERE SrName <> TRIM(SrName) OR SrAdres <> "
+                                     "TRIM(SrAdres) OR SrCity <> TRIM(SrCity) OR SrCountry <> TRIM(SrCountry)"),
+                 0);
+    }
+
+    void aFirmWithAnApostropheIsStoredAndFoundAgain()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const TripStore store(scratch.db());
+        QVERIFY(!store.addFirm(dargos, "ГРЕШКА при запис!"));
+        QVERIFY(!store.addFirm(dargos, "ГРЕШКА при запис!"));
+        const auto firms = store.firms();
+        QVERIFY(firms.ok());
+        QCOMPARE(firms.value(), QList<FirmAddress>{dargos});
+    }
+
+    // A firm row from before, with a part never stored, is the same firm as one typed with it empty.
+    void aPartNeverStoredCountsAsAnEmptyOne()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(scratch.exec("INSERT INTO Firms (SrName, SrCity) VALUES ('Bau Handel GmbH', 'Nürnberg')"));
+        QVERIFY(!TripStore(scratch.db()).addFirm({"Bau Handel GmbH", "", "Nürnberg", ""}, "ГРЕШКА при запис!"));
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
+    }
+
+    // Empty panels make one all-empty firm, once; the picker then lists it.
+    void emptyPanelsAddOneEmptyFirmOnce()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const TripStore store(scratch.db());
+        QVERIFY(store.save(trip("0000000001", {}, {}), true, "ГРЕШКА при запис!").ok());
+        QVERIFY(store.save(trip("0000000002", {}, {}), true, "ГРЕШКА при запис!").ok());
+        QCOMPARE(store.firms().value(), QList<FirmAddress>{FirmAddress{}});
+    }
+
+    // Another workstation may have taken the number since it was typed: the save refuses it, and
+    // neither the trip nor its firms are written.
+    void aNumberAnotherTripCarriesIsRefusedAndNothingIsWritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const TripStore store(scratch.db());
+        QVERIFY(store.save(trip("0000000037", dargos, dargos), true, "ГРЕШКА при запис!").ok());
+        const auto refused = store.save(trip("0000000037", agro, agro), true, "ГРЕШКА при запис!");
+        QVERIFY(!refused.ok());
+        QCOMPARE(refused.message(), tripNumberTakenMessage());
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs"), 1);
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
+        QCOMPARE(store.numberTaken("0000000037").value(), true);
+        QCOMPARE(store.numberTaken("0000000038").value(), false);
+    }
+
+    // A trip corrected keeps its own number: that is no duplicate.
+    void aTripCorrectedKeepsItsOwnNumber()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const TripStore store(scratch.db());
+        const auto saved = store.save(trip("0000000037", dargos, agro), true, "ГРЕШКА при запис!");
+        QVERIFY(saved.ok());
+        QCOMPARE(store.numberTaken("0000000037", saved.value().id).value(), false);
+        RecordRow corrected = saved.value();
+        corrected.values.insert(QStringLiteral("TovarName"), QStringLiteral("Пшеница"));
+        const auto again = store.save(corrected, false, "ГРЕШКА при запис!");
+        QVERIFY2(again.ok(), again.ok() ? "" : qPrintable(again.message().text));
+        QCOMPARE(again.value().rowVersion, saved.value().rowVersion + 1);
+    }
+
+    // A trip another user changed meanwhile is not overwritten, and its firms stay unwritten too.
+    void aTripChangedElsewhereIsNotOverwritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const TripStore store(scratch.db());
+        const auto saved = store.save(trip("0000000037", dargos, dargos), true, "ГРЕШКА при запис!");
+        QVERIFY(saved.ok());
+        QVERIFY(scratch.exec("UPDATE ExternalKurs SET TovarName = 'Олио', row_version = row_version + 1"));
+        RecordRow stale = saved.value();
+        stale.values.insert(QStringLiteral("ResivName"), QStringLiteral("Hellas Foods SA"));
+        const auto refused = store.save(stale, false, "ГРЕШКА при запис!");
+        QVERIFY(!refused.ok());
+        QVERIFY(refused.message().text.startsWith(QStringLiteral("-2147217864:")));
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs WHERE TovarName = 'Олио'"), 1);
+    }
+
+    void theListsOfferDriversTractorsAndEarlierTrailersSorted()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const TripStore store(scratch.db());
+        QVERIFY(store.trailers().isEmpty());
+        QVERIFY(scratch.exec("INSERT INTO shof (kod, ime) VALUES ('002', 'Петър Колев'), ('001', 'Георги Д''Амато')"));
+        QVERIFY(scratch.exec("INSERT INTO Config (kola) VALUES ('СА 9999 ВВ'), ('РВ 1234 ВК')"));
+        RecordRow second = trip("0000000002", agro, agro);
+        second.values.insert(QStringLiteral("TruckR"), QStringLiteral("РВ 0001 ЕЕ"));
+        QVERIFY(store.save(trip("0000000001", agro, agro), true, "ГРЕШКА при запис!").ok());
+        QVERIFY(store.save(second, true, "ГРЕШКА при запис!").ok());
+        QVERIFY(store.save(trip("0000000003", agro, agro), true, "ГРЕШКА при запис!").ok());
+        QCOMPARE(store.driverNames(), (QStringList{"Георги Д'Амато", "Петър Колев"}));
+        QCOMPARE(store.tractors(), (QStringList{"РВ 1234 ВК", "СА 9999 ВВ"}));
+        QCOMPARE(store.trailers(), (QStringList{"РВ 0001 ЕЕ", "РВ 5678 ЕЕ"}));
+    }
+};
+
+QTEST_GUILESS_MAIN(TripStoreTest)
+#include "tst_tripstore.moc"
