@@ -5,6 +5,7 @@
 #include "reports/reportrenderer.h"
 
 #include <QComboBox>
+#include <QDir>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -274,7 +275,9 @@ QString ReportPreview::suggestedPdfName() const
 
 void ReportPreview::exportPdf()
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (!QDir(folder).exists())
+        folder = QDir::homePath();  // no documents folder: the file dialog would open anywhere
     const QString suggested = folder + QLatin1Char('/') + suggestedPdfName();
     const QString fileName = QFileDialog::getSaveFileName(this, QStringLiteral("Запис в PDF"), suggested,
                                                           QStringLiteral("PDF (*.pdf)"));
