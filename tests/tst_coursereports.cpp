@@ -1,5 +1,6 @@
 #include "courses/coursereports.h"
 #include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
 #include "testdatabase.h"
 
 #include <QSqlError>
@@ -228,6 +229,42 @@ private slots:
                 fills.append(p.color);
         }
         QCOMPARE(fills, QList<quint32>({0xFFC0C0C0u, 0xFFFFFFFFu}));
+    }
+
+    // The PDF export offered the design's name ("rptKola.pdf"): it offers the subject and period.
+    void thePdfExportOfferedTheDesignsName_data()
+    {
+        QTest::addColumn<QString>("report");
+        QTest::addColumn<QString>("fileName");
+        QTest::newRow("truck") << "rptKola" << "Справка за курсовете на кола №СА 1234 ВК, 01.03.2006 - 31.03.2006.pdf";
+        QTest::newRow("firm") << "rptAll"
+                              << "Обща справка за нефактурираните курсове на фирма Транспорт Петров ЕООД, "
+                                 "01.03.2006 - 31.03.2006.pdf";
+        QTest::newRow("client, the slash a dash") << "rptKlient"
+                                                  << "Справка за курсовете по заявка на Бетон-Инерт АД, "
+                                                     "01.03.2006 - 31.03.2006.pdf";
+        QTest::newRow("driver") << "rptDriver"
+                                << "Справка за курсовете извършени от Иван Петров, 01.03.2006 - 31.03.2006.pdf";
+    }
+    void thePdfExportOfferedTheDesignsName()
+    {
+        QFETCH(QString, report);
+        QFETCH(QString, fileName);
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        SearchConditions conditions = march();
+        conditions.SeekKola = QStringLiteral("СА 1234 ВК");
+        conditions.SeekChoice = QStringLiteral("No");
+        conditions.SeekKlient = QStringLiteral("Бетон/Инерт АД");
+        conditions.SeekDriverKod = QStringLiteral("007");
+        conditions.SeekDriverIme = QStringLiteral("Иван Петров");
+        const Checked<Report> filled = report == QLatin1String("rptKola")     ? ReportKola(conditions, scratch.db(), exampleFirm())
+                                     : report == QLatin1String("rptAll")      ? ReportAll(conditions, scratch.db(), exampleFirm())
+                                     : report == QLatin1String("rptKlient")   ? ReportKlient(conditions, scratch.db(), exampleFirm())
+                                                                              : ReportDriver(conditions, scratch.db(), exampleFirm());
+        QVERIFY(filled.ok());
+        const ReportPreview preview(laidOut(filled));
+        QCOMPARE(preview.suggestedPdfName(), fileName);
     }
 
     void anEmptyPeriodGivesTheFrameWithZeroTotals()

@@ -188,7 +188,8 @@ private slots:
         QCOMPARE(field(again, 2)->text(), QStringLiteral(" Димитър О'Нийл "));  // ordered by code
     }
 
-    void escClosesTheScreenOnlyWhileBrowsing()
+    // Esc closes the screen; while a correction holds typing it asks first, and "Не" stays.
+    void escClosesTheScreenAskingAboutTyping()
     {
         ZAREK_SCRATCH_DB(scratch);
         addDriver(scratch.db(), QStringLiteral("001"), QStringLiteral("Иван Петров"));
@@ -198,11 +199,15 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&screen));
         button(screen, "cmdEdit")->click();
         QCOMPARE(QApplication::focusWidget(), field(screen, 2));  // the first box takes the typing
+        field(screen, 2)->setText(QStringLiteral("Иван Петров Иванов"));
+        messages.answers = {false};
         QTest::keyClick(field(screen, 2), Qt::Key_Escape);
+        QCOMPARE(messages.asked.size(), 1);
         QVERIFY(screen.isVisible());
         button(screen, "cmdCancel")->click();
         QTest::keyClick(field(screen, 2), Qt::Key_Escape);
         QVERIFY(!screen.isVisible());
+        QCOMPARE(messages.asked.size(), 1);
         QCOMPARE(screen.result(), int(QDialog::Rejected));
     }
 

@@ -44,6 +44,13 @@ bool fill(QSqlDatabase db)
            && insert(db, QDate(2006, 4, 1), truck, 1, QStringLiteral("След периода"));
 }
 
+// The tariff bands: up to 20 km, to 30, to 50, to 100, to 200, above 200.
+bool addBands(test::ScratchDatabase &scratch)
+{
+    return scratch.exec(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
+                                       "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.125, 0.18, 0.14, 0.12, 0.1)"));
+}
+
 QSqlRecord courseOf(QSqlDatabase db, const QString &marsh)
 {
     QSqlQuery query(db);
@@ -97,6 +104,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fill(scratch.db()));
+        QVERIFY(addBands(scratch));
         EditKM screen(truck, march, scratch.db());
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
@@ -110,13 +118,15 @@ private slots:
         QTRY_COMPARE(screen.model()->index(1, 4).data().toString(), QStringLiteral("137"));
 
         QSqlRecord course = courseOf(scratch.db(), QStringLiteral("София - Перник"));
-        CourseMoney expected = priceCourse(10, 137, 0.125);
+        CourseMoney expected = priceCourse(10, 137, 0.12);  // the band of 137 km
         QCOMPARE(course.value(QStringLiteral("km")).toDouble(), 137.0);
-        QCOMPARE(course.value(QStringLiteral("bruto")).toDouble(), expected.bruto.toDouble());   // 171,25
+        QCOMPARE(course.value(QStringLiteral("Tarifa")).toDouble(), 0.12);
+        QCOMPARE(course.value(QStringLiteral("bruto")).toDouble(), expected.bruto.toDouble());   // 164,40
         QCOMPARE(course.value(QStringLiteral("procent")).toDouble(), expected.procent.toDouble());
         QCOMPARE(course.value(QStringLiteral("neto")).toDouble(), expected.neto.toDouble());
         QCOMPARE(course.value(QStringLiteral("row_version")).toInt(), 2);
-        QCOMPARE(screen.model()->index(1, 7).data().toString(), QStringLiteral("171,25"));
+        QCOMPARE(screen.model()->index(1, 6).data().toString(), QStringLiteral("0,120"));
+        QCOMPARE(screen.model()->index(1, 7).data().toString(), QStringLiteral("164,40"));
 
         // The rate of the same row next: the row's new version is used.
         QVERIFY(screen.model()->setData(screen.model()->index(1, 6), QStringLiteral("0,2")));
@@ -129,6 +139,52 @@ private slots:
         QCOMPARE(course.value(QStringLiteral("row_version")).toInt(), 3);
         // The other rows are untouched.
         QCOMPARE(courseOf(scratch.db(), QStringLiteral("Перник - София")).value(QStringLiteral("row_version")).toInt(), 1);
+    }
+
+    // Correcting 1 km to 215 km kept the 0,350 of the shortest band: 970,72 instead of 277,35.
+    void aKilometreCorrectionKeptThePlaceholdersRate()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(addBands(scratch));
+        for (const char *marsh : {"Перник - Бургас", "Перник - Варна"}) {
+            const CourseMoney money = priceCourse(12.9, 1, 0.35);
+            QSqlQuery query(scratch.db());
+            query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, "
+                                         "bruto, procent, neto, Fakt, NomFakt, plat, Doc) VALUES ('2006-03-07', '007', "
+                                         "?, 'Бетон АД', ?, 'Пясък', 1, 12.9, 0.35, ?, ?, ?, FALSE, '0000000000', "
+                                         "FALSE, FALSE)"));
+            for (const QVariant &value : QList<QVariant>{truck, QString::fromUtf8(marsh), money.bruto.toDouble(),
+                                                         money.procent.toDouble(), money.neto.toDouble()})
+                query.addBindValue(value);
+            QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
+        }
+        RecordingMessageService messages;
+        EditKM screen(truck, march, scratch.db());
+        ResultGridModel *model = screen.model();
+        screen.setEditingAllowed(true);
+        QVERIFY(model->setData(model->index(0, 4), QStringLiteral("215")));
+        QSqlRecord course = courseOf(scratch.db(), QStringLiteral("Перник - Бургас"));
+        QCOMPARE(course.value(QStringLiteral("Tarifa")).toDouble(), 0.1);
+        QCOMPARE(course.value(QStringLiteral("bruto")).toDouble(), 277.35);
+        QCOMPARE(course.value(QStringLiteral("neto")).toDouble(), priceCourse(12.9, 215, 0.1).neto.toDouble());
+        // The corrected row stays in the open grid with its new rate and sum, its rate still editable.
+        QCOMPARE(model->rowCount(), 2);
+        QCOMPARE(model->index(0, 4).data().toString(), QStringLiteral("215"));
+        QCOMPARE(model->index(0, 6).data().toString(), QStringLiteral("0,100"));
+        QCOMPARE(model->index(0, 7).data().toString(), QStringLiteral("277,35"));
+        QVERIFY(model->setData(model->index(0, 6), QStringLiteral("0,11")));
+        QCOMPARE(courseOf(scratch.db(), QStringLiteral("Перник - Бургас")).value(QStringLiteral("bruto")).toDouble(),
+                 305.08);  // 12,9 t x 215 km x 0,110
+
+        // A rate typed in the row first is kept when the kilometres follow.
+        QVERIFY(model->setData(model->index(1, 6), QStringLiteral("0,2")));
+        QVERIFY(model->setData(model->index(1, 4), QStringLiteral("40")));
+        course = courseOf(scratch.db(), QStringLiteral("Перник - Варна"));
+        QCOMPARE(course.value(QStringLiteral("Tarifa")).toDouble(), 0.2);
+        QCOMPARE(course.value(QStringLiteral("bruto")).toDouble(), 103.2);
+        QVERIFY(messages.shown.isEmpty());
+        EditKM again(truck, march, scratch.db());
+        QCOMPARE(again.model()->rowCount(), 0);  // gone the next time the screen opens
     }
 
     void aCourseChangedMeanwhileIsNotOverwritten()

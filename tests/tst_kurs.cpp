@@ -291,7 +291,10 @@ private slots:
         QVERIFY(!button(screen, "cmdAdd")->isEnabled());
         QVERIFY(combo(screen, 1)->isHidden());
         QVERIFY(!field(screen, 12)->isEnabled());
-        QCOMPARE(sum(screen, 15), QString());  // blank until the first move
+        // The first course shows its own figures at once.
+        QCOMPARE(sum(screen, 15), QStringLiteral("31,25"));
+        QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
+        QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,125"));
         press(Qt::Key_Down);
         QCOMPARE(form->statusLabel()->text(), QStringLiteral("Курс № 2"));
         QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,200"));
@@ -356,7 +359,106 @@ private slots:
                  2);
     }
 
-    // Cancelling the course started at opening closes the editor; Esc while entering does nothing.
+    // "Поправи" then "Запиши" on an invoiced course in new-course entry wrote "0000000000" and
+    // cleared the mark: the course could be invoiced twice.
+    void anInvoicedCourseCorrectedInNewCourseEntryLostItsInvoice()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET NomFakt = '0000000042', Fakt = TRUE")));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.recordForm()->cancel();  // closes the editor, which stays usable here
+        RecordForm *form = screen.recordForm();
+        QCOMPARE(form->state(), RecordForm::State::Browsing);
+        QCOMPARE(field(screen, 2)->text(), QStringLiteral("0000000042"));
+        form->edit();
+        field(screen, 12)->setText(QStringLiteral("12"));
+        QVERIFY(form->update());
+        QCOMPARE(scalar(scratch.db(), "SELECT NomFakt FROM tabl").toString(), QStringLiteral("0000000042"));
+        QCOMPARE(scalar(scratch.db(), "SELECT Fakt FROM tabl").toBool(), true);
+        QCOMPARE(scalar(scratch.db(), "SELECT ton FROM tabl").toDouble(), 12.0);
+        // A new course is still never invoiced.
+        form->add();
+        fillNewCourse(screen, QStringLiteral("0000000077"));
+        child<QCheckBox>(screen, QStringLiteral("Check1"))->setChecked(true);
+        QVERIFY(form->update());
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl WHERE NomFakt = '0000000000' AND Fakt = FALSE").toInt(), 1);
+    }
+
+    // The expense box kept its text after a save, and the next course wrote the same expense again.
+    void theExpenseWasWrittenAgainWithTheNextCourse()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        auto *razhod = child<QLineEdit>(screen, QStringLiteral("txtRazhod"));
+        fillNewCourse(screen);
+        razhod->setEnabled(true);
+        razhod->setText(QStringLiteral("12,50"));
+        QVERIFY(screen.recordForm()->update());
+        QCOMPARE(razhod->text(), QString());
+        screen.recordForm()->add();
+        fillNewCourse(screen);
+        QVERIFY(screen.recordForm()->update());
+        const QSqlDatabase db = scratch.db();
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс' AND Suma <> 0").toInt(), 1);
+        QCOMPARE(scalar(db, "SELECT SUM(Suma) FROM Sklad").toDouble(), 12.5);
+    }
+
+    // Browsing showed the rate and expense of an earlier entry, a deleted course's sums stayed after
+    // "Изтрий", and a correction opened on a course with no driver and blank sums.
+    void theEditorShowedAnotherCoursesFigures()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"), QStringLiteral("0,2"));
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("02.02.2026"), QStringLiteral("0,1"));
+        RecordingMessageService messages;
+        const auto tarifa = [](Kurs &k) { return child<QLineEdit>(k, QStringLiteral("txtTarifa")); };
+        {
+            Kurs screen(scratch.db());
+            RecordForm *form = screen.recordForm();
+            QCOMPARE(tarifa(screen)->text(), QString());  // a new course has no rate until its km are left
+            fillNewCourse(screen);  // rate 0,125, 10 t, 25 km
+            auto *razhod = child<QLineEdit>(screen, QStringLiteral("txtRazhod"));
+            razhod->setEnabled(true);
+            razhod->setText(QStringLiteral("7"));
+            QVERIFY(form->update());
+            QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,125"));
+            form->first();
+            QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,200"));
+            QCOMPARE(sum(screen, 15), QStringLiteral("50,00"));
+            QCOMPARE(razhod->text(), QString());
+            form->next();
+            QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,100"));
+            QCOMPARE(sum(screen, 15), QStringLiteral("25,00"));
+
+            messages.answers = {true, true};
+            form->first();
+            form->remove();  // the course of 0,2 goes; the next one is shown with its own figures
+            QCOMPARE(form->rowCount(), 2);
+            QCOMPARE(sum(screen, 15), QStringLiteral("25,00"));
+            QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,100"));
+        }
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        QCOMPARE(screen.recordForm()->currentIndex(), 0);
+        QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
+        QCOMPARE(sum(screen, 15), QStringLiteral("25,00"));
+        QCOMPARE(sum(screen, 17), QStringLiteral("24,25"));
+        QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,100"));
+        // A correction given up shows the course's sums again, not the zeros of the correction.
+        screen.recordForm()->edit();
+        QCOMPARE(sum(screen, 15), QStringLiteral("0 "));
+        screen.recordForm()->cancel();
+        QCOMPARE(sum(screen, 15), QStringLiteral("25,00"));
+    }
+
+    // Cancelling the course started at opening closes the editor; so does Esc, after asking
+    // about what was typed.
     void cancelInNewCourseEntryCloses()
     {
         ZAREK_SCRATCH_DB(scratch);
@@ -365,10 +467,14 @@ private slots:
         Kurs screen(scratch.db());
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
-        press(Qt::Key_Escape);
+        combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
+        messages.answers = {false};
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
         QVERIFY(screen.isVisible());
+        QCOMPARE(messages.asked.size(), 1);
         button(screen, "cmdCancel")->click();
         QVERIFY(!screen.isVisible());
+        QCOMPARE(messages.asked.size(), 1);
         QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 0);
     }
 

@@ -140,6 +140,7 @@ private slots:
         button(screen, "cmdAdd1")->click();
         box(screen, QStringLiteral("txtFields1_0"))->setText(QStringLiteral("СА 0001 АА"));
         button(screen, "cmdCancel")->click();
+        QCOMPARE(messages.asked.size(), 1);  // "Да": the typed truck is dropped
         QCOMPARE(screen.trucks()->state(), RecordForm::State::Browsing);
         QVERIFY(!screen.isVisible());
         QSqlQuery query(scratch.db());

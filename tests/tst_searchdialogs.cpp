@@ -62,6 +62,8 @@ QString lastText(const RecordingMessageService &messages)
 
 }
 
+Q_DECLARE_METATYPE(zarek::SearchMode)
+
 class SearchDialogsTest : public QObject {
     Q_OBJECT
 private slots:
@@ -83,6 +85,101 @@ private slots:
         QCOMPARE(dialog.conditions().SeekKola, QStringLiteral("РВ 5678 ТМ"));
         QCOMPARE(dialog.conditions().period.from, QDate(2026, 3, 1));
         QCOMPARE(dialog.conditions().period.to, QDate(2026, 3, 31));
+    }
+
+    // Tab went from the dates to "Търси" and "Отказ" before the truck box, so a truck typed after
+    // the dates went nowhere and Enter searched the first truck of the list.
+    void tabSkippedTheTruckAndEnterSearchedTheFirstTruck_data()
+    {
+        QTest::addColumn<QString>("dialogName");
+        QTest::addColumn<QStringList>("order");
+        QTest::newRow("DiaSeek") << "DiaSeek" << QStringList{"Text1_0", "Text1_1", "Combo1", "OKButton", "CancelButton"};
+        QTest::newRow("DiaSeekAlt") << "DiaSeekAlt"
+                                    << QStringList{"Text1_0", "Text1_1", "Combo1", "Option1", "OKButton", "CancelButton"};
+        QTest::newRow("DiaSeekAll") << "DiaSeekAll"
+                                    << QStringList{"Text1_0", "Text1_1", "Combo1", "Combo2", "Text3", "Text2",
+                                                   "OKButton", "CancelButton"};
+    }
+    void tabSkippedTheTruckAndEnterSearchedTheFirstTruck()
+    {
+        QFETCH(QString, dialogName);
+        QFETCH(QStringList, order);
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        std::unique_ptr<SearchDialog> dialog;
+        if (dialogName == QLatin1String("DiaSeek"))
+            dialog = std::make_unique<DiaSeek>(SearchMode::Kola, scratch.db());
+        else if (dialogName == QLatin1String("DiaSeekAlt"))
+            dialog = std::make_unique<DiaSeekAlt>(SearchMode::Driver, scratch.db());
+        else
+            dialog = std::make_unique<DiaSeekAll>(SearchMode::FaktNew, scratch.db());
+        dialog->show();
+        QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+        QStringList visited;
+        for (qsizetype i = 0; i < order.size(); ++i) {
+            QWidget *focus = QApplication::focusWidget();
+            // A combo's text box has the focus for its combo.
+            while (focus && focus->objectName().isEmpty())
+                focus = focus->parentWidget();
+            visited.append(focus ? focus->objectName() : QStringLiteral("<none>"));
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(visited, order);
+
+        if (dialogName != QLatin1String("DiaSeek"))
+            return;
+        // Dates, Tab, the truck, Enter: the truck typed is the one searched.
+        dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setFocus();
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("1.3.2026"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("31.3.2026"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        auto *combo = child<QComboBox>(*dialog, "Combo1");
+        QCOMPARE(QApplication::focusWidget(), combo);
+        combo->lineEdit()->selectAll();
+        for (const QChar c : QStringLiteral("СА 1234 ВК"))
+            QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_unknown, QString(c), Qt::NoModifier);
+        if (QWidget *popup = QApplication::activePopupWidget())
+            QTest::keyClick(popup, Qt::Key_Escape);
+        QTest::keyClick(combo, Qt::Key_Return);
+        QVERIFY2(messages.shown.isEmpty(), qPrintable(lastText(messages)));
+        QVERIFY(dialog->SeekOk());
+        QCOMPARE(dialog->conditions().SeekKola, QStringLiteral("СА 1234 ВК"));
+    }
+
+    // A truck, client, invoice or driver typed that is not in the list opened an empty screen.
+    void aTextNotInTheListIsTold_data()
+    {
+        QTest::addColumn<SearchMode>("mode");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("truck") << SearchMode::Kola << "СА 9999 ВК"
+                               << "Въведения номер няма курсове!\nМоля, изберете номер от списъка и опитайте отново.";
+        QTest::newRow("truck of another case") << SearchMode::Kola << "са 1234 вк"
+                               << "Въведения номер няма курсове!\nМоля, изберете номер от списъка и опитайте отново.";
+        QTest::newRow("client") << SearchMode::Klients << "Непознат ЕООД"
+                                << "Въведеното име не е Ваш клиент!\nМоля, изберете клиент от списъка и опитайте отново.";
+        QTest::newRow("invoice") << SearchMode::EditFakt << "0000000099"
+                                 << "Няма фактура с този номер!\nМоля, изберете номер на фактура от списъка.";
+        QTest::newRow("driver") << SearchMode::Driver << "002,Петър Иванов"
+                                << "Грешно име на шофьор!\nМоля, изберете име от списъка!";
+        QTest::newRow("listed truck with blanks") << SearchMode::Kola << "  СА 1234 ВК " << "";
+    }
+    void aTextNotInTheListIsTold()
+    {
+        QFETCH(SearchMode, mode);
+        QFETCH(QString, typed);
+        QFETCH(QString, message);
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeek dialog(mode, scratch.db());
+        setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
+        child<QComboBox>(dialog, "Combo1")->setEditText(typed);
+        clickSearch(dialog);
+        QCOMPARE(lastText(messages), message);
+        QCOMPARE(dialog.SeekOk(), message.isEmpty());
     }
 
     void periodChecksKeepTheDialogOpen_data()

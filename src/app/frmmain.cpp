@@ -229,9 +229,11 @@ void FrmMain::setPanel(const QString &text)
 void FrmMain::restoreSettings()
 {
     const auto store = settings();
-    move(toPixels(store->value(QStringLiteral("MainLeft"), 1000)), toPixels(store->value(QStringLiteral("MainTop"), 1000)));
-    resize(toPixels(store->value(QStringLiteral("MainWidth"), 11000)),
-           toPixels(store->value(QStringLiteral("MainHeight"), 6500)));
+    // The same rectangle as stored (the window without its frame): a frame never makes it creep.
+    setGeometry(toPixels(store->value(QStringLiteral("MainLeft"), 1000)),
+                toPixels(store->value(QStringLiteral("MainTop"), 1000)),
+                toPixels(store->value(QStringLiteral("MainWidth"), 11000)),
+                toPixels(store->value(QStringLiteral("MainHeight"), 6500)));
     m_toolBar->setVisible(store->value(QStringLiteral("MainToolBar"), QStringLiteral("True")).toString() != QLatin1String("False"));
     // Written as MainStatBar but read as MainSataBar: a hidden status bar shows again at the next start.
     statusBar()->setVisible(store->value(QStringLiteral("MainSataBar"), QStringLiteral("True")).toString() != QLatin1String("False"));
@@ -256,13 +258,16 @@ void FrmMain::applyRights(const QString &userVid)
         m_actions.value(name)->setVisible(all);
 }
 
+// The other windows close first; one that holds typing asks, and "Не" there keeps the program running.
 void FrmMain::closeEvent(QCloseEvent *event)
 {
-    m_scratch.reset();  // the scratch file goes with the window
     for (QWidget *window : QApplication::topLevelWidgets()) {
-        if (window != this && window->isVisible())
-            window->close();
+        if (window != this && window->isVisible() && !window->close()) {
+            event->ignore();
+            return;
+        }
     }
+    m_scratch.reset();  // the scratch file goes with the window
     if (!isMinimized())
         storeSettings();
     event->accept();
@@ -270,10 +275,14 @@ void FrmMain::closeEvent(QCloseEvent *event)
 
 void FrmMain::changeEvent(QEvent *event)
 {
-    // On every activation the check marks of the two bars are set, whatever the bars' state.
+    // On every activation the check marks of the two bars are set, whatever the bars' state; a
+    // hidden bar stays hidden until its item is chosen.
     if (event->type() == QEvent::ActivationChange && isActiveWindow()) {
-        m_actions.value(QStringLiteral("mnuViewToolbar"))->setChecked(true);
-        m_actions.value(QStringLiteral("mnuViewStatusBar"))->setChecked(true);
+        for (const char *name : {"mnuViewToolbar", "mnuViewStatusBar"}) {
+            QAction *mark = m_actions.value(QString::fromLatin1(name));
+            const QSignalBlocker quiet(mark);
+            mark->setChecked(true);
+        }
     }
     QMainWindow::changeEvent(event);
 }
@@ -291,6 +300,7 @@ void FrmMain::route()
     context.window = this;
     context.firm = [this]() -> const FirmProfile & { return m_profile; };
     context.setPanel = [this](const QString &text) { setPanel(text); };
+    context.panel = [this] { return panelText(1); };
     context.helpTopic = [this](const QString &menuItem) {
         QAction *action = m_actions.value(menuItem);
         return action ? action->data().toInt() : 0;

@@ -1,4 +1,5 @@
 #include "app/appstartup.h"
+#include "app/qttranslations.h"
 #include "core/version.h"
 
 #include <QApplication>
@@ -9,5 +10,6 @@ int main(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("Zarek"));
     QApplication::setOrganizationName(QStringLiteral("Zarek"));
     QApplication::setApplicationVersion(zarek::version::text());
+    zarek::loadQtTranslations(app);  // before the first dialog
     return zarek::runZarek(app);
 }

@@ -2,6 +2,7 @@
 
 #include "core/firmfields.h"
 #include "forms/messageservice.h"
+#include "forms/unsavedwork.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -41,6 +42,10 @@ Personal::Personal(QSqlDatabase db, FirmProfile &profile, QWidget *parent)
     layout->addWidget(frame);
     layout->addWidget(buttons);
 
+    m_shown = typed();
+    // Closing with changed data not written asks first.
+    UnsavedWorkGuard::of(this)->watch(this, {[this] { return !(typed() == m_shown); }, {}});
+
     if (!m_row) {
         MessageService::instance().inform(UserMessage::twoLines(
             QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Липсват данни!"), QStringLiteral("Излизам от програмата!"),
@@ -49,11 +54,17 @@ Personal::Personal(QSqlDatabase db, FirmProfile &profile, QWidget *parent)
     }
 }
 
+FirmProfile Personal::typed() const
+{
+    FirmProfile profile;
+    for (int i = 0; i < 11; ++i)
+        profile.*firmFields()[static_cast<size_t>(i)].member = m_fields[i]->text();
+    return profile;
+}
+
 void Personal::confirm()
 {
-    FirmProfile typed;
-    for (int i = 0; i < 11; ++i)
-        typed.*firmFields()[static_cast<size_t>(i)].member = m_fields[i]->text();
+    const FirmProfile typed = this->typed();
     if (const auto missing = acceptFirmFields(typed, m_profile)) {
         MessageService::instance().inform(*missing);
         return;
@@ -64,6 +75,7 @@ void Personal::confirm()
         MessageService::instance().inform(*failure);
         return;
     }
+    m_shown = typed;
     accept();
 }
 

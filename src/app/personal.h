@@ -19,10 +19,12 @@ public:
 
 private:
     void confirm();
+    FirmProfile typed() const;
 
     QSqlDatabase m_db;
     FirmProfile &m_profile;
     std::optional<FirmRow> m_row;
+    FirmProfile m_shown;  // what the boxes showed when opened or last saved
     QLineEdit *m_fields[11] = {};
 };
 

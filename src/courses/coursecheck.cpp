@@ -150,7 +150,8 @@ CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext 
     course.neto = money.neto;
     course.Doc = false;
     course.plat = entry.plat;
-    if (context.mode == CourseMode::NewKurs) {
+    // A new course is never invoiced; a corrected one keeps its invoice, whichever task corrects it.
+    if (context.mode == CourseMode::NewKurs && context.adding) {
         course.NomFakt = noDocumentNumber();
         course.Fakt = false;
     } else {

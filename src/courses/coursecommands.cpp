@@ -31,8 +31,10 @@ void registerCourseCommands(CommandRegistry &commands)
                      });
     addSearchCommand(commands,
                      {QStringLiteral("mnuDataKorКм"), SearchMode::Kola, SearchDialogKind::Seek,
-                      QStringLiteral("Търсене - Корекция КМ на курсовете на кола №"), QStringLiteral("Корекция КМ на курс")},
+                      QStringLiteral("Търсене - Корекция КМ на курсовете на кола №"), QStringLiteral("Корекция КМ на курс"),
+                      SearchBusy::TextOnly},
                      [&commands, &context](const SearchConditions &c) {
+                         context.setPanel(QStringLiteral("Корекция на курсове..."));
                          EditKM screen(c.SeekKola, c.period, context.db, context.window);
                          commands.runModal(screen, context.helpTopic(QStringLiteral("mnuDataKorКм")));
                      });

@@ -73,6 +73,12 @@ void fillCommon(Report &report, const FirmProfile &firm, const QString &subject,
     }
 }
 
+// The name a saved copy is offered under: what the report is about and its period.
+QString fileName(const QString &subject, const Period &period)
+{
+    return subject + QStringLiteral(", ") + formatDate(period.from) + QStringLiteral(" - ") + formatDate(period.to);
+}
+
 QString windowCaption(const QString &text)
 {
     return QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - ") + text;
@@ -132,6 +138,8 @@ Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, 
     report.setDataSource(rows.value());
     fillCommon(report, firm, QStringLiteral("за курсовете на кола №") + conditions.SeekKola, conditions.period,
                truckFields());
+    report.setSuggestedFileName(
+        fileName(QStringLiteral("Справка за курсовете на кола №") + conditions.SeekKola, conditions.period));
     return report;
 }
 
@@ -163,6 +171,7 @@ Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, c
     landscapeSetUp(report);
     report.setDataSource(rows.value());
     fillCommon(report, firm, subject + firm.UserName, conditions.period, firmFields());
+    report.setSuggestedFileName(fileName(QStringLiteral("Обща справка ") + subject + firm.UserName, conditions.period));
     return report;
 }
 
@@ -191,6 +200,8 @@ Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db
                 {QStringLiteral("Text104"), QStringLiteral("bruto")},
                 {QStringLiteral("Text107"), QStringLiteral("Marsh")},
                 {QStringLiteral("Text108"), QStringLiteral("Tovar")}});
+    report.setSuggestedFileName(
+        fileName(QStringLiteral("Справка за курсовете по заявка на ") + conditions.SeekKlient, conditions.period));
     return report;
 }
 
@@ -215,6 +226,8 @@ Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db
     fields.append({QStringLiteral("Text111"), QStringLiteral("plat")});
     fillCommon(report, firm, QStringLiteral("за курсовете извършени от ") + conditions.SeekDriverIme,
                conditions.period, fields);
+    report.setSuggestedFileName(
+        fileName(QStringLiteral("Справка за курсовете извършени от ") + conditions.SeekDriverIme, conditions.period));
     return report;
 }
 

@@ -66,6 +66,7 @@ DiaSeek::DiaSeek(SearchMode mode, QSqlDatabase db, QWidget *parent) : SearchDial
     if (listMode && !fillCombo(m_combo, items, true))
         MessageService::instance().inform(emptyListMessage());
 
+    setEntryOrder({m_combo, m_article});
     if (fromBox()->isEnabled())
         fromBox()->setFocus();
     else if (m_combo->isEnabled())
@@ -76,7 +77,8 @@ DiaSeek::DiaSeek(SearchMode mode, QSqlDatabase db, QWidget *parent) : SearchDial
 
 Checked<SearchConditions> DiaSeek::check() const
 {
-    return checkSeek(mode(), fromBox()->text(), toBox()->text(), m_combo->currentText(), m_article->text());
+    return checkSeek(mode(), fromBox()->text(), toBox()->text(), m_combo->currentText(), m_article->text(),
+                     itemsOf(m_combo));
 }
 
 }

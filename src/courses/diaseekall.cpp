@@ -60,6 +60,7 @@ DiaSeekAll::DiaSeekAll(SearchMode mode, QSqlDatabase db, QWidget *parent) : Sear
         m_marsh->setToolTip(QStringLiteral("Избор на артикул"));
         m_kola->setToolTip(QStringLiteral("Избор на номер на кола"));
     }
+    setEntryOrder({m_klient, m_kola, m_marsh, m_tovar});
     fromBox()->setFocus();
 }
 

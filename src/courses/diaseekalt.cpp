@@ -45,6 +45,7 @@ DiaSeekAlt::DiaSeekAlt(SearchMode mode, QSqlDatabase db, QWidget *parent) : Sear
     } else {
         m_combo->setEnabled(false);
     }
+    setEntryOrder({m_combo, m_all, m_yes, m_no});
     fromBox()->setFocus();
 }
 

@@ -31,7 +31,7 @@ ResultGridConfig EditKM::config(const QString &kola)
 }
 
 EditKM::EditKM(const QString &kola, const Period &period, QSqlDatabase db, QWidget *parent)
-    : ResultGridScreen(config(kola), parent), m_db(std::move(db))
+    : ResultGridScreen(config(kola), parent), m_db(std::move(db)), m_bands(loadTariffBands(m_db))
 {
     model()->setEditHook(
         [this](int row, const QString &field, const QVariant &value) { return write(row, field, value); });
@@ -50,7 +50,11 @@ std::optional<UserMessage> EditKM::write(int row, const QString &field, const QV
     RowSet &rows = model()->rows();
     const bool kmChanged = field.compare(QLatin1String("KM"), Qt::CaseInsensitive) == 0;
     const double km = kmChanged ? value.toDouble() : rows.value(row, QStringLiteral("KM")).toDouble();
-    const double rate = kmChanged ? rows.value(row, QStringLiteral("Tarifa")).toDouble() : value.toDouble();
+    double rate = rows.value(row, QStringLiteral("Tarifa")).toDouble();
+    if (!kmChanged)
+        rate = value.toDouble();
+    else if (!m_rateTyped.contains(row))
+        rate = m_bands.rateFor(km);  // the placeholder's rate was that of 1 km
     const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
     KmCorrectionStore store(m_db);
     const Checked<KmCorrection> written = store.correct(rows.value(row, QStringLiteral("id")).toLongLong(),
@@ -58,7 +62,10 @@ std::optional<UserMessage> EditKM::write(int row, const QString &field, const QV
                                                         ton, rate);
     if (!written)
         return written.message();
+    if (!kmChanged)
+        m_rateTyped.insert(row);
     rows.setValue(row, rows.column(QStringLiteral("row_version")), written.value().rowVersion);
+    rows.setValue(row, rows.column(QStringLiteral("Tarifa")), rate);
     rows.setValue(row, rows.column(QStringLiteral("Bruto")), written.value().money.bruto.toDouble());
     return std::nullopt;
 }

@@ -84,6 +84,7 @@ Kurs::Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &
     config.validate = [this](const QVariantMap &) { return check(); };
     config.write = [this](const RecordRow &, bool) { return write(); };
     config.remove = [this](const RecordRow &row) { return remove(row); };
+    config.changedOutside = [this] { return typedOutside() != m_outsideAtStart; };
     m_form = new RecordForm(courseRows(m_db, mode, kola, period), config, this);
     buildScreen();
     loadLists();
@@ -96,8 +97,9 @@ Kurs::Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &
     connect(m_form, &RecordForm::editStarted, this, &Kurs::onEditStarted);
     connect(m_form, &RecordForm::saved, this, &Kurs::onSaved);
     connect(m_form, &RecordForm::moved, this, &Kurs::showDerived);
+    connect(m_form, &RecordForm::removed, this, &Kurs::showDerived);
     connect(m_form, &RecordForm::cancelled, this, [this] {
-        showRate();
+        showDerived();
         if (m_mode == CourseMode::NewKurs)
             reject();  // cancelling a new course closes the editor
     });
@@ -322,7 +324,7 @@ void Kurs::open()
     if (!m_form->open())
         return;
     setTabOrder();
-    showRate();
+    showDerived();  // the first course shown has its sums, driver and rate at once
     if (m_form->rowCount() == 0)
         m_form->add();  // also in EditKurs, where "Добави" itself is off
     if (m_mode == CourseMode::EditKurs) {
@@ -354,11 +356,12 @@ void Kurs::onStateChanged()
         setFieldsEnabled(pending);
 }
 
+// A new course has no rate until its kilometres are left: the last course's rate is not offered.
 void Kurs::onAdded()
 {
     showSums(false);
-    if (m_mode == CourseMode::EditKurs)
-        m_tarifa->clear();  // bound to the new row, which has no rate yet
+    m_tarifa->clear();
+    m_outsideAtStart = typedOutside();
     m_driverCombo->setFocus();
 }
 
@@ -366,11 +369,20 @@ void Kurs::onEditStarted()
 {
     m_driverCombo->setEditText(m_fields.value(5)->text());
     showSums(false);
+    m_outsideAtStart = typedOutside();
     m_valueCombos[0]->setFocus();
+}
+
+// What the boxes the record form does not bind hold: the driver picked, the rate, the expense.
+QStringList Kurs::typedOutside() const
+{
+    return {m_driverCombo->currentText(), m_tarifa->text(), m_razhod->text()};
 }
 
 void Kurs::onSaved()
 {
+    // The expense belongs to the course just written; the next course starts without one.
+    m_razhod->clear();
     if (m_mode == CourseMode::NewKurs)
         m_form->reload();  // other workstations' courses too; the saved one stays current
     showDerived();
@@ -382,8 +394,8 @@ void Kurs::onSaved()
 void Kurs::showDerived()
 {
     showSums(true);
-    if (const RecordRow *row = m_form->currentRow())
-        showDriverName(row->values.value(QStringLiteral("kod")).toString());
+    const RecordRow *row = m_form->currentRow();
+    showDriverName(row ? row->values.value(QStringLiteral("kod")).toString() : QString());
     showRate();
 }
 
@@ -397,19 +409,20 @@ void Kurs::showSums(bool ofRow)
     }
 }
 
+// A driver no longer in the list shows by the code the course holds.
 void Kurs::showDriverName(const QString &code)
 {
-    if (const auto name = courseeditor::driverName(m_drivers, code))
-        m_fields.value(100)->setText(*name);
+    m_fields.value(100)->setText(courseeditor::driverName(m_drivers, code).value_or(code));
 }
 
-// The rate is bound only while correcting; entering new courses keeps the last one picked.
+// A browsed course shows its own rate, and no expense: that was written with the course.
 void Kurs::showRate()
 {
-    if (m_mode != CourseMode::EditKurs || m_form->state() != RecordForm::State::Browsing)
+    if (m_form->state() != RecordForm::State::Browsing)
         return;
     const RecordRow *row = m_form->currentRow();
     m_tarifa->setText(row ? formatRate(row->values.value(QStringLiteral("Tarifa")).toDouble()) : QString());
+    m_razhod->clear();
 }
 
 void Kurs::pickRate()

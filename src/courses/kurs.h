@@ -56,6 +56,7 @@ private:
     void onEditStarted();
     void onSaved();
     void showDerived();
+    QStringList typedOutside() const;
 
     CourseEntry entryOnScreen() const;
     std::optional<UserMessage> check();
@@ -69,6 +70,7 @@ private:
     QStringList m_drivers;  // "kod,ime" of each driver
     double m_currentTariff = 0;
     CourseCheckResult m_checked;  // the checked course between the checks and the write of a save
+    QStringList m_outsideAtStart;  // the unbound boxes as a course's entry or correction began
 
     RecordForm *m_form = nullptr;
     QHash<int, QLineEdit *> m_fields;  // txtFields by index

@@ -3,8 +3,10 @@
 #include "courses/diaseek.h"
 #include "courses/diaseekall.h"
 #include "courses/diaseekalt.h"
+#include "forms/waitcursor.h"
 
 #include <memory>
+#include <optional>
 
 namespace zarek {
 
@@ -13,7 +15,12 @@ void addSearchCommand(CommandRegistry &commands, const SearchCommand &command,
 {
     commands.add(command.menuItem, [&commands, command, target] {
         CommandContext &context = commands.context();
-        context.setPanel(QStringLiteral("Обработвам данните..."));
+        const QString panelBefore = context.panel ? context.panel() : QString();
+        std::optional<WaitCursor> wait;
+        if (command.busy == SearchBusy::HourglassAndText)
+            wait.emplace();
+        if (command.busy != SearchBusy::None)
+            context.setPanel(QStringLiteral("Обработвам данните..."));
         context.searchMode = command.mode;
         std::unique_ptr<SearchDialog> dialog;
         switch (command.dialog) {
@@ -21,11 +28,14 @@ void addSearchCommand(CommandRegistry &commands, const SearchCommand &command,
         case SearchDialogKind::SeekAlt: dialog = std::make_unique<DiaSeekAlt>(command.mode, context.db, context.window); break;
         case SearchDialogKind::SeekAll: dialog = std::make_unique<DiaSeekAll>(command.mode, context.db, context.window); break;
         }
+        wait.reset();  // the lists are loaded: the dialog waits for the user
         dialog->setWindowTitle(command.caption);
         dialog->setProperty("helpTopic", context.helpTopic(command.menuItem));
         dialog->exec();
-        if (!dialog->SeekOk())
+        if (!dialog->SeekOk()) {
+            context.setPanel(panelBefore);  // nothing is being worked on
             return;
+        }
         if (!command.panel.isEmpty())
             context.setPanel(command.panel);
         target(dialog->conditions());

@@ -63,8 +63,18 @@ bool splitDriver(const QString &text, QString *kod, QString *ime)
     return true;
 }
 
+// A text typed into a list that is none of its items would search for nothing.
+static bool notListed(const QString &value, const QStringList &listed)
+{
+    for (const QString &item : listed) {
+        if (item.trimmed() == value)
+            return false;
+    }
+    return true;
+}
+
 Checked<SearchConditions> checkSeek(SearchMode mode, const QString &from, const QString &to, const QString &combo,
-                                    const QString &article, QDate today)
+                                    const QString &article, const QStringList &listed, QDate today)
 {
     SearchConditions out;
     out.SeekFrom = from.trimmed();
@@ -79,22 +89,28 @@ Checked<SearchConditions> checkSeek(SearchMode mode, const QString &from, const 
     case SearchMode::Kola:
         if (value.isEmpty())
             return twoLines("Няма избрана кола!", "Моля, изберете кола от списъка.");
+        if (notListed(value, listed))
+            return twoLines("Въведения номер няма курсове!", "Моля, изберете номер от списъка и опитайте отново.");
         out.SeekKola = value;
         break;
     case SearchMode::EditFakt:
         if (value.isEmpty())
             return twoLines("Няма избран номер на фактура!", "Моля, изберете номер на фактура от списъка.");
+        if (notListed(value, listed))
+            return twoLines("Няма фактура с този номер!", "Моля, изберете номер на фактура от списъка.");
         out.SeekNomFakt = value;
         break;
     case SearchMode::Klients:
         if (value.isEmpty())
             return twoLines("Няма избран клиент!", "Моля, изберете клиент от списъка.");
+        if (notListed(value, listed))
+            return twoLines("Въведеното име не е Ваш клиент!", "Моля, изберете клиент от списъка и опитайте отново.");
         out.SeekKlient = value;
         break;
     case SearchMode::Driver:
         if (value.isEmpty())
             return noDriverMessage();
-        if (!splitDriver(value, &out.SeekDriverKod, &out.SeekDriverIme))
+        if (!splitDriver(value, &out.SeekDriverKod, &out.SeekDriverIme) || notListed(value, listed))
             return driverWithoutCommaMessage();
         break;
     case SearchMode::NalichSK:

@@ -39,8 +39,10 @@ UserMessage emptyListMessage();        // "Липсват данните за с
 UserMessage noCoursesMessage();        // "Няма въведени курсове в компютъра!"
 
 // The general search: a period (not for invoices and stock on hand) and one condition by mode.
+// A truck, invoice, client or driver typed must be one of the list's items (listed).
 Checked<SearchConditions> checkSeek(SearchMode mode, const QString &from, const QString &to, const QString &combo,
-                                    const QString &article, QDate today = QDate::currentDate());
+                                    const QString &article, const QStringList &listed,
+                                    QDate today = QDate::currentDate());
 
 // The search with the three-way choice: all courses or a driver's.
 Checked<SearchConditions> checkSeekAlt(SearchMode mode, const QString &from, const QString &to, const QString &combo,

@@ -32,13 +32,13 @@ SearchDialog::SearchDialog(SearchMode mode, QSqlDatabase db, QWidget *parent)
     period->addRow(QStringLiteral("до дата"), m_to);
 
     auto *buttons = new QDialogButtonBox(this);
-    QPushButton *ok = buttons->addButton(QStringLiteral("Търси"), QDialogButtonBox::AcceptRole);
-    ok->setObjectName(QStringLiteral("OKButton"));
-    ok->setToolTip(QStringLiteral("Стартира търсенето"));
-    ok->setDefault(true);
-    QPushButton *cancel = buttons->addButton(QStringLiteral("Отказ"), QDialogButtonBox::RejectRole);
-    cancel->setObjectName(QStringLiteral("CancelButton"));
-    cancel->setToolTip(QStringLiteral("Затваря прозореца"));
+    m_ok = buttons->addButton(QStringLiteral("Търси"), QDialogButtonBox::AcceptRole);
+    m_ok->setObjectName(QStringLiteral("OKButton"));
+    m_ok->setToolTip(QStringLiteral("Стартира търсенето"));
+    m_ok->setDefault(true);
+    m_cancel = buttons->addButton(QStringLiteral("Отказ"), QDialogButtonBox::RejectRole);
+    m_cancel->setObjectName(QStringLiteral("CancelButton"));
+    m_cancel->setToolTip(QStringLiteral("Затваря прозореца"));
     connect(buttons, &QDialogButtonBox::accepted, this, &SearchDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &SearchDialog::reject);
 
@@ -55,6 +55,23 @@ void SearchDialog::setPeriodEnabled(bool enabled)
 {
     m_from->setEnabled(enabled);
     m_to->setEnabled(enabled);
+}
+
+void SearchDialog::setEntryOrder(const QList<QWidget *> &boxes)
+{
+    QList<QWidget *> order = {m_from, m_to};
+    order.append(boxes);
+    order.append({m_ok, m_cancel});
+    for (qsizetype i = 1; i < order.size(); ++i)
+        setTabOrder(order[i - 1], order[i]);
+}
+
+QStringList SearchDialog::itemsOf(const QComboBox *combo)
+{
+    QStringList items;
+    for (int i = 0; i < combo->count(); ++i)
+        items.append(combo->itemText(i));
+    return items;
 }
 
 QComboBox *SearchDialog::makeCombo(const QString &objectName, QWidget *parent)

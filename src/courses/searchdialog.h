@@ -38,6 +38,10 @@ protected:
     DateEntry *fromBox() const { return m_from; }
     DateEntry *toBox() const { return m_to; }
     void setPeriodEnabled(bool enabled);
+    // Tab goes through the boxes top to bottom: the two dates, then these, then "Търси" and "Отказ".
+    void setEntryOrder(const QList<QWidget *> &boxes);
+    // The texts of a combo's items (what a typed text is checked against).
+    static QStringList itemsOf(const QComboBox *combo);
     // An editable combo box that completes what is typed from anywhere in its items.
     static QComboBox *makeCombo(const QString &objectName, QWidget *parent);
     // Fills a combo; false when the list had no items.
@@ -50,6 +54,8 @@ private:
     QGroupBox *m_periodFrame = nullptr;
     DateEntry *m_from = nullptr;
     DateEntry *m_to = nullptr;
+    QPushButton *m_ok = nullptr;
+    QPushButton *m_cancel = nullptr;
     bool m_seekOk = false;
     SearchConditions m_conditions;
 };

@@ -22,6 +22,10 @@ void CommandRegistry::runModal(QDialog &screen, int helpTopic)
 QWidget *CommandRegistry::showOnce(const QString &key, const std::function<QWidget *()> &make, int helpTopic)
 {
     QWidget *window = m_windows.value(key);
+    if (window && !window->isVisible()) {
+        window->deleteLater();  // closed, and about to go
+        window = nullptr;
+    }
     if (!window) {
         window = make();
         if (!window)
@@ -31,6 +35,7 @@ QWidget *CommandRegistry::showOnce(const QString &key, const std::function<QWidg
             window->setProperty("helpTopic", helpTopic);
         m_windows.insert(key, window);
     }
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->show();
     window->raise();
     window->activateWindow();

@@ -26,6 +26,7 @@ struct CommandContext {
     std::function<const FirmProfile &()> firm;
     // Text of the status bar's first panel.
     std::function<void(const QString &)> setPanel;
+    std::function<QString()> panel;
     // The help topic of a menu command (0 for none).
     std::function<int(const QString &menuItem)> helpTopic;
     // Another command's profile change (firm profile screen) told to the main window.

@@ -158,6 +158,26 @@ QVariantMap RecordBinder::typed() const
     return typed;
 }
 
+QVariantMap RecordBinder::onScreen() const
+{
+    QVariantMap shown = typed();
+    for (const Binding &binding : m_bindings) {
+        if (binding.combo && m_state != RecordFormState::Browsing)
+            shown.insert(binding.column, binding.combo->currentText());
+    }
+    return shown;
+}
+
+void RecordBinder::markUntouched()
+{
+    m_untouched = onScreen();
+}
+
+bool RecordBinder::touched() const
+{
+    return onScreen() != m_untouched;
+}
+
 Checked<QVariantMap> RecordBinder::values(const QString &errorTitle) const
 {
     QVariantMap values;

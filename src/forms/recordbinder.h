@@ -50,6 +50,10 @@ public:
 
     // What stands in the boxes: texts of the text boxes, true/false of the check boxes.
     QVariantMap typed() const;
+    // Keeps what the boxes show now (a list's text where it covers its box), to tell typing later.
+    void markUntouched();
+    // Whether anything was typed or picked since markUntouched().
+    bool touched() const;
     // The typed values as the columns take them (numbers, dates); secret columns as typed text.
     Checked<QVariantMap> values(const QString &errorTitle) const;
     bool isSecret(const QString &column) const;
@@ -77,10 +81,12 @@ private:
         FieldOptions options;
     };
     QWidget *widgetOf(const Binding &binding) const;
+    QVariantMap onScreen() const;
 
     QList<Binding> m_bindings;
     QList<RecordGridModel *> m_grids;
     RecordFormState m_state = RecordFormState::Browsing;
+    QVariantMap m_untouched;
 };
 
 }

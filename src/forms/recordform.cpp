@@ -2,6 +2,7 @@
 
 #include "forms/messageservice.h"
 #include "forms/recordgriddelegate.h"
+#include "forms/unsavedwork.h"
 #include "forms/waitcursor.h"
 
 #include <QApplication>
@@ -277,7 +278,19 @@ bool RecordForm::open()
     showCurrent();
     if (QWidget *field = m_binder->firstField())
         field->setFocus();  // the window opens in its first box
+    if (!m_guarded) {
+        m_guarded = true;
+        UnsavedWorkGuard::of(window())->watch(this, {[this] { return hasUnsavedChanges(); },
+                                                     [this] { dropPending(); }});
+    }
     return true;
+}
+
+bool RecordForm::hasUnsavedChanges() const
+{
+    if (m_state == State::Browsing)
+        return false;
+    return m_binder->touched() || (m_config.changedOutside && m_config.changedOutside());
 }
 
 const RecordRow *RecordForm::currentRow() const
@@ -345,6 +358,7 @@ void RecordForm::add()
         m_config.presets(values);
     m_binder->show(values);
     setState(State::Adding);
+    m_binder->markUntouched();
     if (QWidget *field = m_binder->firstField())
         field->setFocus();
     emit added();
@@ -360,6 +374,7 @@ void RecordForm::edit()
     }
     setState(State::Editing);
     m_binder->loadCovers();
+    m_binder->markUntouched();
     if (QWidget *field = m_binder->firstField())
         field->setFocus();
     emit editStarted();
@@ -427,13 +442,20 @@ bool RecordForm::update()
 // or to the first row when there is no such row.
 void RecordForm::cancel()
 {
+    if (dropPending())
+        emit cancelled();
+}
+
+// What "Отказ" does, told to nobody: also what closing the window does to a pending row.
+bool RecordForm::dropPending()
+{
     if (m_state == State::Browsing)
-        return;
+        return false;
     setState(State::Browsing);
     if (!m_rows->moveToBookmark(m_savedBookmark))
         m_rows->moveFirst();
     showCurrent();
-    emit cancelled();
+    return true;
 }
 
 bool RecordForm::confirmDelete() const
@@ -471,6 +493,7 @@ void RecordForm::remove()
     }
     m_rows->removeCurrent();
     showCurrent();
+    emit removed();
 }
 
 template <typename Move>
@@ -518,8 +541,8 @@ void RecordForm::previous()
     });
 }
 
-// Keys of the window: dead while a row is added or corrected (Esc too, so the form cannot be
-// closed with a change pending). Ctrl counts only alone: Ctrl with Shift is a plain key.
+// Keys of the window: dead while a row is added or corrected, except Esc, which closes the window
+// after the question about what was typed. Ctrl counts only alone: Ctrl with Shift is a plain key.
 bool RecordForm::handleKey(QKeyEvent *key)
 {
     switch (key->key()) {
@@ -532,8 +555,12 @@ bool RecordForm::handleKey(QKeyEvent *key)
     case Qt::Key_PageDown: break;
     default: return false;
     }
-    if (m_state != State::Browsing)
-        return key->key() == Qt::Key_Escape;
+    if (m_state != State::Browsing) {
+        if (key->key() != Qt::Key_Escape)
+            return false;
+        emit closeRequested();
+        return true;
+    }
     const Qt::KeyboardModifiers held = key->modifiers() & (Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier);
     const bool ctrl = held == Qt::ControlModifier;
     switch (key->key()) {

@@ -70,11 +70,15 @@ struct RecordFormConfig {
     std::function<std::optional<UserMessage>(const RecordRow &row)> remove;
     // After each of the four moves, e.g. to refresh what is derived from the row.
     std::function<std::optional<UserMessage>()> afterMove;
+    // Whether typing stands in boxes the form does not bind (a rate or an expense, say): closing
+    // the window then asks too.
+    std::function<bool()> changedOutside;
 };
 
 // The action strip (picButtons), the navigation strip (picStatBox with lblStatus) and the state
 // of a window that edits the rows of one table one at a time. The screen lays out its own boxes
 // and binds them here by column; the rows are read once and held in memory while it is open.
+// Closing the window while a row holds typing not yet written asks first (UnsavedWorkGuard).
 class RecordForm : public QWidget {
     Q_OBJECT
 public:
@@ -97,6 +101,8 @@ public:
     bool reload();
 
     State state() const { return m_state; }
+    // A row is added or corrected and something was typed or picked since it began.
+    bool hasUnsavedChanges() const;
     int rowCount() const { return m_rows->count(); }
     int currentIndex() const { return m_rows->position(); }
     // The current row as stored; nullptr when there is none.
@@ -129,6 +135,7 @@ signals:
     void saved();         // the row is written and shown
     void cancelled();
     void moved();         // one of the four moves is done
+    void removed();       // the row is deleted and the next one shown
     void closeRequested();
 
 protected:
@@ -145,6 +152,7 @@ private:
     template <typename Move>
     void navigate(Move move);
     bool handleKey(QKeyEvent *key);
+    bool dropPending();
     std::optional<UserMessage> readRows();
 
     std::unique_ptr<RecordStore> m_store;
@@ -153,6 +161,7 @@ private:
     RecordBinder *m_binder = nullptr;
     qint64 m_savedBookmark = 0;
     State m_state = State::Browsing;
+    bool m_guarded = false;
     QWidget *m_actions = nullptr;
     QWidget *m_navigation = nullptr;
     QPushButton *m_add = nullptr, *m_edit = nullptr, *m_delete = nullptr, *m_close = nullptr;

@@ -5,6 +5,7 @@
 #include "core/version.h"
 #include "forms/recordbinder.h"
 #include "forms/recordform.h"
+#include "forms/unsavedwork.h"
 
 #include <QFormLayout>
 #include <QKeyEvent>
@@ -91,26 +92,36 @@ Options::Options(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::
     auto *close = new QPushButton(QStringLiteral("Затвори"), this);
     close->setObjectName(QStringLiteral("cmdCancel"));
     close->setAutoDefault(false);
-    connect(close, &QPushButton::clicked, this, &Options::reject);
+    // Closing with a truck or rates typed but not written asks first; a pending truck is dropped.
+    connect(close, &QPushButton::clicked, this, &QDialog::reject);
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_tabs);
     layout->addWidget(close, 0, Qt::AlignRight);
     setMinimumWidth(520);
     m_trucks->open();
+    m_savedRates = typedRates();
+    UnsavedWorkGuard::of(this)->watch(this, {[this] { return typedRates() != m_savedRates; }, {}});
 }
 
-void Options::saveTariffs()
+QStringList Options::typedRates() const
 {
     QStringList texts;
     for (QLineEdit *rate : m_rates)
         texts.append(rate->text());
+    return texts;
+}
+
+void Options::saveTariffs()
+{
+    const QStringList texts = typedRates();
     const Checked<TariffRow> saved = saveTariffRow(m_db, m_tariffs, texts);
     if (!saved) {
         MessageService::instance().inform(saved.message());
         return;
     }
     m_tariffs = saved.value();
+    m_savedRates = texts;
 }
 
 // Ctrl+Tab and Ctrl+Shift+Tab go round the tabs (inside the tab widget it does the same itself).
@@ -126,13 +137,6 @@ void Options::keyPressEvent(QKeyEvent *event)
         return;
     }
     QDialog::keyPressEvent(event);
-}
-
-void Options::reject()
-{
-    if (m_trucks->state() != RecordForm::State::Browsing)
-        m_trucks->cancel();
-    QDialog::reject();
 }
 
 }

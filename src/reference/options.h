@@ -21,17 +21,19 @@ public:
     QTabWidget *tabs() const { return m_tabs; }
 
     void saveTariffs();
-    void reject() override;  // "Затвори": a pending truck is cancelled first
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    QStringList typedRates() const;
+
     QSqlDatabase m_db;
     QTabWidget *m_tabs = nullptr;
     RecordForm *m_trucks = nullptr;
     QLineEdit *m_rates[6] = {};
     std::optional<TariffRow> m_tariffs;
+    QStringList m_savedRates;  // the rates as shown when read or last saved
 };
 
 }

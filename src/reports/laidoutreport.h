@@ -35,6 +35,7 @@ struct ReportPage {
 struct LaidOutReport {
     QString name;
     QString windowCaption;
+    QString suggestedFileName;  // for a saved copy, without extension; empty: the design's name
     ReportOrientation orientation = ReportOrientation::Portrait;
     QSizeF pageSize;           // points
     QSize windowSize;          // the preview window's size in pixels

@@ -22,6 +22,9 @@ public:
     void setDataSource(RowSet rows) { m_rows = std::move(rows); }
     void setWindowCaption(const QString &caption) { m_design.caption = caption; }
     QString windowCaption() const { return m_design.caption; }
+    // The name a saved copy (PDF) is offered under, without extension: the subject and the period.
+    void setSuggestedFileName(const QString &name) { m_suggestedFileName = name; }
+    QString suggestedFileName() const { return m_suggestedFileName; }
     void setOrientation(ReportOrientation orientation) { m_design.page.orientation = orientation; }
     void setMargins(int left, int right, int top, int bottom);
     void setWindowSize(int width, int height);
@@ -52,6 +55,7 @@ private:
     ReportDesign m_design;
     RowSet m_rows;
     QList<QPair<QString, QByteArray>> m_pictures;
+    QString m_suggestedFileName;
 };
 
 }

@@ -478,6 +478,7 @@ LaidOutReport LayoutEngine::run()
     const ReportPageSetup &setup = design.page;
     m_out.name = design.name;
     m_out.windowCaption = design.caption;
+    m_out.suggestedFileName = m_report.suggestedFileName();
     m_out.orientation = setup.orientation;
     m_out.pageSize = reportPageSize(setup.orientation);
     m_out.windowSize = QSize(setup.windowWidth / 15, setup.windowHeight / 15);

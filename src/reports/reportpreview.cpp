@@ -5,6 +5,7 @@
 #include "reports/reportrenderer.h"
 
 #include <QComboBox>
+#include <QDir>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -258,12 +259,26 @@ void ReportPreview::print()
                                                       UserMessage::Icon::Critical});
 }
 
+QString ReportPreview::suggestedPdfName() const
+{
+    QString name = !m_report.suggestedFileName.isEmpty() ? m_report.suggestedFileName
+                 : !m_report.name.isEmpty()             ? m_report.name
+                                                        : QStringLiteral("Справка");
+    // Characters no file system takes become a dash.
+    static const QString forbidden = QStringLiteral("/\\:*?\"<>|");
+    for (QChar &c : name) {
+        if (forbidden.contains(c) || c.unicode() < 0x20)
+            c = QLatin1Char('-');
+    }
+    return name.simplified() + QStringLiteral(".pdf");
+}
+
 void ReportPreview::exportPdf()
 {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    const QString suggested = folder + QLatin1Char('/') + (m_report.name.isEmpty() ? QStringLiteral("Справка")
-                                                                                    : m_report.name)
-                              + QStringLiteral(".pdf");
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (!QDir(folder).exists())
+        folder = QDir::homePath();  // no documents folder: the file dialog would open anywhere
+    const QString suggested = folder + QLatin1Char('/') + suggestedPdfName();
     const QString fileName = QFileDialog::getSaveFileName(this, QStringLiteral("Запис в PDF"), suggested,
                                                           QStringLiteral("PDF (*.pdf)"));
     if (!fileName.isEmpty())
