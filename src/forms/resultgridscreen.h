@@ -57,6 +57,9 @@ public:
     bool changed() const { return m_changed; }
     Money runningTotal() const { return m_total; }
     void setRunningTotal(Money total, bool show);
+    // The running total made again from the marks on screen (after rows were read anew or taken
+    // out), and shown.
+    void recountTotal();
 
     bool editingAllowed() const;
     void setEditingAllowed(bool allowed);
