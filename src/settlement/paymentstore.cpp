@@ -69,12 +69,19 @@ Checked<RowSet> PaymentStore::storedCourse(qint64 id)
 Checked<int> PaymentStore::setPaid(qint64 id, int rowVersion, bool paid)
 {
     // One statement is one transaction of its own: the mark and the new version go together.
-    QSqlQuery query(m_db);
-    query.prepare(QStringLiteral("UPDATE tabl SET plat = ?, row_version = row_version + 1 "
-                                 "WHERE id = ? AND row_version = ?"));
-    query.addBindValue(paid);
-    query.addBindValue(id);
-    query.addBindValue(rowVersion);
+    if (!m_markQuery) {
+        m_markQuery.emplace(m_db);
+        if (!m_markQuery->prepare(QStringLiteral("UPDATE tabl SET plat = ?, row_version = row_version + 1 "
+                                                 "WHERE id = ? AND row_version = ?"))) {
+            const UserMessage message = sqlErrorMessage(saveErrorTitle, m_markQuery->lastError());
+            m_markQuery.reset();
+            return message;
+        }
+    }
+    QSqlQuery &query = *m_markQuery;
+    query.bindValue(0, paid);
+    query.bindValue(1, id);
+    query.bindValue(2, rowVersion);
     if (!query.exec())
         return sqlErrorMessage(saveErrorTitle, query.lastError());
     if (query.numRowsAffected() != 1)

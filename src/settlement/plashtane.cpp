@@ -57,7 +57,7 @@ ResultGridConfig Plashtane::config(const QString &driverName, QDate today)
 Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, ScratchDatabase &scratch, FirmProfile firm,
                      QWidget *parent, QDate today)
     : ResultGridScreen(config(conditions.SeekDriverIme, today), parent), m_conditions(conditions),
-      m_db(std::move(db)), m_scratch(scratch), m_firm(std::move(firm)), m_today(today)
+      m_db(std::move(db)), m_store(m_db), m_scratch(scratch), m_firm(std::move(firm)), m_today(today)
 {
     onMark = [this](int row, bool paid) { return writeMark(row, paid); };
     onPrint = [this](ResultGridScreen &) { print(); };
@@ -67,8 +67,7 @@ Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, Scratc
         return false;
     };
     WaitCursor wait;
-    PaymentStore store(m_db);
-    const Checked<RowSet> courses = store.courses(m_conditions.SeekDriverKod, m_conditions.period, false, false);
+    const Checked<RowSet> courses = m_store.courses(m_conditions.SeekDriverKod, m_conditions.period, false, false);
     if (!courses) {
         MessageService::instance().inform(courses.message());
         return;
@@ -79,9 +78,8 @@ Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, Scratc
 std::optional<UserMessage> Plashtane::writeMark(int row, bool paid)
 {
     RowSet &rows = model()->rows();
-    PaymentStore store(m_db);
     const Checked<int> written =
-        store.setPaid(rows.value(row, idField).toLongLong(), rows.value(row, versionField).toInt(), paid);
+        m_store.setPaid(rows.value(row, idField).toLongLong(), rows.value(row, versionField).toInt(), paid);
     if (written) {
         rows.setValue(row, rows.column(versionField), written.value());
         return std::nullopt;
@@ -94,8 +92,7 @@ void Plashtane::showStoredState(int row)
 {
     const qint64 id = model()->value(row, idField).toLongLong();
     const bool markedHere = model()->isMarked(row);
-    PaymentStore store(m_db);
-    const Checked<RowSet> stored = store.storedCourse(id);
+    const Checked<RowSet> stored = m_store.storedCourse(id);
     if (!stored)
         return;  // the error of the write stands for both
     const RowSet &course = stored.value();
@@ -114,8 +111,7 @@ void Plashtane::showStoredState(int row)
 std::optional<LaidOutReport> Plashtane::statement()
 {
     WaitCursor wait;
-    PaymentStore store(m_db);
-    const Checked<DriverPapers> papers = store.driverPapers(m_conditions.SeekDriverKod);
+    const Checked<DriverPapers> papers = m_store.driverPapers(m_conditions.SeekDriverKod);
     if (!papers) {
         MessageService::instance().inform(papers.message());
         return std::nullopt;

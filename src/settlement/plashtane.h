@@ -4,6 +4,7 @@
 #include "courses/searchconditions.h"
 #include "forms/resultgridscreen.h"
 #include "reports/laidoutreport.h"
+#include "settlement/paymentstore.h"
 
 #include <QDate>
 #include <QSqlDatabase>
@@ -34,6 +35,7 @@ private:
 
     SearchConditions m_conditions;
     QSqlDatabase m_db;
+    PaymentStore m_store;
     ScratchDatabase &m_scratch;
     FirmProfile m_firm;
     QDate m_today;

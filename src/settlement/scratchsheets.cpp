@@ -15,10 +15,21 @@ namespace {
 
 const QString errorTitle = QStringLiteral("ГРЕШКА при работа с временната база!");
 
-// Runs the prepared insert once per row in one transaction, then reads the table back by Red.
-Checked<RowSet> fill(ScratchDatabase &scratch, const QString &table, const QString &insert,
+// "INSERT INTO table (columns) VALUES (?, …), (?, …)" for rows rows.
+QString insertText(const QString &table, const QStringList &columns, int rows)
+{
+    const QString one = QLatin1Char('(') + QStringList(columns.size(), QStringLiteral("?")).join(QStringLiteral(", "))
+                        + QLatin1Char(')');
+    return QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(table, columns.join(QStringLiteral(", ")))
+           + QStringList(rows, one).join(QStringLiteral(", "));
+}
+
+// Makes the table anew and fills it in one transaction, many rows to a statement, then reads it
+// back by Red.
+Checked<RowSet> fill(ScratchDatabase &scratch, const QString &table, const QStringList &columns,
                      const QList<QList<QVariant>> &rows)
 {
+    constexpr int rowsPerStatement = 64;
     if (auto refusal = scratch.RebuildScratchTable(table))
         return *refusal;
     QSqlDatabase db = scratch.db();
@@ -27,11 +38,19 @@ Checked<RowSet> fill(ScratchDatabase &scratch, const QString &table, const QStri
         if (!transaction.isActive())
             return sqlErrorMessage(errorTitle, db.lastError());
         QSqlQuery query(db);
-        if (!query.prepare(insert))
-            return sqlErrorMessage(errorTitle, query.lastError());
-        for (const QList<QVariant> &row : rows) {
-            for (int i = 0; i < row.size(); ++i)
-                query.bindValue(i, row.at(i));
+        int prepared = 0;
+        for (qsizetype first = 0; first < rows.size(); first += rowsPerStatement) {
+            const int count = static_cast<int>(std::min<qsizetype>(rowsPerStatement, rows.size() - first));
+            if (count != prepared) {
+                if (!query.prepare(insertText(table, columns, count)))
+                    return sqlErrorMessage(errorTitle, query.lastError());
+                prepared = count;
+            }
+            int position = 0;
+            for (qsizetype row = first; row < first + count; ++row) {
+                for (const QVariant &value : rows.at(row))
+                    query.bindValue(position++, value);
+            }
             if (!query.exec())
                 return sqlErrorMessage(errorTitle, query.lastError());
         }
@@ -58,8 +77,9 @@ Checked<RowSet> writeTempZaplata(ScratchDatabase &scratch, const PaySheet &sheet
                      zaplata});
     }
     return fill(scratch, QStringLiteral("TempZaplata"),
-                QStringLiteral("INSERT INTO TempZaplata (Red, Data, KolaID, Ton, KM, Suma, Marsh, VidTovar, Zaplata, "
-                               "Nadnik) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                {QStringLiteral("Red"), QStringLiteral("Data"), QStringLiteral("KolaID"), QStringLiteral("Ton"),
+                 QStringLiteral("KM"), QStringLiteral("Suma"), QStringLiteral("Marsh"), QStringLiteral("VidTovar"),
+                 QStringLiteral("Zaplata"), QStringLiteral("Nadnik")},
                 rows);
 }
 
@@ -88,8 +108,9 @@ Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet
     }
     const Checked<RowSet> written =
         fill(scratch, QStringLiteral("TempPlaten"),
-             QStringLiteral("INSERT INTO TempPlaten (Red, Data, Marsh, VidTovar, KolaID, KM, Ton, Tarifa, Suma) "
-                            "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+             {QStringLiteral("Red"), QStringLiteral("Data"), QStringLiteral("Marsh"), QStringLiteral("VidTovar"),
+              QStringLiteral("KolaID"), QStringLiteral("KM"), QStringLiteral("Ton"), QStringLiteral("Tarifa"),
+              QStringLiteral("Suma")},
              values);
     if (!written)
         return written.message();

@@ -124,6 +124,30 @@ private slots:
         QCOMPARE(sheet.message(), (UserMessage{QStringLiteral("ВНИМАНИЕ!"), message}));
     }
 
+    void aLongSheetIsLaidOutWholeInItsOrder()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(insertDriver(scratch.db(), QStringLiteral("007"), driverName(), QString(), QString()));
+        QVERIFY(insertTruck(scratch.db(), truck, 10, 20));
+        QVERIFY(scratch.db().transaction());
+        for (int i = 0; i < 150; ++i)
+            QVERIFY(insertCourse(scratch.db(), {QDate(2006, 3, 1).addDays(i / 5), "007", truck,
+                                                QStringLiteral("Курс %1").arg(i), 10, 25, 0.1, 10.0 + i, 9}));
+        QVERIFY(scratch.db().commit());
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db());
+        QVERIFY(sheet.ok());
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        const Checked<RowSet> rows = writeTempZaplata(temp, sheet.value());
+        QVERIFY(rows.ok());
+        QCOMPARE(rows.value().rowCount(), 150);
+        for (int row = 0; row < 150; ++row) {
+            QCOMPARE(rows.value().value(row, QStringLiteral("Red")).toInt(), row + 1);
+            QCOMPARE(rows.value().value(row, QStringLiteral("Marsh")).toString(), QStringLiteral("Курс %1").arg(row));
+            QCOMPARE(rows.value().value(row, QStringLiteral("Zaplata")).toDouble(), (10 + row) / 10.0);
+        }
+    }
+
     void theSheetPrintsItsCoursesTotalAndReceipt()
     {
         ZAREK_SCRATCH_DB(scratch);
