@@ -40,6 +40,7 @@ bool fillCourses(QSqlDatabase db)
 // while each stood on screen.
 struct Seen {
     QStringList windows;
+    QString dialogCaption;
     QString caption;
     int rows = -1;
     qsizetype progressBoxes = -1;
@@ -71,6 +72,7 @@ private:
             return;
         m_seen.windows << modal->objectName();
         if (auto *dialog = qobject_cast<SearchDialog *>(modal)) {
+            m_seen.dialogCaption = dialog->windowTitle();
             dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setText(QStringLiteral("01.03.2006"));
             dialog->findChild<QLineEdit *>(QStringLiteral("Text1_1"))->setText(QStringLiteral("31.03.2006"));
             if (m_option)
@@ -117,16 +119,17 @@ private slots:
     {
         QTest::addColumn<QString>("menuItem");
         QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("dialog");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("caption");
         QTest::addColumn<QString>("panel");
-        QTest::newRow("pay sheet") << "mnuSlgZapl" << "" << "rptZaplata" << "Зарек 2.3 - Заплата"
-                                   << "Заплати за период";
-        QTest::newRow("payment correction") << "mnuDataKorPl" << "" << "Plashtane" << "Зарек 2.3 - Плащане курсове"
-                                            << "Справка за курсове...";
-        QTest::newRow("paid list") << "mnuSprShof" << "Option2" << "rptNePlaten"
+        QTest::newRow("pay sheet") << "mnuSlgZapl" << "" << "Търсене - Заплата на шофьор..." << "rptZaplata"
+                                   << "Зарек 2.3 - Заплата" << "Заплати за период";
+        QTest::newRow("payment correction") << "mnuDataKorPl" << "" << "Търсене - Корекция плащане на шофьор"
+                                            << "Plashtane" << "Зарек 2.3 - Плащане курсове" << "Справка за курсове...";
+        QTest::newRow("paid list") << "mnuSprShof" << "Option2" << "Търсене - Курсове на шофьор" << "rptNePlaten"
                                    << "Зарек 2.3 - Справка платени курсове" << "Справка за курсове...";
-        QTest::newRow("unpaid list") << "mnuSprShof" << "Option3" << "rptNePlaten"
+        QTest::newRow("unpaid list") << "mnuSprShof" << "Option3" << "Търсене - Курсове на шофьор" << "rptNePlaten"
                                      << "Зарек 2.3 - Справка неплатени курсове" << "Справка за курсове...";
     }
     void theCommandsShowTheirPaperOrScreen()
@@ -134,6 +137,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         QFETCH(QString, menuItem);
         QFETCH(QString, option);
+        QFETCH(QString, dialog);
         QFETCH(QString, shown);
         QFETCH(QString, caption);
         QFETCH(QString, panel);
@@ -146,6 +150,7 @@ private slots:
         window.menuAction(menuItem)->trigger();
         QVERIFY2(messages.shown.isEmpty(), messages.shown.isEmpty() ? "" : qPrintable(messages.shown.first().text));
         QCOMPARE(seen.windows.size(), 2);
+        QCOMPARE(seen.dialogCaption, dialog);
         QCOMPARE(seen.windows.last(), shown);
         QCOMPARE(seen.caption, caption);
         QCOMPARE(window.panelText(1), panel);
