@@ -177,6 +177,9 @@ private slots:
         QVERIFY(messages.shown.isEmpty());
         // The paid course of another opening stays as it was.
         QCOMPARE(stored(scratch.db(), QStringLiteral("Платен")).rowVersion, 1);
+        // Every mark taken back: there is nothing to print.
+        screen.printButton()->click();
+        QCOMPARE(messages.shown, (QList<UserMessage>{{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма платени курсове!")}}));
     }
 
     void anyKeyShowsTheSumAgain()
