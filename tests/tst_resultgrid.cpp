@@ -381,6 +381,37 @@ private slots:
         QCOMPARE(atClose.toDouble(), 310.0);
     }
 
+    void aRowReadAnewOrTakenOutKeepsTheTotalEqualToTheMarks()
+    {
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(courses());
+        screen.show();
+        QTRY_COMPARE(screen.currentRow(), 0);
+        press(screen.grid(), Qt::Key_Space);
+        press(screen.grid(), Qt::Key_Down);
+        press(screen.grid(), Qt::Key_Space);
+        QCOMPARE(sumText(screen), QStringLiteral("81,25лв."));
+
+        // The second row read anew with another amount: only the columns the reading has change.
+        RowSet reading({QStringLiteral("bruto"), QStringLiteral("Marsh"), QStringLiteral("unknown")});
+        reading.appendRow({60.5, QStringLiteral("Перник - Кюстендил"), 1});
+        screen.model()->replaceRow(1, reading, 0);
+        QCOMPARE(screen.model()->index(1, 1).data().toString(), QStringLiteral("Перник - Кюстендил"));
+        QCOMPARE(screen.model()->index(1, 2).data().toString(), QStringLiteral("Чакъл"));
+        screen.recountTotal();
+        QCOMPARE(sumText(screen), QStringLiteral("91,75лв."));
+
+        // The first row taken out: the rows below move up and the total loses its amount.
+        screen.model()->takeRow(0);
+        QCOMPARE(screen.model()->rowCount(), 2);
+        QCOMPARE(screen.model()->index(0, 1).data().toString(), QStringLiteral("Перник - Кюстендил"));
+        QVERIFY(screen.model()->isMarked(0));
+        QVERIFY(!screen.model()->isMarked(1));
+        screen.recountTotal();
+        QCOMPARE(screen.runningTotal(), Money::fromCents(6050));
+        QCOMPARE(sumText(screen), QStringLiteral("60,50лв."));
+    }
+
     void oneHundredThousandRowsOpenAtOnce()
     {
         RowSet rows(courses().columns());

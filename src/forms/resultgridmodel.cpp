@@ -66,6 +66,27 @@ void ResultGridModel::refreshRow(int row)
         emit dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 
+void ResultGridModel::replaceRow(int row, const RowSet &from, int fromRow)
+{
+    if (row < 0 || row >= m_rows.rowCount() || fromRow < 0 || fromRow >= from.rowCount())
+        return;
+    for (int column = 0; column < m_rows.columnCount(); ++column) {
+        const int source = from.column(m_rows.columns().at(column));
+        if (source >= 0)
+            m_rows.setValue(row, column, from.value(fromRow, source));
+    }
+    refreshRow(row);
+}
+
+void ResultGridModel::takeRow(int row)
+{
+    if (row < 0 || row >= m_rows.rowCount())
+        return;
+    beginRemoveRows({}, row, row);
+    m_rows.removeRow(row);
+    endRemoveRows();
+}
+
 int ResultGridModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : m_rows.rowCount();

@@ -42,6 +42,11 @@ public:
     QVariant value(int row, const QString &field) const { return m_rows.value(row, field); }
     // Tells the views that a row's cells changed.
     void refreshRow(int row);
+    // Puts another reading of a row in its place: each column takes the value of the column of
+    // that name in from (columns from lacks keep theirs).
+    void replaceRow(int row, const RowSet &from, int fromRow);
+    // Takes a row out of the grid.
+    void takeRow(int row);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;

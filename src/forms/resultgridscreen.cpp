@@ -203,6 +203,16 @@ void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QS
     showTotal();
 }
 
+void ResultGridScreen::recountTotal()
+{
+    Money total;
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        if (m_model->isMarked(row))
+            total += Money::fromAmount(m_model->value(row, m_config.amountField).toDouble());
+    }
+    setRunningTotal(total, true);
+}
+
 void ResultGridScreen::showTotal()
 {
     if (m_sumLabel)

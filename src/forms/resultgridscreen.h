@@ -61,6 +61,9 @@ public:
     // that are still there unchanged; keyField is a row's integer id, versionField its version.
     // The running total becomes the sum of the marks, shown. Keeps the changed state.
     void reloadRows(RowSet rows, const QString &keyField, const QString &versionField);
+    // The running total made again from the marks on screen (after rows were read anew or taken
+    // out), and shown.
+    void recountTotal();
 
     bool editingAllowed() const;
     void setEditingAllowed(bool allowed);

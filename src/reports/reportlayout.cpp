@@ -311,6 +311,9 @@ double LayoutEngine::addControl(Band &band, const ReportControl &control, const 
 
 QStringList LayoutEngine::wrapKeepingBlanks(const QString &paragraph, int font, double width)
 {
+    // Most cells fit on their one line: measured once, they need no breaking.
+    if (m_measure.width(font, paragraph) <= width)
+        return {paragraph};
     static const QRegularExpression word(QStringLiteral(" *[^ ]+| +$"));
     QStringList lines;
     QString line;

@@ -4,11 +4,13 @@
 #include "courses/searchcommand.h"
 #include "forms/messageservice.h"
 #include "reports/reportpreview.h"
+#include "settlement/paycommands.h"
 
 namespace zarek {
 
 void registerSettlementCommands(CommandRegistry &commands)
 {
+    registerDriverPayCommands(commands);
     CommandContext &context = commands.context();
     addSearchCommand(commands,
                      {QStringLiteral("mnuSprShof"), SearchMode::Driver, SearchDialogKind::SeekAlt,
@@ -22,8 +24,7 @@ void registerSettlementCommands(CommandRegistry &commands)
                          context.setPanel(c.SeekChoice == QLatin1String("Yes")
                                               ? QStringLiteral("Справка за платените курсове на шофьор")
                                               : QStringLiteral("Справка за неплатените курсове на шофьор"));
-                         MessageService::instance().inform(searchMessage(
-                             QStringLiteral("Списъците на платените и неплатените курсове\nсе изготвят в следваща версия.")));
+                         showDriverCourseList(context, c.SeekChoice == QLatin1String("Yes"), c);
                      });
 }
 

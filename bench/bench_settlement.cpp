@@ -1,0 +1,174 @@
+// Driver pay on 100,000 courses, a driver with about 3,000 unpaid courses in the period: the pay
+// sheet computed and its first page shown, Plashtane opened, and 1,000 Space marks written.
+// SQLite always; PostgreSQL when ZAREK_TEST_PG names a server. Usage: bench_settlement [courses]
+
+#include "benchdata.h"
+#include "core/firmprofile.h"
+#include "core/valueformat.h"
+#include "data/scratchdatabase.h"
+#include "forms/messageservice.h"
+#include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
+#include "settlement/paysheetstore.h"
+#include "settlement/plashtane.h"
+#include "settlement/scratchsheets.h"
+#include "settlement/settlementreports.h"
+
+#include <QApplication>
+#include <QTableView>
+
+using namespace zarek;
+using zarek::bench::ms;
+
+namespace {
+
+// Every course of this code is unpaid in the benchmark data.
+const QString driver = QStringLiteral("004");
+
+bool prepare(QSqlDatabase db, int count)
+{
+    QString error;
+    if (!migrateSchema(db, &error)) {
+        std::fprintf(stderr, "schema: %s\n", qPrintable(error));
+        return false;
+    }
+    QElapsedTimer fill;
+    fill.start();
+    if (!bench::fillCourses(db, count))
+        return false;
+    QSqlQuery query(db);
+    for (const char *truck : {"СА 1234 ВК", "РК 5678 ВС", "РК 9012 КМ", "СО 3456 АР", "ВТ 7890 ХА"}) {
+        query.prepare(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES (?, 32, 12, 20)"));
+        query.addBindValue(QString::fromUtf8(truck));
+        if (!query.exec())
+            return false;
+    }
+    query.prepare(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES (?, ?, '7503124567', '645123987')"));
+    query.addBindValue(driver);
+    query.addBindValue(QStringLiteral("Иван Петров Иванов"));
+    std::printf("  filled %d courses in %.0f ms\n", count, ms(fill));
+    return query.exec();
+}
+
+// The period from the first day that holds 3,000 of the driver's unpaid courses.
+Period periodOf3000(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("SELECT data, COUNT(*) FROM tabl WHERE kod = ? AND plat = ? GROUP BY data ORDER BY data"));
+    query.addBindValue(driver);
+    query.addBindValue(false);
+    if (!query.exec())
+        std::fprintf(stderr, "period: %s\n", qPrintable(query.lastError().text()));
+    Period period;
+    int total = 0;
+    while (query.next() && total < 3000) {
+        const QDate day = dateOfValue(query.value(0));
+        if (!period.from.isValid())
+            period.from = day;
+        period.to = day;
+        total += query.value(1).toInt();
+    }
+    return period;
+}
+
+void run(const char *engine, QSqlDatabase db, int count)
+{
+    std::printf("%s\n", engine);
+    if (!prepare(db, count))
+        return;
+    SearchConditions conditions;
+    conditions.SeekDriverKod = driver;
+    conditions.SeekDriverIme = QStringLiteral("Иван Петров Иванов");
+    conditions.period = periodOf3000(db);
+    std::printf("  period %s .. %s\n", qPrintable(conditions.period.from.toString(Qt::ISODate)),
+                qPrintable(conditions.period.to.toString(Qt::ISODate)));
+    FirmProfile firm;
+    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
+    firm.UserCity = QStringLiteral("Перник");
+    firm.UserAdres = QStringLiteral("ул. Индустриална 14");
+    QTemporaryDir folder;
+    ScratchDatabase scratch(folder.path());
+    RecordingMessageService messages;
+
+    for (int round = 0; round < 2; ++round) {  // the second round runs with warm caches
+        QElapsedTimer total;
+        total.start();
+        QElapsedTimer step;
+        step.start();
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db);
+        const double compute = ms(step);
+        if (!sheet) {
+            std::fprintf(stderr, "pay sheet: %s\n", qPrintable(sheet.message().text));
+            return;
+        }
+        step.restart();
+        const Checked<RowSet> rows = writeTempZaplata(scratch, sheet.value());
+        const double scratchMs = ms(step);
+        step.restart();
+        const LaidOutReport laid = layoutReport(ReportZaplata(sheet.value(), rows.value(), firm).value());
+        const double layout = ms(step);
+        step.restart();
+        ReportPreview preview(laid);
+        preview.show();
+        QCoreApplication::processEvents();
+        preview.grab();
+        const double firstPage = ms(step);
+        std::printf("  pay sheet, %d courses of %d: computed %6.1f ms, TempZaplata %6.1f ms, layout %6.1f ms "
+                    "(%d pages), first page drawn %5.1f ms: shown after %6.1f ms\n",
+                    int(sheet.value().lines.size()), count, compute, scratchMs, layout, laid.pageCount(), firstPage,
+                    ms(total));
+    }
+
+    QElapsedTimer open;
+    open.start();
+    Plashtane screen(conditions, db, scratch, firm);
+    screen.show();
+    QCoreApplication::processEvents();
+    screen.grab();
+    std::printf("  Plashtane with %d courses opened and drawn in %6.1f ms\n", screen.model()->rowCount(), ms(open));
+
+    QElapsedTimer marks;
+    marks.start();
+    const int toMark = std::min(1000, screen.model()->rowCount());
+    for (int row = 0; row < toMark; ++row) {
+        screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
+        screen.markCurrentRow();
+    }
+    const double markMs = ms(marks);
+    std::printf("  %d Space marks written in %6.1f ms (%.2f ms each), %lld messages, sum %s\n", toMark, markMs,
+                markMs / std::max(1, toMark), static_cast<long long>(messages.shown.size()),
+                qPrintable(QString::number(screen.runningTotal().toDouble(), 'f', 2)));
+}
+
+}
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    const int count = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 100000;
+    {
+        QTemporaryDir dir;
+        DatabaseConfig sqlite;
+        sqlite.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
+        run("SQLite", openDatabase(sqlite, QStringLiteral("sqlite")), count);
+    }
+    closeDatabase(QStringLiteral("sqlite"));
+
+    const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
+    if (!admin) {
+        std::printf("PostgreSQL skipped: set ZAREK_TEST_PG=postgresql://user@host:port/postgres\n");
+        return 0;
+    }
+    const QString name = QStringLiteral("zarek_bench_settlement_%1").arg(QCoreApplication::applicationPid());
+    {
+        QSqlQuery create(openDatabase(*admin, QStringLiteral("admin")));
+        create.exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(name));
+    }
+    DatabaseConfig pg = *admin;
+    pg.databaseName = name;
+    run("PostgreSQL", openDatabase(pg, QStringLiteral("pg")), count);
+    closeDatabase(QStringLiteral("pg"));
+    QSqlQuery drop(QSqlDatabase::database(QStringLiteral("admin")));
+    drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(name));
+    return 0;
+}

@@ -1,0 +1,65 @@
+#include "paysheet.h"
+
+#include <cmath>
+
+namespace zarek {
+
+ExactPay ExactPay::fromParts(qint64 cents, qint64 parts)
+{
+    ExactPay pay;
+    // Floor division keeps the remainder between 0 and a cent whatever the signs.
+    qint64 carry = parts / partsPerCent;
+    qint64 rest = parts % partsPerCent;
+    if (rest < 0) {
+        rest += partsPerCent;
+        --carry;
+    }
+    pay.m_cents = cents + carry;
+    pay.m_parts = rest;
+    return pay;
+}
+
+Money ExactPay::rounded() const
+{
+    qint64 cents = m_cents;
+    const qint64 twice = 2 * m_parts;
+    if (twice > partsPerCent || (twice == partsPerCent && cents % 2 != 0))
+        ++cents;
+    return Money::fromCents(cents);
+}
+
+double ExactPay::toDouble() const
+{
+    return (static_cast<double>(m_cents) + static_cast<double>(m_parts) / partsPerCent) / 100.0;
+}
+
+int overloadTonnes(double ton, double ratedTon)
+{
+    const qint64 over = std::llround(ton * 1000.0) - std::llround(ratedTon * 1000.0);
+    return over > 0 ? static_cast<int>(over / 1000) : 0;
+}
+
+ExactPay coursePay(double bruto, double percent, double ton, double ratedTon)
+{
+    // bruto in cents × percent in ten-thousandths × (100 − 20 × overload) percent of the base:
+    // cents × 10^-4 / 100 (the percent) / 100 (the reduction) = 10^-8 cents, one part.
+    const qint64 cents = std::llround(bruto * 100.0);
+    const qint64 percentParts = std::llround(percent * 10000.0);
+    const qint64 kept = 100 - 20 * static_cast<qint64>(overloadTonnes(ton, ratedTon));
+    return ExactPay::fromParts(0, cents * percentParts * kept);
+}
+
+PayTruck payTruckFor(const QList<PayTruck> &trucks, const QString &kola)
+{
+    PayTruck found;
+    found.kola = kola.trimmed();
+    for (const PayTruck &truck : trucks) {
+        if (truck.kola == found.kola) {
+            found.percent = truck.percent;
+            found.ratedTon = truck.ratedTon;
+        }
+    }
+    return found;
+}
+
+}

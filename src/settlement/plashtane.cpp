@@ -1,0 +1,154 @@
+#include "plashtane.h"
+
+#include "core/dates.h"
+#include "core/valueformat.h"
+#include "core/version.h"
+#include "forms/messageservice.h"
+#include "forms/waitcursor.h"
+#include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
+#include "settlement/paymentstore.h"
+#include "settlement/scratchsheets.h"
+#include "settlement/settlementreports.h"
+
+#include <QKeyEvent>
+
+namespace zarek {
+
+namespace {
+
+const QString idField = QStringLiteral("id");
+const QString versionField = QStringLiteral("row_version");
+const QString paidField = QStringLiteral("plat");
+
+}
+
+ResultGridConfig Plashtane::config(const QString &driverName, QDate today)
+{
+    ResultGridConfig config;
+    config.formName = QStringLiteral("Plashtane");
+    config.caption = QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Плащане курсове");
+    // "na" in Latin letters: the screen's title line has always read so.
+    config.text1 = QStringLiteral("Курсове na ") + driverName + QStringLiteral(" към ") + formatDate(today);
+    // Truck numbers and the "Плат." caption need a little more room than the twips of old gave them.
+    config.columns = {
+        {QStringLiteral("Data"), QStringLiteral("Дата"), 1200, {}, Qt::AlignLeft},
+        {QStringLiteral("Marsh"), QStringLiteral("Маршрут"), 2600, {}, Qt::AlignLeft},
+        {QStringLiteral("Tovar"), QStringLiteral("Товар"), 2200, {}, Qt::AlignLeft},
+        {QStringLiteral("kola"), QStringLiteral("Кола"), 1500, {}, Qt::AlignHCenter},
+        {QStringLiteral("KM"), QStringLiteral("Км"), 750, {}, Qt::AlignRight},
+        {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("neto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight},
+        {paidField, QStringLiteral("Плат."), 650, {}, Qt::AlignHCenter, false, false, true},
+    };
+    config.flagField = paidField;
+    config.amountField = QStringLiteral("neto");
+    config.sumCaption = QStringLiteral("Сума за плащане:");
+    config.legend = {{QStringLiteral("Label7"), QStringLiteral("Space")},
+                     {QStringLiteral("Label8"), QStringLiteral("- Маркира плащане")},
+                     {QStringLiteral("Label5"), QStringLiteral("F4")},
+                     {QStringLiteral("Label6"), QStringLiteral("- Корекция")}};
+    config.emptyMessage = noCoursesToPayMessage().text;
+    config.focusGridOnOpen = false;  // the focus waits on "Затвори"
+    return config;
+}
+
+Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, ScratchDatabase &scratch, FirmProfile firm,
+                     QWidget *parent, QDate today)
+    : ResultGridScreen(config(conditions.SeekDriverIme, today), parent), m_conditions(conditions),
+      m_db(std::move(db)), m_store(m_db), m_scratch(scratch), m_firm(std::move(firm)), m_today(today)
+{
+    onMark = [this](int row, bool paid) { return writeMark(row, paid); };
+    onPrint = [this](ResultGridScreen &) { print(); };
+    // Any key shows the sum due again.
+    onKey = [this](QKeyEvent *) {
+        setRunningTotal(runningTotal(), true);
+        return false;
+    };
+    WaitCursor wait;
+    const Checked<RowSet> courses = m_store.courses(m_conditions.SeekDriverKod, m_conditions.period, false, false);
+    if (!courses) {
+        MessageService::instance().inform(courses.message());
+        return;
+    }
+    setRows(courses.value());
+}
+
+std::optional<UserMessage> Plashtane::writeMark(int row, bool paid)
+{
+    RowSet &rows = model()->rows();
+    const Checked<int> written =
+        m_store.setPaid(rows.value(row, idField).toLongLong(), rows.value(row, versionField).toInt(), paid);
+    if (written) {
+        rows.setValue(row, rows.column(versionField), written.value());
+        return std::nullopt;
+    }
+    showStoredState(row);
+    return written.message();
+}
+
+void Plashtane::showStoredState(int row)
+{
+    const qint64 id = model()->value(row, idField).toLongLong();
+    const bool markedHere = model()->isMarked(row);
+    const Checked<RowSet> stored = m_store.storedCourse(id);
+    if (!stored)
+        return;  // the error of the write stands for both
+    const RowSet &course = stored.value();
+    const bool listed = course.rowCount() == 1
+                        && course.value(0, QStringLiteral("kod")).toString() == m_conditions.SeekDriverKod
+                        && m_conditions.period.contains(dateOfValue(course.value(0, QStringLiteral("Data"))))
+                        // Paid at another workstation: it is his course no longer to pay here.
+                        && (markedHere || !course.value(0, paidField).toBool());
+    if (listed)
+        model()->replaceRow(row, course, 0);
+    else
+        model()->takeRow(row);
+    recountTotal();
+}
+
+std::optional<LaidOutReport> Plashtane::statement()
+{
+    WaitCursor wait;
+    const Checked<DriverPapers> papers = m_store.driverPapers(m_conditions.SeekDriverKod);
+    if (!papers) {
+        MessageService::instance().inform(papers.message());
+        return std::nullopt;
+    }
+    QList<int> marked;
+    for (int row = 0; row < model()->rowCount(); ++row) {
+        if (model()->isMarked(row))
+            marked.append(row);
+    }
+    if (marked.isEmpty()) {
+        MessageService::instance().inform(noPaidCoursesMessage());
+        return std::nullopt;
+    }
+    // TempPlaten is made anew for each print: a statement lists each marked course once.
+    const Checked<ScratchStatement> written = writeTempPlaten(m_scratch, model()->rows(), marked, 3);
+    if (!written) {
+        MessageService::instance().inform(written.message());
+        return std::nullopt;
+    }
+    setRunningTotal(written.value().total, true);
+    const Checked<Report> report = ReportPlaten(m_conditions.SeekDriverIme, papers.value(), m_conditions.period,
+                                                written.value(), m_firm, m_today);
+    if (!report) {
+        MessageService::instance().inform(report.message());
+        return std::nullopt;
+    }
+    return layoutReport(report.value());
+}
+
+void Plashtane::print()
+{
+    std::optional<LaidOutReport> laid = statement();
+    if (!laid)
+        return;
+    ReportPreview preview(std::move(*laid), this);
+    preview.setProperty("helpTopic", property("helpTopic"));
+    preview.exec();
+}
+
+}

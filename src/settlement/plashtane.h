@@ -1,0 +1,44 @@
+#pragma once
+
+#include "core/firmprofile.h"
+#include "courses/searchconditions.h"
+#include "forms/resultgridscreen.h"
+#include "reports/laidoutreport.h"
+#include "settlement/paymentstore.h"
+
+#include <QDate>
+#include <QSqlDatabase>
+
+namespace zarek {
+
+class ScratchDatabase;
+
+// Paying a driver: his unpaid courses of a period, marked paid one by one with Space while the sum
+// due runs below, and "Печат" for the statement of the marked courses with the receipt he signs.
+// Each mark is written at once, only if nobody changed the course since it was read.
+class Plashtane : public ResultGridScreen {
+    Q_OBJECT
+public:
+    Plashtane(const SearchConditions &conditions, QSqlDatabase db, ScratchDatabase &scratch, FirmProfile firm,
+              QWidget *parent = nullptr, QDate today = QDate::currentDate());
+
+    static ResultGridConfig config(const QString &driverName, QDate today);
+
+private:
+    std::optional<UserMessage> writeMark(int row, bool paid);
+    // After a refused mark: the row as it is stored now, or out of the grid when it is no longer
+    // an unpaid course of this driver and period.
+    void showStoredState(int row);
+    // The statement of the marked courses laid out, or nothing after telling why.
+    std::optional<LaidOutReport> statement();
+    void print();
+
+    SearchConditions m_conditions;
+    QSqlDatabase m_db;
+    PaymentStore m_store;
+    ScratchDatabase &m_scratch;
+    FirmProfile m_firm;
+    QDate m_today;
+};
+
+}

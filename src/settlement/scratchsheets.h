@@ -1,0 +1,30 @@
+#pragma once
+
+#include "core/money.h"
+#include "core/usermessage.h"
+#include "data/rowset.h"
+#include "settlement/paysheetstore.h"
+
+namespace zarek {
+
+class ScratchDatabase;
+
+// A statement laid out in the scratch database: its rows as the report reads them, and the total
+// of their amounts as printed.
+struct ScratchStatement {
+    RowSet rows;
+    Money total;
+};
+
+// TempZaplata made anew and filled with the pay sheet, one row per course; its rows read back by
+// Red.
+Checked<RowSet> writeTempZaplata(ScratchDatabase &scratch, const PaySheet &sheet);
+
+// TempPlaten made anew and filled with the given rows of courses (Data, Marsh, Tovar, kola, KM,
+// Ton, Tarifa, neto), numbered from 1, figures as text: KM "###0", Ton "###0.000", Tarifa with
+// tarifaDecimals, Suma (neto) "###0.00". The total adds the amounts as written, so it is always the
+// sum of the statement's own lines.
+Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet &courses, const QList<int> &rows,
+                                          int tarifaDecimals);
+
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "core/firmprofile.h"
+#include "core/money.h"
+#include "reports/report.h"
+#include "settlement/paymentstore.h"
+#include "settlement/paysheetstore.h"
+#include "settlement/scratchsheets.h"
+
+#include <QDate>
+
+// The papers of paying drivers: the pay sheet and the payment statement, each with the receipt
+// the driver signs, and the lists of paid and unpaid courses.
+namespace zarek {
+
+// What the receipt under a pay paper says: who received how much from which firm, and when.
+struct Receipt {
+    QString name;
+    DriverPapers papers;
+    Money total;
+    QString firmName;
+    QDate today;
+};
+
+// The receipt's four lines (Label500 to Label503), blanks as the receipt aligns on them.
+QStringList receiptLines(const Receipt &receipt);
+
+// rptZaplata over the rows of TempZaplata: the firm, "Извлечение", the driver and period, the
+// courses with their pay, "Всичко заработка:" with the sheet's total, and the receipt.
+Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, const FirmProfile &firm,
+                              QDate today = QDate::currentDate());
+
+// rptPlaten over the rows of TempPlaten: the courses marked paid and their sum, with the receipt.
+// The firm's address stands without its town.
+Checked<Report> ReportPlaten(const QString &name, const DriverPapers &papers, const Period &period,
+                             const ScratchStatement &statement, const FirmProfile &firm,
+                             QDate today = QDate::currentDate());
+
+// rptNePlaten over the rows of TempPlaten: the paid (or unpaid) courses and "Всичко:"; no receipt.
+Checked<Report> ReportNePlaten(bool paid, const QString &name, const Period &period, const ScratchStatement &statement,
+                               const FirmProfile &firm);
+
+}

@@ -1,0 +1,318 @@
+#include "core/formats.h"
+#include "data/scratchdatabase.h"
+#include "data/sqlerror.h"
+#include "forms/messageservice.h"
+#include "reports/reportpreview.h"
+#include "settlement/plashtane.h"
+#include "settlementfixture.h"
+#include "testdatabase.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTimer>
+
+using namespace zarek;
+using namespace zarek::test;
+
+namespace {
+
+const QString truck = QStringLiteral("СА 1234 ВК");
+const QDate today(2006, 4, 5);
+
+// Driver 007: three unpaid courses in March 2006, one paid; driver 008 and April are elsewhere.
+bool fillCourses(QSqlDatabase db)
+{
+    return insertDriver(db, QStringLiteral("007"), driverName(), QStringLiteral("7503124567"),
+                        QStringLiteral("645123987"))
+           && insertCourse(db, {QDate(2006, 3, 17), "007", truck, "Батановци - Перник", 20, 100, 0.05, 100, 97})
+           && insertCourse(db, {QDate(2006, 3, 1), "007", truck, "София - Перник", 10, 25, 0.125, 31.25, 30.31})
+           && insertCourse(db, {QDate(2006, 3, 5), "007", "РВ 7777 АА", "Перник - Радомир", 12.5, 40, 0.1, 50, 48.5})
+           && insertCourse(db, {QDate(2006, 3, 20), "007", truck, "Платен", 10, 25, 0.4, 100, 97, true})
+           && insertCourse(db, {QDate(2006, 3, 7), "008", truck, "Друг шофьор", 10, 25, 0.4, 100, 97})
+           && insertCourse(db, {QDate(2006, 4, 1), "007", truck, "След периода", 10, 25, 0.4, 100, 97});
+}
+
+struct Stored {
+    bool plat = false;
+    int rowVersion = 0;
+};
+
+Stored stored(QSqlDatabase db, const QString &marsh)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("SELECT plat, row_version FROM tabl WHERE Marsh = ?"));
+    query.addBindValue(marsh);
+    if (!query.exec() || !query.next())
+        return {};
+    return {query.value(0).toBool(), query.value(1).toInt()};
+}
+
+bool changeElsewhere(QSqlDatabase other, const QString &marsh, const QString &assignment)
+{
+    QSqlQuery query(other);
+    query.prepare(QStringLiteral("UPDATE tabl SET %1, row_version = row_version + 1 WHERE Marsh = ?").arg(assignment));
+    query.addBindValue(marsh);
+    return query.exec() && query.numRowsAffected() == 1;
+}
+
+void space(Plashtane &screen, int row)
+{
+    screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
+    QTest::keyClick(screen.grid(), Qt::Key_Space);
+}
+
+QString sumText(const Plashtane &screen)
+{
+    return screen.findChild<QLabel *>(QStringLiteral("Label4"))->text();
+}
+
+QString routeOf(const Plashtane &screen, int row)
+{
+    return screen.model()->value(row, QStringLiteral("Marsh")).toString();
+}
+
+// Presses "Печат" and reads the statement the preview shows, then closes it.
+QStringList printStatement(Plashtane &screen)
+{
+    QStringList lines;
+    QTimer::singleShot(0, [&lines] {
+        if (auto *preview = qobject_cast<ReportPreview *>(QApplication::activeModalWidget())) {
+            lines = preview->report().textLines();
+            preview->reject();
+        }
+    });
+    screen.printButton()->click();
+    return lines;
+}
+
+}
+
+class PlashtaneTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { addEngineRows(); }
+
+    void theScreenListsTheDriversUnpaidCoursesOfThePeriod()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        QCOMPARE(screen.objectName(), QStringLiteral("Plashtane"));
+        QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Плащане курсове"));
+        QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
+                 QStringLiteral("Курсове na Иван Д'Арков към 05.04.2006"));
+        const ResultGridModel *model = screen.model();
+        QCOMPARE(model->rowCount(), 3);
+        QStringList captions;
+        for (int column = 0; column < model->columnCount(); ++column)
+            captions << model->headerData(column, Qt::Horizontal).toString();
+        QCOMPARE(captions, (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума", "Плат."}));
+        QStringList first;
+        for (int column = 0; column < 8; ++column)
+            first << model->index(0, column).data().toString();
+        QCOMPARE(first, (QStringList{"01.03.2006", "София - Перник", "Пясък", "СА 1234 ВК", "25", "10,000", "0,125",
+                                     "30,31"}));
+        QCOMPARE(routeOf(screen, 1), QStringLiteral("Перник - Радомир"));
+        QCOMPARE(routeOf(screen, 2), QStringLiteral("Батановци - Перник"));
+        QCOMPARE(model->index(0, 8).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);
+        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label8"))->text(), QStringLiteral("- Маркира плащане"));
+        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label1"))->text(), QStringLiteral("Сума за плащане:"));
+        QVERIFY(messages.shown.isEmpty());
+
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QTRY_VERIFY(screen.closeButton()->hasFocus());
+    }
+
+    void noUnpaidCourseLeavesTheEmptyScreenOpenWithTheMessage()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        SearchConditions conditions = marchOf(QStringLiteral("007"));
+        conditions.period = {QDate(2007, 1, 1), QDate(2007, 1, 31)};
+        Plashtane screen(conditions, scratch.db(), temp, exampleFirm(), nullptr, today);
+        QCOMPARE(screen.model()->rowCount(), 0);
+        QCOMPARE(messages.shown, (QList<UserMessage>{{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма курсове за плащане!")}}));
+        // Printing an empty grid: nothing is marked.
+        screen.printButton()->click();
+        QCOMPARE(messages.shown.last().text, QStringLiteral("Няма платени курсове!"));
+    }
+
+    void spaceWritesTheMarkAtOnceAndTwiceRestoresIt()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        QCOMPARE(sumText(screen), QString());
+
+        space(screen, 0);
+        QVERIFY(screen.model()->isMarked(0));
+        QCOMPARE(screen.model()->index(0, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
+        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit());
+        QCOMPARE(stored(scratch.db(), QStringLiteral("София - Перник")).plat, true);
+        QCOMPARE(stored(scratch.db(), QStringLiteral("София - Перник")).rowVersion, 2);
+
+        space(screen, 1);
+        QCOMPARE(sumText(screen), QStringLiteral("78,81") + amountUnit());
+        space(screen, 1);
+        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit());
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, false);
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).rowVersion, 3);
+        space(screen, 0);
+        QCOMPARE(sumText(screen), QStringLiteral("0,00") + amountUnit());
+        QCOMPARE(screen.runningTotal(), Money());
+        QCOMPARE(stored(scratch.db(), QStringLiteral("София - Перник")).plat, false);
+        QVERIFY(messages.shown.isEmpty());
+        // The paid course of another opening stays as it was.
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Платен")).rowVersion, 1);
+        // Every mark taken back: there is nothing to print.
+        screen.printButton()->click();
+        QCOMPARE(messages.shown, (QList<UserMessage>{{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма платени курсове!")}}));
+    }
+
+    void anyKeyShowsTheSumAgain()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        QTest::keyClick(screen.grid(), Qt::Key_Down);
+        QCOMPARE(sumText(screen), QStringLiteral("0,00") + amountUnit());
+        space(screen, 2);
+        screen.findChild<QLabel *>(QStringLiteral("Label4"))->clear();
+        QTest::keyClick(screen.grid(), Qt::Key_A);
+        QCOMPARE(sumText(screen), QStringLiteral("97,00") + amountUnit());
+    }
+
+    void aCourseChangedAtAnotherWorkstationIsNotMarked()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        QVERIFY(changeElsewhere(scratch.openSecondConnection(), QStringLiteral("Перник - Радомир"),
+                                QStringLiteral("ton = 15, bruto = 60, neto = 58.2")));
+        space(screen, 1);
+        QCOMPARE(messages.shown, (QList<UserMessage>{rowConflictMessage(QStringLiteral("ГРЕШКА при запис!"))}));
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, false);
+        // The row shows what is stored now, unmarked, and a second Space marks that.
+        QVERIFY(!screen.model()->isMarked(1));
+        QCOMPARE(screen.model()->index(1, 7).data().toString(), QStringLiteral("58,20"));
+        QCOMPARE(screen.runningTotal(), Money());
+        space(screen, 1);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, true);
+        QCOMPARE(sumText(screen), QStringLiteral("58,20") + amountUnit());
+    }
+
+    void aCoursePaidAtAnotherWorkstationLeavesTheGridUnpaidTwice()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        space(screen, 0);
+        QVERIFY(changeElsewhere(scratch.openSecondConnection(), QStringLiteral("Батановци - Перник"),
+                                QStringLiteral("plat = TRUE")));
+        space(screen, 2);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first(), rowConflictMessage(QStringLiteral("ГРЕШКА при запис!")));
+        QCOMPARE(screen.model()->rowCount(), 2);
+        QCOMPARE(routeOf(screen, 0), QStringLiteral("София - Перник"));
+        QCOMPARE(routeOf(screen, 1), QStringLiteral("Перник - Радомир"));
+        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit());
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Батановци - Перник")).rowVersion, 2);
+    }
+
+    void aMarkOfThisScreenChangedElsewhereKeepsTheSumEqualToTheMarks()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        space(screen, 0);
+        space(screen, 2);
+        QVERIFY(changeElsewhere(scratch.openSecondConnection(), QStringLiteral("Батановци - Перник"),
+                                QStringLiteral("neto = 90")));
+        space(screen, 2);  // unmarking is refused: the course stays paid, with its new sum
+        QCOMPARE(messages.shown.size(), 1);
+        QVERIFY(screen.model()->isMarked(2));
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Батановци - Перник")).plat, true);
+        QCOMPARE(sumText(screen), QStringLiteral("120,31") + amountUnit());
+    }
+
+    void theStatementListsTheMarkedCoursesOnceWithTheReceipt()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        space(screen, 0);
+        space(screen, 2);
+        QStringList lines = printStatement(screen);
+        QVERIFY2(lines.size() > 10, qPrintable(lines.join('\n')));
+        QCOMPARE(lines.at(1), QStringLiteral("ул. Искър 12"));  // the address without the town
+        QCOMPARE(lines.at(3), QStringLiteral("Извлечение"));
+        QCOMPARE(lines.at(4), QStringLiteral("за курсовете на Иван Д'Арков"));
+        QCOMPARE(lines.at(6), QStringLiteral("№ | Дата | Кола | Маршрут | Товар | Тон. | КМ | Тар. | Сума"));
+        QCOMPARE(lines.at(7), QStringLiteral("1 | 01.03.2006 | СА 1234 ВК | София - Перник | Пясък | 10,000 | 25 | "
+                                             "0,125 | 30,31"));
+        QCOMPARE(lines.at(8), QStringLiteral("2 | 17.03.2006 | СА 1234 ВК | Батановци - Перник | Пясък | 20,000 | 100 | "
+                                             "0,050 | 97,00"));
+        QCOMPARE(lines.at(9), QStringLiteral("Всичко заработка: 127,31 ") + amountUnit());
+        QCOMPARE(lines.at(10), QStringLiteral("Разписка №_____ / 05.04.2006"));
+        QVERIFY(lines.contains(QString(76, QLatin1Char(' ')) + QStringLiteral("Подпис: ") + QString(32, QLatin1Char('.'))));
+
+        // A second print in the same opening lists each marked course once, numbered from 1 again.
+        space(screen, 1);
+        lines = printStatement(screen);
+        QCOMPARE(lines.at(7).left(14), QStringLiteral("1 | 01.03.2006"));
+        QCOMPARE(lines.at(8).left(14), QStringLiteral("2 | 05.03.2006"));
+        QCOMPARE(lines.at(9).left(14), QStringLiteral("3 | 17.03.2006"));
+        QCOMPARE(lines.at(10), QStringLiteral("Всичко заработка: 175,81 ") + amountUnit());
+        // The marks stay and the screen stays open.
+        QVERIFY(screen.isVisible());
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, true);
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void printingWithoutTheDriversRowIsRefused()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM shof")));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        space(screen, 0);
+        screen.printButton()->click();
+        QCOMPARE(messages.shown, (QList<UserMessage>{{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма данни за шофьора!")}}));
+    }
+};
+
+QTEST_MAIN(PlashtaneTest)
+#include "tst_plashtane.moc"
