@@ -51,4 +51,11 @@ void RowSet::appendRow(const QList<QVariant> &cells)
         m_cells.append(i < cells.size() ? cells.at(i) : QVariant());
 }
 
+void RowSet::removeRow(int row)
+{
+    if (row < 0 || row >= rowCount())
+        return;
+    m_cells.remove(index(row, 0), m_columnCount);
+}
+
 }

@@ -36,6 +36,8 @@ public:
 
     // Appends a row; missing cells are null, surplus ones dropped.
     void appendRow(const QList<QVariant> &cells);
+    // Removes a row; the rows after it move up by one.
+    void removeRow(int row);
     void reserveRows(int rows) { m_cells.reserve(static_cast<qsizetype>(rows) * m_columnCount); }
 
 private:

@@ -66,6 +66,15 @@ void ResultGridModel::refreshRow(int row)
         emit dataChanged(index(row, 0), index(row, columnCount() - 1));
 }
 
+void ResultGridModel::deleteRow(int row)
+{
+    if (row < 0 || row >= rowCount())
+        return;
+    beginRemoveRows({}, row, row);
+    m_rows.removeRow(row);
+    endRemoveRows();
+}
+
 int ResultGridModel::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : m_rows.rowCount();

@@ -42,6 +42,8 @@ public:
     QVariant value(int row, const QString &field) const { return m_rows.value(row, field); }
     // Tells the views that a row's cells changed.
     void refreshRow(int row);
+    // Takes a row out of the grid (what it was stored in is the screen's business).
+    void deleteRow(int row);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
