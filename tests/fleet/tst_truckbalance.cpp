@@ -1,4 +1,5 @@
 #include "fleet/truckbalance.h"
+#include "reports/reportdesign.h"
 
 #include <QtTest>
 
@@ -61,6 +62,37 @@ private slots:
     {
         QCOMPARE(balansDate(QDate(2006, 3, 5)), QStringLiteral("5.3.2006"));
         QCOMPARE(balansDate(QDate(2006, 12, 31)), QStringLiteral("31.12.2006"));
+    }
+
+    // The two per-truck designs stand with their named controls; rptKolaR binds its fields itself.
+    void thePerTruckDesignsHoldTheirControls()
+    {
+        const Checked<ReportDesign> costs = loadReportDesign(QStringLiteral("rptKolaR"));
+        QVERIFY(costs.ok());
+        const ReportSection *header = costs.value().section(QStringLiteral("ReportHeader"));
+        QVERIFY(header);
+        QCOMPARE(header->control(QStringLiteral("Label1"))->caption, QStringLiteral("Справка"));
+        QCOMPARE(header->control(QStringLiteral("Label2"))->caption, QStringLiteral("за разходите на кола "));
+        QVERIFY(header->control(QStringLiteral("Label3")));
+        QVERIFY(header->control(QStringLiteral("Label4")));
+        const ReportSection *detail = costs.value().section(QStringLiteral("Detail"));
+        QStringList fields;
+        for (const ReportControl &control : detail->controls)
+            fields << control.dataField;
+        QCOMPARE(fields, (QStringList{"Data", "Name", "Cena", "Kol"}));
+
+        const Checked<ReportDesign> fuel = loadReportDesign(QStringLiteral("rptKolaN"));
+        QVERIFY(fuel.ok());
+        const ReportSection *columns = fuel.value().section(QStringLiteral("PageHeader"));
+        const QList<QPair<QString, QString>> captions = {{"Label100", "Лист "},   {"Label101", "Дата"},
+                                                         {"Label103", "Шофьор"},  {"Label9", "Разход"},
+                                                         {"Label10", "по норма"}, {"Label11", "действит."}};
+        for (const auto &[name, caption] : captions)
+            QCOMPARE(columns->control(name)->caption, caption);
+        QCOMPARE(fuel.value().section(QStringLiteral("ReportFooter"))->control(QStringLiteral("Label8"))->caption,
+                 QStringLiteral("Всичко"));
+        QCOMPARE(fuel.value().section(QStringLiteral("PageFooter"))->control(QStringLiteral("Label7"))->caption,
+                 QStringLiteral("Orvenn Ltd."));
     }
 };
 
