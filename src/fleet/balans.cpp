@@ -27,7 +27,7 @@ ResultGridConfig Balans::config(BalansMode mode, const Period &period)
     config.text1 = (profit ? QStringLiteral("Печалба за периода ") : QStringLiteral("Разход нафта за периода ")) + dates;
     config.columns = {
         {QStringLiteral("Red"), QStringLiteral("№"), 450, {}, Qt::AlignLeft},
-        {QStringLiteral("Kola"), QStringLiteral("Кола"), 1000, {}, Qt::AlignHCenter},
+        {QStringLiteral("Kola"), QStringLiteral("Кола"), 1000, {}, Qt::AlignHCenter, false, false, false, true},
         {QStringLiteral("Prihod"), profit ? QStringLiteral("Приход") : QStringLiteral("Изч.разх."), 1800, {}, Qt::AlignRight},
         {QStringLiteral("Razhod"), profit ? QStringLiteral("Разход") : QStringLiteral("Заредено"), 1800, {}, Qt::AlignRight},
         {QStringLiteral("Ostatak"), profit ? QStringLiteral("Остатък") : QStringLiteral("Разлика"), 1800, {}, Qt::AlignRight},

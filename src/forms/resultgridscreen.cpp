@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <algorithm>
+#include <QFontMetrics>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -123,6 +124,8 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     });
     connect(m_close, &QPushButton::clicked, this, &QDialog::close);
 
+    connect(m_model, &QAbstractItemModel::modelReset, this, &ResultGridScreen::fitColumns);
+
     setTabOrder(m_grid, m_print);
     setTabOrder(m_print, m_close);
     resize(std::max(640, gridWidth + 14 + 40), 520);
@@ -135,6 +138,22 @@ void ResultGridScreen::setRows(RowSet rows)
         MessageService::instance().inform(UserMessage{QStringLiteral("ВНИМАНИЕ!"), m_config.emptyMessage});
     if (m_opened)
         focusFirstRow();
+}
+
+void ResultGridScreen::fitColumns()
+{
+    constexpr int rowsMeasured = 2000;  // enough to find the widest of values that repeat
+    const QFontMetrics metrics(m_grid->font());
+    for (int column = 0; column < m_config.columns.size(); ++column) {
+        const ResultGridColumn &config = m_config.columns.at(column);
+        if (!config.fitContent || config.hidden)
+            continue;
+        int width = config.widthPixels();
+        const int rows = std::min(m_model->rowCount(), rowsMeasured);
+        for (int row = 0; row < rows; ++row)
+            width = std::max(width, metrics.horizontalAdvance(m_model->index(row, column).data().toString()) + 12);
+        m_grid->setColumnWidth(column, width);
+    }
 }
 
 int ResultGridScreen::currentRow() const

@@ -92,6 +92,7 @@ private:
     void showTotal();
     void commitOpenEditor();
     void focusFirstRow();
+    void fitColumns();
     bool recordFormKey(QKeyEvent *key);
     void moveToRow(int row);
 

@@ -74,7 +74,7 @@ ResultGridConfig Klients::config(const QString &klient)
         {QStringLiteral("Data"), QStringLiteral("Дата"), 1200, {}, Qt::AlignLeft},
         {QStringLiteral("Marsh"), QStringLiteral("Маршрут"), 2600, {}, Qt::AlignLeft},
         {QStringLiteral("VidTovar"), QStringLiteral("Товар"), 2500, {}, Qt::AlignLeft},
-        {QStringLiteral("Kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter},
+        {QStringLiteral("Kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter, false, false, false, true},
         {QStringLiteral("KM"), QStringLiteral("Км"), 750, {}, Qt::AlignRight, true},
         {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
         {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight, true},

@@ -181,6 +181,8 @@ private slots:
         for (int c = 0; c < screen.model()->columnCount(); ++c)
             captions << screen.model()->headerData(c, Qt::Horizontal).toString();
         QCOMPARE(captions, (QStringList{"№", "Кола", "Приход", "Разход", "Остатък"}));
+        // A truck number is never cut short, however narrow the column's set width.
+        QVERIFY(screen.grid()->columnWidth(1) > screen.grid()->fontMetrics().horizontalAdvance(ca));
         auto *total = screen.findChild<QLabel *>(QStringLiteral("Label1"));
         QCOMPARE(total->text(), QStringLiteral("Всичко: 244,55лв."));
         QVERIFY(!total->isHidden());
