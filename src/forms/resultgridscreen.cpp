@@ -5,8 +5,6 @@
 #include "forms/resultgridcheckdelegate.h"
 
 #include <QApplication>
-#include <algorithm>
-#include <QFontMetrics>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -17,6 +15,8 @@
 #include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QFontMetrics>
+#include <algorithm>
 
 namespace zarek {
 
@@ -350,8 +350,8 @@ void ResultGridScreen::done(int result)
 {
     if (!m_settled) {
         commitOpenEditor();
-        if (onCloseRequest && !onCloseRequest(*this))
-            return;  // stays open, as it was
+        if (onSettle && !onSettle(*this))
+            return;  // nothing settled: the screen stays open
         m_settled = true;
         if (onClose)
             onClose(*this);

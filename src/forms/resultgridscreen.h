@@ -74,12 +74,14 @@ public:
     QPushButton *closeButton() const { return m_close; }
 
     // Hooks. onMark may refuse a mark with a message; onKey may take a key first (true: taken).
+    // onSettle writes the screen's work as it closes; false keeps the screen open with nothing
+    // settled (a write that failed or met another user's change), and a later close tries again.
+    // onClose runs once, after the work is settled.
     std::function<void(ResultGridScreen &)> onPrint;
+    std::function<bool(ResultGridScreen &)> onSettle;
     std::function<void(ResultGridScreen &)> onClose;
     std::function<std::optional<UserMessage>(int row, bool marked)> onMark;
     std::function<bool(QKeyEvent *)> onKey;
-    // Asked before the screen closes; false keeps it open (work that would otherwise be lost).
-    std::function<bool(ResultGridScreen &)> onCloseRequest;
 
 public slots:
     void done(int result) override;

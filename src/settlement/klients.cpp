@@ -108,7 +108,8 @@ Klients::Klients(const SearchConditions &conditions, QSqlDatabase db, std::uniqu
     connect(m_saveFile, &QPushButton::clicked, this, &Klients::saveFile);
     onPrint = [this](ResultGridScreen &) { print(); };
     onKey = [this](QKeyEvent *key) { return keyPressed(key); };
-    onCloseRequest = [this](ResultGridScreen &) { return mayClose(); };
+    // Corrections not saved to a file are given up only when the dispatcher says so.
+    onSettle = [this](ResultGridScreen &) { return mayClose(); };
     model()->setEditHook([this](int row, const QString &field, const QVariant &value) {
         return writeCell(row, field, value);
     });
