@@ -156,7 +156,7 @@ private slots:
         });
         closer.start(20);
         const QStringList built = {"mnuSprKola", "mnuSprPer", "mnuSprShof", "mnuDataNew", "mnuDataShof", "mnuDataKorКм",
-                                   "mnuDataFakt", "mnuDataPList", "mnuSprRowdList", "mnuDataKorPl"};
+                                   "mnuDataFakt", "mnuDataPList", "mnuSprRowdList", "mnuDataKorPl", "mnuSprKlientSakr"};
         for (qsizetype i = 0; i < expected.size(); ++i) {
             QAction *button = buttons.at(i);
             const QString &menuItem = expected[i][2];
@@ -178,7 +178,8 @@ private slots:
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         for (const char *built : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuFileExit",
                                   "mnuSprBalans", "mnuViewToolbar", "mnuDataNew", "mnuDataKyrc", "mnuDataFakt",
-                                  "mnuDataEditFakt", "mnuDataNewInside", "mnuDataDAI", "mnuSlgZapl", "mnuDataKorPl"})
+                                  "mnuDataEditFakt", "mnuDataNewInside", "mnuDataDAI", "mnuSlgZapl", "mnuDataKorPl",
+                                  "mnuSprKlientSakr", "mnuSprBalanc", "mnuSprPreRazh"})
             QVERIFY2(window.menuAction(QString::fromUtf8(built))->isEnabled(), built);
         for (const char *waiting : {"mnuNal", "mnuDiskZap"})
             QVERIFY2(!window.menuAction(QString::fromUtf8(waiting))->isEnabled(), waiting);

@@ -26,6 +26,7 @@ public:
     std::optional<UserMessage> open();
     bool isOpen() const;
     QString filePath() const { return m_path; }
+    QString folder() const { return m_folder; }
     QSqlDatabase db() const;
 
     // Empties the database and creates the named table with its columns (TempKlients brings

@@ -42,6 +42,19 @@ QWidget *CommandRegistry::showOnce(const QString &key, const std::function<QWidg
     return window;
 }
 
+QWidget *CommandRegistry::showReplacing(const QString &key, const std::function<QWidget *()> &make, int helpTopic)
+{
+    if (QWidget *open = m_windows.value(key)) {
+        if (!open->close()) {
+            open->raise();
+            open->activateWindow();
+            return nullptr;
+        }
+        m_windows.remove(key);
+    }
+    return showOnce(key, make, helpTopic);
+}
+
 QWidget *CommandRegistry::openWindow(const QString &key) const
 {
     return m_windows.value(key);

@@ -55,6 +55,10 @@ public:
     // A window that lives beside the main window: one instance per key; the command brings an
     // open one to the front instead of opening a second.
     QWidget *showOnce(const QString &key, const std::function<QWidget *()> &make, int helpTopic);
+    // The same for a window opened for new conditions: an open one of that key is closed first and a
+    // new one made. The open one may refuse to close (to keep work not yet saved); it then comes
+    // to the front and nothing new opens (nullptr).
+    QWidget *showReplacing(const QString &key, const std::function<QWidget *()> &make, int helpTopic);
     // The open instance of that key, if any.
     QWidget *openWindow(const QString &key) const;
 

@@ -15,6 +15,7 @@ struct ResultGridColumn {
     bool editable = false;
     bool hidden = false;
     bool checkBox = false;    // a yes/no column drawn as a check box
+    bool fitContent = false;  // widened to its widest text, so a truck number is never cut short
 
     int widthPixels() const { return widthTwips / 15; }
 };

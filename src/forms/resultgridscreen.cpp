@@ -16,6 +16,8 @@
 #include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QFontMetrics>
+#include <algorithm>
 
 namespace zarek {
 
@@ -70,6 +72,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     strip->setObjectName(QStringLiteral("Picture1"));
     strip->setFrameShape(QFrame::StyledPanel);
     auto *stripLayout = new QHBoxLayout(strip);
+    m_strip = stripLayout;
     stripLayout->setContentsMargins(8, 4, 8, 4);
     // The legend comes in pairs: the key in bold, then what it does.
     for (qsizetype i = 0; i < m_config.legend.size(); ++i) {
@@ -111,7 +114,9 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 6);
     layout->addWidget(m_text1);
-    layout->addWidget(m_grid, 1);
+    m_gridRow = new QHBoxLayout;
+    m_gridRow->addWidget(m_grid, 1);
+    layout->addLayout(m_gridRow, 1);
     layout->addWidget(strip);
 
     connect(m_print, &QPushButton::clicked, this, [this] {
@@ -119,6 +124,8 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
             onPrint(*this);
     });
     connect(m_close, &QPushButton::clicked, this, &QDialog::close);
+
+    connect(m_model, &QAbstractItemModel::modelReset, this, &ResultGridScreen::fitColumns);
 
     setTabOrder(m_grid, m_print);
     setTabOrder(m_print, m_close);
@@ -132,6 +139,22 @@ void ResultGridScreen::setRows(RowSet rows)
         MessageService::instance().inform(UserMessage{QStringLiteral("ВНИМАНИЕ!"), m_config.emptyMessage});
     if (m_opened)
         focusFirstRow();
+}
+
+void ResultGridScreen::fitColumns()
+{
+    constexpr int rowsMeasured = 2000;  // enough to find the widest of values that repeat
+    const QFontMetrics metrics(m_grid->font());
+    for (int column = 0; column < m_config.columns.size(); ++column) {
+        const ResultGridColumn &config = m_config.columns.at(column);
+        if (!config.fitContent || config.hidden)
+            continue;
+        int width = config.widthPixels();
+        const int rows = std::min(m_model->rowCount(), rowsMeasured);
+        for (int row = 0; row < rows; ++row)
+            width = std::max(width, metrics.horizontalAdvance(m_model->index(row, column).data().toString()) + 12);
+        m_grid->setColumnWidth(column, width);
+    }
 }
 
 int ResultGridScreen::currentRow() const
@@ -245,11 +268,73 @@ QPushButton *ResultGridScreen::addButton(const QString &objectName, const QStrin
     return button;
 }
 
+QLabel *ResultGridScreen::addTotalLabel(const QString &objectName, const QString &text, bool bold)
+{
+    auto *label = new QLabel(text, m_print->parentWidget());
+    label->setObjectName(objectName);
+    label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    QFont font = label->font();
+    font.setBold(bold);
+    label->setFont(font);
+    const int before = m_sumLabel ? m_strip->indexOf(m_sumLabel) : m_strip->indexOf(m_buttons);
+    m_strip->insertWidget(before, label);
+    return label;
+}
+
+void ResultGridScreen::setBesideGrid(QWidget *widget)
+{
+    while (m_gridRow->count() > 1) {
+        QLayoutItem *item = m_gridRow->takeAt(1);
+        delete item->widget();
+        delete item;
+    }
+    if (widget)
+        m_gridRow->addWidget(widget);
+}
+
+void ResultGridScreen::moveToRow(int row)
+{
+    QModelIndex current = m_grid->currentIndex();
+    int column = current.isValid() ? current.column() : 0;
+    while (column < m_model->columnCount() - 1 && m_grid->isColumnHidden(column))
+        ++column;
+    m_grid->setCurrentIndex(m_model->index(row, column));
+}
+
+bool ResultGridScreen::recordFormKey(QKeyEvent *key)
+{
+    const int rows = m_model->rowCount();
+    const int row = currentRow();
+    // Ctrl alone: Ctrl with Shift counts as no Ctrl.
+    const bool ctrl = (key->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier;
+    int target = row;
+    switch (key->key()) {
+    case Qt::Key_Home: target = 0; break;
+    case Qt::Key_End: target = rows - 1; break;
+    case Qt::Key_Up:
+    case Qt::Key_PageUp: target = ctrl ? 0 : row - 1; break;
+    case Qt::Key_Down:
+    case Qt::Key_PageDown: target = ctrl ? rows - 1 : row + 1; break;
+    default: return false;
+    }
+    if (rows == 0)
+        return true;
+    if (target < 0 || target >= rows) {
+        // Past either end: a beep, and the end row stays.
+        MessageService::instance().beep();
+        target = std::clamp(target, 0, rows - 1);
+    }
+    moveToRow(target);
+    return true;
+}
+
 bool ResultGridScreen::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_grid && event->type() == QEvent::KeyPress) {
         auto *key = static_cast<QKeyEvent *>(event);
         if (onKey && onKey(key))
+            return true;
+        if (m_config.recordFormKeys && recordFormKey(key))
             return true;
         if (m_config.editSwitchKeys) {
             switch (key->key()) {

@@ -30,6 +30,8 @@ struct ResultGridConfig {
     QString sumLabelName = QStringLiteral("Label4");
     QList<QPair<QString, QString>> legend;  // key legend labels: objectName, text
     bool editSwitchKeys = false;            // F4 allows edits; PageUp, PageDown, End, Home, Delete forbid them
+    bool recordFormKeys = false;            // the record form's keys: Home/End first/last row, Up/PageUp and
+                                            // Down/PageDown one row (with Ctrl first/last), a beep at either end
     bool printable = true;                  // shows cmdPrint "Печат"
     QString emptyMessage;                   // shown under "ВНИМАНИЕ!" when there is no row
     bool focusGridOnOpen = true;            // else the focus goes to cmdClose
@@ -71,6 +73,10 @@ public:
     void setText1(const QString &text);
     // A further button of the screen, placed before "Печат".
     QPushButton *addButton(const QString &objectName, const QString &text);
+    // A further label of the bottom strip, placed before the running total (or before the buttons).
+    QLabel *addTotalLabel(const QString &objectName, const QString &text = {}, bool bold = true);
+    // A widget beside the grid, on its right (a chart of the rows, for instance).
+    void setBesideGrid(QWidget *widget);
     QPushButton *printButton() const { return m_print; }
     QPushButton *closeButton() const { return m_close; }
 
@@ -95,6 +101,9 @@ private:
     void showTotal();
     void commitOpenEditor();
     void focusFirstRow();
+    void fitColumns();
+    bool recordFormKey(QKeyEvent *key);
+    void moveToRow(int row);
 
     ResultGridConfig m_config;
     ResultGridModel *m_model = nullptr;
@@ -102,6 +111,8 @@ private:
     QLineEdit *m_text1 = nullptr;
     QLabel *m_sumLabel = nullptr;
     QHBoxLayout *m_buttons = nullptr;
+    QHBoxLayout *m_strip = nullptr;
+    QHBoxLayout *m_gridRow = nullptr;
     QPushButton *m_print = nullptr;
     QPushButton *m_close = nullptr;
     Money m_total;

@@ -1,0 +1,45 @@
+#include "truckbalance.h"
+
+#include "core/formats.h"
+#include "core/rounding.h"
+
+#include <cmath>
+
+namespace zarek {
+
+namespace {
+
+int decimalsOf(BalansMode mode)
+{
+    return mode == BalansMode::Profit ? 2 : 1;
+}
+
+}
+
+qint64 balansUnits(BalansMode mode, double value)
+{
+    const int decimals = decimalsOf(mode);
+    return std::llround(roundHalfEven(value, decimals) * std::pow(10.0, decimals));
+}
+
+QString balansFigure(BalansMode mode, qint64 units)
+{
+    const int decimals = decimalsOf(mode);
+    const QString number = formatFixed(static_cast<double>(units) / std::pow(10.0, decimals), decimals);
+    return mode == BalansMode::Profit ? number + amountUnit() : number + QStringLiteral(" л");
+}
+
+qint64 balansTotal(const QList<TruckBalance> &balances)
+{
+    qint64 total = 0;
+    for (const TruckBalance &balance : balances)
+        total += balance.ostatak();
+    return total;
+}
+
+QString balansDate(const QDate &date)
+{
+    return QStringLiteral("%1.%2.%3").arg(date.day()).arg(date.month()).arg(date.year());
+}
+
+}

@@ -1,0 +1,43 @@
+#include "clientstatement.h"
+
+#include "core/formats.h"
+#include "core/rounding.h"
+
+#include <cmath>
+
+namespace zarek {
+
+QString StatementLine::sumaText() const
+{
+    return formatAmount(suma);
+}
+
+StatementLine statementLine(double km, double ton, double tarifa)
+{
+    return {formatKm(km), formatTonnes(ton), formatRate(tarifa), Money::fromAmount(km * ton * tarifa)};
+}
+
+StatementTax statementTax(Money gross)
+{
+    const Money vat = gross.share(1, 5);
+    return {gross, vat, gross - vat};
+}
+
+double wholeKm(double km)
+{
+    return roundHalfEven(km, 0);
+}
+
+std::optional<qlonglong> statementKm(double typed)
+{
+    if (typed != std::floor(typed) || typed < 0 || typed > 32767)
+        return std::nullopt;
+    return static_cast<qlonglong>(typed);
+}
+
+bool matchesPrefix(const QString &value, const QString &prefix)
+{
+    return prefix.isEmpty() || value.startsWith(prefix, Qt::CaseInsensitive);
+}
+
+}

@@ -1,0 +1,323 @@
+#include "klients.h"
+
+#include "core/dates.h"
+#include "core/formats.h"
+#include "core/valueformat.h"
+#include "core/version.h"
+#include "data/scratchdatabase.h"
+#include "forms/messageservice.h"
+#include "forms/progdialog.h"
+#include "forms/waitcursor.h"
+#include "reports/reportpreview.h"
+#include "settlement/clientstatement.h"
+#include "settlement/klfile.h"
+#include "settlement/klientsreport.h"
+
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTableView>
+
+namespace zarek {
+
+namespace {
+
+// The folder the file dialogs open in: the last one used in this run, at first the documents.
+QString &lastFolder()
+{
+    static QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return folder;
+}
+
+void rememberFolder(const QString &path)
+{
+    lastFolder() = QFileInfo(path).absolutePath();
+}
+
+QString askFileToOpen(QWidget *parent)
+{
+    return QFileDialog::getOpenFileName(parent, QStringLiteral("Зареждане на данни за клиенти"), lastFolder(),
+                                        statementFileFilter());
+}
+
+QString askFileToSave(QWidget *parent)
+{
+    QFileDialog dialog(parent, QStringLiteral("Запис на данни за клиенти"), lastFolder(), statementFileFilter());
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(statementFileSuffix());
+    dialog.setOption(QFileDialog::DontConfirmOverwrite, false);  // asks before overwriting
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return {};
+    return dialog.selectedFiles().constFirst();
+}
+
+UserMessage kmMessage(const QVariant &value)
+{
+    return UserMessage::twoLines(QStringLiteral("ГРЕШКА при запис!"),
+                                 QStringLiteral("\"%1\" не са километри: нужно е цяло число от 0 до 32767!")
+                                     .arg(formatReportValue(value, {})),
+                                 QStringLiteral("Моля, въведете километрите отново."));
+}
+
+}
+
+ResultGridConfig Klients::config(const QString &klient)
+{
+    ResultGridConfig config;
+    config.formName = QStringLiteral("Klients");
+    config.caption = QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Курсове на ") + klient;
+    config.text1 = QStringLiteral("Курсове за клиент към ") + formatDate(QDate::currentDate());
+    config.columns = {
+        {QStringLiteral("Data"), QStringLiteral("Дата"), 1200, {}, Qt::AlignLeft},
+        {QStringLiteral("Marsh"), QStringLiteral("Маршрут"), 2600, {}, Qt::AlignLeft},
+        {QStringLiteral("VidTovar"), QStringLiteral("Товар"), 2500, {}, Qt::AlignLeft},
+        {QStringLiteral("Kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter, false, false, false, true},
+        {QStringLiteral("KM"), QStringLiteral("Км"), 750, {}, Qt::AlignRight, true},
+        {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight, true},
+        {QStringLiteral("Suma"), QStringLiteral("Сума"), 1100, QStringLiteral("###0.00"), Qt::AlignRight},
+    };
+    config.sumCaption = QStringLiteral("Всичко:");
+    config.sumCaptionName = QStringLiteral("Label1");
+    config.sumLabelName = QStringLiteral("Label4");
+    config.legend = {{QStringLiteral("Label5"), QStringLiteral("F4")},
+                     {QStringLiteral("Label6"), QStringLiteral("- Корекция")},
+                     {QStringLiteral("Label7"), QStringLiteral("Delete")},
+                     {QStringLiteral("Label8"), QStringLiteral("- Изтрива ред")}};
+    config.editSwitchKeys = true;
+    config.emptyMessage = QStringLiteral("Няма курсове при тези условия!\n\nПроверете си условията за търсене!");
+    return config;
+}
+
+Klients::Klients(const SearchConditions &conditions, QSqlDatabase db, std::unique_ptr<ScratchDatabase> scratch,
+                 std::function<const FirmProfile &()> firm, QWidget *parent)
+    : ResultGridScreen(config(conditions.SeekKlient), parent), chooseFileToOpen(askFileToOpen),
+      chooseFileToSave(askFileToSave), m_conditions(conditions), m_scratch(std::move(scratch)), m_firm(std::move(firm))
+{
+    m_sumKmLabel = addTotalLabel(QStringLiteral("Label2"));
+    addTotalLabel(QStringLiteral("lblKm"), QStringLiteral("км"), false);
+    m_sumTonLabel = addTotalLabel(QStringLiteral("Label3"));
+    addTotalLabel(QStringLiteral("lblTon"), QStringLiteral("тон"), false);
+    m_openFile = addButton(QStringLiteral("cmdOpenFile"), QStringLiteral("Зареди файл"));
+    m_saveFile = addButton(QStringLiteral("cmdSaveFile"), QStringLiteral("Запис файл"));
+    m_saveFile->setEnabled(false);  // a list nobody touched is not saved
+    connect(m_openFile, &QPushButton::clicked, this, &Klients::openFile);
+    connect(m_saveFile, &QPushButton::clicked, this, &Klients::saveFile);
+    onPrint = [this](ResultGridScreen &) { print(); };
+    onKey = [this](QKeyEvent *key) { return keyPressed(key); };
+    // Corrections not saved to a file are given up only when the dispatcher says so.
+    onSettle = [this](ResultGridScreen &) { return mayClose(); };
+    model()->setEditHook([this](int row, const QString &field, const QVariant &value) {
+        return writeCell(row, field, value);
+    });
+    load(std::move(db));
+}
+
+Klients::~Klients() = default;
+
+void Klients::load(QSqlDatabase db)
+{
+    WaitCursor wait;
+    if (auto refusal = m_scratch->RebuildScratchTable(QStringLiteral("TempKlients"))) {
+        MessageService::instance().inform(*refusal);
+        return;
+    }
+    const Checked<RowSet> courses = KlientsStore::clientCourses(db, m_conditions);
+    if (!courses) {
+        MessageService::instance().inform(courses.message());
+        return;
+    }
+    if (courses.value().isEmpty()) {
+        setRows(RowSet(QStringList{QStringLiteral("RowKey")} + KlientsStore::columns()));
+        return;
+    }
+    KlientsStore store(m_scratch->db());
+    {
+        ProgDialog progress(QStringLiteral("Обработка на курсовете на клиент..."), courses.value().rowCount() + 1, this);
+        if (auto refusal = store.fillWorkingList(courses.value(), [&progress](int done) { progress.setValue(done); })) {
+            MessageService::instance().inform(*refusal);
+            return;
+        }
+    }
+    const RowSet &rows = courses.value();
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        m_sumKm += wholeKm(rows.value(row, QStringLiteral("km")).toDouble());
+        m_sumTon += rows.value(row, QStringLiteral("ton")).toDouble();
+        m_sumBruto += Money::fromAmount(rows.value(row, QStringLiteral("bruto")).toDouble());
+    }
+    m_sumKmLabel->setText(formatFixed(m_sumKm, 0));
+    m_sumTonLabel->setText(formatFixed(m_sumTon, 2));
+    setRunningTotal(m_sumBruto, true);
+    const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
+    if (!working) {
+        MessageService::instance().inform(working.message());
+        return;
+    }
+    setRows(working.value());
+}
+
+bool Klients::keyPressed(QKeyEvent *key)
+{
+    switch (key->key()) {
+    case Qt::Key_F4:
+        touch();
+        return false;  // and the grid allows editing
+    case Qt::Key_Delete:
+        setEditingAllowed(false);
+        touch();
+        deleteCurrentRow();
+        return true;
+    default:
+        return false;
+    }
+}
+
+// A touched list can be saved, and no other file loaded over it.
+void Klients::touch()
+{
+    m_dirty = true;
+    m_saveFile->setEnabled(true);
+    m_saveFile->setVisible(true);
+    m_openFile->setEnabled(false);
+    m_openFile->setVisible(false);
+}
+
+void Klients::deleteCurrentRow()
+{
+    const int row = currentRow();
+    if (row < 0)
+        return;
+    const int column = grid()->currentIndex().column();
+    KlientsStore store(m_scratch->db());
+    if (auto refusal = store.removeRow(model()->value(row, QStringLiteral("RowKey")).toLongLong())) {
+        MessageService::instance().inform(*refusal);
+        return;
+    }
+    model()->takeRow(row);
+    if (model()->rowCount() > 0)
+        grid()->setCurrentIndex(model()->index(std::min(row, model()->rowCount() - 1), std::max(column, 0)));
+}
+
+std::optional<UserMessage> Klients::writeCell(int row, const QString &field, const QVariant &value)
+{
+    QVariant stored = value;
+    if (field == QLatin1String("KM")) {
+        const std::optional<qlonglong> km = statementKm(value.toDouble());
+        if (!km)
+            return kmMessage(value);
+        stored = *km;
+    }
+    KlientsStore store(m_scratch->db());
+    return store.setValue(model()->value(row, QStringLiteral("RowKey")).toLongLong(), field, stored);
+}
+
+void Klients::rebind(const RowSet &rows)
+{
+    model()->setRows(rows);
+    if (model()->rowCount() > 0) {
+        grid()->setCurrentIndex(model()->index(0, 0));
+        grid()->setFocus();
+    }
+}
+
+void Klients::openFile()
+{
+    const QString path = chooseFileToOpen ? chooseFileToOpen(this) : QString();
+    if (path.isEmpty())
+        return;
+    rememberFolder(path);
+    WaitCursor wait;
+    const Checked<StatementFileRows> file = readStatementFile(path);
+    if (!file) {
+        MessageService::instance().inform(file.message());
+        return;
+    }
+    KlientsStore store(m_scratch->db());
+    if (auto refusal = store.replaceRows(file.value())) {
+        MessageService::instance().inform(*refusal);
+        return;
+    }
+    m_openPath = path;
+    m_fileLoaded = true;
+    // The sums below keep their values: they tell what was read from the register.
+    const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
+    if (!working) {
+        MessageService::instance().inform(working.message());
+        return;
+    }
+    rebind(working.value());
+}
+
+void Klients::saveFile()
+{
+    QString path = chooseFileToSave ? chooseFileToSave(this) : QString();
+    if (!path.isEmpty()) {
+        if (QFileInfo(path).suffix().compare(statementFileSuffix(), Qt::CaseInsensitive) != 0)
+            path += QLatin1Char('.') + statementFileSuffix();
+        rememberFolder(path);
+        std::optional<UserMessage> refusal;
+        {
+            WaitCursor wait;
+            refusal = saveStatementFile(m_scratch->db(), path);
+        }
+        if (refusal) {
+            // The corrections stay on screen to be saved elsewhere.
+            MessageService::instance().inform(*refusal);
+            return;
+        }
+        m_savePath = path;
+        m_fileSaved = true;
+    }
+    // Saving ends the screen; without a file the close asks first.
+    close();
+}
+
+ReportPreview *Klients::print()
+{
+    m_printed = true;
+    KlientsStore store(m_scratch->db());
+    const Checked<RowSet> byRoute = store.workingList(KlientsStore::Order::ByRouteAndDate);
+    if (!byRoute) {
+        MessageService::instance().inform(byRoute.message());
+        return nullptr;
+    }
+    if (byRoute.value().isEmpty()) {
+        MessageService::instance().inform(UserMessage{QStringLiteral("Зарек"), QStringLiteral("Няма!!!!!!!!")});
+        return nullptr;
+    }
+    // The grid follows the statement's order: route, then date.
+    rebind(byRoute.value());
+    Checked<StatementTotals> totals = UserMessage{};
+    {
+        WaitCursor wait;
+        ProgDialog progress(QStringLiteral("Обработвам данните за справката..."), byRoute.value().rowCount() + 1, this);
+        totals = store.fillPrintCopy([&progress](int done) { progress.setValue(done); });
+    }
+    if (!totals) {
+        MessageService::instance().inform(totals.message());
+        return nullptr;
+    }
+    const Checked<RowSet> printCopy = store.printCopy();
+    if (!printCopy) {
+        MessageService::instance().inform(printCopy.message());
+        return nullptr;
+    }
+    const Checked<Report> report =
+        ReportKlientS(printCopy.value(), totals.value(), m_conditions.SeekKlient, m_conditions.period, m_firm());
+    // The preview stands beside the main window and outlives this screen.
+    return showReport(report, parentWidget());
+}
+
+bool Klients::mayClose()
+{
+    if (!m_dirty || m_fileSaved)
+        return true;
+    return MessageService::instance().ask(UserMessage::twoLines(
+        QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Корекциите в списъка не са записани във файл!"),
+        QStringLiteral("Затваряте ли справката без запис?"), UserMessage::Icon::Question));
+}
+
+}

@@ -1,0 +1,476 @@
+#include "data/scratchdatabase.h"
+#include "fleet/balans.h"
+#include "fleet/balansstore.h"
+#include "fleet/fleetcommands.h"
+#include "forms/commands.h"
+#include "forms/messageservice.h"
+#include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
+#include "testdatabase.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTimer>
+
+using namespace zarek;
+
+namespace {
+
+const QString ca = QStringLiteral("СА 1234 ВК");
+const QString rv = QStringLiteral("РВ7777АА");  // eight characters
+const QString vt = QStringLiteral("ВТ 5555 ХХ");
+const QString stranger = QStringLiteral("ЯЯ 0000 ЯЯ");  // runs courses but is not in Config
+const Period march{QDate(2006, 3, 1), QDate(2006, 3, 31)};
+
+bool run(QSqlDatabase db, const QString &sql, const QList<QVariant> &values)
+{
+    QSqlQuery query(db);
+    query.prepare(sql);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    if (!query.exec()) {
+        qWarning() << query.lastError().text() << sql;
+        return false;
+    }
+    return true;
+}
+
+bool truck(QSqlDatabase db, const QString &kola)
+{
+    return run(db, QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES (?, 30, 12, 20)"), {kola});
+}
+
+bool course(QSqlDatabase db, QDate date, const QString &kola, double bruto)
+{
+    return run(db,
+               QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, procent, "
+                              "neto, Fakt, NomFakt, plat, Doc) VALUES (?, '007', ?, 'Бетон АД', 'София - Перник', "
+                              "'Пясък', 10, 10, 1, ?, 0, ?, ?, '0000000000', ?, ?)"),
+               {date, kola, bruto, bruto, false, false, false});
+}
+
+bool stock(QSqlDatabase db, QDate date, const QString &docVid, const QString &vidKol, double suma)
+{
+    return run(db,
+               QStringLiteral("INSERT INTO Sklad (Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa) "
+                              "VALUES (?, ?, '0000000001', 'Филтър маслен', 1, ?, ?, ?, 0, ?)"),
+               {date, docVid, suma, suma, vidKol, false});
+}
+
+bool waybill(QSqlDatabase db, const QString &listId, QDate date, const QString &kola, double sumRazhN, double zarN)
+{
+    return run(db,
+               QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, ZarM, "
+                              "CenaN, CenaM) VALUES (?, ?, ?, 'Иван Петров', 250, ?, 0, ?, 0, 2.5, 9.8)"),
+               {listId, date, kola, sumRazhN, zarN});
+}
+
+// Three trucks, one of them twice in Config; courses, issues and waybills on and beyond the period's ends.
+bool fill(QSqlDatabase db)
+{
+    return truck(db, ca) && truck(db, ca) && truck(db, rv) && truck(db, vt)
+           && course(db, QDate(2006, 3, 1), ca, 100.10) && course(db, QDate(2006, 3, 31), ca, 200.20)
+           && course(db, QDate(2006, 2, 28), ca, 999) && course(db, QDate(2006, 4, 1), ca, 999)
+           && course(db, QDate(2006, 3, 15), rv, 50.05) && course(db, QDate(2006, 3, 10), stranger, 1000)
+           && stock(db, QDate(2006, 3, 5), ca, QStringLiteral("R"), 30.30)
+           && stock(db, QDate(2006, 3, 6), ca, QStringLiteral("P"), 500)
+           && stock(db, QDate(2006, 4, 1), ca, QStringLiteral("R"), 11)
+           && stock(db, QDate(2006, 3, 31), vt, QStringLiteral("R"), 75.50)
+           && stock(db, QDate(2006, 3, 10), stranger, QStringLiteral("R"), 20)
+           && waybill(db, QStringLiteral("0000000037"), QDate(2006, 3, 1), ca, 93.5, 90)
+           && waybill(db, QStringLiteral("0000000041"), QDate(2006, 3, 31), ca, 50.2, 60)
+           && waybill(db, QStringLiteral("0000000040"), QDate(2006, 3, 20), rv, 40.0, 35)
+           && waybill(db, QStringLiteral("0000000050"), QDate(2006, 4, 1), ca, 500, 500)
+           && waybill(db, QStringLiteral("0000000039"), QDate(2006, 3, 10), stranger, 77, 70);
+}
+
+const FirmProfile &firm()
+{
+    static const FirmProfile profile = [] {
+        FirmProfile f;
+        f.UserName = QStringLiteral("Транспорт Петров ЕООД");
+        f.UserCity = QStringLiteral("Перник");
+        f.UserAdres = QStringLiteral("ул. Индустриална 14");
+        f.UserTel = QStringLiteral("076 60 11 22");
+        f.UserGSM = QStringLiteral("0888 11 22 33");
+        f.UserEmail = QStringLiteral("office@petrov.bg");
+        f.UserURL = QStringLiteral("www.petrov.bg");
+        return f;
+    }();
+    return profile;
+}
+
+std::function<const FirmProfile &()> firmSource()
+{
+    return []() -> const FirmProfile & { return firm(); };
+}
+
+QStringList shownRows(const Balans &screen)
+{
+    QStringList rows;
+    const ResultGridModel *model = screen.model();
+    for (int row = 0; row < model->rowCount(); ++row) {
+        QStringList cells;
+        for (int column = 0; column < model->columnCount(); ++column)
+            cells << model->index(row, column).data().toString();
+        rows << cells.join(QStringLiteral(" | "));
+    }
+    return rows;
+}
+
+QString registerFingerprint(QSqlDatabase db)
+{
+    QStringList parts;
+    for (const QString &table : {QStringLiteral("tabl"), QStringLiteral("Sklad"), QStringLiteral("RowdList"),
+                                 QStringLiteral("Config")}) {
+        QSqlQuery query(db);
+        query.exec(QStringLiteral("SELECT COUNT(*), SUM(row_version) FROM ") + table);
+        query.next();
+        parts << query.value(0).toString() + QLatin1Char('/') + query.value(1).toString();
+    }
+    return parts.join(QLatin1Char('|'));
+}
+
+QStringList laidOutLines(const Checked<Report> &report)
+{
+    if (!report) {
+        qWarning() << report.message().text;
+        return {};
+    }
+    return layoutReport(report.value()).textLines();
+}
+
+const QString firmLines = QStringLiteral(
+    "Транспорт Петров ЕООД\n"
+    "тел:076 60 11 22, факс:0888 11 22 33, E-mail:office@petrov.bg, URL:http//www.petrov.bg\n"
+    "Справка");
+
+}
+
+class BalansTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void everyTruckShowsItsIncomeCostAndRemainder()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        const QString before = registerFingerprint(database.db());
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        QCOMPARE(screen.objectName(), QStringLiteral("Balans"));
+        QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Баланс"));
+        QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
+                 QStringLiteral("Печалба за периода 1.3.2006 - 31.3.2006"));
+        // A truck twice in Config is listed once; a truck with costs only keeps the sign of its loss;
+        // the eight-character number has its row; the truck outside Config counts nowhere.
+        QCOMPARE(shownRows(screen), (QStringList{
+                                        QStringLiteral("1 | ВТ 5555 ХХ | 0,00лв. | 75,50лв. | -75,50лв."),
+                                        QStringLiteral("2 | РВ7777АА | 50,05лв. | 0,00лв. | 50,05лв."),
+                                        QStringLiteral("3 | СА 1234 ВК | 300,30лв. | 30,30лв. | 270,00лв."),
+                                    }));
+        QStringList captions;
+        for (int c = 0; c < screen.model()->columnCount(); ++c)
+            captions << screen.model()->headerData(c, Qt::Horizontal).toString();
+        QCOMPARE(captions, (QStringList{"№", "Кола", "Приход", "Разход", "Остатък"}));
+        // A truck number is never cut short, however narrow the column's set width.
+        QVERIFY(screen.grid()->columnWidth(1) > screen.grid()->fontMetrics().horizontalAdvance(ca));
+        auto *total = screen.findChild<QLabel *>(QStringLiteral("Label1"));
+        QCOMPARE(total->text(), QStringLiteral("Всичко: 244,55лв."));
+        QVERIFY(!total->isHidden());
+        QCOMPARE(screen.sumTotal(), qint64(24455));
+        // The rows stand in TempBalans as they show.
+        QSqlQuery stored(scratch.db());
+        QVERIFY(stored.exec(QStringLiteral("SELECT Red, Kola, Ostatak FROM TempBalans ORDER BY Red")));
+        QVERIFY(stored.next());
+        QCOMPARE(stored.value(1).toString(), vt);
+        QCOMPARE(stored.value(2).toString(), QStringLiteral("-75,50лв."));
+        QCOMPARE(registerFingerprint(database.db()), before);
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void bothEndsOfThePeriodCount_data()
+    {
+        QTest::addColumn<QDate>("from");
+        QTest::addColumn<QDate>("to");
+        QTest::addColumn<QString>("caRow");
+        QTest::newRow("the month") << QDate(2006, 3, 1) << QDate(2006, 3, 31)
+                                   << "3 | СА 1234 ВК | 300,30лв. | 30,30лв. | 270,00лв.";
+        QTest::newRow("first day alone") << QDate(2006, 3, 1) << QDate(2006, 3, 2)
+                                         << "3 | СА 1234 ВК | 100,10лв. | 0,00лв. | 100,10лв.";
+        QTest::newRow("last day to the next") << QDate(2006, 3, 31) << QDate(2006, 4, 1)
+                                              << "3 | СА 1234 ВК | 1199,20лв. | 11,00лв. | 1188,20лв.";
+        QTest::newRow("before anything") << QDate(2005, 1, 1) << QDate(2005, 12, 31)
+                                         << "3 | СА 1234 ВК | 0,00лв. | 0,00лв. | 0,00лв.";
+    }
+    void bothEndsOfThePeriodCount()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        QFETCH(QDate, from);
+        QFETCH(QDate, to);
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Profit, {from, to}, database.db(), &scratch, firmSource());
+        QCOMPARE(screen.model()->rowCount(), 3);
+        QTEST(shownRows(screen).at(2), "caRow");
+    }
+
+    void aFleetWithoutTrucksShowsAnEmptyGridAndNoMessage()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        QCOMPARE(screen.model()->rowCount(), 0);
+        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label1"))->text(), QStringLiteral("Всичко: 0,00лв."));
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    // Fuel mode: norm fuel against fuel loaded, in litres; a truck with no waybill shows zeros.
+    void fuelModeComparesNormFuelWithFuelLoaded()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Fuel, march, database.db(), &scratch, firmSource());
+        QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Разход нафта"));
+        QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
+                 QStringLiteral("Разход нафта за периода 1.3.2006 - 31.3.2006"));
+        QCOMPARE(shownRows(screen), (QStringList{
+                                        QStringLiteral("1 | ВТ 5555 ХХ | 0,0 л | 0,0 л | 0,0 л"),
+                                        QStringLiteral("2 | РВ7777АА | 40,0 л | 35,0 л | 5,0 л"),
+                                        QStringLiteral("3 | СА 1234 ВК | 143,7 л | 150,0 л | -6,3 л"),
+                                    }));
+        QStringList captions;
+        for (int c = 0; c < screen.model()->columnCount(); ++c)
+            captions << screen.model()->headerData(c, Qt::Horizontal).toString();
+        QCOMPARE(captions, (QStringList{"№", "Кола", "Изч.разх.", "Заредено", "Разлика"}));
+        // Litres have no total on the screen; the sum is kept all the same.
+        QVERIFY(screen.findChild<QLabel *>(QStringLiteral("Label1"))->isHidden());
+        QCOMPARE(screen.sumTotal(), qint64(-13));
+        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label5"))->text(), QStringLiteral("Enter"));
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void theProfitPrintsWithItsTotal()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        const Checked<Report> report = screen.report();
+        QVERIFY(report.ok());
+        QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка баланс на колите"));
+        const QStringList expected = (firmLines + QStringLiteral(
+            "\nза печалбата от колите\nза периода от 1.3.2006 до 31.3.2006\n"
+            "Кола  | Приход | Разход | Остатък\n"
+            "[лв.] | [лв.] | [лв.]\n"
+            "1 | ВТ 5555 ХХ | 0,00лв. | 75,50лв. | -75,50лв.\n"
+            "2 | РВ7777АА | 50,05лв. | 0,00лв. | 50,05лв.\n"
+            "3 | СА 1234 ВК | 300,30лв. | 30,30лв. | 270,00лв.\n"
+            "Всичко: 244,55лв.\n"
+            "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.")).split(QLatin1Char('\n'));
+        QCOMPARE(laidOutLines(report), expected);
+    }
+
+    void theFuelPrintsWithoutATotal()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Fuel, march, database.db(), &scratch, firmSource());
+        const Checked<Report> report = screen.report();
+        QVERIFY(report.ok());
+        QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка разход на нафта"));
+        const QStringList expected = (firmLines + QStringLiteral(
+            "\nза разхода на нафта на колите\nза периода от 1.3.2006 до 31.3.2006\n"
+            "Кола  | Изч.разх. | Заредено | Разлика\n"
+            "[ л. ] | [ л. ] | [ л. ]\n"
+            "1 | ВТ 5555 ХХ | 0,0 л | 0,0 л | 0,0 л\n"
+            "2 | РВ7777АА | 40,0 л | 35,0 л | 5,0 л\n"
+            "3 | СА 1234 ВК | 143,7 л | 150,0 л | -6,3 л\n"
+            "Всичко\n"
+            "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.")).split(QLatin1Char('\n'));
+        QCOMPARE(laidOutLines(report), expected);
+    }
+
+    // Enter on a truck in fuel mode shows its waybills of the period (rptKolaN).
+    void aTrucksWaybillsPrintWithTheirTotals()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Fuel, march, database.db(), &scratch, firmSource());
+        const QStringList expected = {
+            QStringLiteral("Транспорт Петров ЕООД"),
+            QStringLiteral("Перник, ул. Индустриална 14"),
+            QStringLiteral("Справка"),
+            QStringLiteral("за изразходваното гориво от кола СА 1234 ВК"),
+            QStringLiteral("за периода от 01.03.2006 до 31.03.2006"),
+            QStringLiteral("Разход"),
+            QStringLiteral("Лист  | Дата | Шофьор"),
+            QStringLiteral("по норма | действит."),
+            QStringLiteral("0000000037 | 01.03.2006 | Иван Петров | 93,5 | 90,0"),
+            QStringLiteral("0000000041 | 31.03.2006 | Иван Петров | 50,2 | 60,0"),
+            QStringLiteral("Всичко | 143,7 | 150,0"),
+            QStringLiteral("Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd."),
+        };
+        QCOMPARE(laidOutLines(screen.waybillReport(2)), expected);
+
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QTRY_COMPARE(screen.currentRow(), 0);
+        screen.grid()->setCurrentIndex(screen.model()->index(1, 1));
+        ReportPreview *shown = nullptr;
+        QTimer::singleShot(0, [&shown] {
+            for (QWidget *window : QApplication::topLevelWidgets()) {
+                if (auto *preview = qobject_cast<ReportPreview *>(window); preview && preview->isVisible())
+                    shown = preview;
+            }
+        });
+        QTest::keyClick(screen.grid(), Qt::Key_Return);
+        QTRY_VERIFY(shown);
+        QVERIFY(shown->report().textLines().contains(QStringLiteral("Всичко | 40,0 | 35,0")));
+        delete shown;
+    }
+
+    void theRecordFormKeysMoveThroughTheTrucks_data()
+    {
+        QTest::addColumn<int>("start");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<int>("modifiers");
+        QTest::addColumn<int>("row");
+        QTest::addColumn<int>("beeps");
+        QTest::newRow("End") << 0 << int(Qt::Key_End) << 0 << 2 << 0;
+        QTest::newRow("Home") << 2 << int(Qt::Key_Home) << 0 << 0 << 0;
+        QTest::newRow("Down") << 0 << int(Qt::Key_Down) << 0 << 1 << 0;
+        QTest::newRow("PageDown steps one") << 0 << int(Qt::Key_PageDown) << 0 << 1 << 0;
+        QTest::newRow("PageUp steps one") << 2 << int(Qt::Key_PageUp) << 0 << 1 << 0;
+        QTest::newRow("Ctrl+Down") << 0 << int(Qt::Key_Down) << int(Qt::ControlModifier) << 2 << 0;
+        QTest::newRow("Ctrl+PageUp") << 2 << int(Qt::Key_PageUp) << int(Qt::ControlModifier) << 0 << 0;
+        QTest::newRow("Ctrl+Shift+Up is Up") << 2 << int(Qt::Key_Up) << int(Qt::ControlModifier | Qt::ShiftModifier)
+                                             << 1 << 0;
+        QTest::newRow("Down past the last") << 2 << int(Qt::Key_Down) << 0 << 2 << 1;
+        QTest::newRow("Up past the first") << 0 << int(Qt::Key_Up) << 0 << 0 << 1;
+    }
+    void theRecordFormKeysMoveThroughTheTrucks()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        QFETCH(int, start);
+        QFETCH(int, key);
+        QFETCH(int, modifiers);
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QTRY_COMPARE(screen.currentRow(), 0);
+        screen.grid()->setCurrentIndex(screen.model()->index(start, 1));
+        QTest::keyClick(screen.grid(), Qt::Key(key), Qt::KeyboardModifiers(modifiers));
+        QTEST(screen.currentRow(), "row");
+        QTEST(messages.beeps, "beeps");
+        QTest::keyClick(screen.grid(), Qt::Key_Escape);
+        QTRY_VERIFY(!screen.isVisible());
+    }
+
+    // Another command that rebuilds the scratch tables while the balance stands open takes nothing from it.
+    void aLaterScratchRebuildLeavesTheOpenBalanceWhole()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        QTemporaryDir dir;
+        ScratchDatabase scratch(dir.path());
+        RecordingMessageService messages;
+        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempNal")));
+        QCOMPARE(screen.model()->rowCount(), 3);
+        const QStringList lines = laidOutLines(screen.report());
+        QVERIFY(lines.contains(QStringLiteral("3 | СА 1234 ВК | 300,30лв. | 30,30лв. | 270,00лв.")));
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    // Both commands ask a period only; asked again, the window is made anew for the new period.
+    void theCommandsOpenTheBalanceBesideTheMainWindow()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(fill(database.db()));
+        QTemporaryDir dir;
+        ScratchDatabase shared(dir.path());
+        RecordingMessageService messages;
+        QString panel;
+        CommandContext context;
+        context.db = database.db();
+        context.scratch = &shared;
+        context.firm = firmSource();
+        context.setPanel = [&panel](const QString &text) { panel = text; };
+        context.helpTopic = [](const QString &item) { return item == QLatin1String("mnuSprBalanc") ? 10 : 11; };
+        CommandRegistry commands(context);
+        registerFleetCommands(commands);
+        QString caption;
+        auto answer = [&caption](const QString &from, const QString &to) {
+            QTimer::singleShot(0, [&caption, from, to] {
+                auto *dialog = static_cast<QDialog *>(QApplication::activeModalWidget());
+                caption = dialog->windowTitle();
+                dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setText(from);
+                dialog->findChild<QLineEdit *>(QStringLiteral("Text1_1"))->setText(to);
+                dialog->findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+            });
+        };
+        answer(QStringLiteral("01.03.2006"), QStringLiteral("31.03.2006"));
+        commands.handler(QStringLiteral("mnuSprBalanc"))();
+        QCOMPARE(caption, QStringLiteral("Търсене - Баланс"));
+        QCOMPARE(panel, QStringLiteral("Справка за печалбата от колите.."));
+        QPointer<Balans> first = qobject_cast<Balans *>(commands.openWindow(QStringLiteral("Balans")));
+        QVERIFY(first);
+        QVERIFY(first->isVisible());
+        QVERIFY(!first->isModal());
+        QCOMPARE(first->property("helpTopic").toInt(), 10);
+        QCOMPARE(first->period().to, QDate(2006, 3, 31));
+
+        answer(QStringLiteral("01.03.2006"), QStringLiteral("01.04.2006"));
+        commands.handler(QStringLiteral("mnuSprBalanc"))();
+        auto *second = qobject_cast<Balans *>(commands.openWindow(QStringLiteral("Balans")));
+        QVERIFY(second);
+        QVERIFY(second != first);
+        QCOMPARE(second->period().to, QDate(2006, 4, 1));
+        QTRY_VERIFY(!first);  // the old one is gone
+
+        answer(QStringLiteral("01.03.2006"), QStringLiteral("31.03.2006"));
+        commands.handler(QStringLiteral("mnuSprPreRazh"))();
+        QCOMPARE(caption, QStringLiteral("Търсене - Разход нафта от кола №"));
+        QCOMPARE(commands.context().searchMode, SearchMode::PreRazh);
+        QCOMPARE(panel, QStringLiteral("Справка за разхода на нафта на колите.."));
+        auto *fuel = qobject_cast<Balans *>(commands.openWindow(QStringLiteral("Balans-PreRazh")));
+        QVERIFY(fuel);
+        QCOMPARE(fuel->mode(), BalansMode::Fuel);
+        QCOMPARE(fuel->property("helpTopic").toInt(), 11);
+        QVERIFY(commands.openWindow(QStringLiteral("Balans")) == second);  // both stand side by side
+        QVERIFY(messages.shown.isEmpty());
+        delete second;
+        delete fuel;
+    }
+};
+
+QTEST_MAIN(BalansTest)
+#include "tst_balans.moc"

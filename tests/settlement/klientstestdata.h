@@ -1,0 +1,93 @@
+#pragma once
+
+// Courses of March 2006 for the client statement tests: four of "Д'Аргос ООД" in the period, one on
+// each side of it, and one of another client.
+
+#include "core/firmprofile.h"
+#include "courses/searchconditions.h"
+
+#include <QDate>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QVariant>
+#include <QtDebug>
+
+namespace klientstest {
+
+inline const QString client = QStringLiteral("Д'Аргос ООД");
+
+inline bool insertCourse(QSqlDatabase db, QDate date, const QString &klient, const QString &marsh, const QString &tovar,
+                         const QString &kola, double km, double ton, double tarifa, double bruto)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
+                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
+                                 "VALUES (?, '007', ?, ?, ?, ?, ?, ?, ?, ?, 0, ?, ?, '0000000000', ?, ?)"));
+    for (const QVariant &value : QList<QVariant>{date, kola, klient, marsh, tovar, km, ton, tarifa, bruto, bruto, false,
+                                                 false, false})
+        query.addBindValue(value);
+    if (!query.exec()) {
+        qWarning() << query.lastError().text();
+        return false;
+    }
+    return true;
+}
+
+inline bool fillCourses(QSqlDatabase db)
+{
+    const QString ca = QStringLiteral("СА 1234 ВК");
+    const QString pb = QStringLiteral("РВ 7777 АА");
+    return insertCourse(db, QDate(2006, 3, 2), client, QStringLiteral("София - Перник"), QStringLiteral("Пясък"), ca,
+                        100, 10, 0.125, 125.00)
+           && insertCourse(db, QDate(2006, 3, 2), client, QStringLiteral("Батановци - Перник"), QStringLiteral("Чакъл"),
+                           pb, 40, 12.5, 0.1, 50.00)
+           && insertCourse(db, QDate(2006, 3, 15), client, QStringLiteral("Перник - София"),
+                           QStringLiteral("пясък едър"), ca, 25, 8, 0.2, 40.00)
+           && insertCourse(db, QDate(2006, 3, 31), client, QStringLiteral("София - Перник"), QStringLiteral("Пясък"), ca,
+                           60, 10, 0.1, 60.00)
+           && insertCourse(db, QDate(2006, 2, 28), client, QStringLiteral("Преди периода"), QStringLiteral("Пясък"), ca,
+                           10, 1, 1, 10.00)
+           && insertCourse(db, QDate(2006, 4, 1), client, QStringLiteral("След периода"), QStringLiteral("Пясък"), ca, 10,
+                           1, 1, 10.00)
+           && insertCourse(db, QDate(2006, 3, 10), QStringLiteral("Бетон АД"), QStringLiteral("Друг клиент"),
+                           QStringLiteral("Пясък"), ca, 10, 1, 1, 10.00);
+}
+
+inline zarek::SearchConditions march()
+{
+    zarek::SearchConditions conditions;
+    conditions.SeekKlient = client;
+    conditions.period = {QDate(2006, 3, 1), QDate(2006, 3, 31)};
+    return conditions;
+}
+
+inline const zarek::FirmProfile &firm()
+{
+    static const zarek::FirmProfile profile = [] {
+        zarek::FirmProfile f;
+        f.UserName = QStringLiteral("Транспорт Петров ЕООД");
+        f.UserCity = QStringLiteral("Перник");
+        f.UserAdres = QStringLiteral("ул. Индустриална 14");
+        f.UserTel = QStringLiteral("076 60 11 22");
+        f.UserGSM = QStringLiteral("0888 11 22 33");
+        f.UserEmail = QStringLiteral("office@petrov.bg");
+        f.UserURL = QStringLiteral("www.petrov.bg");
+        return f;
+    }();
+    return profile;
+}
+
+// What the register holds, to tell that nothing changed it.
+inline QString registerFingerprint(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("SELECT COUNT(*), SUM(km), SUM(Tarifa), SUM(bruto), SUM(row_version) FROM tabl"));
+    query.next();
+    QStringList parts;
+    for (int i = 0; i < 5; ++i)
+        parts << query.value(i).toString();
+    return parts.join(QLatin1Char('|'));
+}
+
+}

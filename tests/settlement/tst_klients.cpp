@@ -1,0 +1,423 @@
+#include "data/scratchdatabase.h"
+#include "forms/commands.h"
+#include "forms/messageservice.h"
+#include "reports/reportpreview.h"
+#include "settlement/klients.h"
+#include "settlement/settlementcommands.h"
+#include "klientstestdata.h"
+#include "testdatabase.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSqlQuery>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <memory>
+
+using namespace zarek;
+
+namespace {
+
+constexpr int kmColumn = 4;
+constexpr int sumaColumn = 7;
+
+std::unique_ptr<Klients> openStatement(QSqlDatabase db, const QString &folder,
+                                       const SearchConditions &conditions = klientstest::march())
+{
+    return std::make_unique<Klients>(conditions, db, std::make_unique<ScratchDatabase>(folder),
+                                     []() -> const FirmProfile & { return klientstest::firm(); });
+}
+
+QString labelText(const QWidget &screen, const QString &name)
+{
+    auto *label = screen.findChild<QLabel *>(name);
+    return label ? label->text() : QStringLiteral("<no %1>").arg(name);
+}
+
+QPushButton *button(const QWidget &screen, const QString &name)
+{
+    return screen.findChild<QPushButton *>(name);
+}
+
+// Each row as date, route and km, as the grid shows them.
+QStringList shownRows(const Klients &screen)
+{
+    QStringList rows;
+    const ResultGridModel *model = screen.model();
+    for (int row = 0; row < model->rowCount(); ++row)
+        rows << model->index(row, 0).data().toString() + QLatin1Char(' ') + model->index(row, 1).data().toString()
+                    + QLatin1Char(' ') + model->index(row, kmColumn).data().toString();
+    return rows;
+}
+
+int scratchCount(Klients &screen, const QString &table)
+{
+    QSqlQuery query(screen.scratch()->db());
+    query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table);
+    query.next();
+    return query.value(0).toInt();
+}
+
+bool showAndWait(QWidget &screen)
+{
+    screen.show();
+    return QTest::qWaitForWindowActive(&screen);
+}
+
+// Types a number into the current cell of the grid after F4, as a dispatcher would.
+void typeIntoCell(QTableView *grid, const QByteArray &digits)
+{
+    QTest::keyClick(grid, Qt::Key_F4);
+    for (const char c : digits)
+        QTest::keyClick(QApplication::focusWidget(), c);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+}
+
+QStringList previewLines(ReportPreview *preview)
+{
+    if (!preview)
+        return {};
+    const QStringList lines = preview->report().textLines();
+    delete preview;
+    return lines;
+}
+
+}
+
+class KlientsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void theClientsCoursesOfThePeriodAreListedWithTheirSums()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        auto screen = openStatement(database.db(), dir.path());
+        QCOMPARE(screen->objectName(), QStringLiteral("Klients"));
+        QCOMPARE(screen->windowTitle(), QStringLiteral("Зарек 2.3 - Курсове на Д'Аргос ООД"));
+        QCOMPARE(screen->findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
+                 QStringLiteral("Курсове за клиент към ") + QDate::currentDate().toString(QStringLiteral("dd.MM.yyyy")));
+        QCOMPARE(shownRows(*screen), (QStringList{QStringLiteral("02.03.2006 Батановци - Перник 40"),
+                                                  QStringLiteral("02.03.2006 София - Перник 100"),
+                                                  QStringLiteral("15.03.2006 Перник - София 25"),
+                                                  QStringLiteral("31.03.2006 София - Перник 60")}));
+        QStringList captions;
+        for (int c = 0; c < screen->model()->columnCount(); ++c)
+            captions << screen->model()->headerData(c, Qt::Horizontal).toString();
+        QCOMPARE(captions, (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума"}));
+        QCOMPARE(screen->model()->index(1, 5).data().toString(), QStringLiteral("10,000"));
+        QCOMPARE(screen->model()->index(1, sumaColumn).data().toString(), QStringLiteral("125,00"));
+        QCOMPARE(labelText(*screen, QStringLiteral("Label1")), QStringLiteral("Всичко:"));
+        QCOMPARE(labelText(*screen, QStringLiteral("Label2")), QStringLiteral("225"));
+        QCOMPARE(labelText(*screen, QStringLiteral("Label3")), QStringLiteral("40,50"));
+        QCOMPARE(labelText(*screen, QStringLiteral("Label4")), QStringLiteral("275,00лв."));
+        QCOMPARE(scratchCount(*screen, QStringLiteral("TempKlients")), 4);
+        // Nothing touched yet: the list cannot be saved, a file can be loaded.
+        QVERIFY(!button(*screen, QStringLiteral("cmdSaveFile"))->isEnabled());
+        QVERIFY(!button(*screen, QStringLiteral("cmdSaveFile"))->isHidden());
+        QVERIFY(button(*screen, QStringLiteral("cmdOpenFile"))->isEnabled());
+        QVERIFY(!screen->dirty() && !screen->printed() && !screen->fileSaved() && !screen->fileLoaded());
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    void theSearchPrefixesNarrowTheListWithoutRegardToCase_data()
+    {
+        QTest::addColumn<QString>("tovar");
+        QTest::addColumn<QString>("marsh");
+        QTest::addColumn<QString>("kola");
+        QTest::addColumn<int>("rows");
+        QTest::newRow("cargo") << "пяс" << "" << "" << 3;
+        QTest::newRow("route") << "" << "софия" << "" << 2;
+        QTest::newRow("truck") << "" << "" << "РВ" << 1;
+        QTest::newRow("all three") << "Пясък" << "София" << "СА 1234 ВК" << 2;
+        QTest::newRow("none match") << "Цимент" << "" << "" << 0;
+    }
+    void theSearchPrefixesNarrowTheListWithoutRegardToCase()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QFETCH(QString, tovar);
+        QFETCH(QString, marsh);
+        QFETCH(QString, kola);
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        SearchConditions conditions = klientstest::march();
+        conditions.SeekTovar = tovar;
+        conditions.SeekMarsh = marsh;
+        conditions.SeekKola = kola;
+        auto screen = openStatement(database.db(), dir.path(), conditions);
+        QTEST(screen->model()->rowCount(), "rows");
+    }
+
+    void noCourseTellsSoAndLeavesTheScreenEmpty()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        SearchConditions conditions = klientstest::march();
+        conditions.SeekKlient = QStringLiteral("Никой ООД");
+        auto screen = openStatement(database.db(), dir.path(), conditions);
+        QCOMPARE(screen->model()->rowCount(), 0);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().title, QStringLiteral("ВНИМАНИЕ!"));
+        QCOMPARE(messages.shown.first().text,
+                 QStringLiteral("Няма курсове при тези условия!\n\nПроверете си условията за търсене!"));
+        // Printing an empty list says so and shows no report.
+        QCOMPARE(screen->print(), nullptr);
+        QCOMPARE(messages.shown.last().text, QStringLiteral("Няма!!!!!!!!"));
+    }
+
+    // A row's km changed from 100 to 120 prints 120 × Ton × Tarifa; the screen keeps the old money.
+    void aCorrectedKmPrintsTheNewSumWhileTheScreenKeepsTheOld()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        const QString before = klientstest::registerFingerprint(database.db());
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        auto screen = openStatement(database.db(), dir.path());
+        QVERIFY(showAndWait(*screen));
+        QTRY_COMPARE(screen->currentRow(), 0);
+        screen->grid()->setCurrentIndex(screen->model()->index(1, kmColumn));  // 02.03 София - Перник, 100 km
+        typeIntoCell(screen->grid(), "120");
+        QTRY_COMPARE(screen->model()->index(1, kmColumn).data().toString(), QStringLiteral("120"));
+        QCOMPARE(screen->model()->index(1, sumaColumn).data().toString(), QStringLiteral("125,00"));
+        QCOMPARE(labelText(*screen, QStringLiteral("Label4")), QStringLiteral("275,00лв."));
+        QCOMPARE(labelText(*screen, QStringLiteral("Label2")), QStringLiteral("225"));
+
+        const QStringList lines = previewLines(screen->print());
+        QVERIFY(screen->printed());
+        const QStringList expected = {
+            QStringLiteral("Транспорт Петров ЕООД"),
+            QStringLiteral("Перник, ул. Индустриална 14"),
+            QStringLiteral("тел:076 60 11 22, факс:0888 11 22 33, E-mail:office@petrov.bg, URL:http//www.petrov.bg"),
+            QStringLiteral("Извършени от Транспорт Петров ЕООД курсове"),
+            QStringLiteral("по заявка на Д'Аргос ООД"),
+            QStringLiteral("за периода от 01.03.2006 до 31.03.2006"),
+            QStringLiteral("Дата | Маршрут | Товар | Кола | Тон. | Тар. | КМ | Сума"),
+            QStringLiteral("02.03.2006 | Батановци - Перник | Чакъл | РВ 7777 АА | 12,500 | 0,100 | 40 | 50,00"),
+            QStringLiteral("15.03.2006 | Перник - София | пясък едър | СА 1234 ВК | 8,000 | 0,200 | 25 | 40,00"),
+            QStringLiteral("02.03.2006 | София - Перник | Пясък | СА 1234 ВК | 10,000 | 0,125 | 120 | 150,00"),
+            QStringLiteral("31.03.2006 | София - Перник | Пясък | СА 1234 ВК | 10,000 | 0,100 | 60 | 60,00"),
+            QStringLiteral("Всичко | Товар | 40 t | Км | 245 км"),
+            QStringLiteral("Сума | 240,00лв."),
+            QStringLiteral("ДДС | 60,00лв."),
+            QStringLiteral("Общо | 300,00лв."),
+            QStringLiteral("Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd."),
+        };
+        QCOMPARE(lines, expected);
+        // The grid now follows the statement: route, then date.
+        QCOMPARE(shownRows(*screen).first(), QStringLiteral("02.03.2006 Батановци - Перник 40"));
+        QCOMPARE(shownRows(*screen).at(2), QStringLiteral("02.03.2006 София - Перник 120"));
+        QCOMPARE(klientstest::registerFingerprint(database.db()), before);
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    // Printing twice in one opening lists every row once.
+    void aSecondPrintListsTheRowsOnce()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        auto screen = openStatement(database.db(), dir.path());
+        const QStringList first = previewLines(screen->print());
+        const QStringList second = previewLines(screen->print());
+        QVERIFY(!first.isEmpty());
+        QCOMPARE(second, first);
+        QCOMPARE(scratchCount(*screen, QStringLiteral("TempKlientsNew")), 4);
+    }
+
+    void f4AllowsEditingUntilPageOrEndKeys_data()
+    {
+        QTest::addColumn<QList<int>>("keys");
+        QTest::addColumn<bool>("editing");
+        QTest::newRow("nothing") << QList<int>{} << false;
+        QTest::newRow("F4") << QList<int>{Qt::Key_F4} << true;
+        QTest::newRow("F4 Down") << QList<int>{Qt::Key_F4, Qt::Key_Down} << true;
+        QTest::newRow("F4 Up") << QList<int>{Qt::Key_F4, Qt::Key_Down, Qt::Key_Up} << true;
+        QTest::newRow("F4 PageUp") << QList<int>{Qt::Key_F4, Qt::Key_PageUp} << false;
+        QTest::newRow("F4 PageDown") << QList<int>{Qt::Key_F4, Qt::Key_PageDown} << false;
+        QTest::newRow("F4 Home") << QList<int>{Qt::Key_F4, Qt::Key_Home} << false;
+        QTest::newRow("F4 End") << QList<int>{Qt::Key_F4, Qt::Key_End} << false;
+        QTest::newRow("F4 End F4") << QList<int>{Qt::Key_F4, Qt::Key_End, Qt::Key_F4} << true;
+    }
+    void f4AllowsEditingUntilPageOrEndKeys()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QFETCH(QList<int>, keys);
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        auto screen = openStatement(database.db(), dir.path());
+        QVERIFY(showAndWait(*screen));
+        QTRY_COMPARE(screen->currentRow(), 0);
+        for (const int key : keys)
+            QTest::keyClick(screen->grid(), Qt::Key(key));
+        QTEST(screen->editingAllowed(), "editing");
+        // F4 touches the list: it may now be saved, and no file loaded over it.
+        const bool touched = keys.contains(Qt::Key_F4);
+        QCOMPARE(screen->dirty(), touched);
+        QCOMPARE(button(*screen, QStringLiteral("cmdSaveFile"))->isEnabled(), touched);
+        QCOMPARE(button(*screen, QStringLiteral("cmdOpenFile"))->isVisible(), !touched);
+    }
+
+    void withoutF4TypingChangesNothing()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        auto screen = openStatement(database.db(), dir.path());
+        QVERIFY(showAndWait(*screen));
+        QTRY_COMPARE(screen->currentRow(), 0);
+        screen->grid()->setCurrentIndex(screen->model()->index(0, kmColumn));
+        QTest::keyClick(screen->grid(), '7');
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QCOMPARE(screen->model()->index(0, kmColumn).data().toString(), QStringLiteral("40"));
+        QVERIFY(!screen->dirty());
+    }
+
+    void deleteRemovesTheRowFromTheWorkingList()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        const QString before = klientstest::registerFingerprint(database.db());
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        auto screen = openStatement(database.db(), dir.path());
+        QVERIFY(showAndWait(*screen));
+        QTRY_COMPARE(screen->currentRow(), 0);
+        QTest::keyClick(screen->grid(), Qt::Key_F4);
+        screen->grid()->setCurrentIndex(screen->model()->index(1, 1));
+        QTest::keyClick(screen->grid(), Qt::Key_Delete);
+        QCOMPARE(shownRows(*screen), (QStringList{QStringLiteral("02.03.2006 Батановци - Перник 40"),
+                                                  QStringLiteral("15.03.2006 Перник - София 25"),
+                                                  QStringLiteral("31.03.2006 София - Перник 60")}));
+        QCOMPARE(screen->currentRow(), 1);
+        QCOMPARE(scratchCount(*screen, QStringLiteral("TempKlients")), 3);
+        QVERIFY(!screen->editingAllowed());
+        QVERIFY(screen->dirty());
+        QVERIFY(button(*screen, QStringLiteral("cmdSaveFile"))->isEnabled());
+        QVERIFY(button(*screen, QStringLiteral("cmdOpenFile"))->isHidden());
+        // The sums tell what was read from the register; the print tells the list.
+        QCOMPARE(labelText(*screen, QStringLiteral("Label4")), QStringLiteral("275,00лв."));
+        const QStringList lines = previewLines(screen->print());
+        QVERIFY(lines.contains(QStringLiteral("Общо | 150,00лв.")));
+        QCOMPARE(klientstest::registerFingerprint(database.db()), before);
+    }
+
+    void kilometresThatAreNotAWholeNumberAreRefused_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("too many") << "40000";
+        QTest::newRow("a fraction") << "12,5";
+        QTest::newRow("negative") << "-3";
+        QTest::newRow("letters") << "abc";
+    }
+    void kilometresThatAreNotAWholeNumberAreRefused()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QFETCH(QString, typed);
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        auto screen = openStatement(database.db(), dir.path());
+        screen->setEditingAllowed(true);
+        QVERIFY(!screen->model()->setData(screen->model()->index(0, kmColumn), typed));
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(screen->model()->index(0, kmColumn).data().toString(), QStringLiteral("40"));
+        QSqlQuery query(screen->scratch()->db());
+        QVERIFY(query.exec(QStringLiteral("SELECT SUM(KM) FROM TempKlients")) && query.next());
+        QCOMPARE(query.value(0).toInt(), 225);
+    }
+
+    void closingWithUnsavedCorrectionsAsksFirst()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        auto untouched = openStatement(database.db(), dir.path());
+        QVERIFY(showAndWait(*untouched));
+        QVERIFY(untouched->close());
+        QVERIFY(messages.asked.isEmpty());
+
+        auto screen = openStatement(database.db(), dir.path());
+        QVERIFY(showAndWait(*screen));
+        QTRY_COMPARE(screen->currentRow(), 0);
+        QTest::keyClick(screen->grid(), Qt::Key_Delete);
+        messages.answers = {false};
+        QVERIFY(!screen->close());
+        QVERIFY(screen->isVisible());
+        QCOMPARE(messages.asked.size(), 1);
+        QCOMPARE(messages.asked.first().text,
+                 QStringLiteral("Корекциите в списъка не са записани във файл!\nЗатваряте ли справката без запис?"));
+        // The save dialog dismissed: saving ends the screen, but not without the question.
+        screen->chooseFileToSave = [](QWidget *) { return QString(); };
+        messages.answers = {false};
+        screen->saveFile();
+        QVERIFY(screen->isVisible());
+        messages.answers = {true};
+        QVERIFY(screen->close());
+        QCOMPARE(messages.asked.size(), 3);
+    }
+
+    void theCommandAsksAClientSearchAndOpensTheStatementBesideTheMainWindow()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        ScratchDatabase shared(dir.path());
+        QString panel;
+        CommandContext context;
+        context.db = database.db();
+        context.scratch = &shared;
+        context.firm = []() -> const FirmProfile & { return klientstest::firm(); };
+        context.setPanel = [&panel](const QString &text) { panel = text; };
+        context.helpTopic = [](const QString &) { return 9; };
+        context.searchMode = SearchMode::SkladPRN;  // what a warehouse report left
+        CommandRegistry commands(context);
+        registerSettlementCommands(commands);
+        QVERIFY(commands.has(QStringLiteral("mnuSprKlientSakr")));
+        QString caption;
+        bool clientAsked = false;
+        QTimer::singleShot(0, [&] {
+            auto *dialog = static_cast<QDialog *>(QApplication::activeModalWidget());
+            caption = dialog->windowTitle();
+            auto *klient = dialog->findChild<QComboBox *>(QStringLiteral("Combo1"));
+            clientAsked = klient->isEnabled();
+            klient->setEditText(klientstest::client);
+            dialog->findChild<QComboBox *>(QStringLiteral("Combo2"))->setEditText(QString());
+            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setText(QStringLiteral("01.03.2006"));
+            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_1"))->setText(QStringLiteral("31.03.2006"));
+            dialog->findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+        });
+        commands.handler(QStringLiteral("mnuSprKlientSakr"))();
+        QCOMPARE(caption, QStringLiteral("Търсене - Клиент за фактуриране"));
+        QVERIFY(clientAsked);
+        auto *screen = qobject_cast<Klients *>(commands.openWindow(QStringLiteral("Klients")));
+        QVERIFY(screen);
+        QVERIFY(screen->isVisible());
+        QVERIFY(!screen->isModal());
+        QCOMPARE(screen->model()->rowCount(), 4);
+        QCOMPARE(screen->property("helpTopic").toInt(), 9);
+        QCOMPARE(panel, QStringLiteral("Справка за курсове..."));
+        // The statement's working list is not in the shared scratch file.
+        QVERIFY(screen->scratch()->filePath() != shared.filePath());
+        QVERIFY(messages.shown.isEmpty());
+        delete screen;
+    }
+};
+
+QTEST_MAIN(KlientsTest)
+#include "tst_klients.moc"
