@@ -38,7 +38,7 @@ protected:
     }
 };
 
-void setLocked(QWidget *widget, bool locked)
+void paintLocked(QWidget *widget, bool locked)
 {
     QPalette palette = widget->parentWidget() ? widget->parentWidget()->palette() : widget->palette();
     if (locked)
@@ -104,12 +104,29 @@ void RecordBinder::setState(RecordFormState state)
             continue;
         }
         binding.text->setReadOnly(!pending || locked);
-        setLocked(binding.text, locked);
+        paintLocked(binding.text, locked);
         if (binding.combo) {
             binding.combo->setVisible(pending);
             binding.text->setVisible(!pending);
             binding.combo->setEnabled(!locked);
         }
+    }
+}
+
+void RecordBinder::setLocked(const QString &column, bool locked)
+{
+    const bool pending = m_state != RecordFormState::Browsing;
+    for (const Binding &binding : std::as_const(m_bindings)) {
+        if (binding.column != column)
+            continue;
+        if (binding.check) {
+            binding.check->setEnabled(pending && !locked);
+            continue;
+        }
+        binding.text->setReadOnly(!pending || locked);
+        paintLocked(binding.text, locked);
+        if (binding.combo)
+            binding.combo->setEnabled(!locked);
     }
 }
 

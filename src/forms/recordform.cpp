@@ -151,6 +151,11 @@ void RecordForm::cover(QLineEdit *bound, QComboBox *combo)
     m_binder->cover(bound, combo);
 }
 
+void RecordForm::setFieldLocked(const QString &column, bool locked)
+{
+    m_binder->setLocked(column, locked);
+}
+
 std::optional<UserMessage> RecordForm::readRows()
 {
     WaitCursor wait;

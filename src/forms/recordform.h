@@ -84,6 +84,9 @@ public:
     void bind(QCheckBox *field, const QString &column);
     // A combo box that stands in for a bound box while a row is added or corrected.
     void cover(QLineEdit *bound, QComboBox *combo);
+    // Locks the box of a column (grey, read-only) while the row is added or corrected, or frees
+    // it; the next change of state undoes it. For rules that depend on the row or on what is typed.
+    void setFieldLocked(const QString &column, bool locked);
     // Reads the rows and shows the first; call once the fields are bound. False (after the
     // message) when the rows could not be read.
     bool open();
