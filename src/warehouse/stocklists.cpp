@@ -187,14 +187,14 @@ Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::
                              anyIssued ? amountText(issued.value) : QStringLiteral("- "), quantityText(remainder),
                              amountText(value), remainder});
         list.total += value;
-        if (progress)
+        if (progress && red % 64 == 0)
             progress(red, static_cast<int>(names.size()));
     }
     return list;
 }
 
 Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &period, const QString &articlePrefix,
-                                  const QString &truckPrefix)
+                                  const QString &truckPrefix, const std::function<void(int, int)> &progress)
 {
     QSqlQuery query(db);
     if (!prepareAndRun(query,
@@ -247,6 +247,8 @@ Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &
         list.rows.appendRow({++red, item.docVid, nomData, item.name, formatFixed(item.kol, 3), formatAmount(item.edin),
                              formatAmount(suma)});
         list.total += suma;
+        if (progress && red % 256 == 0)
+            progress(red, static_cast<int>(items.size()));
     }
     return list;
 }
@@ -315,11 +317,11 @@ Checked<Report> ReportSkladPR(const StockList &movements, bool receipts, const P
 }
 
 Checked<Report> SkladReport(bool receipts, const SearchConditions &conditions, QSqlDatabase db,
-                            const FirmProfile &firm)
+                            const FirmProfile &firm, const std::function<void(int, int)> &progress)
 {
     const QString article = receipts ? conditions.SeekArtikul : conditions.SeekMarsh;
-    const Checked<StockList> movements =
-        stockMovements(db, receipts, conditions.period, article, receipts ? QString() : conditions.SeekKola);
+    const Checked<StockList> movements = stockMovements(db, receipts, conditions.period, article,
+                                                        receipts ? QString() : conditions.SeekKola, progress);
     if (!movements)
         return movements.message();
     if (movements.value().rows.isEmpty())

@@ -42,7 +42,8 @@ bool remainderDrawnRed(double remainder);  // under 1
 // whose document kind, the truck of a course cost, begins with the truck prefix), by name:
 // text columns Red, DocVid, NomData ("number / d.M.yyyy"), Name, Broi, Edin, Suma.
 Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &period,
-                                  const QString &articlePrefix, const QString &truckPrefix);
+                                  const QString &articlePrefix, const QString &truckPrefix,
+                                  const std::function<void(int, int)> &progress = {});
 // "Няма приходи в склада за периода!" or "Няма разходи в склада за периода!"
 UserMessage noMovementsMessage(bool receipts);
 
@@ -54,8 +55,8 @@ Checked<Report> ReportSkladPR(const StockList &movements, bool receipts, const P
 
 // SkladReport: the movement list of the conditions printed by rptSkladPR (the article is the
 // dialog's SeekArtikul for receipts, SeekMarsh for issues, and the truck SeekKola); the message
-// when the period has none.
+// when the period has none. progress as for the audit, by rows.
 Checked<Report> SkladReport(bool receipts, const SearchConditions &conditions, QSqlDatabase db,
-                            const FirmProfile &firm);
+                            const FirmProfile &firm, const std::function<void(int, int)> &progress = {});
 
 }
