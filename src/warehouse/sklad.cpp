@@ -172,8 +172,8 @@ Sklad::Sklad(const QString &vidKol, QSqlDatabase db, QWidget *parent, WarehouseS
     });
     connect(m_form, &RecordForm::editStarted, this, &Sklad::editStarted);
     connect(m_form, &RecordForm::closeRequested, this, &QWidget::close);
-    connect(m_ui->txtFields_4, &QLineEdit::textEdited, this, &Sklad::showAmount);
-    connect(m_ui->txtFields_5, &QLineEdit::textEdited, this, &Sklad::showAmount);
+    connect(m_ui->txtFields_4, &QLineEdit::textChanged, this, &Sklad::showAmount);
+    connect(m_ui->txtFields_5, &QLineEdit::textChanged, this, &Sklad::showAmount);
     for (QWidget *box : {static_cast<QWidget *>(m_ui->Combo1), static_cast<QWidget *>(m_ui->txtFields_2),
                          static_cast<QWidget *>(m_ui->txtFields_0), static_cast<QWidget *>(m_ui->Combo2),
                          static_cast<QWidget *>(m_ui->txtFields_4), static_cast<QWidget *>(m_ui->txtFields_5)})
