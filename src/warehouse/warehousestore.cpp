@@ -171,6 +171,26 @@ std::optional<StockMovement> readAtVersion(Work &work, const StockMovement &read
     return current;
 }
 
+bool sameDocument(const StockMovement &a, const StockMovement &b)
+{
+    return a.data == b.data && a.docVid == b.docVid && a.docNom == b.docNom && a.name == b.name
+           && storedQuantity(a.kol) == storedQuantity(b.kol) && samePrice(a.edin, b.edin);
+}
+
+// A receipt as its screen read it. Issues from it on other workstations change only what it
+// still holds (and its version): as long as the document itself is as read, it is the same row.
+std::optional<StockMovement> readReceiptAsSeen(Work &work, const StockMovement &read, const QString &title)
+{
+    std::optional<StockMovement> current = readMovement(work, read.id);
+    if (!work.ok())
+        return std::nullopt;
+    if (!current || (current->rowVersion != read.rowVersion && !sameDocument(*current, read))) {
+        work.fail(rowConflictMessage(title));
+        return std::nullopt;
+    }
+    return current;
+}
+
 std::optional<StockOnHand> readOnHand(Work &work, const QString &name)
 {
     QSqlQuery q;
@@ -404,7 +424,7 @@ Checked<StockMovement> WarehouseStore::addReceipt(StockMovement m) const
 Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read, const StockMovement &typed) const
 {
     Work work(m_db, saveTitle, beforeWrite, m_clock());
-    std::optional<StockMovement> m = readAtVersion(work, read, saveTitle);
+    std::optional<StockMovement> m = readReceiptAsSeen(work, read, saveTitle);
     if (!m)
         return work.failure();
     const Quantity before = storedQuantity(m->kol);
@@ -444,7 +464,7 @@ Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read,
 std::optional<UserMessage> WarehouseStore::removeReceipt(const StockMovement &read) const
 {
     Work work(m_db, deleteTitle, beforeWrite, m_clock());
-    const std::optional<StockMovement> m = readAtVersion(work, read, deleteTitle);
+    const std::optional<StockMovement> m = readReceiptAsSeen(work, read, deleteTitle);
     if (!m)
         return work.failure();
     const bool drawn = drawnOn(work, *m);

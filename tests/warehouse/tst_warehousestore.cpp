@@ -434,21 +434,53 @@ private slots:
         QVERIFY(brokenInvariants(db).isEmpty());
     }
 
-    void aRowChangedByAnotherWorkstationIsNotOverwritten()
+    // Another workstation's issue from a receipt changes only what the receipt still holds: its
+    // date and number can still be corrected here. A correction of the document itself there can not
+    // be overwritten here.
+    void aReceiptChangedByAnotherWorkstationIsNotOverwritten()
     {
         ZAREK_SCRATCH_DB(scratch);
         QSqlDatabase db = scratch.db();
         const WarehouseStore store = storeOf(db);
         const auto receipt = store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1)));
-        // Another workstation issues from it; this one still holds the receipt as it read it.
         const WarehouseStore other = storeOf(scratch.openSecondConnection());
         QVERIFY(other.addIssue(movement("Масло", 1, 2.00, QDate(2026, 3, 2))));
         StockMovement typed = receipt.value();
         typed.docNom = QStringLiteral("99");
-        const auto stale = store.correctReceipt(receipt.value(), typed);
+        const auto corrected = store.correctReceipt(receipt.value(), typed);
+        QVERIFY2(corrected, qPrintable(textOf(corrected)));
+        QCOMPARE(corrected.value().ostat.value(), 9.0);  // what the other issue took stays taken
+        QVERIFY(brokenInvariants(db).isEmpty());
+
+        StockMovement there = corrected.value();
+        there.docNom = QStringLiteral("100");
+        QVERIFY(other.correctReceipt(corrected.value(), there));
+        typed = corrected.value();
+        typed.data = QDate(2026, 2, 28);
+        const auto stale = store.correctReceipt(corrected.value(), typed);
         QVERIFY(!stale);
         QCOMPARE(stale.message().title, QStringLiteral("ГРЕШКА при запис!"));
         QVERIFY(stale.message().text.startsWith(QStringLiteral("-2147217864:")));
+        QVERIFY(store.removeReceipt(corrected.value()).has_value());
+        QCOMPARE(scalar(db, "SELECT DocNom FROM Sklad WHERE id = ?", {there.id}).toString(), QStringLiteral("100"));
+    }
+
+    void anIssueChangedByAnotherWorkstationIsNotOverwritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        const WarehouseStore store = storeOf(db);
+        QVERIFY(store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1))));
+        const auto issue = store.addIssue(movement("Масло", 4, 2.00, QDate(2026, 3, 2)));
+        const WarehouseStore other = storeOf(scratch.openSecondConnection());
+        StockMovement there = issue.value();
+        there.kol = 5;
+        QVERIFY(other.correctIssue(issue.value(), there));
+        StockMovement typed = issue.value();
+        typed.kol = 6;
+        QVERIFY(!store.correctIssue(issue.value(), typed));
+        QVERIFY(store.removeIssue(issue.value()).has_value());
+        QCOMPARE(broi(db, "Масло"), 5.0);
         QVERIFY(brokenInvariants(db).isEmpty());
     }
 
