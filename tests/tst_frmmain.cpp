@@ -111,9 +111,9 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         for (const char *built : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuFileExit",
-                                  "mnuSprBalans", "mnuViewToolbar", "mnuDataNew", "mnuDataKyrc"})
+                                  "mnuSprBalans", "mnuViewToolbar", "mnuDataNew", "mnuDataKyrc", "mnuNal"})
             QVERIFY2(window.menuAction(QString::fromUtf8(built))->isEnabled(), built);
-        for (const char *waiting : {"mnuDataNewInside", "mnuDataFakt", "mnuSlgZapl", "mnuNal", "mnuDiskZap"})
+        for (const char *waiting : {"mnuDataNewInside", "mnuDataFakt", "mnuSlgZapl", "mnuDataPList", "mnuDiskZap"})
             QVERIFY2(!window.menuAction(QString::fromUtf8(waiting))->isEnabled(), waiting);
     }
 

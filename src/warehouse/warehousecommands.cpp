@@ -71,8 +71,6 @@ void registerWarehouseCommands(CommandRegistry &commands)
                      {QStringLiteral("mnuSprRazhod"), SearchMode::SkladPRN, SearchDialogKind::SeekAll,
                       QStringLiteral("Търсене - Справка разходи"), QStringLiteral("Справка за разходите в склада")},
                      [&context](const SearchConditions &c) { printMovements(context, false, c); });
-    // "Справка баланс" stands in the menu with nothing behind it.
-    commands.add(QStringLiteral("mnuSprBalans"), [] {});
     addSearchCommand(commands,
                      {QStringLiteral("mnuNal"), SearchMode::NalichSK, SearchDialogKind::Seek,
                       QStringLiteral("Търсене - Наличност в склада"), QStringLiteral("Наличност в склада")},
