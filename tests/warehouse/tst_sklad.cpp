@@ -377,6 +377,7 @@ private slots:
     void theWarehouseCommandsAreEnabledAndOpenTheirScreens()
     {
         ZAREK_SCRATCH_DB(scratch);
+        twoReceipts(scratch.db());
         RecordingMessageService messages;
         QWidget window;
         CommandContext context;
@@ -402,8 +403,16 @@ private slots:
         QVERIFY(!receipts->isModal());
         commands.handler(QStringLiteral("mnuSklPrih"))();
         QCOMPARE(commands.openWindow(QStringLiteral("mnuSklPrih")), receipts);
+        QCOMPARE(child<QLabel>(*receipts, "lblStock")->text(), QStringLiteral("Неизписано от доставката: 10"));
         commands.handler(QStringLiteral("mnuSklRaz"))();
-        QCOMPARE(commands.openWindow(QStringLiteral("mnuSklRaz"))->objectName(), QStringLiteral("Sklad_R"));
+        auto *issues = qobject_cast<Sklad *>(commands.openWindow(QStringLiteral("mnuSklRaz")));
+        QCOMPARE(issues->objectName(), QStringLiteral("Sklad_R"));
+        QCOMPARE(issues->property("helpTopic").toInt(), 27);
+        // An issue saved beside it shows at once in the receipts window.
+        enter(*issues, "СА 1234 ВК", "Масло", "15", "3");
+        QVERIFY(issues->recordForm()->update());
+        QCOMPARE(child<QLabel>(*receipts, "lblStock")->text(), QStringLiteral("Неизписано от доставката: 0"));
+        QVERIFY(child<QCheckBox>(*receipts, "chkFields")->isChecked());
         receipts->close();
         commands.openWindow(QStringLiteral("mnuSklRaz"))->close();
     }
