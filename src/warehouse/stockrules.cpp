@@ -52,6 +52,12 @@ std::optional<UserMessage> checkQuantity(double quantity)
     return std::nullopt;
 }
 
+UserMessage repairIsNoReceiptMessage()
+{
+    return UserMessage::twoLines(errorTitle, QStringLiteral("\"Ремонт\" е разход без наличност!"),
+                                 QStringLiteral("Въведете ремонта в \"Разход\"."), UserMessage::Icon::Exclamation);
+}
+
 QString repairName()
 {
     return QStringLiteral("Ремонт");
@@ -79,6 +85,9 @@ std::optional<UserMessage> checkMovement(const QVariantMap &typed, const QString
     const QString name = typed.value(QStringLiteral("Name")).toString();
     if (IsBlank(name))
         return UserMessage{errorTitle, QStringLiteral("Въведете име на артикула.")};
+    // A repair has no stock: a receipt of it could never be issued and would stand in stock for ever.
+    if (vidKol == StockMovement::receiptKind() && isRepair(name))
+        return repairIsNoReceiptMessage();
     // A repair issue is one piece, whatever stands in the quantity box.
     const bool repair = vidKol == StockMovement::issueKind() && isRepair(name);
     if (!repair) {

@@ -68,5 +68,6 @@ UserMessage stockOutOfStepMessage(const QString &name);  // no open receipt hold
 UserMessage receiptDrawnOnMessage();                     // correcting quantity or price of a drawn-on receipt
 UserMessage receiptDrawnOnDeleteMessage();               // deleting a drawn-on receipt
 UserMessage receiptDrawnOnNotice();                      // told as its correction starts
+UserMessage repairIsNoReceiptMessage();                  // a receipt named "Ремонт"
 
 }

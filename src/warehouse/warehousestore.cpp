@@ -401,6 +401,8 @@ Checked<StockMovement> WarehouseStore::addReceipt(StockMovement m) const
     m.name = m.name.trimmed();
     m.docVid = cutDocumentKind(m.docVid);
     m.vidKol = StockMovement::receiptKind();
+    if (isRepair(m.name))
+        return repairIsNoReceiptMessage();
     if (auto refusal = checkQuantity(m.kol))
         return *refusal;
     const std::optional<Quantity> quantity = toQuantity(m.kol);

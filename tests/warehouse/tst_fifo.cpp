@@ -149,8 +149,8 @@ private slots:
         QTest::newRow("no date") << typed("Фактура", "Масло", "2", "1", "") << receipt
                                  << "ГРЕШКА!|Няма въведена дата!\nМоля, въведете датата на документа.";
         QTest::newRow("a repair asks no quantity") << typed("СА 1234 ВК", "Ремонт ", "", "120") << issue << "";
-        QTest::newRow("a repair receipt does") << typed("Фактура", "Ремонт", "", "120") << receipt
-                                               << "ГРЕШКА!|Няма въведено количество!\nМоля, въведете количество.";
+        QTest::newRow("a repair is no receipt") << typed("Фактура", " Ремонт", "1", "120") << receipt
+                                                << "ГРЕШКА!|\"Ремонт\" е разход без наличност!\nВъведете ремонта в \"Разход\".";
         QTest::newRow("all well, comma or point") << typed("Фактура", "Масло", "2.5", "9,80") << receipt << "";
     }
     void theSaveChecksComeInTheirOrder()

@@ -244,6 +244,8 @@ private slots:
         QCOMPARE(repair.value().lipsa, true);
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Nalich").toInt(), 0);
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM SkladLots").toInt(), 0);
+        // Nor can a repair be received into stock.
+        QVERIFY(!store.addReceipt(movement("Ремонт", 1, 240.50, QDate(2026, 3, 5))));
         // Deleting it gives nothing back to any stock.
         QCOMPARE(textOf(store.removeIssue(repair.value())), QString());
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad").toInt(), 0);
