@@ -90,6 +90,20 @@ private slots:
             QCOMPARE(course.neto, money.neto);
         }
 
+        // The warehouse as the screens leave it: stock on hand is the open receipts, every stock
+        // issue is the lots it took, and some articles are priced under 1 (drawn red).
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Nalich n WHERE ABS(n.Broi - (SELECT COALESCE(SUM(s.Ostat), 0) "
+                            "FROM Sklad s WHERE s.Name = n.Name AND s.VidKol = 'P' AND s.Lipsa = FALSE)) > 0.0005"),
+                 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM SkladLots") > 0);
+        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad s WHERE s.VidKol = 'R' AND s.Name NOT IN ('Ремонт', "
+                            "'Разходи за курс') AND ABS(s.Kol - (SELECT COALESCE(SUM(l.Kol), 0) FROM SkladLots l "
+                            "WHERE l.IssueID = s.id)) > 0.0005"),
+                 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Ремонт'") > 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Nalich WHERE Edin < 1") > 0);
+        QCOMPARE(summary.value().stockRows, scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name <> 'Разходи за курс'"));
+
         QVERIFY(LoadFirmProfile(db).profile.has_value());
         QSqlQuery admin(db);
         QVERIFY(admin.exec("SELECT Password FROM Users WHERE Vid = 'A'"));

@@ -179,9 +179,11 @@ private slots:
         for (const char *built : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuFileExit",
                                   "mnuSprBalans", "mnuViewToolbar", "mnuDataNew", "mnuDataKyrc", "mnuDataFakt",
                                   "mnuDataEditFakt", "mnuDataNewInside", "mnuDataDAI", "mnuSlgZapl", "mnuDataKorPl",
-                                  "mnuSprKlientSakr", "mnuSprBalanc", "mnuSprPreRazh"})
+                                  "mnuSprKlientSakr", "mnuSprBalanc", "mnuSprPreRazh", "mnuNal", "mnuSklPrih",
+                                  "mnuSklRaz", "mnuSprPrihod", "mnuSprRazhod", "mnuPrihPer", "mnuDataPList",
+                                  "mnuSprRowdList"})
             QVERIFY2(window.menuAction(QString::fromUtf8(built))->isEnabled(), built);
-        for (const char *waiting : {"mnuNal", "mnuDiskZap"})
+        for (const char *waiting : {"mnuDiskZap", "mnuDiskZar", "mnuNewPer"})
             QVERIFY2(!window.menuAction(QString::fromUtf8(waiting))->isEnabled(), waiting);
     }
 

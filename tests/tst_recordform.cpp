@@ -151,6 +151,34 @@ private slots:
         QVERIFY(messages.shown.isEmpty());
     }
 
+    // A screen's own rule locks a box for the row at hand; the next state frees it again.
+    void aBoxLockedByTheScreenStaysLockedUntilTheStateChanges()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addThree(scratch.db());
+        RecordingMessageService messages;
+        StockScreen screen(scratch.db());
+        screen.button("cmdEdit")->click();
+        screen.form->setFieldLocked(QStringLiteral("Kol"), true);
+        screen.form->setFieldLocked(QStringLiteral("DocVid"), true);
+        QVERIFY(screen.boxes[3]->isReadOnly());
+        QCOMPARE(screen.boxes[3]->palette().color(QPalette::Base), QColor(0xC0, 0xC0, 0xC0));
+        QVERIFY(!screen.combo->isEnabled());
+        QVERIFY(!screen.boxes[2]->isReadOnly());
+        screen.form->setFieldLocked(QStringLiteral("Kol"), false);
+        QVERIFY(!screen.boxes[3]->isReadOnly());
+        screen.form->setFieldLocked(QStringLiteral("Kol"), true);
+        screen.button("cmdCancel")->click();
+        screen.button("cmdAdd")->click();
+        QVERIFY(!screen.boxes[3]->isReadOnly());
+        QVERIFY(screen.combo->isEnabled());
+        QVERIFY(screen.boxes[3]->palette().color(QPalette::Base) != QColor(0xC0, 0xC0, 0xC0));
+        // While browsing a freed box still takes no typing.
+        screen.button("cmdCancel")->click();
+        screen.form->setFieldLocked(QStringLiteral("Kol"), false);
+        QVERIFY(screen.boxes[3]->isReadOnly());
+    }
+
     void keysMoveWhileBrowsingAndCtrlCountsOnlyAlone()
     {
         ZAREK_SCRATCH_DB(scratch);

@@ -260,6 +260,22 @@ private slots:
         QCOMPARE(writes, 1);
     }
 
+    // A rule of the row's values draws it in the marking colour, without marking it.
+    void aRowIsDrawnRedByARuleOfItsValues()
+    {
+        ResultGridConfig config = fakturaConfig();
+        config.highlightRow = [](const RowSet &rows, int row) { return rows.value(row, QStringLiteral("KM")).toDouble() < 30; };
+        ResultGridScreen screen(config);
+        screen.setRows(courses());
+        const QAbstractItemModel *model = screen.model();
+        QCOMPARE(model->index(0, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
+        QVERIFY(!model->index(1, 1).data(Qt::ForegroundRole).isValid());
+        QVERIFY(!screen.model()->isMarked(0));
+        QVERIFY(screen.model()->isHighlighted(0));
+        QVERIFY(!screen.model()->isHighlighted(2));
+        QVERIFY(!screen.model()->isHighlighted(7));  // no such row
+    }
+
     void anEmptyResultIsToldAndTheScreenStaysOpen()
     {
         RecordingMessageService messages;

@@ -372,6 +372,7 @@ private slots:
         QVERIFY(second.conditions().SeekMarsh.isEmpty());
     }
 
+    // The truck box starts empty (all trucks): the design text "ааа" taken as a truck emptied the list.
     void warehouseExpensesTakeTheTruckUnchecked()
     {
         ZAREK_SCRATCH_DB(scratch);
@@ -381,10 +382,18 @@ private slots:
         QVERIFY(!child<QComboBox>(dialog, "Combo1")->isEnabled());
         QVERIFY(!child<QLineEdit>(dialog, "Text2")->isEnabled());
         QCOMPARE(child<QLabel>(dialog, "lblText3")->text(), QStringLiteral("Артикул"));
+        QCOMPARE(child<QComboBox>(dialog, "Combo2")->currentText(), QString());
         setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         clickSearch(dialog);
         QVERIFY(dialog.SeekOk());
-        QCOMPARE(dialog.conditions().SeekKola, QStringLiteral("ааа"));
+        QCOMPARE(dialog.conditions().SeekKola, QString());
+
+        DiaSeekAll typed(SearchMode::SkladPRN, scratch.db());
+        child<QComboBox>(typed, "Combo2")->setEditText(QStringLiteral("Непозната 1"));
+        setPeriod(typed, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
+        clickSearch(typed);
+        QVERIFY(typed.SeekOk());
+        QCOMPARE(typed.conditions().SeekKola, QStringLiteral("Непозната 1"));
     }
 
     void noCoursesAtAllIsToldOnOpening()

@@ -10,6 +10,7 @@
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 #include "international/tripstore.h"
+#include "warehouse/warehousestore.h"
 #include "waybills/fuelnorm.h"
 
 #include <QSqlError>
@@ -322,69 +323,78 @@ bool Generator::warehouse()
         {QStringLiteral("Масло двигателно 15W40"), 9.80, 40}, {QStringLiteral("Филтър маслен"), 24.50, 10},
         {QStringLiteral("Филтър горивен"), 31.20, 10},       {QStringLiteral("Гума 315/80 R22.5"), 612.00, 4},
         {QStringLiteral("Накладки спирачни"), 148.00, 6},    {QStringLiteral("Антифриз"), 6.40, 30},
-        {QStringLiteral("Крушка 24V H7"), 7.90, 20},         {QStringLiteral("Акумулатор 180Ah"), 385.00, 2}};
-    Transaction transaction(m_db);
-    const QString insertSql = QStringLiteral(
-        "INSERT INTO Sklad (Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa, DateMod, TimeMod) "
-        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+        {QStringLiteral("Крушка 24V H7"), 7.90, 20},         {QStringLiteral("Акумулатор 180Ah"), 385.00, 2},
+        {QStringLiteral("Шайба M12"), 0.35, 100},            {QStringLiteral("Предпазител 10A"), 0.60, 50}};
+    // Every movement goes through the warehouse store, as the screens save them: each issue takes
+    // first in, first out and records its lots, so the stock on hand is always the open receipts.
+    QDateTime clock;
+    const WarehouseStore store(m_db, [&clock] { return clock; });
+    const auto failed = [this](const UserMessage &message) {
+        m_error = message;
+        return false;
+    };
     int rows = 0;
     int invoiceNo = 3100;
     for (const Article &article : articles) {
-        struct Lot {
-            double left;
-            double price;
-            qint64 id;
-        };
-        std::vector<Lot> lots;
         QDate day = m_options.today.addDays(-between(300, 360));
-        double lastPrice = article.price;
         while (day < m_options.today) {
-            // A receipt, then a few issues consumed first in, first out.
-            lastPrice = roundHalfEven(article.price * uniform(0.95, 1.08), 2);
-            const double kol = article.lot;
-            QSqlQuery receipt(m_db);
-            receipt.prepare(insertSql + QStringLiteral(" RETURNING id"));
-            for (const QVariant &v : QVariantList{day, QStringLiteral("Фактура"), QString::number(++invoiceNo), article.name,
-                                                  kol, lastPrice, roundHalfEven(kol * lastPrice, 2), QStringLiteral("P"),
-                                                  kol, false, day, QTime(8, 30)})
-                receipt.addBindValue(v);
-            if (!exec(receipt) || !receipt.next())
-                return false;
-            lots.push_back({kol, lastPrice, receipt.value(0).toLongLong()});
-            receipt.finish();
+            StockMovement receipt;
+            receipt.data = day;
+            receipt.docVid = pick(std::vector<QString>{QStringLiteral("Фактура"), QStringLiteral("Фактура"),
+                                                       QStringLiteral("Разписка")});
+            receipt.docNom = QString::number(++invoiceNo);
+            receipt.name = article.name;
+            receipt.kol = article.lot;
+            receipt.edin = roundHalfEven(article.price * uniform(0.95, 1.08), 2);
+            clock = QDateTime(day, QTime(8, 30));
+            const Checked<StockMovement> received = store.addReceipt(receipt);
+            if (!received)
+                return failed(received.message());
             ++rows;
             for (int issue = between(1, 3); issue > 0; --issue) {
                 day = day.addDays(between(5, 25));
                 if (day >= m_options.today)
                     break;
-                double wanted = std::max(1.0, std::floor(article.lot * uniform(0.2, 0.5)));
-                const QString truck = pick(m_trucks).plate;
-                for (Lot &lot : lots) {
-                    if (wanted <= 0 || lot.left <= 0)
-                        continue;
-                    const double taken = std::min(wanted, lot.left);
-                    lot.left -= taken;
-                    wanted -= taken;
-                    if (!insert(insertSql, {day, truck, QStringLiteral("%1").arg(between(1, 999), 10, 10, QLatin1Char('0')),
-                                            article.name, taken, lot.price, roundHalfEven(taken * lot.price, 2),
-                                            QStringLiteral("R"), 0.0, true, day, QTime(14, 0)})
-                        || !insert(QStringLiteral("UPDATE Sklad SET Ostat = ?, Lipsa = ?, row_version = row_version + 1 WHERE id = ?"),
-                                   {lot.left, lot.left <= 0, lot.id}))
-                        return false;
-                    ++rows;
-                }
+                const Checked<std::optional<StockOnHand>> stock = store.onHand(article.name);
+                if (!stock)
+                    return failed(stock.message());
+                const double onHand = stock.value() ? quantityValue(stock.value()->broi) : 0;
+                const double wanted = std::min(onHand, std::max(1.0, std::floor(article.lot * uniform(0.2, 0.5))));
+                if (wanted <= 0)
+                    continue;
+                StockMovement out;
+                out.data = day;
+                out.docVid = pick(m_trucks).plate;
+                out.docNom = QStringLiteral("%1").arg(between(1, 999), documentNumberLength, 10, QLatin1Char('0'));
+                out.name = article.name;
+                out.kol = wanted;
+                out.edin = stock.value()->edin;  // the latest receipt's price, as the dispatcher types it
+                clock = QDateTime(day, QTime(14, 0));
+                const Checked<StockMovement> issued = store.addIssue(out);
+                if (!issued)
+                    return failed(issued.message());
+                ++rows;
             }
             day = day.addDays(between(20, 60));
         }
-        double onHand = 0;
-        for (const Lot &lot : lots)
-            onHand += lot.left;
-        if (!insert(QStringLiteral("INSERT INTO Nalich (Name, Edin, Broi, DateMod, TimeMod) VALUES (?, ?, ?, ?, ?)"),
-                    {article.name, lastPrice, onHand, m_options.today, QTime(17, 0)}))
-            return false;
+    }
+    // A few repairs: cost entries of a truck with no stock behind them.
+    for (int i = between(4, 8); i > 0; --i) {
+        StockMovement repair;
+        repair.data = m_options.today.addDays(-between(5, 330));
+        repair.docVid = pick(m_trucks).plate;
+        repair.docNom = QString::number(between(100, 999));
+        repair.name = repairName();
+        repair.kol = 1;
+        repair.edin = roundHalfEven(uniform(80, 1400), 2);
+        clock = QDateTime(repair.data, QTime(16, 0));
+        const Checked<StockMovement> written = store.addIssue(repair);
+        if (!written)
+            return failed(written.message());
+        ++rows;
     }
     m_summary.stockRows = rows;
-    return transaction.commit();
+    return true;
 }
 
 bool Generator::waybills()

@@ -111,15 +111,18 @@ QString periodLine(const Period &period)
     return QStringLiteral("за периода от ") + formatDate(period.from) + QStringLiteral(" до ") + formatDate(period.to);
 }
 
+QString firmContactLine(const FirmProfile &firm)
+{
+    // The mobile number follows "факс:" and the address reads "http//": the firm's papers always had it so.
+    return QStringLiteral("тел:") + firm.UserTel + QStringLiteral(", факс:") + firm.UserGSM
+           + QStringLiteral(", E-mail:") + firm.UserEmail + QStringLiteral(", URL:http//") + firm.UserURL;
+}
+
 void fillFirmBlock(Report &report, const FirmProfile &firm, const QString &contactLabel)
 {
     report.setCaption(header, QStringLiteral("Label1"), firm.UserName);
     report.setCaption(header, QStringLiteral("Label2"), firm.UserCity + QStringLiteral(", ") + firm.UserAdres);
-    // The mobile number follows "факс:" and the address reads "http//": the firm's papers always had it so.
-    report.setCaption(header, contactLabel,
-                      QStringLiteral("тел:") + firm.UserTel + QStringLiteral(", факс:") + firm.UserGSM
-                          + QStringLiteral(", E-mail:") + firm.UserEmail + QStringLiteral(", URL:http//")
-                          + firm.UserURL);
+    report.setCaption(header, contactLabel, firmContactLine(firm));
 }
 
 Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)

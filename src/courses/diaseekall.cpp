@@ -59,6 +59,7 @@ DiaSeekAll::DiaSeekAll(SearchMode mode, QSqlDatabase db, QWidget *parent) : Sear
         marshLabel->setText(QStringLiteral("Артикул"));
         m_marsh->setToolTip(QStringLiteral("Избор на артикул"));
         m_kola->setToolTip(QStringLiteral("Избор на номер на кола"));
+        m_kola->setEditText(QString());  // no truck: the issues of all trucks
     }
     setEntryOrder({m_klient, m_kola, m_marsh, m_tovar});
     fromBox()->setFocus();

@@ -78,6 +78,23 @@ const std::vector<Migration> &migrations()
                            "SrCity {TEXT}, SrCountry {TEXT})"),
             QStringLiteral("CREATE INDEX firms_srname ON Firms (SrName)"),
         }},
+        {3, {  // warehouse: the lots each issue took from the receipts, one stock row a trimmed name
+            QStringLiteral("CREATE TABLE SkladLots (id {ID}, row_version {VERSION}, IssueID BIGINT NOT NULL, "
+                           "ReceiptID BIGINT NOT NULL, Kol {REAL} NOT NULL, Edin {REAL} NOT NULL)"),
+            QStringLiteral("CREATE INDEX skladlots_issue ON SkladLots (IssueID)"),
+            QStringLiteral("CREATE INDEX skladlots_receipt ON SkladLots (ReceiptID)"),
+            // The open receipts of a name, oldest first; the movements of a period by kind.
+            QStringLiteral("CREATE INDEX sklad_open ON Sklad (Name, VidKol, Lipsa, Data)"),
+            QStringLiteral("CREATE INDEX sklad_vidkol_data ON Sklad (VidKol, Data)"),
+            // Names are compared trimmed: rows of one name typed with blanks around it become one.
+            QStringLiteral("UPDATE Sklad SET Name = TRIM(Name) WHERE Name <> TRIM(Name)"),
+            QStringLiteral("UPDATE Nalich SET Name = TRIM(Name) WHERE Name <> TRIM(Name)"),
+            QStringLiteral("UPDATE Nalich SET Broi = (SELECT SUM(same.Broi) FROM Nalich same WHERE same.Name = Nalich.Name) "
+                           "WHERE id IN (SELECT MAX(id) FROM Nalich GROUP BY Name HAVING COUNT(*) > 1)"),
+            QStringLiteral("DELETE FROM Nalich WHERE id NOT IN (SELECT MAX(id) FROM Nalich GROUP BY Name)"),
+            QStringLiteral("DROP INDEX nalich_name"),
+            QStringLiteral("CREATE UNIQUE INDEX nalich_name ON Nalich (Name)"),
+        }},
     };
     return list;
 }

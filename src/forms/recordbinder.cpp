@@ -40,7 +40,7 @@ protected:
     }
 };
 
-void setLocked(QWidget *widget, bool locked)
+void paintLocked(QWidget *widget, bool locked)
 {
     QPalette palette = widget->parentWidget() ? widget->parentWidget()->palette() : widget->palette();
     if (locked)
@@ -59,7 +59,7 @@ void RecordBinder::bind(QLineEdit *field, const QString &column, FieldOptions op
     field->setReadOnly(true);
     if (options.readOnly) {
         field->setFocusPolicy(Qt::NoFocus);
-        setLocked(field, true);
+        paintLocked(field, true);
     }
 }
 
@@ -117,7 +117,7 @@ void RecordBinder::setState(RecordFormState state)
             continue;
         }
         binding.text->setReadOnly(!pending || locked || binding.options.readOnly);
-        setLocked(binding.text, locked || binding.options.readOnly);
+        paintLocked(binding.text, locked || binding.options.readOnly);
         if (binding.combo) {
             binding.combo->setVisible(pending);
             binding.text->setVisible(!pending);
@@ -126,6 +126,23 @@ void RecordBinder::setState(RecordFormState state)
     }
     for (RecordGridModel *grid : std::as_const(m_grids))
         grid->setState(state);
+}
+
+void RecordBinder::setLocked(const QString &column, bool locked)
+{
+    const bool pending = m_state != RecordFormState::Browsing;
+    for (const Binding &binding : std::as_const(m_bindings)) {
+        if (binding.column != column)
+            continue;
+        if (binding.check) {
+            binding.check->setEnabled(pending && !locked);
+            continue;
+        }
+        binding.text->setReadOnly(!pending || locked || binding.options.readOnly);
+        paintLocked(binding.text, locked || binding.options.readOnly);
+        if (binding.combo)
+            binding.combo->setEnabled(!locked);
+    }
 }
 
 void RecordBinder::loadCovers()

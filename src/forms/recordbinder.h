@@ -43,6 +43,9 @@ public:
     void show(const QVariantMap &values);
     // Boxes take typing only while a row is added or corrected.
     void setState(RecordFormState state);
+    // Locks one box (grey, read-only, its combo disabled) or frees it again, until the state
+    // changes: a screen's own rule on the row being added or corrected.
+    void setLocked(const QString &column, bool locked);
     // "Поправи": each combo takes the text of the box it covers.
     void loadCovers();
     // Before a save: each box takes the trimmed text of its combo.

@@ -230,6 +230,11 @@ RecordGridModel *RecordForm::bindGrid(QTableView *grid, const QList<RecordGridCo
     return model;
 }
 
+void RecordForm::setFieldLocked(const QString &column, bool locked)
+{
+    m_binder->setLocked(column, locked);
+}
+
 std::optional<UserMessage> RecordForm::readRows()
 {
     WaitCursor wait;

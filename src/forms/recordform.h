@@ -94,6 +94,9 @@ public:
     // The rows as lines of a grid, the pending row typed straight into its cells: a row clicked
     // becomes current, the grid follows every move, Enter in the pending line saves it.
     RecordGridModel *bindGrid(QTableView *grid, const QList<RecordGridColumn> &columns);
+    // Locks the box of a column (grey, read-only) while the row is added or corrected, or frees
+    // it; the next change of state undoes it. For rules that depend on the row or on what is typed.
+    void setFieldLocked(const QString &column, bool locked);
     // Reads the rows and shows the first; call once the fields are bound. False (after the
     // message) when the rows could not be read.
     bool open();

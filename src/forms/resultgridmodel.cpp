@@ -51,6 +51,11 @@ void ResultGridModel::setMarked(int row, bool marked)
     refreshRow(row);
 }
 
+bool ResultGridModel::isHighlighted(int row) const
+{
+    return m_highlight && row >= 0 && row < m_rows.rowCount() && m_highlight(m_rows, row);
+}
+
 void ResultGridModel::setEditingAllowed(bool allowed)
 {
     if (m_editingAllowed == allowed)
@@ -138,7 +143,7 @@ QVariant ResultGridModel::data(const QModelIndex &index, int role) const
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(column.alignment | Qt::AlignVCenter);
     case Qt::ForegroundRole:
-        if (isMarked(index.row()))
+        if (isMarked(index.row()) || isHighlighted(index.row()))
             return m_markColor;
         return {};
     default:

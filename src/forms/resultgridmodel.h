@@ -33,6 +33,10 @@ public:
     bool isMarked(int row) const;
     void setMarked(int row, bool marked);
     void setMarkColor(const QColor &color) { m_markColor = color; }
+    // Rows drawn in the marking colour by a rule of their values (a price under 1, say).
+    using RowHighlight = std::function<bool(const RowSet &rows, int row)>;
+    void setHighlight(RowHighlight highlight) { m_highlight = std::move(highlight); }
+    bool isHighlighted(int row) const;
 
     void setEditingAllowed(bool allowed);
     bool editingAllowed() const { return m_editingAllowed; }
@@ -66,6 +70,7 @@ private:
     QColor m_markColor = QColor(255, 0, 0);
     bool m_editingAllowed = false;
     EditHook m_editHook;
+    RowHighlight m_highlight;
 };
 
 }

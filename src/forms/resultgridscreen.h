@@ -35,6 +35,7 @@ struct ResultGridConfig {
     bool printable = true;                  // shows cmdPrint "Печат"
     QString emptyMessage;                   // shown under "ВНИМАНИЕ!" when there is no row
     bool focusGridOnOpen = true;            // else the focus goes to cmdClose
+    ResultGridModel::RowHighlight highlightRow;  // rows drawn red on white by their values
 };
 
 // The screen every grid of results is built on: the grid over the rows a search selected, the

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QList>
+#include <QtGlobal>
+#include <optional>
+
+// The first-in-first-out rule of the warehouse, free of the database: an issue takes what it
+// needs from the oldest open receipts first, and costs the weighted average of what it took.
+namespace zarek {
+
+// A stock quantity in whole thousandths, the precision the lists print: issues and give-backs
+// then add and subtract exactly, and stock on hand is exactly the sum of what the receipts hold.
+using Quantity = qint64;
+inline constexpr Quantity quantityScale = 1000;
+
+// A typed or stored quantity as thousandths; none when it has more than three decimals or is
+// not a finite number.
+std::optional<Quantity> toQuantity(double value);
+// A stored quantity read back (stored values are whole thousandths already).
+Quantity storedQuantity(double value);
+inline double quantityValue(Quantity quantity) { return static_cast<double>(quantity) / quantityScale; }
+
+// A receipt that can still be issued from (Lipsa false), as read, oldest first.
+struct OpenReceipt {
+    qint64 id = 0;
+    int rowVersion = 0;
+    Quantity ostat = 0;  // not issued yet
+    double price = 0;    // Edin
+};
+
+// A receipt after the issue: what it holds now and whether it is used up.
+struct ReceiptAfter {
+    qint64 id = 0;
+    int rowVersion = 0;  // the version it was read at
+    Quantity ostat = 0;
+    bool lipsa = false;
+};
+
+// What an issue took from one receipt.
+struct IssueLot {
+    qint64 receiptId = 0;
+    Quantity quantity = 0;
+    double price = 0;
+    bool operator==(const IssueLot &) const = default;
+};
+
+struct Consumption {
+    QList<ReceiptAfter> receipts;  // every receipt the walk touched, in order
+    QList<IssueLot> lots;          // what was taken, only where something was
+    Quantity needed = 0;
+    Quantity taken = 0;
+    double cost = 0;               // the sum of quantity x price over the lots
+
+    bool complete() const { return taken == needed && needed > 0; }
+    // The weighted average cost of what was taken (cost / taken); none when nothing was taken.
+    std::optional<double> averagePrice() const;
+};
+
+// Walks the open receipts from the oldest: a receipt that covers the rest of the need gives it
+// and stays open (even when it comes to 0); one that does not is used up (Ostat 0, Lipsa true)
+// and the walk goes on. Stops when the need is met or the receipts run out.
+Consumption ConsumeReceipts(const QList<OpenReceipt> &oldestFirst, Quantity need);
+
+}

@@ -1,0 +1,332 @@
+#include "stocklists.h"
+
+#include "core/formats.h"
+#include "core/rounding.h"
+#include "core/version.h"
+#include "courses/coursereports.h"
+#include "data/sqlerror.h"
+#include "warehouse/fifo.h"
+#include "warehouse/stockrules.h"
+#include "warehouse/warehousestore.h"
+
+#include <QHash>
+#include <QSqlQuery>
+#include <QVariant>
+#include <algorithm>
+
+namespace zarek {
+
+namespace {
+
+const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
+const QString header = QStringLiteral("ReportHeader");
+const QString pageHeader = QStringLiteral("PageHeader");
+const QString detail = QStringLiteral("Detail");
+const QString pageFooter = QStringLiteral("PageFooter");
+const QString reportFooter = QStringLiteral("ReportFooter");
+
+bool startsWith(const QString &text, const QString &prefix)
+{
+    return text.trimmed().startsWith(prefix.trimmed(), Qt::CaseInsensitive);
+}
+
+// A quantity as plain text: its decimals and no more, with a decimal comma.
+QString quantityText(double quantity)
+{
+    return bulgarianLocale().toString(quantityValue(storedQuantity(quantity)), 'g', 15);
+}
+
+// "###0.00" and the unit right behind it, as the audit's columns read.
+QString amountText(Money amount)
+{
+    return formatAmount(amount) + amountUnit();
+}
+
+bool prepareAndRun(QSqlQuery &query, const QString &sql, const QVariantList &values)
+{
+    query.setForwardOnly(true);
+    query.prepare(sql);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    return query.exec();
+}
+
+QString windowCaption(const QString &text)
+{
+    return QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - ") + text;
+}
+
+void fillFooter(Report &report, const QString &totalText)
+{
+    report.setCaption(pageFooter, QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
+    report.setCaption(reportFooter, QStringLiteral("Label8"), totalText);
+}
+
+void bindDetail(Report &report, const QStringList &fields)
+{
+    for (int i = 0; i < fields.size(); ++i)
+        report.setDataField(detail, QStringLiteral("Text%1").arg(100 + i), fields.at(i));
+}
+
+}
+
+UserMessage noStockArticleMessage()
+{
+    return UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("В склада няма артикул с това име!"),
+                                 QStringLiteral("Моля, изберете друго."));
+}
+
+bool priceDrawnRed(double price)
+{
+    return price < 1;
+}
+
+bool remainderDrawnRed(double remainder)
+{
+    return remainder < 1;
+}
+
+UserMessage noMovementsMessage(bool receipts)
+{
+    return {QStringLiteral("ВНИМАНИЕ!"), receipts ? QStringLiteral("Няма приходи в склада за периода!")
+                                                  : QStringLiteral("Няма разходи в склада за периода!")};
+}
+
+Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix)
+{
+    QSqlQuery query(db);
+    if (!prepareAndRun(query, QStringLiteral("SELECT Name, Edin, Broi FROM Nalich"), {}))
+        return sqlErrorMessage(readTitle, query.lastError());
+    struct Item {
+        QString name;
+        double edin;
+        double broi;
+    };
+    QList<Item> items;
+    while (query.next()) {
+        const QString name = query.value(0).toString();
+        if (startsWith(name, articlePrefix))
+            items.append({name, query.value(1).toDouble(), query.value(2).toDouble()});
+    }
+    std::stable_sort(items.begin(), items.end(), [](const Item &a, const Item &b) { return nameLess(a.name, b.name); });
+
+    StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Kol"), QStringLiteral("Cena"),
+                           QStringLiteral("Suma")}),
+                   {}};
+    list.rows.reserveRows(static_cast<int>(items.size()));
+    int red = 0;
+    for (const Item &item : std::as_const(items)) {
+        // Each row's value to the cent, so the total is the sum of the column as read.
+        const Money suma = Money::fromAmount(item.broi * item.edin);
+        list.rows.appendRow({++red, item.name, item.broi, item.edin, suma.toDouble()});
+        list.total += suma;
+    }
+    return list;
+}
+
+Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::function<void(int, int)> &progress)
+{
+    QSqlQuery query(db);
+    if (!prepareAndRun(query, QStringLiteral("SELECT DISTINCT Name FROM Sklad"), {}))
+        return sqlErrorMessage(readTitle, query.lastError());
+    QStringList names;
+    while (query.next())
+        names.append(query.value(0).toString());
+    sortNames(names);
+
+    struct Sums {
+        double quantity = 0;
+        Money value;
+    };
+    QHash<QString, Sums> in;
+    QHash<QString, Sums> out;
+    if (!prepareAndRun(query,
+                       QStringLiteral("SELECT Name, VidKol, SUM(Kol), SUM(Suma) FROM Sklad WHERE Data BETWEEN ? AND ? "
+                                      "GROUP BY Name, VidKol"),
+                       {period.from, period.to}))
+        return sqlErrorMessage(readTitle, query.lastError());
+    while (query.next()) {
+        const QString kind = query.value(1).toString();
+        if (kind != StockMovement::receiptKind() && kind != StockMovement::issueKind())
+            continue;
+        Sums &sums = (kind == StockMovement::receiptKind() ? in : out)[query.value(0).toString()];
+        sums.quantity = query.value(2).toDouble();
+        sums.value = Money::fromAmount(query.value(3).toDouble());
+    }
+    // The price of each name is that of its oldest receipt in the period.
+    QHash<QString, double> firstPrice;
+    if (!prepareAndRun(query,
+                       QStringLiteral("SELECT Name, Edin FROM Sklad WHERE VidKol = 'P' AND Data BETWEEN ? AND ? "
+                                      "ORDER BY Data, id"),
+                       {period.from, period.to}))
+        return sqlErrorMessage(readTitle, query.lastError());
+    while (query.next()) {
+        const QString name = query.value(0).toString();
+        if (!firstPrice.contains(name))
+            firstPrice.insert(name, query.value(1).toDouble());
+    }
+
+    StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Cena"),
+                           QStringLiteral("Prihod"), QStringLiteral("SumaP"), QStringLiteral("Razhod"),
+                           QStringLiteral("SumaR"), QStringLiteral("Ostatak"), QStringLiteral("SumaO"),
+                           QStringLiteral("OstatakKol")}),
+                   {}};
+    list.rows.reserveRows(static_cast<int>(names.size()));
+    int red = 0;
+    for (const QString &name : std::as_const(names)) {
+        const Sums received = in.value(name);
+        const Sums issued = out.value(name);
+        // A name with no receipt in the period shows no price (not the name before it).
+        const auto price = firstPrice.constFind(name);
+        const QString cena = price == firstPrice.constEnd() ? QString() : amountText(Money::fromAmount(*price));
+        const bool anyIssued = issued.quantity > 0;
+        const double remainder = quantityValue(storedQuantity(received.quantity) - storedQuantity(issued.quantity));
+        const Money value = received.value - issued.value;
+        list.rows.appendRow({++red, name, cena, quantityText(received.quantity), amountText(received.value),
+                             anyIssued ? quantityText(issued.quantity) : QStringLiteral("- "),
+                             anyIssued ? amountText(issued.value) : QStringLiteral("- "), quantityText(remainder),
+                             amountText(value), remainder});
+        list.total += value;
+        if (progress && red % 64 == 0)
+            progress(red, static_cast<int>(names.size()));
+    }
+    return list;
+}
+
+Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &period, const QString &articlePrefix,
+                                  const QString &truckPrefix, const std::function<void(int, int)> &progress)
+{
+    QSqlQuery query(db);
+    if (!prepareAndRun(query,
+                       QStringLiteral("SELECT DocVid, DocNom, Data, Name, Kol, Edin, Suma FROM Sklad "
+                                      "WHERE VidKol = ? AND Data BETWEEN ? AND ? ORDER BY Data, id"),
+                       {receipts ? StockMovement::receiptKind() : StockMovement::issueKind(), period.from, period.to}))
+        return sqlErrorMessage(readTitle, query.lastError());
+    struct Item {
+        QString docVid, docNom;
+        QDate data;
+        QString name;
+        double kol, edin, suma;
+    };
+    QList<Item> items;
+    while (query.next()) {
+        Item item{query.value(0).toString(), query.value(1).toString(), query.value(2).toDate(),
+                  query.value(3).toString(), query.value(4).toDouble(), query.value(5).toDouble(),
+                  query.value(6).toDouble()};
+        if (!startsWith(item.name, articlePrefix) || (!receipts && !startsWith(item.docVid, truckPrefix)))
+            continue;
+        items.append(item);
+    }
+    // By name, each name's movements by date.
+    QStringList order;
+    for (const Item &item : std::as_const(items))
+        order.append(item.name);
+    order.removeDuplicates();
+    sortNames(order);
+    QHash<QString, int> rank;
+    for (int i = 0; i < order.size(); ++i)
+        rank.insert(order.at(i), i);
+    std::stable_sort(items.begin(), items.end(),
+                     [&rank](const Item &a, const Item &b) { return rank.value(a.name) < rank.value(b.name); });
+
+    StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("DocVid"), QStringLiteral("NomData"),
+                           QStringLiteral("Name"), QStringLiteral("Broi"), QStringLiteral("Edin"),
+                           QStringLiteral("Suma")}),
+                   {}};
+    list.rows.reserveRows(static_cast<int>(items.size()));
+    int red = 0;
+    for (const Item &item : std::as_const(items)) {
+        const QString nomData = item.docNom + QStringLiteral(" / ")
+                                + (item.data.isValid() ? QStringLiteral("%1.%2.%3")
+                                                             .arg(item.data.day())
+                                                             .arg(item.data.month())
+                                                             .arg(item.data.year())
+                                                       : QString());
+        // Each amount counts as printed, so the total equals the column.
+        const Money suma = Money::fromAmount(item.suma);
+        list.rows.appendRow({++red, item.docVid, nomData, item.name, formatFixed(item.kol, 3), formatAmount(item.edin),
+                             formatAmount(suma)});
+        list.total += suma;
+        if (progress && red % 256 == 0)
+            progress(red, static_cast<int>(items.size()));
+    }
+    return list;
+}
+
+Checked<Report> ReportNalich(const StockList &position, const FirmProfile &firm, QDate today)
+{
+    Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptNalich"));
+    if (!loaded)
+        return loaded;
+    Report report = loaded.value();
+    report.setWindowCaption(windowCaption(QStringLiteral("Справка склад")));
+    report.setDataSource(position.rows);
+    report.setCaption(header, QStringLiteral("Label4"), firm.UserName);
+    report.setCaption(header, QStringLiteral("Label5"), firm.UserCity + QStringLiteral(", ") + firm.UserAdres);
+    report.setCaption(header, QStringLiteral("Label3"), firmContactLine(firm));
+    // The spelling of the subject line is the firm's papers' own.
+    report.setCaption(header, QStringLiteral("Label2"), QStringLiteral("за наличноста в склада към ") + formatDate(today));
+    bindDetail(report, {QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Kol"), QStringLiteral("Cena"),
+                        QStringLiteral("Suma")});
+    fillFooter(report, QStringLiteral("Обща сума ") + formatAmount(position.total) + QLatin1Char(' ') + amountUnit());
+    return report;
+}
+
+Checked<Report> ReportSklad(const StockList &audit, const FirmProfile &firm, QDate today)
+{
+    Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptSklad"));
+    if (!loaded)
+        return loaded;
+    Report report = loaded.value();
+    report.setWindowCaption(windowCaption(QStringLiteral("Справка склад")));
+    report.setDataSource(audit.rows);
+    report.setCaption(header, QStringLiteral("Label4"), firm.UserName);
+    // The town and address give way to the subject line, which is what the audit prints.
+    report.setCaption(header, QStringLiteral("Label2"),
+                      QStringLiteral("за приходите и разходите в склада към ") + formatDate(today));
+    report.setCaption(header, QStringLiteral("Label10"), firmContactLine(firm));
+    bindDetail(report, {QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Prihod"), QStringLiteral("SumaP"),
+                        QStringLiteral("Razhod"), QStringLiteral("SumaR"), QStringLiteral("Ostatak"),
+                        QStringLiteral("SumaO")});
+    fillFooter(report, QStringLiteral("Обща сума ") + formatAmount(audit.total) + QLatin1Char(' ') + amountUnit());
+    return report;
+}
+
+Checked<Report> ReportSkladPR(const StockList &movements, bool receipts, const Period &period, const FirmProfile &firm)
+{
+    Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptSkladPR"));
+    if (!loaded)
+        return loaded;
+    Report report = loaded.value();
+    report.setWindowCaption(windowCaption(receipts ? QStringLiteral("Справка - Приходи в склада")
+                                                   : QStringLiteral("Справка - Разходи в склада")));
+    report.setDataSource(movements.rows);
+    report.setCaption(header, QStringLiteral("Label4"), firm.UserName);
+    report.setCaption(header, QStringLiteral("Label2"),
+                      (receipts ? QStringLiteral("за приходите в склада от ") : QStringLiteral("за разходите в склада от "))
+                          + formatDate(period.from) + QStringLiteral(" до ") + formatDate(period.to));
+    report.setCaption(header, QStringLiteral("Label9"), firmContactLine(firm));
+    if (receipts)
+        report.setCaption(pageHeader, QStringLiteral("Label107"), QStringLiteral("Приход"));
+    bindDetail(report, {QStringLiteral("Red"), QStringLiteral("DocVid"), QStringLiteral("NomData"),
+                        QStringLiteral("Name"), QStringLiteral("Edin"), QStringLiteral("Broi"),
+                        QStringLiteral("Suma")});
+    fillFooter(report, (receipts ? QStringLiteral("Обща сума на приходите: ") : QStringLiteral("Обща сума на разходите: "))
+                           + formatAmount(movements.total) + QLatin1Char(' ') + amountUnit());
+    return report;
+}
+
+Checked<Report> SkladReport(bool receipts, const SearchConditions &conditions, QSqlDatabase db,
+                            const FirmProfile &firm, const std::function<void(int, int)> &progress)
+{
+    const QString article = receipts ? conditions.SeekArtikul : conditions.SeekMarsh;
+    const Checked<StockList> movements = stockMovements(db, receipts, conditions.period, article,
+                                                        receipts ? QString() : conditions.SeekKola, progress);
+    if (!movements)
+        return movements.message();
+    if (movements.value().rows.isEmpty())
+        return noMovementsMessage(receipts);
+    return ReportSkladPR(movements.value(), receipts, conditions.period, firm);
+}
+
+}
