@@ -25,7 +25,7 @@ Checked<QStringList> attestationDriverNames(QSqlDatabase db)
     return names;
 }
 
-Checked<std::optional<DriverPapers>> findAttestationDriver(QSqlDatabase db, const QString &name)
+Checked<std::optional<AttestedDriver>> findAttestationDriver(QSqlDatabase db, const QString &name)
 {
     QSqlQuery query(db);
     query.setForwardOnly(true);
@@ -34,9 +34,9 @@ Checked<std::optional<DriverPapers>> findAttestationDriver(QSqlDatabase db, cons
     if (!query.exec())
         return sqlErrorMessage(readTitle, query.lastError());
     if (!query.next())
-        return std::optional<DriverPapers>();
-    return std::optional<DriverPapers>(
-        DriverPapers{query.value(0).toString(), query.value(1).toString(), query.value(2).toString()});
+        return std::optional<AttestedDriver>();
+    return std::optional<AttestedDriver>(
+        AttestedDriver{query.value(0).toString(), query.value(1).toString(), query.value(2).toString()});
 }
 
 }

@@ -9,7 +9,7 @@
 namespace zarek {
 
 // What the attestation takes from a driver's row of shof.
-struct DriverPapers {
+struct AttestedDriver {
     QString name;
     QString egn;
     QString card;
@@ -19,6 +19,6 @@ struct DriverPapers {
 Checked<QStringList> attestationDriverNames(QSqlDatabase db);
 
 // The driver of this name (the first by code when two share it); none when no row has it.
-Checked<std::optional<DriverPapers>> findAttestationDriver(QSqlDatabase db, const QString &name);
+Checked<std::optional<AttestedDriver>> findAttestationDriver(QSqlDatabase db, const QString &name);
 
 }

@@ -64,7 +64,7 @@ private:
     QSqlDatabase m_db;
     FirmProfile m_firm;
     QDate m_today;
-    std::optional<DriverPapers> m_driver;  // none until a driver is picked
+    std::optional<AttestedDriver> m_driver;  // none until a driver is picked
     QString m_birthDate;
     bool m_pickingByKey = false;  // arrows in the closed list: the pick shows, the list stays
 };

@@ -33,4 +33,10 @@ int FindInArray(const QString &text, const QStringList &list)
     return list.contains(text) ? 0 : -1;
 }
 
+bool matchesPrefix(const QString &value, const QString &prefix)
+{
+    const QString wanted = prefix.trimmed();
+    return wanted.isEmpty() || value.trimmed().startsWith(wanted, Qt::CaseInsensitive);
+}
+
 }

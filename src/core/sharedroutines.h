@@ -19,4 +19,8 @@ bool BadMonth(const QString &text);
 // 0 when the text stands in the list, -1 when it does not (a yes-or-no code, not a position).
 int FindInArray(const QString &text, const QStringList &list);
 
+// A search's prefix of a route, cargo, truck or name: a blank prefix matches everything; the rest
+// compares trimmed and without regard to case, the same on every engine.
+bool matchesPrefix(const QString &value, const QString &prefix);
+
 }

@@ -40,11 +40,6 @@ SettleOutcome failed(const QSqlError &error)
 
 }
 
-bool matchesPrefix(const QString &value, const QString &prefix)
-{
-    const QString wanted = prefix.trimmed();
-    return wanted.isEmpty() || value.startsWith(wanted, Qt::CaseInsensitive);
-}
 
 InvoiceStore::InvoiceStore(QSqlDatabase db) : m_db(std::move(db)) {}
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/sharedroutines.h"
+
 #include "core/dates.h"
 #include "core/usermessage.h"
 #include "data/rowset.h"
@@ -66,7 +68,5 @@ private:
     QSqlDatabase m_db;
 };
 
-// True when the value begins with the prefix, in any case; a blank prefix matches everything.
-bool matchesPrefix(const QString &value, const QString &prefix);
 
 }

@@ -35,9 +35,5 @@ std::optional<qlonglong> statementKm(double typed)
     return static_cast<qlonglong>(typed);
 }
 
-bool matchesPrefix(const QString &value, const QString &prefix)
-{
-    return prefix.isEmpty() || value.startsWith(prefix, Qt::CaseInsensitive);
-}
 
 }

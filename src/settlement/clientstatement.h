@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/sharedroutines.h"
+
 #include "core/money.h"
 
 #include <QString>
@@ -32,8 +34,5 @@ double wholeKm(double km);
 // Kilometres typed into the working list: a whole number from 0 to 32767; empty for anything else.
 std::optional<qlonglong> statementKm(double typed);
 
-// A route, cargo or truck prefix of the search: empty matches everything, the rest compares
-// without regard to case.
-bool matchesPrefix(const QString &value, const QString &prefix);
 
 }

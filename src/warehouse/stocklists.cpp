@@ -1,5 +1,6 @@
 #include "stocklists.h"
 
+#include "core/sharedroutines.h"
 #include "core/formats.h"
 #include "core/rounding.h"
 #include "core/version.h"
@@ -25,10 +26,6 @@ const QString detail = QStringLiteral("Detail");
 const QString pageFooter = QStringLiteral("PageFooter");
 const QString reportFooter = QStringLiteral("ReportFooter");
 
-bool startsWith(const QString &text, const QString &prefix)
-{
-    return text.trimmed().startsWith(prefix.trimmed(), Qt::CaseInsensitive);
-}
 
 // A quantity as plain text: its decimals and no more, with a decimal comma.
 QString quantityText(double quantity)
@@ -105,7 +102,7 @@ Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix)
     QList<Item> items;
     while (query.next()) {
         const QString name = query.value(0).toString();
-        if (startsWith(name, articlePrefix))
+        if (matchesPrefix(name, articlePrefix))
             items.append({name, query.value(1).toDouble(), query.value(2).toDouble()});
     }
     std::stable_sort(items.begin(), items.end(), [](const Item &a, const Item &b) { return nameLess(a.name, b.name); });
@@ -213,7 +210,7 @@ Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &
         Item item{query.value(0).toString(), query.value(1).toString(), query.value(2).toDate(),
                   query.value(3).toString(), query.value(4).toDouble(), query.value(5).toDouble(),
                   query.value(6).toDouble()};
-        if (!startsWith(item.name, articlePrefix) || (!receipts && !startsWith(item.docVid, truckPrefix)))
+        if (!matchesPrefix(item.name, articlePrefix) || (!receipts && !matchesPrefix(item.docVid, truckPrefix)))
             continue;
         items.append(item);
     }
