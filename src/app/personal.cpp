@@ -2,6 +2,7 @@
 
 #include "core/firmfields.h"
 #include "forms/messageservice.h"
+#include "forms/textboxcheck.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
@@ -51,6 +52,10 @@ Personal::Personal(QSqlDatabase db, FirmProfile &profile, QWidget *parent)
 
 void Personal::confirm()
 {
+    if (const auto refused = checkTextBoxes(this, QStringLiteral("   ВНИМАНИЕ!"))) {
+        MessageService::instance().inform(*refused);
+        return;
+    }
     FirmProfile typed;
     for (int i = 0; i < 11; ++i)
         typed.*firmFields()[static_cast<size_t>(i)].member = m_fields[i]->text();

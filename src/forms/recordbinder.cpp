@@ -1,5 +1,7 @@
 #include "recordbinder.h"
 
+#include "core/textcheck.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QEvent>
@@ -141,8 +143,22 @@ QVariantMap RecordBinder::typed() const
     return typed;
 }
 
+std::optional<UserMessage> RecordBinder::checkTexts(const QString &errorTitle) const
+{
+    QStringList texts;
+    for (const Binding &binding : m_bindings) {
+        if (binding.text)
+            texts.append(binding.text->text());
+        if (binding.combo)
+            texts.append(binding.combo->currentText());
+    }
+    return checkTypedTexts(texts, errorTitle);
+}
+
 Checked<QVariantMap> RecordBinder::values(const QString &errorTitle) const
 {
+    if (auto refused = checkTexts(errorTitle))
+        return *refused;
     QVariantMap values;
     for (const Binding &binding : m_bindings) {
         if (binding.check) {
