@@ -65,18 +65,18 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, const StartState &state, QWi
     QPushButton *create = buttons->addButton(QStringLiteral("Създай"), QDialogButtonBox::AcceptRole);
     create->setObjectName(QStringLiteral("cmdCreate"));
     create->setDefault(true);
-    QPushButton *demo = buttons->addButton(QStringLiteral("Демонстрационна фирма"), QDialogButtonBox::ActionRole);
-    demo->setObjectName(QStringLiteral("cmdDemo"));
-    demo->setToolTip(QStringLiteral("Фирма с примерни данни за две години; вход: %1 / %2")
-                         .arg(QString::fromLatin1(demoAdministratorName), QString::fromLatin1(demoAdministratorPassword)));
-    demo->setVisible(offerDemo);
+    if (offerDemo) {
+        QPushButton *demo = buttons->addButton(QStringLiteral("Демонстрационна фирма"), QDialogButtonBox::ActionRole);
+        demo->setObjectName(QStringLiteral("cmdDemo"));
+        demo->setToolTip(QStringLiteral("Фирма с примерни данни за две години"));
+        connect(demo, &QPushButton::clicked, this, [this] {
+            m_demo = true;
+            accept();
+        });
+    }
     QPushButton *cancel = buttons->addButton(QStringLiteral("Изход"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cmdCancel"));
     connect(create, &QPushButton::clicked, this, &FirstStartDialog::create);
-    connect(demo, &QPushButton::clicked, this, [this] {
-        m_demo = true;
-        accept();
-    });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto *layout = new QVBoxLayout(this);

@@ -23,7 +23,8 @@ namespace {
 
 const QFile::Permissions privateFolder = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
 const QFile::Permissions privateFile = QFile::ReadOwner | QFile::WriteOwner;
-const QFile::Permissions anyWrite = QFile::WriteOwner | QFile::WriteUser | QFile::WriteGroup | QFile::WriteOther;
+// The mode's own bits (WriteUser is what access() says, and root may always write).
+const QFile::Permissions anyWrite = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
 
 QString shown(const QString &path)
 {
