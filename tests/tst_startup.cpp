@@ -202,6 +202,7 @@ private slots:
         QVERIFY(!db);
         QVERIFY2(!db.message().text.contains(QStringLiteral("S3cretPW")), qPrintable(db.message().text));
         QVERIFY(db.message().text.contains(QStringLiteral("127.0.0.1")));
+        QCOMPARE(db.message().text.count(QLatin1Char('\n')), 1);  // libpq's lines joined: two lines
         closeDatabase(QStringLiteral("refused"));
     }
 

@@ -84,7 +84,7 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, const StartState &state, QWi
     layout->addWidget(firm);
     layout->addWidget(admin);
     if (offerDemo) {
-        auto *demoNote = new QLabel(QStringLiteral("Демонстрационната фирма се влиза с потребител \"%1\" и парола \"%2\".")
+        auto *demoNote = new QLabel(QStringLiteral("В демонстрационната фирма се влиза с потребител \"%1\" и парола \"%2\".")
                                         .arg(QString::fromLatin1(demoAdministratorName),
                                              QString::fromLatin1(demoAdministratorPassword)),
                                     this);

@@ -20,9 +20,10 @@ UserMessage openFailure(const QString &fault, const QString &request)
 // libpq's words, with the password blanked out should they ever quote it.
 QString connectionErrorText(const QSqlError &error, const QString &password)
 {
-    QString text = error.databaseText().trimmed();
+    // One line: libpq breaks its messages over lines and indents them with tabs.
+    QString text = error.databaseText().simplified();
     if (text.isEmpty())
-        text = error.text().trimmed();
+        text = error.text().simplified();
     if (!password.isEmpty())
         text.replace(password, QStringLiteral("***"));
     return text;
@@ -63,12 +64,12 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
     db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
     if (!db.open())
         return openFailure(QStringLiteral("Базата данни %1 не може да бъде отворена: %2")
-                               .arg(QDir::toNativeSeparators(path), db.lastError().databaseText()),
+                               .arg(QDir::toNativeSeparators(path), db.lastError().databaseText().simplified()),
                            QStringLiteral("Моля, проверете файла и правата за достъп до него!"));
     QSqlQuery query(db);
     for (const char *pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL"}) {
         if (!query.exec(QString::fromLatin1(pragma))) {
-            const QString text = query.lastError().databaseText();
+            const QString text = query.lastError().databaseText().simplified();
             db.close();
             return openFailure(QStringLiteral("Базата данни %1 не може да бъде отворена: %2")
                                    .arg(QDir::toNativeSeparators(path), text),

@@ -131,9 +131,9 @@ UserMessage openingError(const QString &fault, const QString &request)
 // The engine's own words, without the statement: a message never shows SQL.
 UserMessage engineError(const QSqlError &error)
 {
-    QString text = error.databaseText().trimmed();
+    QString text = error.databaseText().simplified();
     if (text.isEmpty())
-        text = error.text().trimmed();
+        text = error.text().simplified();
     return openingError(QStringLiteral("Базата данни не може да бъде подготвена: %1").arg(text),
                         QStringLiteral("Моля, проверете базата данни и опитайте отново!"));
 }

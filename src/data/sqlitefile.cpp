@@ -95,7 +95,7 @@ std::optional<UserMessage> readError(const QString &path, const QSqlError &error
     if (isCode(error, sqliteCorrupt))
         return damagedFile(path);
     return refusal(QStringLiteral("Базата данни %1 не може да бъде прочетена: %2")
-                       .arg(shown(path), error.databaseText().trimmed()),
+                       .arg(shown(path), error.databaseText().simplified()),
                    QStringLiteral("Моля, проверете файла и правата за достъп до него. Файлът не е променен."));
 }
 
