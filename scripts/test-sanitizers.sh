@@ -22,5 +22,6 @@ export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
 # New inputs go to a scratch folder; the seeds in the repository stay as they are.
 corpus="$(mktemp -d /tmp/zarek-fuzz-XXXXXX)"
 trap 'rm -rf "$corpus"' EXIT
+# An input that fails is kept in the build folder (and printed), never in the source tree.
 "$build/tests/fuzz/fuzz_parsers" -max_total_time="${ZAREK_FUZZ_SECONDS:-20}" -max_len=512 -timeout=10 \
-    -print_final_stats=1 "$corpus" "$root/tests/fuzz/corpus"
+    -artifact_prefix="$build/fuzz-" -print_final_stats=1 "$corpus" "$root/tests/fuzz/corpus"
