@@ -8,7 +8,8 @@ packages=(
   libsodium-dev libxlsxwriter-dev fonts-dejavu-core
 )
 if [ "${1:-}" = "--test" ]; then
-  packages+=(postgresql xvfb xauth poppler-utils unzip)
+  # clang-14 with its runtime libraries: ASan, UBSan and libFuzzer for scripts/test-sanitizers.sh.
+  packages+=(postgresql xvfb xauth poppler-utils unzip clang-14 libclang-rt-14-dev)
 fi
 
 missing=()

@@ -28,7 +28,7 @@ void addEngineRows()
     QTest::newRow("postgresql") << QStringLiteral("postgresql");
 }
 
-ScratchDatabase::ScratchDatabase(const QString &engine)
+ScratchDatabase::ScratchDatabase(const QString &engine, bool migrate)
     : m_connection(QStringLiteral("test_") + uniqueSuffix()), m_secondConnection(m_connection + QStringLiteral("_2"))
 {
     QString error;
@@ -69,6 +69,10 @@ ScratchDatabase::ScratchDatabase(const QString &engine)
         m_config.engine = DatabaseConfig::Engine::SQLite;
         m_config.sqlitePath = m_tempDir + QStringLiteral("/Zarek.db");
     }
+    if (!migrate) {
+        m_ready = true;
+        return;
+    }
 
     QSqlDatabase database = openDatabase(m_config, m_connection, &error);
     if (!database.isOpen()) {
@@ -92,7 +96,7 @@ ScratchDatabase::~ScratchDatabase()
         {
             QSqlDatabase adminDb = openDatabase(*adminConfig, adminName);
             QSqlQuery drop(adminDb);
-            drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(m_pgDatabase));
+            drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1 WITH (FORCE)").arg(m_pgDatabase));
         }
         closeDatabase(adminName);
     }

@@ -15,7 +15,9 @@ void addEngineRows();
 // A fresh, migrated database of its own for one test, removed afterwards. Never the user's.
 class ScratchDatabase {
 public:
-    explicit ScratchDatabase(const QString &engine);
+    // Migrated and connected; or, with migrate false, a database that is new: an empty PostgreSQL
+    // database, or a SQLite path in an empty folder, with no connection yet (see config()).
+    explicit ScratchDatabase(const QString &engine, bool migrate = true);
     ~ScratchDatabase();
     ScratchDatabase(const ScratchDatabase &) = delete;
     ScratchDatabase &operator=(const ScratchDatabase &) = delete;

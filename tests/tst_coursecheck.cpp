@@ -1,4 +1,5 @@
 #include "courseexample.h"
+#include "core/textcheck.h"
 #include "courses/coursecheck.h"
 
 #include <QtTest>
@@ -192,6 +193,97 @@ private slots:
         const auto result = checkCourse(entry, adding);
         QCOMPARE(result.course.Tarifa, 0.2);
         QCOMPARE(result.course.bruto.cents(), qint64(5000));
+    }
+
+    // 100000000 t x 1000000000 km x 1,000 once saved a gross of -92233720368547760,00.
+    void figuresBeyondTheirLimitsAreRefused_data()
+    {
+        QTest::addColumn<QString>("ton");
+        QTest::addColumn<QString>("km");
+        QTest::addColumn<QString>("rate");
+        QTest::addColumn<QString>("fault");
+        const QString tonnes = QStringLiteral("Тонажа е извън разрешените граници!");
+        const QString kilometres = QStringLiteral("Километрите са извън разрешените граници!");
+        const QString rate = QStringLiteral("Тарифата е извън разрешените граници!");
+        QTest::newRow("the overflow course") << "100000000" << "1000000000" << "1,000" << tonnes;
+        QTest::newRow("negative tonnes") << "-4" << "18" << "0,2" << tonnes;
+        QTest::newRow("tonnes above a truck's") << "100,5" << "18" << "0,2" << tonnes;
+        QTest::newRow("negative km") << "10" << "-18" << "0,2" << kilometres;
+        QTest::newRow("km above a day's") << "10" << "2000,1" << "0,2" << kilometres;
+        QTest::newRow("negative rate") << "10" << "18" << "-0,2" << rate;
+        QTest::newRow("rate above the limit") << "10" << "18" << "100,001" << rate;
+        QTest::newRow("rate of 1e300") << "10" << "18" << "1" + QString(300, u'0') << rate;
+    }
+    void figuresBeyondTheirLimitsAreRefused()
+    {
+        QFETCH(QString, ton);
+        QFETCH(QString, km);
+        QFETCH(QString, rate);
+        QFETCH(QString, fault);
+        CourseEntry entry = validEntry();
+        entry.ton = ton;
+        entry.km = km;
+        entry.tarifa = rate;
+        const auto result = checkCourse(entry, adding);
+        QVERIFY(result.refusal);
+        QCOMPARE(result.refusal->title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(result.refusal->text.section(QLatin1Char('\n'), 0, 0), fault);
+        QCOMPARE(result.refusal->text.count(QLatin1Char('\n')), 1);
+    }
+
+    void figuresAtTheirLimitsPass_data()
+    {
+        QTest::addColumn<QString>("ton");
+        QTest::addColumn<QString>("km");
+        QTest::addColumn<QString>("rate");
+        QTest::addColumn<qint64>("bruto");
+        QTest::newRow("zeros") << "0" << "0" << "0" << qint64(0);
+        QTest::newRow("all at the limit") << "100" << "2000" << "100" << qint64(2'000'000'000);
+    }
+    void figuresAtTheirLimitsPass()
+    {
+        QFETCH(QString, ton);
+        QFETCH(QString, km);
+        QFETCH(QString, rate);
+        QFETCH(qint64, bruto);
+        CourseEntry entry = validEntry();
+        entry.ton = ton;
+        entry.km = km;
+        entry.tarifa = rate;
+        const auto result = checkCourse(entry, adding);
+        QVERIFY2(!result.refusal, qPrintable(result.refusal ? result.refusal->text : QString()));
+        QCOMPARE(result.course.bruto.cents(), bruto);
+    }
+
+    void anExpenseMoneyCannotHoldIsRefused()
+    {
+        CourseEntry entry = validEntry();
+        entry.razhod = "1" + QString(40, u'0');
+        const auto result = checkCourse(entry, adding);
+        QVERIFY(result.refusal);
+        QCOMPARE(result.refusal->text.section(QLatin1Char('\n'), 0, 0), QStringLiteral("Разхода е извън разрешените граници!"));
+    }
+
+    void aControlCharacterInAnyTextIsRefusedFirst_data()
+    {
+        QTest::addColumn<QString>("field");
+        QTest::newRow("route") << "marsh";
+        QTest::newRow("client") << "klient";
+        QTest::newRow("truck") << "kola";
+        QTest::newRow("cargo") << "tovar";
+        QTest::newRow("tonnes") << "ton";
+    }
+    void aControlCharacterInAnyTextIsRefusedFirst()
+    {
+        QFETCH(QString, field);
+        CourseEntry entry = validEntry();
+        QString &text = field == "marsh" ? entry.marsh : field == "klient" ? entry.klient : field == "kola" ? entry.kola
+                        : field == "tovar" ? entry.tovar : entry.ton;
+        text.insert(1, QChar(u'\0'));
+        entry.driver.clear();  // would be refused too, but later
+        const auto result = checkCourse(entry, adding);
+        QVERIFY(result.refusal);
+        QCOMPARE(*result.refusal, controlCharacterMessage(QStringLiteral("ГРЕШКА при запис!")));
     }
 };
 

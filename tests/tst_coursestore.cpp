@@ -118,6 +118,48 @@ private slots:
         QCOMPARE(countRows(scratch.db(), QStringLiteral("Sklad")), 0);
     }
 
+    // The overflow course once stored a gross of -92233720368547760,00; NUL in a text was stored by
+    // SQLite and refused by PostgreSQL with raw SQL. Both engines now refuse both alike.
+    void theOverflowCourseAndANulAreRefusedOnBothEngines_data()
+    {
+        QTest::addColumn<QString>("ton");
+        QTest::addColumn<QString>("km");
+        QTest::addColumn<QString>("rate");
+        QTest::addColumn<QString>("route");
+        QTest::newRow("overflow") << "100000000" << "1000000000" << "1,000" << "София - Перник";
+        QTest::newRow("negative") << "-4" << "18" << "4" << "София - Перник";
+        QTest::newRow("NUL in the route") << "10" << "25" << "0,125" << QStringLiteral("AB") + QChar(u'\0') + "CD";
+    }
+    void theOverflowCourseAndANulAreRefusedOnBothEngines()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(QString, ton);
+        QFETCH(QString, km);
+        QFETCH(QString, rate);
+        QFETCH(QString, route);
+        CourseEntry entry = exampleEntry();
+        entry.ton = ton;
+        entry.km = km;
+        entry.tarifa = rate;
+        entry.marsh = route;
+        const auto outcome = CourseStore(scratch.db()).save(entry, adding);
+        QVERIFY(!outcome.ok());
+        QVERIFY(outcome.message);
+        QCOMPARE(outcome.message->text.count(QLatin1Char('\n')), 1);  // the checks' two lines, no SQL
+        QCOMPARE(countRows(scratch.db(), QStringLiteral("tabl")), 0);
+        QCOMPARE(countRows(scratch.db(), QStringLiteral("Sklad")), 0);
+    }
+
+    void anInvalidSumIsNeverWritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        Course course;
+        course.data = QDate(2006, 3, 5);
+        course.bruto = Money::fromAmount(1e300);
+        QVERIFY(!CourseStore(scratch.db()).write(course, Money()));
+        QCOMPARE(countRows(scratch.db(), QStringLiteral("tabl")), 0);
+    }
+
     void apostrophesAndCyrillicRoundTrip()
     {
         ZAREK_SCRATCH_DB(scratch);

@@ -206,6 +206,34 @@ private slots:
         QCOMPARE(course.value(QStringLiteral("bruto")).toDouble(), 1.25);
         QCOMPARE(screen.model()->index(2, 4).data().toString(), QStringLiteral("1"));
     }
+
+    // The grid's edits once went around the course checks: a negative or impossible figure was priced and saved.
+    void figuresBeyondTheirLimitsAreRefusedHereToo_data()
+    {
+        QTest::addColumn<int>("column");
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("negative km") << 4 << "-137";
+        QTest::newRow("km beyond a day's") << 4 << "1000000000";
+        QTest::newRow("negative rate") << 6 << "-0,2";
+        QTest::newRow("rate beyond its limit") << 6 << "1000";
+    }
+    void figuresBeyondTheirLimitsAreRefusedHereToo()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(int, column);
+        QFETCH(QString, typed);
+        QVERIFY(fill(scratch.db()));
+        RecordingMessageService messages;
+        EditKM screen(truck, march, scratch.db());
+        screen.setEditingAllowed(true);
+        QVERIFY(!screen.model()->setData(screen.model()->index(1, column), typed));
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QVERIFY(messages.shown.first().text.section(QLatin1Char('\n'), 0, 0).contains(QStringLiteral("извън разрешените граници")));
+        const QSqlRecord course = courseOf(scratch.db(), QStringLiteral("София - Перник"));
+        QCOMPARE(course.value(QStringLiteral("km")).toDouble(), 1.0);
+        QCOMPARE(course.value(QStringLiteral("row_version")).toInt(), 1);
+    }
 };
 
 QTEST_MAIN(EditKmTest)

@@ -2,6 +2,7 @@
 #include "app/firststart.h"
 #include "forms/messageservice.h"
 #include "app/personal.h"
+#include "core/textcheck.h"
 #include "testdatabase.h"
 
 #include <QLineEdit>
@@ -108,6 +109,22 @@ private slots:
         QCOMPARE(stored(scratch.db(), QStringLiteral("UserName")), QStringLiteral("Стара Фирма ООД"));
         QCOMPARE(stored(scratch.db(), QStringLiteral("UserTel")), QStringLiteral("02 999"));
         QVERIFY(form.result() != int(QDialog::Accepted));
+    }
+
+    // A NUL pasted into the firm's name: SQLite kept it, PostgreSQL refused it with raw SQL.
+    void aControlCharacterIsRefusedAndNothingWritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        createFirm(scratch);
+        RecordingMessageService messages;
+        FirmProfile profile = readFirmRow(scratch.db())->profile;
+        Personal form(scratch.db(), profile);
+        type(form, "txtFirmaName", QStringLiteral("AB") + QChar(u'\0') + QStringLiteral("CD"));
+        form.findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown[0], controlCharacterMessage(QStringLiteral("   ВНИМАНИЕ!")));
+        QCOMPARE(profile.UserName, QStringLiteral("Стара Фирма ООД"));
+        QCOMPARE(stored(scratch.db(), QStringLiteral("UserName")), QStringLiteral("Стара Фирма ООД"));
     }
 };
 

@@ -2,6 +2,7 @@
 #include "courses/diaseek.h"
 #include "courses/diaseekall.h"
 #include "courses/diaseekalt.h"
+#include "core/textcheck.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -403,6 +404,21 @@ private slots:
         DiaSeekAll dialog(SearchMode::FaktNew, scratch.db());
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(lastText(messages), QStringLiteral("Няма въведени курсове в компютъра!"));
+    }
+
+    void aControlCharacterInASearchBoxIsRefused()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeek dialog(SearchMode::Kola, scratch.db());
+        setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
+        child<QComboBox>(dialog, "Combo1")->setEditText(QStringLiteral("РВ 5678") + QChar(u'\0') + QStringLiteral("ТМ"));
+        clickSearch(dialog);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown[0].text, controlCharacterMessage(QString()).text);
+        QVERIFY(!dialog.SeekOk());
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
 
     void cancellingIsToldAsNoConditions()

@@ -7,6 +7,8 @@
 #include "forms/recordform.h"
 #include "app/userlogin.h"
 #include "app/users.h"
+#include "core/textcheck.h"
+#include "data/sqlerror.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -14,6 +16,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSqlQuery>
+#include <QElapsedTimer>
+#include <limits>
 
 using namespace zarek;
 
@@ -219,6 +223,179 @@ private slots:
         QCOMPARE(refused->text.section(QLatin1Char('\n'), 0, 0), firstLine);
         QCOMPARE(refused->title, QStringLiteral("   ВНИМАНИЕ!"));
         QVERIFY(needsFirstStart(scratch.db()));
+    }
+
+    // A user saved with no name and no password once let Enter on an empty sign-in open the program.
+    void anEmptyNameOrPasswordNeverSignsIn_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("password");
+        QTest::newRow("both empty") << "" << "";
+        QTest::newRow("empty name") << "" << "тайна";
+        QTest::newRow("blank name") << "  " << "тайна";
+        QTest::newRow("empty password") << "admin" << "";
+    }
+    void anEmptyNameOrPasswordNeverSignsIn()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(QString, name);
+        QFETCH(QString, password);
+        // Rows as an older program could leave them: each matches its own empty texts exactly.
+        addUser(scratch.db(), name, password, QStringLiteral("A"));
+        QVERIFY(!CheckUser(scratch.db(), password, name).LoginOk);
+        RecordingMessageService messages;
+        UserLogin login(scratch.db());
+        login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->setText(name);
+        login.findChild<QLineEdit *>(QStringLiteral("txtPassword"))->setText(password);
+        login.findChild<QPushButton *>(QStringLiteral("cmdOK"))->click();
+        QVERIFY(!login.LoginSucceeded());
+    }
+
+    // An unknown name was answered in 0.01 ms and a known one in 80 ms: timing told the names.
+    void anUnknownNameTakesAsLongAsAWrongPassword()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addUser(scratch.db(), QStringLiteral("admin"), QStringLiteral("тайна"), QStringLiteral("A"));
+        const auto fastest = [&](const QString &name) {
+            qint64 best = std::numeric_limits<qint64>::max();
+            for (int i = 0; i < 3; ++i) {
+                QElapsedTimer timer;
+                timer.start();
+                if (CheckUser(scratch.db(), QStringLiteral("грешна"), name).LoginOk)
+                    return qint64(-1);
+                best = std::min(best, timer.nsecsElapsed());
+            }
+            return best;
+        };
+        const qint64 known = fastest(QStringLiteral("admin"));
+        const qint64 unknown = fastest(QStringLiteral("никой"));
+        const double ratio = double(unknown) / double(known);
+        QVERIFY2(ratio > 0.5 && ratio < 2.0, qPrintable(QStringLiteral("known %1 ns, unknown %2 ns").arg(known).arg(unknown)));
+    }
+
+    void theDummyHashHasTodaysParameters()
+    {
+        QVERIFY(dummyPasswordHash().startsWith(QStringLiteral("$argon2id$")));
+        QVERIFY(!passwordNeedsRehash(dummyPasswordHash()));
+        QVERIFY(!verifyPassword(dummyPasswordHash(), QString()));
+    }
+
+    void eachFailedTryWaitsLonger_data()
+    {
+        QTest::addColumn<int>("failures");
+        QTest::addColumn<int>("delay");
+        QTest::newRow("none yet") << 0 << 0;
+        QTest::newRow("first") << 1 << 1000;
+        QTest::newRow("second") << 2 << 2000;
+        QTest::newRow("third") << 3 << 4000;
+        QTest::newRow("fifth") << 5 << 16000;
+        QTest::newRow("sixth, at the cap") << 6 << 30000;
+        QTest::newRow("many") << 1000 << 30000;
+    }
+    void eachFailedTryWaitsLonger()
+    {
+        QFETCH(int, failures);
+        QFETCH(int, delay);
+        QCOMPARE(signInDelayMs(failures), delay);
+    }
+
+    void aFailedTryHoldsOkForItsDelay()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addUser(scratch.db(), QStringLiteral("admin"), QStringLiteral("тайна"), QStringLiteral("A"));
+        RecordingMessageService messages;
+        UserLogin login(scratch.db());
+        auto *ok = login.findChild<QPushButton *>(QStringLiteral("cmdOK"));
+        login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->setText(QStringLiteral("admin"));
+        login.findChild<QLineEdit *>(QStringLiteral("txtPassword"))->setText(QStringLiteral("грешна"));
+        ok->click();
+        QCOMPARE(messages.shown.size(), 1);
+        QVERIFY(!ok->isEnabled());
+        login.findChild<QLineEdit *>(QStringLiteral("txtPassword"))->setText(QStringLiteral("тайна"));
+        ok->click();  // nothing while it waits
+        QTest::keyClick(&login, Qt::Key_Return);
+        QVERIFY(!login.LoginSucceeded());
+        QCOMPARE(messages.shown.size(), 1);
+        QTRY_VERIFY_WITH_TIMEOUT(ok->isEnabled(), 3000);
+        ok->click();
+        QVERIFY(login.LoginSucceeded());
+    }
+
+    void thePasswordScreenRefusesAUserWithoutNameOrPassword_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<QString>("fault");
+        QTest::newRow("no name") << "" << "p1" << "Няма въведено име на потребителя!";
+        QTest::newRow("blank name") << "   " << "p1" << "Няма въведено име на потребителя!";
+        QTest::newRow("no password") << "Иван" << "" << "Няма въведена парола!";
+    }
+    void thePasswordScreenRefusesAUserWithoutNameOrPassword()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(QString, name);
+        QFETCH(QString, password);
+        QFETCH(QString, fault);
+        RecordingMessageService messages;
+        PassWord screen(scratch.db());
+        screen.recordForm()->add();
+        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->setText(name);
+        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->setText(password);
+        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_2"))->setText(QStringLiteral("C"));
+        QVERIFY(!screen.recordForm()->update());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown[0].title, QStringLiteral("   ВНИМАНИЕ!"));
+        QCOMPARE(messages.shown[0].text.section(QLatin1Char('\n'), 0, 0), fault);
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
+        QSqlQuery count(scratch.db());
+        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM Users")) && count.next());
+        QCOMPARE(count.value(0).toInt(), 0);
+    }
+
+    void correctingAUserStillNeedsAName()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
+        RecordingMessageService messages;
+        PassWord screen(scratch.db());
+        screen.recordForm()->edit();
+        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->clear();
+        QVERIFY(!screen.recordForm()->update());
+        QCOMPARE(messages.shown.size(), 1);
+        QVERIFY(CheckUser(scratch.db(), QStringLiteral("i1"), QStringLiteral("Иван")).LoginOk);
+    }
+
+    void passwordErrorBoxesShowTheDescriptionAlone()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
+        RecordingMessageService messages;
+        PassWord screen(scratch.db());
+        QSqlQuery change(scratch.openSecondConnection());
+        QVERIFY(change.exec(QStringLiteral("UPDATE Users SET Vid = 'B', row_version = row_version + 1")));
+        screen.recordForm()->edit();
+        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->setText(QStringLiteral("Иван Г."));
+        QVERIFY(!screen.recordForm()->update());
+        QCOMPARE(messages.shown.size(), 1);
+        const QString conflict = rowConflictMessage(QString()).text;
+        QCOMPARE(messages.shown[0].text, conflict.section(QLatin1Char(':'), 1));
+        QVERIFY(!messages.shown[0].text.startsWith(QStringLiteral("-2147217864")));
+    }
+
+    void aControlCharacterInAUserIsRefused()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        PassWord screen(scratch.db());
+        screen.recordForm()->add();
+        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->setText(QStringLiteral("AB") + QChar(u'\0') + "CD");
+        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->setText(QStringLiteral("p"));
+        QVERIFY(!screen.recordForm()->update());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown[0], controlCharacterMessage(QStringLiteral("ГРЕШКА при запис!")));
+        QSqlQuery count(scratch.db());
+        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM Users")) && count.next());
+        QCOMPARE(count.value(0).toInt(), 0);
     }
 };
 

@@ -1,18 +1,19 @@
 #include "appstartup.h"
 
 #include "app/about.h"
-#include "core/firmprofile.h"
-#include "data/firmstore.h"
-#include "app/firststartdialog.h"
+#include "app/databasepassword.h"
+#include "app/demodata.h"
 #include "app/firststart.h"
+#include "app/firststartdialog.h"
 #include "app/frmmain.h"
 #include "app/userlogin.h"
+#include "core/firmprofile.h"
+#include "data/database.h"
+#include "data/firmstore.h"
+#include "data/schema.h"
 #include "forms/messageservice.h"
 #include "forms/progdialog.h"
 #include "forms/waitcursor.h"
-#include "data/database.h"
-#include "app/demodata.h"
-#include "data/schema.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -24,12 +25,6 @@ namespace zarek {
 namespace {
 
 const QString mainConnection = QStringLiteral("main");
-
-void showStartError(const QString &description)
-{
-    MessageService::instance().inform(UserMessage::error(QStringLiteral("ГРЕШКА при отваряне на базата данни!"),
-                                                         QStringLiteral("0"), description));
-}
 
 bool fillDemo(QSqlDatabase &db, int courses)
 {
@@ -51,6 +46,14 @@ bool fillDemo(QSqlDatabase &db, int courses)
 
 }
 
+UserMessage badDatabaseTextMessage(const QString &text)
+{
+    return UserMessage::twoLines(databaseOpenTitle(),
+                                 QStringLiteral("Неверно зададена база данни: \"%1\"").arg(DatabaseConfig::redacted(text)),
+                                 QStringLiteral("Моля, посочете файл на SQLite или postgresql://потребител@сървър:порт/база!"),
+                                 UserMessage::Icon::Critical);
+}
+
 StartOptions parseStartOptions(const QStringList &arguments)
 {
     QCommandLineParser parser;
@@ -58,10 +61,12 @@ StartOptions parseStartOptions(const QStringList &arguments)
     parser.addHelpOption();
     parser.addVersionOption();
     const QCommandLineOption database(QStringLiteral("database"),
-                                      QStringLiteral("Базата данни: файл на SQLite или postgresql://потребител:парола@сървър:порт/база"),
+                                      QStringLiteral("Базата данни: файл на SQLite или postgresql://потребител@сървър:порт/база "
+                                                     "(паролата - от ~/.pgpass, PGPASSWORD или при поискване)"),
                                       QStringLiteral("база"));
-    const QCommandLineOption empty(QStringLiteral("empty"),
-                                   QStringLiteral("Нова база данни се създава празна, без демонстрационни данни."));
+    // Kept so that older scripts still start: a new database always opens the first-start dialog now.
+    QCommandLineOption empty(QStringLiteral("empty"), QStringLiteral("Без действие: новата база данни винаги пита."));
+    empty.setFlags(QCommandLineOption::HiddenFromHelp);
     const QCommandLineOption demoCourses(QStringLiteral("demo-courses"),
                                          QStringLiteral("Брой курсове в нова демонстрационна база."),
                                          QStringLiteral("брой"), QStringLiteral("6000"));
@@ -70,7 +75,6 @@ StartOptions parseStartOptions(const QStringList &arguments)
 
     StartOptions options;
     options.database = parser.value(database);
-    options.empty = parser.isSet(empty);
     options.demoCourses = qMax(0, parser.value(demoCourses).toInt());
     return options;
 }
@@ -78,33 +82,34 @@ StartOptions parseStartOptions(const QStringList &arguments)
 int runZarek(QApplication &app)
 {
     const StartOptions options = parseStartOptions(app.arguments());
-    const auto config = resolveDatabaseConfig(options.database, qEnvironmentVariable(databaseEnvironmentVariable));
+    const QString environment = qEnvironmentVariable(databaseEnvironmentVariable);
+    const auto config = resolveDatabaseConfig(options.database, environment);
     if (!config) {
-        showStartError(QStringLiteral("Неверно зададена база данни: \"%1\"")
-                           .arg(options.database.isEmpty() ? qEnvironmentVariable(databaseEnvironmentVariable)
-                                                           : options.database));
+        MessageService::instance().inform(badDatabaseTextMessage(options.database.isEmpty() ? environment : options.database));
         return 1;
     }
 
-    QString error;
-    QSqlDatabase db = openDatabase(*config, mainConnection, &error);
-    if (!db.isOpen()) {
-        showStartError(error);
+    const Checked<QSqlDatabase> connection =
+        connectAsking(*config, mainConnection, &DatabasePasswordDialog::ask, &connectDatabase);
+    if (!connection) {
+        MessageService::instance().inform(connection.message());
         return 1;
     }
-    const bool isNew = schemaVersion(db) == 0;
-    if (!migrateSchema(db, &error)) {
-        showStartError(error);
+    QSqlDatabase db = connection.value();
+    Checked<StartState> state = prepareDatabase(db);
+    if (!state) {
+        MessageService::instance().inform(state.message());
         return 1;
     }
-    if (isNew && !options.empty && !fillDemo(db, options.demoCourses))
-        return 1;
-    if (needsFirstStart(db)) {
-        FirstStartDialog firstStart(db);
+    // A new database asks for its firm and administrator, or makes the demo firm on request.
+    StartState current = state.value();
+    while (current.needsFirstStart()) {
+        FirstStartDialog firstStart(db, current);
         if (firstStart.exec() != QDialog::Accepted)
             return 0;
-        if (firstStart.demoWanted() && !fillDemo(db, options.demoCourses))
-            return 1;
+        if (firstStart.demoWanted())
+            fillDemo(db, options.demoCourses);
+        current = readStartState(db);
     }
 
     {

@@ -7,6 +7,8 @@
 #include "core/rounding.h"
 #include "courses/coursestore.h"
 #include "courses/tariffbands.h"
+#include "app/firststart.h"
+#include "data/schema.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 #include "international/tripstore.h"
@@ -496,8 +498,21 @@ Checked<DemoSummary> Generator::run()
 
 Checked<DemoSummary> fillDemoDatabase(QSqlDatabase &db, const DemoOptions &options)
 {
+    // All or nothing: one transaction under the write lock, so a generation cut off by a kill
+    // leaves the database as new as it was, and of two copies choosing the demo at once only the
+    // first makes it (the second finds data by then and is refused).
+    Transaction transaction(db, Transaction::Lock::Writer);
+    if (!transaction.isActive())
+        return transaction.timedOut() ? databaseBusyMessage() : sqlErrorMessage(demoTitle, transaction.lastError());
+    if (readStartState(db).hasData)
+        return databaseHoldsDataMessage();
     Generator generator(db, options);
-    return generator.run();
+    const Checked<DemoSummary> summary = generator.run();
+    if (!summary)
+        return summary;
+    if (!transaction.commit())
+        return sqlErrorMessage(demoTitle, transaction.lastError());
+    return summary;
 }
 
 }

@@ -29,9 +29,10 @@ struct DemoSummary {
     int trips = 0;
 };
 
-// Fills an empty, migrated database with a believable firm: its own row, an administrator,
+// Fills a new, migrated database with a believable firm: its own row, an administrator,
 // trucks, drivers, tariffs, courses saved through the course store, warehouse movements,
-// waybills and international trips.
+// waybills and international trips. All of it is one transaction under the write lock; a
+// database that holds any row already is refused and left as it was.
 Checked<DemoSummary> fillDemoDatabase(QSqlDatabase &db, const DemoOptions &options);
 
 }

@@ -1,8 +1,10 @@
 #include "firststart.h"
 
+#include "app/passwordhash.h"
+#include "core/textcheck.h"
+#include "data/schema.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
-#include "app/passwordhash.h"
 
 #include <QSqlQuery>
 #include <QVariant>
@@ -11,12 +13,13 @@ namespace zarek {
 
 namespace {
 
-int rowCount(QSqlDatabase db, const QString &table)
+const QString saveTitle = QStringLiteral("ГРЕШКА при запис!");
+
+bool hasRows(QSqlDatabase db, const QString &table)
 {
     QSqlQuery query(db);
-    if (!query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table) || !query.next())
-        return 0;
-    return query.value(0).toInt();
+    query.setForwardOnly(true);
+    return query.exec(QStringLiteral("SELECT 1 FROM %1 LIMIT 1").arg(table)) && query.next();
 }
 
 QString optional(const QString &text)
@@ -25,26 +28,95 @@ QString optional(const QString &text)
     return trimmed.isEmpty() ? QStringLiteral(" ") : trimmed;
 }
 
+UserMessage lockFailure(const Transaction &transaction)
+{
+    return transaction.timedOut() ? databaseBusyMessage() : sqlErrorMessage(saveTitle, transaction.lastError());
+}
+
+}
+
+StartState readStartState(QSqlDatabase db)
+{
+    StartState state;
+    state.hasFirm = hasRows(db, QStringLiteral("ZarekCfg"));
+    state.hasUser = hasRows(db, QStringLiteral("Users"));
+    for (const QString &table : mainTables()) {
+        if (hasRows(db, table)) {
+            state.hasData = true;
+            break;
+        }
+    }
+    return state;
 }
 
 bool needsFirstStart(QSqlDatabase db)
 {
-    return rowCount(db, QStringLiteral("ZarekCfg")) == 0 || rowCount(db, QStringLiteral("Users")) == 0;
+    return readStartState(db).needsFirstStart();
+}
+
+Checked<StartState> prepareDatabase(QSqlDatabase db)
+{
+    Transaction lock(db, Transaction::Lock::Writer);
+    if (!lock.isActive())
+        return lock.timedOut() ? databaseBusyMessage()
+                               : sqlErrorMessage(databaseOpenTitle(), lock.lastError());
+    if (const auto failure = upgradeSchema(db))
+        return *failure;
+    const StartState state = readStartState(db);
+    if (!lock.commit())
+        return sqlErrorMessage(databaseOpenTitle(), lock.lastError());
+    return state;
+}
+
+UserMessage administratorExistsMessage()
+{
+    return UserMessage::twoLines(QStringLiteral("Информация"),
+                                 QStringLiteral("Базата данни вече е подготвена от друго копие на програмата!"),
+                                 QStringLiteral("Влезте с името и паролата, въведени там."),
+                                 UserMessage::Icon::Information);
+}
+
+UserMessage databaseHoldsDataMessage()
+{
+    return UserMessage::twoLines(QStringLiteral("   ВНИМАНИЕ!"),
+                                 QStringLiteral("Базата данни вече съдържа данни!"),
+                                 QStringLiteral("Демонстрационна фирма се създава само в нова база данни."),
+                                 UserMessage::Icon::Critical);
 }
 
 std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const FirmProfile &firm,
                                                        const QString &adminName, const QString &password)
 {
-    const QString title = QStringLiteral("ГРЕШКА при запис!");
-    if (const auto missing = checkRequiredFirmFields(firm))
-        return missing;
-    if (adminName.trimmed().isEmpty() || password.isEmpty())
+    const QString name = adminName.trimmed();
+    // The slow hash is made before the lock is taken.
+    const QString hash = password.isEmpty() ? QString() : hashPassword(password);
+
+    Transaction transaction(db, Transaction::Lock::Writer);
+    if (!transaction.isActive())
+        return lockFailure(transaction);
+    const StartState state = readStartState(db);
+    if (state.hasUser)
+        return administratorExistsMessage();
+    if (!state.hasFirm) {
+        if (const auto missing = checkRequiredFirmFields(firm))
+            return missing;
+    }
+    if (name.isEmpty() || password.isEmpty())
         return UserMessage::twoLines(QStringLiteral("   ВНИМАНИЕ!"), QStringLiteral("Няма име или парола на администратора!"),
                                      QStringLiteral("Моля, въведете име и парола на администратора!"),
                                      UserMessage::Icon::Critical);
-    Transaction transaction(db);
+    QStringList texts{adminName, password};
+    if (!state.hasFirm) {
+        for (const QString *field : {&firm.UserName, &firm.UserAdres, &firm.UserCity, &firm.UserCountry, &firm.UserDanN,
+                                     &firm.UserBULSTAT, &firm.UserMOL, &firm.UserEmail, &firm.UserTel, &firm.UserGSM,
+                                     &firm.UserURL})
+            texts.append(*field);
+    }
+    if (auto refused = checkTypedTexts(texts, QStringLiteral("   ВНИМАНИЕ!")))
+        return refused;
+
     QSqlQuery query(db);
-    if (rowCount(db, QStringLiteral("ZarekCfg")) == 0) {
+    if (!state.hasFirm) {
         query.prepare(QStringLiteral("INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, UserCountry, UserDanN, "
                                      "UserBULSTAT, UserMOL, UserEmail, UserTel, UserGSM, UserURL) "
                                      "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
@@ -54,15 +126,15 @@ std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const Fir
                                      firm.UserGSM.trimmed(), optional(firm.UserURL)})
             query.addBindValue(value);
         if (!query.exec())
-            return sqlErrorMessage(title, query.lastError());
+            return sqlErrorMessage(saveTitle, query.lastError());
     }
     query.prepare(QStringLiteral("INSERT INTO Users (Ime, Password, Vid) VALUES (?, ?, 'A')"));
-    query.addBindValue(adminName.trimmed());
-    query.addBindValue(hashPassword(password));
+    query.addBindValue(name);
+    query.addBindValue(hash);
     if (!query.exec())
-        return sqlErrorMessage(title, query.lastError());
+        return sqlErrorMessage(saveTitle, query.lastError());
     if (!transaction.commit())
-        return sqlErrorMessage(title, db.lastError());
+        return sqlErrorMessage(saveTitle, transaction.lastError());
     return std::nullopt;
 }
 

@@ -8,11 +8,32 @@
 
 namespace zarek {
 
-// A database is new for Zarek while it has no firm row or no user.
+// What a database holds, for the start-up to decide what it is.
+struct StartState {
+    bool hasFirm = false;  // a row in ZarekCfg
+    bool hasUser = false;  // a row in Users
+    bool hasData = false;  // a row in any of the main tables
+
+    // New for Zarek: no firm row or no user. The first-start dialog asks for what is missing.
+    bool needsFirstStart() const { return !hasFirm || !hasUser; }
+};
+
+StartState readStartState(QSqlDatabase db);
 bool needsFirstStart(QSqlDatabase db);
 
-// Writes the firm's row and the first administrator (kind "A") in one transaction.
+// Brings the schema up to date and reads what the database holds, both under one write lock, so
+// that of two copies starting at once each sees what the other has finished.
+Checked<StartState> prepareDatabase(QSqlDatabase db);
+
+// Writes what a new database lacks, the firm's row and the first administrator (kind "A"), in one
+// transaction under the write lock, after reading again what is there: a firm row that another
+// copy wrote meanwhile is kept (and its fields are not asked for), and when a user exists by now
+// nothing is written and the message says so. The name and the password are required.
 std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const FirmProfile &firm,
                                                        const QString &adminName, const QString &password);
+
+// The refusals of the first start.
+UserMessage administratorExistsMessage();
+UserMessage databaseHoldsDataMessage();
 
 }

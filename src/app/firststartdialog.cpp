@@ -1,7 +1,7 @@
 #include "firststartdialog.h"
 
+#include "app/demodata.h"
 #include "core/firmfields.h"
-#include "app/firststart.h"
 #include "forms/messageservice.h"
 
 #include <QDialogButtonBox>
@@ -14,14 +14,28 @@
 
 namespace zarek {
 
-FirstStartDialog::FirstStartDialog(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::move(db))
+FirstStartDialog::FirstStartDialog(QSqlDatabase db, const StartState &state, QWidget *parent)
+    : QDialog(parent), m_db(std::move(db)), m_state(state)
 {
     setObjectName(QStringLiteral("FirstStart"));
     setWindowTitle(QStringLiteral("Зарек - първоначално въвеждане"));
+    const bool askFirm = !state.hasFirm;
+    const bool offerDemo = !state.hasData;
 
-    auto *intro = new QLabel(QStringLiteral("Базата данни е нова. Въведете данните на фирмата и администратора,\n"
-                                            "или създайте демонстрационна фирма, за да разгледате програмата."), this);
+    auto *intro = new QLabel(this);
+    intro->setObjectName(QStringLiteral("lblIntro"));
+    if (!askFirm)
+        intro->setText(QStringLiteral("Данните на фирмата са въведени, но няма потребител.\n"
+                                      "Въведете първия администратор."));
+    else if (offerDemo)
+        intro->setText(QStringLiteral("Базата данни е нова. Въведете данните на фирмата и администратора,\n"
+                                      "или създайте демонстрационна фирма, за да разгледате програмата."));
+    else
+        intro->setText(QStringLiteral("В базата данни няма данни за фирмата.\n"
+                                      "Въведете данните на фирмата и администратора."));
+
     auto *firm = new QGroupBox(QStringLiteral("Данни за фирмата "), this);
+    firm->setObjectName(QStringLiteral("fraFirm"));
     auto *firmForm = new QFormLayout(firm);
     for (int i = 0; i < 11; ++i) {
         m_fields[i] = new QLineEdit(firm);
@@ -30,8 +44,10 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, QWidget *parent) : QDialog(p
         firmForm->addRow(QString::fromUtf8(field.label), m_fields[i]);
     }
     m_fields[9]->setText(QStringLiteral("България"));
+    firm->setVisible(askFirm);
 
     auto *admin = new QGroupBox(QStringLiteral("Администратор"), this);
+    admin->setObjectName(QStringLiteral("fraAdmin"));
     auto *adminForm = new QFormLayout(admin);
     m_admin = new QLineEdit(admin);
     m_admin->setObjectName(QStringLiteral("txtAdminName"));
@@ -49,23 +65,37 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, QWidget *parent) : QDialog(p
     QPushButton *create = buttons->addButton(QStringLiteral("Създай"), QDialogButtonBox::AcceptRole);
     create->setObjectName(QStringLiteral("cmdCreate"));
     create->setDefault(true);
-    QPushButton *demo = buttons->addButton(QStringLiteral("Демонстрационна фирма"), QDialogButtonBox::ActionRole);
-    demo->setObjectName(QStringLiteral("cmdDemo"));
+    if (offerDemo) {
+        QPushButton *demo = buttons->addButton(QStringLiteral("Демонстрационна фирма"), QDialogButtonBox::ActionRole);
+        demo->setObjectName(QStringLiteral("cmdDemo"));
+        demo->setToolTip(QStringLiteral("Фирма с примерни данни за две години"));
+        connect(demo, &QPushButton::clicked, this, [this] {
+            m_demo = true;
+            accept();
+        });
+    }
     QPushButton *cancel = buttons->addButton(QStringLiteral("Изход"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cmdCancel"));
     connect(create, &QPushButton::clicked, this, &FirstStartDialog::create);
-    connect(demo, &QPushButton::clicked, this, [this] {
-        m_demo = true;
-        accept();
-    });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(intro);
     layout->addWidget(firm);
     layout->addWidget(admin);
+    if (offerDemo) {
+        auto *demoNote = new QLabel(QStringLiteral("В демонстрационната фирма се влиза с потребител \"%1\" и парола \"%2\".")
+                                        .arg(QString::fromLatin1(demoAdministratorName),
+                                             QString::fromLatin1(demoAdministratorPassword)),
+                                    this);
+        demoNote->setObjectName(QStringLiteral("lblDemo"));
+        layout->addWidget(demoNote);
+    }
     layout->addWidget(buttons);
-    m_fields[0]->setFocus();
+    if (askFirm)
+        m_fields[0]->setFocus();
+    else
+        m_admin->setFocus();
 }
 
 void FirstStartDialog::create()
@@ -82,6 +112,9 @@ void FirstStartDialog::create()
     }
     if (const auto failure = createFirmAndAdministrator(m_db, firm, m_admin->text(), m_password->text())) {
         MessageService::instance().inform(*failure);
+        // Another copy may have made the database meanwhile: then there is nothing left to ask.
+        if (!needsFirstStart(m_db))
+            accept();
         return;
     }
     accept();

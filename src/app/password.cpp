@@ -1,6 +1,7 @@
 #include "password.h"
 
 #include "app/passwordhash.h"
+#include "app/users.h"
 #include "forms/recordform.h"
 
 #include <QFormLayout>
@@ -22,6 +23,14 @@ PassWord::PassWord(QSqlDatabase db, QWidget *parent) : QDialog(parent)
     config.clickStartsEditing = true;
     config.secretColumns = {QStringLiteral("Password")};
     config.secretValue = [](const QString &typed) { return QVariant(hashPassword(typed)); };
+    config.errorDescriptionOnly = true;
+    // A user needs a name and a password; left empty while correcting, the stored password stays.
+    config.validate = [this](const QVariantMap &typed) -> std::optional<UserMessage> {
+        const RecordRow *row = m_form->state() == RecordForm::State::Editing ? m_form->currentRow() : nullptr;
+        const bool storedPassword = row && !row->values.value(QStringLiteral("Password")).toString().isEmpty();
+        return checkUserFields(typed.value(QStringLiteral("Ime")).toString(),
+                               typed.value(QStringLiteral("Password")).toString(), storedPassword);
+    };
     m_form = new RecordForm(std::make_unique<RecordStore>(db, QStringLiteral("Users"),
                                                           QStringList{QStringLiteral("Ime"), QStringLiteral("Password"),
                                                                       QStringLiteral("Vid")},

@@ -2,6 +2,7 @@
 
 #include "core/firmfields.h"
 #include "forms/messageservice.h"
+#include "forms/textboxcheck.h"
 #include "forms/unsavedwork.h"
 
 #include <QDialogButtonBox>
@@ -64,6 +65,10 @@ FirmProfile Personal::typed() const
 
 void Personal::confirm()
 {
+    if (const auto refused = checkTextBoxes(this, QStringLiteral("   ВНИМАНИЕ!"))) {
+        MessageService::instance().inform(*refused);
+        return;
+    }
     const FirmProfile typed = this->typed();
     if (const auto missing = acceptFirmFields(typed, m_profile)) {
         MessageService::instance().inform(*missing);

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTimer>
 
 namespace zarek {
 
@@ -48,6 +49,7 @@ UserLogin::UserLogin(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(s
     ok->setObjectName(QStringLiteral("cmdOK"));
     ok->setToolTip(QStringLiteral("Потвърждение на въведените данни"));
     ok->setDefault(true);
+    m_ok = ok;
     QPushButton *cancel = buttons->addButton(QStringLiteral("Изход"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cmdCancel"));
     cancel->setToolTip(QStringLiteral("Отказ от въведените данни"));
@@ -63,6 +65,8 @@ UserLogin::UserLogin(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(s
 
 void UserLogin::confirm()
 {
+    if (!m_ok->isEnabled())
+        return;  // still waiting after a failed try
     const UserCheck check = CheckUser(m_db, m_password->text(), m_name->text());
     if (check.message)
         MessageService::instance().inform(*check.message);
@@ -72,6 +76,9 @@ void UserLogin::confirm()
         accept();
         return;
     }
+    // Each failed try makes the next one wait longer, so names and passwords cannot be tried fast.
+    m_ok->setEnabled(false);
+    QTimer::singleShot(signInDelayMs(++m_failures), this, [this] { m_ok->setEnabled(true); });
     MessageService::instance().inform(invalidPasswordMessage());
     m_name->setFocus();
     m_name->selectAll();

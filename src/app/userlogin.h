@@ -5,10 +5,12 @@
 
 class QComboBox;
 class QLineEdit;
+class QPushButton;
 
 namespace zarek {
 
-// The sign-in: ordinary users pick their name, kinds "A" and "B" type theirs; any number of tries.
+// The sign-in: ordinary users pick their name, kinds "A" and "B" type theirs; any number of tries,
+// but after each failed one "OK" waits a growing delay (signInDelayMs) before it takes the next.
 class UserLogin : public QDialog {
     Q_OBJECT
 public:
@@ -24,6 +26,8 @@ private:
     QComboBox *m_combo = nullptr;
     QLineEdit *m_name = nullptr;
     QLineEdit *m_password = nullptr;
+    QPushButton *m_ok = nullptr;
+    int m_failures = 0;
     bool m_succeeded = false;
     QString m_vid;
 };

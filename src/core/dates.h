@@ -24,6 +24,7 @@ struct Period {
 
     bool isValid() const { return from.isValid() && to.isValid() && to > from; }
     bool contains(const QDate &date) const { return date >= from && date <= to; }
+    bool operator==(const Period &) const = default;
 };
 
 // The period check of the search dialogs: empty ends, then an end not after the start.

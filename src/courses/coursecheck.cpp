@@ -4,14 +4,18 @@
 #include "core/docnumber.h"
 #include "core/formats.h"
 #include "core/sharedroutines.h"
+#include "core/textcheck.h"
 #include "courses/coursepricing.h"
 
+#include <cmath>
 #include <functional>
 #include <vector>
 
 namespace zarek {
 
 namespace {
+
+constexpr double maxCourseExpense = 1'000'000.0;
 
 struct Rule {
     std::function<bool()> fails;
@@ -37,12 +41,25 @@ UserMessage dateMessage()
                                  UserMessage::Icon::Exclamation);
 }
 
-UserMessage notANumber(const char *fault, const char *request)
+UserMessage saveRefusal(const char *fault, const char *request)
 {
     return UserMessage::twoLines(saveErrorTitle(), QString::fromUtf8(fault), QString::fromUtf8(request),
                                  UserMessage::Icon::Exclamation);
 }
 
+}
+
+std::optional<UserMessage> checkCourseNumbers(double ton, double km, double rate)
+{
+    // Written so that a NaN fails too.
+    const auto outside = [](double value, double limit) { return !(value >= 0.0 && value <= limit); };
+    if (outside(ton, maxCourseTonnes))
+        return saveRefusal("Тонажа е извън разрешените граници!", "Моля, въведете тонаж от 0 до 100!");
+    if (outside(km, maxCourseKm))
+        return saveRefusal("Километрите са извън разрешените граници!", "Моля, въведете от 0 до 2000 километра!");
+    if (outside(rate, maxCourseRate))
+        return saveRefusal("Тарифата е извън разрешените граници!", "Моля, въведете тарифа от 0 до 100!");
+    return std::nullopt;
 }
 
 QString driverCodeOf(const QString &driverText)
@@ -61,6 +78,13 @@ CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext 
     const QString marsh = entry.marsh.trimmed();
     const QString klient = entry.klient.trimmed();
     const QString tovar = entry.tovar.trimmed();
+
+    result.refusal = checkTypedTexts({entry.driver, entry.driverCode, entry.kola, entry.date, entry.ton, entry.km,
+                                      entry.tarifa, entry.marsh, entry.klient, entry.tovar, entry.nomFakt,
+                                      entry.razhod},
+                                     saveErrorTitle());
+    if (result.refusal)
+        return result;
 
     result.refusal = firstFailure({
         {[&] { return IsBlank(entry.driver); }, "Няма име на шофьора!", "Моля, изберете името на шофьора!"},
@@ -111,12 +135,12 @@ CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext 
 
     const auto ton = parseNumber(entry.ton);
     if (!ton) {
-        result.refusal = notANumber("Тонажа не е число!", "Моля, въведете тонажа на курса");
+        result.refusal = saveRefusal("Тонажа не е число!", "Моля, въведете тонажа на курса");
         return result;
     }
     const auto km = parseNumber(entry.km);
     if (!km) {
-        result.refusal = notANumber("Километрите не са число!", "Моля, въведете километрите на курса");
+        result.refusal = saveRefusal("Километрите не са число!", "Моля, въведете километрите на курса");
         return result;
     }
     const auto rate = parseNumber(entry.tarifa);
@@ -126,9 +150,16 @@ CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext 
                                                 .arg(entry.tarifa.trimmed()));
         return result;
     }
+    if ((result.refusal = checkCourseNumbers(*ton, *km, *rate)))
+        return result;
     const auto expense = IsBlank(entry.razhod) ? std::optional<double>(0.0) : parseNumber(entry.razhod);
     if (!expense) {
-        result.refusal = notANumber("Разхода не е число!", "Моля, въведете разхода на курса в лв.");
+        result.refusal = saveRefusal("Разхода не е число!", "Моля, въведете разхода на курса в лв.");
+        return result;
+    }
+    result.expense = Money::fromAmount(*expense);
+    if (!result.expense.isValid() || std::fabs(*expense) > maxCourseExpense) {
+        result.refusal = saveRefusal("Разхода е извън разрешените граници!", "Моля, въведете разход до 1000000!");
         return result;
     }
 
@@ -158,7 +189,6 @@ CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext 
         course.NomFakt = entry.nomFakt.trimmed();
         course.Fakt = entry.fakt;
     }
-    result.expense = Money::fromAmount(*expense);
     return result;
 }
 

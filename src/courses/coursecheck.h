@@ -50,8 +50,17 @@ inline const QString &saveErrorTitle()
     return title;
 }
 
-// The checks of the save, in their order; the first failing one wins. Then the date, the
-// numbers and the money.
+// The limits of a course's figures: a truck's load, a day's driving and a rate per tonne and
+// kilometre, each from 0. Within them the gross sum stays far inside what Money holds.
+inline constexpr double maxCourseTonnes = 100.0;
+inline constexpr double maxCourseKm = 2000.0;
+inline constexpr double maxCourseRate = 100.0;
+
+// Tonnes, kilometres and rate against their limits: the two-line message of the first beyond one.
+std::optional<UserMessage> checkCourseNumbers(double ton, double km, double rate);
+
+// The checks of the save, in their order; the first failing one wins. Before them, a text with a
+// control character; after them the date, the numbers and their limits, and the money.
 CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext &context,
                               QDate today = QDate::currentDate());
 

@@ -66,6 +66,11 @@ CourseSaveOutcome CourseStore::save(const CourseEntry &entry, const CourseSaveCo
 
 Checked<Course> CourseStore::write(const Course &course, Money expense)
 {
+    // A sum Money could not hold is never written as a figure.
+    if (!course.bruto.isValid() || !course.procent.isValid() || !course.neto.isValid() || !expense.isValid())
+        return UserMessage::twoLines(saveErrorTitle(), QStringLiteral("Сумата на курса е извън разрешените граници!"),
+                                     QStringLiteral("Моля, проверете тонажа, километрите и тарифата!"),
+                                     UserMessage::Icon::Exclamation);
     Transaction transaction(m_db);
     if (!transaction.isActive())
         return sqlErrorMessage(saveErrorTitle(), m_db.lastError());

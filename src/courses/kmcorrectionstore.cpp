@@ -29,6 +29,9 @@ Checked<RowSet> KmCorrectionStore::placeholders(const QString &kola, const Perio
 
 Checked<KmCorrection> KmCorrectionStore::correct(qint64 id, int rowVersion, double km, double ton, double rate)
 {
+    // The grid's edits reach here without the editor's checks: the same limits hold.
+    if (const auto refusal = checkCourseNumbers(ton, km, rate))
+        return *refusal;
     const CourseMoney money = priceCourse(ton, km, rate);
     Transaction transaction(m_db);
     if (!transaction.isActive())

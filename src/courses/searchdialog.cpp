@@ -2,6 +2,7 @@
 
 #include "forms/messageservice.h"
 #include "forms/dateentry.h"
+#include "forms/textboxcheck.h"
 
 #include <QComboBox>
 #include <QCompleter>
@@ -98,6 +99,10 @@ bool SearchDialog::fillCombo(QComboBox *combo, const QStringList &items, bool sh
 
 void SearchDialog::accept()
 {
+    if (const auto refused = checkTextBoxes(this, searchMessage(QString()).title)) {
+        MessageService::instance().inform(*refused);
+        return;
+    }
     const Checked<SearchConditions> result = check();
     if (!result) {
         MessageService::instance().inform(result.message());

@@ -1,7 +1,8 @@
 #include "database.h"
 
+#include "data/sqlitefile.h"
+
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -10,66 +11,93 @@ namespace zarek {
 
 namespace {
 
-bool prepareSqliteFolder(const QString &path, QString *error)
+UserMessage openFailure(const QString &fault, const QString &request)
 {
-    const QString folder = QFileInfo(path).absolutePath();
-    if (QDir(folder).exists())
-        return true;
-    if (!QDir().mkpath(folder)) {
-        if (error)
-            *error = QStringLiteral("Не може да се създаде папката %1").arg(folder);
-        return false;
+    return UserMessage::twoLines(QStringLiteral("ГРЕШКА при отваряне на базата данни!"), fault, request,
+                                 UserMessage::Icon::Critical);
+}
+
+// libpq's words, with the password blanked out should they ever quote it.
+QString connectionErrorText(const QSqlError &error, const QString &password)
+{
+    // One line: libpq breaks its messages over lines and indents them with tabs.
+    QString text = error.databaseText().simplified();
+    if (text.isEmpty())
+        text = error.text().simplified();
+    if (!password.isEmpty())
+        text.replace(password, QStringLiteral("***"));
+    return text;
+}
+
+Checked<QSqlDatabase> connectPostgreSQL(const DatabaseConfig &config, const QString &connectionName)
+{
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), connectionName);
+    db.setHostName(config.host);
+    db.setPort(config.port);
+    db.setDatabaseName(config.databaseName);
+    db.setUserName(config.user);
+    // Without one, libpq looks in PGPASSWORD, ~/.pgpass and PGPASSFILE itself.
+    if (!config.password.isEmpty())
+        db.setPassword(config.password);
+    if (!db.open())
+        return openFailure(QStringLiteral("Няма връзка с базата данни %1: %2")
+                               .arg(config.describe(), connectionErrorText(db.lastError(), config.password)),
+                           QStringLiteral("Моля, проверете адреса, потребителя и паролата!"));
+    return db;
+}
+
+Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString &connectionName)
+{
+    const QString path = config.sqlitePath;
+    const bool ownFolder = QFileInfo(path).absolutePath() == QFileInfo(DatabaseConfig::defaultSqlite().sqlitePath).absolutePath();
+    if (auto failure = prepareDatabaseFolder(path, ownFolder))
+        return *failure;
+    if (!QFileInfo::exists(path)) {
+        if (auto failure = createDatabaseFile(path))
+            return *failure;
     }
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return true;
-}
+    if (auto failure = checkDatabaseFile(path))
+        return *failure;
 
-bool execPragma(QSqlDatabase &db, const QString &pragma, QString *error)
-{
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
+    db.setDatabaseName(path);
+    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+    if (!db.open())
+        return openFailure(QStringLiteral("Базата данни %1 не може да бъде отворена: %2")
+                               .arg(QDir::toNativeSeparators(path), db.lastError().databaseText().simplified()),
+                           QStringLiteral("Моля, проверете файла и правата за достъп до него!"));
     QSqlQuery query(db);
-    if (query.exec(pragma))
-        return true;
-    if (error)
-        *error = query.lastError().text();
-    return false;
+    for (const char *pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL"}) {
+        if (!query.exec(QString::fromLatin1(pragma))) {
+            const QString text = query.lastError().databaseText().simplified();
+            db.close();
+            return openFailure(QStringLiteral("Базата данни %1 не може да бъде отворена: %2")
+                                   .arg(QDir::toNativeSeparators(path), text),
+                               QStringLiteral("Моля, опитайте отново след малко!"));
+        }
+    }
+    return db;
 }
 
+}
+
+Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName)
+{
+    if (QSqlDatabase::contains(connectionName))
+        QSqlDatabase::removeDatabase(connectionName);
+    if (config.engine == DatabaseConfig::Engine::PostgreSQL)
+        return connectPostgreSQL(config, connectionName);
+    return connectSqlite(config, connectionName);
 }
 
 QSqlDatabase openDatabase(const DatabaseConfig &config, const QString &connectionName, QString *error)
 {
-    if (QSqlDatabase::contains(connectionName))
-        QSqlDatabase::removeDatabase(connectionName);
-
-    if (config.engine == DatabaseConfig::Engine::PostgreSQL) {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"), connectionName);
-        db.setHostName(config.host);
-        db.setPort(config.port);
-        db.setDatabaseName(config.databaseName);
-        db.setUserName(config.user);
-        db.setPassword(config.password);
-        if (!db.open() && error)
-            *error = db.lastError().text();
-        return db;
-    }
-
-    if (!prepareSqliteFolder(config.sqlitePath, error))
-        return QSqlDatabase();
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
-    db.setDatabaseName(config.sqlitePath);
-    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
-    if (!db.open()) {
-        if (error)
-            *error = db.lastError().text();
-        return db;
-    }
-    // chmod touches no descriptor of the open database, so SQLite's locks are safe.
-    QFile::setPermissions(config.sqlitePath, QFile::ReadOwner | QFile::WriteOwner);
-    if (!execPragma(db, QStringLiteral("PRAGMA journal_mode=WAL"), error)
-        || !execPragma(db, QStringLiteral("PRAGMA synchronous=NORMAL"), error)) {
-        db.close();
-    }
-    return db;
+    const Checked<QSqlDatabase> db = connectDatabase(config, connectionName);
+    if (db)
+        return db.value();
+    if (error)
+        *error = db.message().text;
+    return QSqlDatabase::contains(connectionName) ? QSqlDatabase::database(connectionName, false) : QSqlDatabase();
 }
 
 bool databaseIsNew(const DatabaseConfig &config)
@@ -85,6 +113,12 @@ void closeDatabase(const QString &connectionName)
             db.close();
     }
     QSqlDatabase::removeDatabase(connectionName);
+}
+
+bool needsPassword(const QString &connectionError)
+{
+    // libpq: "fe_sendauth: no password supplied", "password authentication failed for user ...".
+    return connectionError.contains(QLatin1String("password"), Qt::CaseInsensitive);
 }
 
 }

@@ -1,6 +1,7 @@
 #include "databaseconfig.h"
 
 #include <QDir>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -48,6 +49,23 @@ QString DatabaseConfig::describe() const
     if (engine == Engine::SQLite)
         return QStringLiteral("SQLite: %1").arg(QDir::toNativeSeparators(sqlitePath));
     return QStringLiteral("PostgreSQL: %1@%2:%3/%4").arg(user, host).arg(port).arg(databaseName);
+}
+
+QString DatabaseConfig::redacted(const QString &text)
+{
+    QString out = text;
+    const qsizetype scheme = out.indexOf(QLatin1String("://"));
+    if (scheme >= 0) {
+        // A host never holds '@', so the last one ends the user part, however odd the password.
+        const qsizetype at = out.lastIndexOf(QLatin1Char('@'));
+        const qsizetype colon = out.indexOf(QLatin1Char(':'), scheme + 3);
+        if (at > scheme && colon >= 0 && colon < at)
+            out.replace(colon + 1, at - colon - 1, QStringLiteral("***"));
+    }
+    static const QRegularExpression passwordParameter(QStringLiteral("(password=)[^&\\s]*"),
+                                                      QRegularExpression::CaseInsensitiveOption);
+    out.replace(passwordParameter, QStringLiteral("\\1***"));
+    return out;
 }
 
 std::optional<DatabaseConfig> resolveDatabaseConfig(const QString &commandLineValue, const QString &environmentValue)

@@ -25,6 +25,9 @@ struct DatabaseConfig {
 
     // One line for the about box and logs; never shows the password.
     QString describe() const;
+    // A database text as typed, fit for a message: a password in it, given as user:password@ or as
+    // password=, is shown as ***, whether or not the rest of the text could be read.
+    static QString redacted(const QString &text);
     bool operator==(const DatabaseConfig &) const = default;
 };
 

@@ -4,6 +4,7 @@
 #include "data/transaction.h"
 
 #include <QSqlError>
+#include <QVariant>
 #include <QSqlQuery>
 #include <algorithm>
 #include <vector>
@@ -16,7 +17,8 @@ namespace {
 // (dialect.h). Every table has the surrogate key id and row_version for optimistic concurrency.
 // Text lengths are enforced by the screens, not the columns, so both engines behave alike.
 // A step runs when its version is not yet recorded in zarek_schema, so steps are independent of
-// the order in which they were added. Numbers: 2 start-up safety, 3 warehouse issue lots, 4 the euro.
+// the order in which they were added; a recorded version the program does not know is a newer
+// program's, and the database is refused. Numbers: 2 start-up safety, 3 warehouse issue lots, 4 the euro.
 struct Migration {
     int version;
     QStringList statements;
@@ -99,17 +101,25 @@ const std::vector<Migration> &migrations()
     return list;
 }
 
-bool ensureVersionTable(QSqlDatabase &db, QString *error)
+bool hasVersionTable(QSqlDatabase &db)
 {
-    QSqlQuery query(db);
-    if (!query.exec(QStringLiteral("CREATE TABLE IF NOT EXISTS zarek_schema (version INTEGER NOT NULL)"))) {
-        if (error)
-            *error = query.lastError().text();
-        return false;
+    // QSqlDatabase::tables() gives PostgreSQL's names in lower case, SQLite's as created.
+    for (const QString &table : db.tables(QSql::Tables)) {
+        if (table.compare(QLatin1String("zarek_schema"), Qt::CaseInsensitive) == 0)
+            return true;
     }
-    return true;
+    return false;
 }
 
+}
+
+bool isKnownSchemaVersion(int version)
+{
+    for (const Migration &step : migrations()) {
+        if (step.version == version)
+            return true;
+    }
+    return false;
 }
 
 QStringList mainTables()
@@ -130,14 +140,41 @@ int latestSchemaVersion()
 
 namespace {
 
-bool isApplied(QSqlDatabase &db, int version)
+UserMessage openingError(const QString &fault, const QString &request)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("SELECT COUNT(*) FROM zarek_schema WHERE version = ?"));
-    query.addBindValue(version);
-    return query.exec() && query.next() && query.value(0).toInt() > 0;
+    return UserMessage::twoLines(databaseOpenTitle(), fault, request, UserMessage::Icon::Critical);
 }
 
+// The engine's own words, without the statement: a message never shows SQL.
+UserMessage engineError(const QSqlError &error)
+{
+    QString text = error.databaseText().simplified();
+    if (text.isEmpty())
+        text = error.text().simplified();
+    return openingError(QStringLiteral("Базата данни не може да бъде подготвена: %1").arg(text),
+                        QStringLiteral("Моля, проверете базата данни и опитайте отново!"));
+}
+
+}
+
+UserMessage databaseBusyMessage()
+{
+    return openingError(QStringLiteral("Базата данни е заета от друго копие на програмата!"),
+                        QStringLiteral("Моля, опитайте отново след малко!"));
+}
+
+UserMessage foreignDatabaseMessage()
+{
+    return openingError(QStringLiteral("Това не е база данни на Зарек: в нея има чужди таблици!"),
+                        QStringLiteral("Моля, посочете базата данни на Зарек или нов файл. Базата не е променена."));
+}
+
+UserMessage newerSchemaMessage(int databaseVersion, int programVersion)
+{
+    return openingError(QStringLiteral("Базата данни е от по-нова версия на Зарек (схема %1, програмата познава до %2)!")
+                            .arg(databaseVersion)
+                            .arg(programVersion),
+                        QStringLiteral("Моля, отворете я с по-новата версия на програмата. Базата не е променена."));
 }
 
 int schemaVersion(QSqlDatabase &db)
@@ -148,40 +185,62 @@ int schemaVersion(QSqlDatabase &db)
     return query.value(0).toInt();
 }
 
-bool migrateSchema(QSqlDatabase &db, QString *error)
+std::optional<UserMessage> upgradeSchema(QSqlDatabase &db)
 {
-    if (!ensureVersionTable(db, error))
-        return false;
+    // The version is read under the write lock, so two copies starting on a new database never
+    // both decide to create the tables.
+    Transaction transaction(db, Transaction::Lock::Writer);
+    if (!transaction.isActive())
+        return transaction.timedOut() ? databaseBusyMessage() : engineError(transaction.lastError());
+
+    QSqlQuery query(db);
+    if (!hasVersionTable(db)) {
+        // Another program's tables are never joined by ours.
+        if (!db.tables(QSql::Tables).isEmpty())
+            return foreignDatabaseMessage();
+        if (!query.exec(QStringLiteral("CREATE TABLE zarek_schema (version INTEGER NOT NULL)")))
+            return engineError(query.lastError());
+    }
+    QList<int> recorded;
+    if (!query.exec(QStringLiteral("SELECT DISTINCT version FROM zarek_schema ORDER BY version")))
+        return engineError(query.lastError());
+    while (query.next())
+        recorded.append(query.value(0).toInt());
+    query.finish();
+    for (int version : recorded) {
+        if (!isKnownSchemaVersion(version))
+            return newerSchemaMessage(recorded.last(), latestSchemaVersion());
+    }
+
     const Dialect dialect = dialectOf(db);
     std::vector<Migration> steps = migrations();
     std::sort(steps.begin(), steps.end(), [](const Migration &a, const Migration &b) { return a.version < b.version; });
     for (const Migration &step : steps) {
-        const int version = step.version;
-        if (isApplied(db, version))
+        if (recorded.contains(step.version))
             continue;
-        Transaction transaction(db);
-        QSqlQuery query(db);
-        // Two workstations starting at once: the second waits here and then finds the step done.
-        if (dialect == Dialect::PostgreSQL)
-            query.exec(QStringLiteral("LOCK TABLE zarek_schema IN EXCLUSIVE MODE"));
-        if (isApplied(db, version))
-            continue;
+        Transaction stepTransaction(db);  // a savepoint: a failed step leaves nothing behind
         for (const QString &statement : step.statements) {
-            if (!query.exec(dialectDdl(statement, dialect))) {
-                if (error)
-                    *error = QStringLiteral("%1 (%2)").arg(query.lastError().text(), statement);
-                return false;
-            }
+            if (!query.exec(dialectDdl(statement, dialect)))
+                return engineError(query.lastError());
         }
         query.prepare(QStringLiteral("INSERT INTO zarek_schema (version) VALUES (?)"));
-        query.addBindValue(version);
-        if (!query.exec() || !transaction.commit()) {
-            if (error)
-                *error = query.lastError().text();
-            return false;
-        }
+        query.addBindValue(step.version);
+        if (!query.exec())
+            return engineError(query.lastError());
+        if (!stepTransaction.commit())
+            return engineError(stepTransaction.lastError());
     }
-    return true;
+    if (!transaction.commit())
+        return engineError(transaction.lastError());
+    return std::nullopt;
+}
+
+bool migrateSchema(QSqlDatabase &db, QString *error)
+{
+    const auto failure = upgradeSchema(db);
+    if (failure && error)
+        *error = failure->text;
+    return !failure;
 }
 
 }

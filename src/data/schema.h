@@ -1,9 +1,12 @@
 #pragma once
 
+#include "core/usermessage.h"
+
 #include <QSqlDatabase>
 #include <QString>
 #include <QStringList>
 #include <array>
+#include <optional>
 
 namespace zarek {
 
@@ -20,12 +23,27 @@ inline const std::array<QString, 6> &tariffColumns()
 // The main database's tables, in creation order.
 QStringList mainTables();
 
-// Brings the schema up to the newest version, each step in its own transaction.
-// Returns false and fills error when a step fails (that step leaves nothing behind).
+// Brings the schema up to the newest version under the write lock (Transaction::Lock::Writer),
+// all steps in one transaction: the version is read, the missing steps applied and recorded. A
+// database with tables of its own but no zarek_schema (another program's), or one that records a
+// version this program does not know (a newer Zarek's), is refused and left as it was.
+std::optional<UserMessage> upgradeSchema(QSqlDatabase &db);
+// The same, with the message's text in error.
 bool migrateSchema(QSqlDatabase &db, QString *error = nullptr);
 
 // The version the database is at; 0 for an empty database.
 int schemaVersion(QSqlDatabase &db);
 int latestSchemaVersion();
+// True for a version among this program's migrations.
+bool isKnownSchemaVersion(int version);
+
+// The title of every refusal on opening a database.
+inline QString databaseOpenTitle() { return QStringLiteral("ГРЕШКА при отваряне на базата данни!"); }
+// Another copy of the program held the write lock for the whole wait.
+UserMessage databaseBusyMessage();
+// Tables of another program and no zarek_schema.
+UserMessage foreignDatabaseMessage();
+// A schema version recorded by a newer program.
+UserMessage newerSchemaMessage(int databaseVersion, int programVersion);
 
 }

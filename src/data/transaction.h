@@ -1,36 +1,47 @@
 #pragma once
 
 #include <QSqlDatabase>
+#include <QSqlError>
 
 namespace zarek {
 
 // Writes that belong together: begun on construction, rolled back unless commit() succeeds.
+// Transactions nest: one begun while another is open on the same connection is a savepoint of
+// it, so a routine that writes in a transaction of its own can run inside a larger one (the demo
+// firm saves each course through the course store, and all of it is one transaction).
 class Transaction {
 public:
-    explicit Transaction(QSqlDatabase db) : m_db(std::move(db)), m_active(m_db.transaction()) {}
-    ~Transaction()
-    {
-        if (m_active)
-            m_db.rollback();
-    }
+    enum class Lock {
+        None,
+        // Only one such transaction at a time across every copy of the program: SQLite takes its
+        // write lock before anything is read (BEGIN IMMEDIATE, waiting up to the busy timeout),
+        // PostgreSQL the program's advisory lock (waiting up to 15 s). Start-up decisions are made
+        // under it. Inside another transaction it is only granted when that one holds it.
+        Writer,
+    };
+
+    explicit Transaction(QSqlDatabase db, Lock lock = Lock::None);
+    ~Transaction();
     Transaction(const Transaction &) = delete;
     Transaction &operator=(const Transaction &) = delete;
 
     bool isActive() const { return m_active; }
-    bool commit()
-    {
-        if (!m_active)
-            return false;
-        m_active = false;
-        if (m_db.commit())
-            return true;
-        m_db.rollback();
-        return false;
-    }
+    bool commit();
+
+    // Why the transaction could not begin or commit.
+    QSqlError lastError() const { return m_error; }
+    // True when it could not begin because another copy held the lock for the whole wait.
+    bool timedOut() const;
 
 private:
+    bool exec(const QString &sql);
+    void rollback();
+
     QSqlDatabase m_db;
-    bool m_active;
+    QString m_connection;
+    int m_level = 0;  // 1 for the outermost, 2 and up for savepoints
+    bool m_active = false;
+    QSqlError m_error;
 };
 
 }

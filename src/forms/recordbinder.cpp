@@ -1,5 +1,6 @@
 #include "recordbinder.h"
 
+#include "core/textcheck.h"
 #include "forms/recordgridmodel.h"
 
 #include <QCheckBox>
@@ -195,8 +196,22 @@ bool RecordBinder::touched() const
     return onScreen() != m_untouched;
 }
 
+std::optional<UserMessage> RecordBinder::checkTexts(const QString &errorTitle) const
+{
+    QStringList texts;
+    for (const Binding &binding : m_bindings) {
+        if (binding.text)
+            texts.append(binding.text->text());
+        if (binding.combo)
+            texts.append(binding.combo->currentText());
+    }
+    return checkTypedTexts(texts, errorTitle);
+}
+
 Checked<QVariantMap> RecordBinder::values(const QString &errorTitle) const
 {
+    if (auto refused = checkTexts(errorTitle))
+        return *refused;
     QVariantMap values;
     for (const Binding &binding : m_bindings) {
         if (binding.check) {

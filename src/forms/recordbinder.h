@@ -57,6 +57,8 @@ public:
     void markUntouched();
     // Whether anything was typed or picked since markUntouched().
     bool touched() const;
+    // The message when a text box holds a control character (core/textcheck.h), before any check.
+    std::optional<UserMessage> checkTexts(const QString &errorTitle) const;
     // The typed values as the columns take them (numbers, dates); secret columns as typed text.
     Checked<QVariantMap> values(const QString &errorTitle) const;
     bool isSecret(const QString &column) const;

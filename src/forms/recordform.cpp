@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QStyle>
 #include <QTableView>
 #include <QTimer>
@@ -346,8 +347,10 @@ void RecordForm::fail(const QString &caption, UserMessage message) const
 {
     if (message.title.isEmpty())
         message.title = caption;
+    // Only an error box's "number:" goes; a validation message keeps its text whole.
+    static const QRegularExpression errorNumber(QStringLiteral("^-?\\d+:"));
     if (m_config.errorDescriptionOnly && message.icon == UserMessage::Icon::Critical)
-        message.text = message.text.section(QLatin1Char(':'), 1);
+        message.text.remove(errorNumber);
     MessageService::instance().inform(message);
 }
 
@@ -391,6 +394,11 @@ bool RecordForm::update()
         return false;
     const QString &caption = m_config.errorCaptions.save;
     m_binder->commitCovers();
+    // A text with a control character is refused before the screen's own checks see it.
+    if (const auto refused = m_binder->checkTexts(caption)) {
+        fail(caption, *refused);
+        return false;
+    }
     // All checks run; the message kept is that of the last one that failed. What was typed stays.
     if (m_config.validate) {
         if (const auto failure = m_config.validate(m_binder->typed())) {

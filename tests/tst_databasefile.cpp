@@ -1,0 +1,282 @@
+#include "data/database.h"
+#include "data/schema.h"
+#include "data/transaction.h"
+#include "testdatabase.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSqlQuery>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
+
+using namespace zarek;
+
+namespace {
+
+struct FileState {
+    QByteArray bytes;
+    QFile::Permissions mode;
+    bool operator==(const FileState &) const = default;
+};
+
+FileState stateOf(const QString &path)
+{
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    return {file.readAll(), QFile::permissions(path)};
+}
+
+DatabaseConfig sqliteAt(const QString &path)
+{
+    DatabaseConfig config;
+    config.sqlitePath = path;
+    return config;
+}
+
+bool execAll(QSqlDatabase db, const QStringList &statements)
+{
+    QSqlQuery query(db);
+    for (const QString &sql : statements) {
+        if (!query.exec(sql)) {
+            qWarning() << sql << query.lastError().text();
+            return false;
+        }
+    }
+    return true;
+}
+
+// A Zarek database at path, closed again (its WAL folded into the file).
+bool makeZarekFile(const QString &path, const QStringList &statements = {})
+{
+    bool ok = false;
+    {
+        const auto db = connectDatabase(sqliteAt(path), QStringLiteral("make"));
+        ok = db && execAll(db.value(), statements);
+    }
+    closeDatabase(QStringLiteral("make"));
+    return ok;
+}
+
+bool makeForeignFile(const QString &path, const QStringList &statements)
+{
+    bool ok = false;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("foreign"));
+        db.setDatabaseName(path);
+        ok = db.open() && execAll(db, statements);
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("foreign"));
+    return ok;
+}
+
+// Overwrites pages of a closed database file with a pattern, as a failing disk would.
+bool damagePages(const QString &path, int firstPage, int pages)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite) || file.size() < qint64(firstPage + pages) * 4096)
+        return false;
+    file.seek(qint64(firstPage) * 4096);
+    return file.write(QByteArray(pages * 4096, char(0xA5))) == pages * 4096;
+}
+
+}
+
+class DatabaseFileTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void oddFilesAreRefusedAndLeftUntouched_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("fault");
+        QTest::newRow("another program's database") << "foreign" << "чужди таблици";
+        QTest::newRow("zero bytes") << "empty" << "е празен";
+        QTest::newRow("read-only file") << "read-only" << "е само за четене";
+        QTest::newRow("newer schema") << "newer" << "по-нова версия на Зарек (схема 999";
+        QTest::newRow("damaged file") << "damaged" << "е повредена";
+        QTest::newRow("a program, not a database") << "program" << "не е база данни на Зарек";
+        QTest::newRow("a database with no tables") << "bare" << "не е база данни на Зарек";
+    }
+    void oddFilesAreRefusedAndLeftUntouched()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("files are SQLite's");
+        QFETCH(QString, kind);
+        QFETCH(QString, fault);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("firm.db"));
+        if (kind == "foreign") {
+            QVERIFY(makeForeignFile(path, {"CREATE TABLE invoices (id INTEGER, total REAL)",
+                                           "INSERT INTO invoices VALUES (1, 20.5)"}));
+        } else if (kind == "empty") {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        } else if (kind == "read-only") {
+            QVERIFY(makeZarekFile(path));
+            QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+        } else if (kind == "newer") {
+            QVERIFY(makeZarekFile(path, {"INSERT INTO zarek_schema (version) VALUES (999)"}));
+        } else if (kind == "damaged") {
+            QStringList rows{"BEGIN"};
+            for (int i = 0; i < 3000; ++i)
+                rows << QStringLiteral("INSERT INTO tabl (data, kola, Klient, Marsh, km, ton) VALUES "
+                                       "('2006-03-05', 'СА 1234 ВК', 'Клиент %1', 'София - Перник', 25, 10)").arg(i);
+            rows << "COMMIT";
+            QVERIFY(makeZarekFile(path, rows));
+            QVERIFY(damagePages(path, 10, 30));
+        } else if (kind == "program") {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QByteArray("\x7f" "ELF\x02\x01\x01", 7) + QByteArray(8000, '\x11'));
+            file.close();
+            QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
+                                                    | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther));
+        } else if (kind == "bare") {
+            QVERIFY(makeForeignFile(path, {"PRAGMA user_version = 7"}));
+        }
+        const FileState before = stateOf(path);
+
+        {
+            const auto db = connectDatabase(sqliteAt(path), QStringLiteral("odd"));
+            QVERIFY(!db);
+            QVERIFY2(db.message().text.section(QLatin1Char('\n'), 0, 0).contains(fault), qPrintable(db.message().text));
+            QCOMPARE(db.message().title, QStringLiteral("ГРЕШКА при отваряне на базата данни!"));
+            QCOMPARE(db.message().text.count(QLatin1Char('\n')), 1);
+            if (kind == "damaged")
+                QVERIFY(db.message().text.contains(QStringLiteral("Зареждане")));
+        }
+        closeDatabase(QStringLiteral("odd"));
+        QVERIFY(stateOf(path) == before);
+    }
+
+    void aNewFileIsPrivateInFoldersMadePrivate()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("files are SQLite's");
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("a/b/firm.db"));
+        const mode_t old = umask(0);  // the widest umask: nothing may depend on it
+        const bool made = connectDatabase(sqliteAt(path), QStringLiteral("new")).ok();
+        umask(old);
+        QVERIFY(made);
+        closeDatabase(QStringLiteral("new"));
+        const auto privateFolder = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser
+                                   | QFile::WriteUser | QFile::ExeUser;
+        QCOMPARE(QFile::permissions(dir.filePath(QStringLiteral("a"))), privateFolder);
+        QCOMPARE(QFile::permissions(dir.filePath(QStringLiteral("a/b"))), privateFolder);
+        QCOMPARE(QFile::permissions(path), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
+        QCOMPARE(QDir(dir.filePath(QStringLiteral("a/b"))).entryList(QDir::Files | QDir::Hidden).filter(".new-"),
+                 QStringList());
+    }
+
+    void aFolderThatWasThereKeepsItsMode()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("files are SQLite's");
+        QTemporaryDir dir;
+        const auto open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser | QFile::WriteUser
+                          | QFile::ExeUser | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+        QVERIFY(QFile::setPermissions(dir.path(), open));
+        QVERIFY(makeZarekFile(dir.filePath(QStringLiteral("firm.db"))));
+        QCOMPARE(QFile::permissions(dir.path()), open);
+    }
+
+    void theProgramsOwnFolderIsKeptPrivate()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("files are SQLite's");
+        const DatabaseConfig config = DatabaseConfig::defaultSqlite();
+        const QString folder = QFileInfo(config.sqlitePath).absolutePath();
+        QVERIFY2(folder.contains(QStringLiteral("qttest")), qPrintable(folder));  // never the user's own
+        QDir(folder).removeRecursively();
+        QVERIFY(QDir().mkpath(folder));
+        QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadOther
+                                                  | QFile::ExeOther));
+        {
+            const auto db = connectDatabase(config, QStringLiteral("own"));
+            QVERIFY(db);
+        }
+        closeDatabase(QStringLiteral("own"));
+        QCOMPARE(QFile::permissions(folder) & (QFile::ReadOther | QFile::ExeOther | QFile::ReadGroup),
+                 QFile::Permissions());
+        QDir(folder).removeRecursively();
+    }
+
+    void twoCopiesMakingOneNewFileShareIt()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("files are SQLite's");
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("firm.db"));
+        QVERIFY(makeZarekFile(path, {"INSERT INTO Firms (SrName) VALUES ('first')"}));
+        // A second creation finds the file there and leaves it be.
+        QVERIFY(makeZarekFile(path));
+        {
+            const auto db = connectDatabase(sqliteAt(path), QStringLiteral("again"));
+            QVERIFY(db);
+            QSqlQuery query(db.value());
+            QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM Firms")) && query.next());
+            QCOMPARE(query.value(0).toInt(), 1);
+        }
+        closeDatabase(QStringLiteral("again"));
+    }
+
+    void anotherProgramsDatabaseIsRefused()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        QVERIFY(scratch.exec(QStringLiteral("DROP TABLE zarek_schema")));
+        const auto refused = upgradeSchema(db);
+        QVERIFY(refused);
+        QCOMPARE(*refused, foreignDatabaseMessage());
+    }
+
+    void aNewerSchemaIsRefusedNamingBothVersions()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO zarek_schema (version) VALUES (999)")));
+        const auto refused = upgradeSchema(db);
+        QVERIFY(refused);
+        QCOMPARE(*refused, newerSchemaMessage(999, latestSchemaVersion()));
+        QVERIFY(refused->text.contains(QStringLiteral("999")));
+        QVERIFY(refused->text.contains(QString::number(latestSchemaVersion())));
+    }
+
+    void aCopyWaitingForTheLockIsToldNotShownSql()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("the PostgreSQL wait is 15 s");
+        test::ScratchDatabase scratch(engine);
+        QVERIFY(scratch.isReady());
+        QSqlDatabase other = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("impatient"));
+        other.setDatabaseName(scratch.config().sqlitePath);
+        other.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=200"));
+        QVERIFY(other.open());
+        {
+            Transaction holder(scratch.db(), Transaction::Lock::Writer);
+            QVERIFY(holder.isActive());
+            const auto refused = upgradeSchema(other);
+            QVERIFY(refused);
+            QCOMPARE(*refused, databaseBusyMessage());
+        }
+        QVERIFY(!upgradeSchema(other));  // free again once the holder is done
+        other.close();
+        other = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("impatient"));
+    }
+};
+
+QTEST_GUILESS_MAIN(DatabaseFileTest)
+#include "tst_databasefile.moc"

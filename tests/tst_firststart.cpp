@@ -1,0 +1,176 @@
+#include "app/demodata.h"
+#include "app/firststart.h"
+#include "app/firststartdialog.h"
+#include "app/users.h"
+#include "core/textcheck.h"
+#include "forms/messageservice.h"
+#include "testdatabase.h"
+
+#include <QGroupBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+int count(QSqlDatabase db, const QString &sql)
+{
+    QSqlQuery query(db);
+    if (!query.exec(sql) || !query.next())
+        return -1;
+    return query.value(0).toInt();
+}
+
+void type(QDialog &dialog, const char *name, const QString &text)
+{
+    dialog.findChild<QLineEdit *>(QString::fromLatin1(name))->setText(text);
+}
+
+void typeFirm(QDialog &dialog)
+{
+    type(dialog, "txtFirmaName", QStringLiteral("Д'Арт Транс ООД"));
+    type(dialog, "txtFirmaAdres", QStringLiteral("ул. Шипка 5"));
+    type(dialog, "txtFirmaCity", QStringLiteral("Пловдив"));
+    type(dialog, "txtFirmaTel", QStringLiteral("032 111 222"));
+    type(dialog, "txtFirmaFax", QStringLiteral("0888 111 222"));
+}
+
+void typeAdministrator(QDialog &dialog, const QString &name = QStringLiteral("Стоян"))
+{
+    type(dialog, "txtAdminName", name);
+    type(dialog, "txtAdminPassword", QStringLiteral("s3cret"));
+    type(dialog, "txtAdminRepeat", QStringLiteral("s3cret"));
+}
+
+bool shown(QDialog &dialog, const char *name)
+{
+    QWidget *widget = dialog.findChild<QWidget *>(QString::fromLatin1(name));
+    return widget && widget->isVisibleTo(&dialog);
+}
+
+const char *firmRow = "INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, UserTel, UserGSM) "
+                      "VALUES ('Фирма', 'Адрес', 'Град', '1', '2')";
+
+}
+
+class FirstStartTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void aNewDatabaseOffersTheFirmOrTheDemo()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const StartState state = readStartState(scratch.db());
+        QVERIFY(state.needsFirstStart());
+        QVERIFY(!state.hasData);
+        RecordingMessageService messages;
+        FirstStartDialog dialog(scratch.db(), state);
+        QVERIFY(shown(dialog, "fraFirm"));
+        QVERIFY(shown(dialog, "fraAdmin"));
+        QVERIFY(shown(dialog, "cmdDemo"));
+        dialog.findChild<QPushButton *>(QStringLiteral("cmdDemo"))->click();
+        QVERIFY(dialog.demoWanted());
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 0);  // the caller makes it
+    }
+
+    void theFirmAndItsAdministratorAreMadeTogether()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        FirstStartDialog dialog(scratch.db(), readStartState(scratch.db()));
+        typeFirm(dialog);
+        typeAdministrator(dialog);
+        dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
+        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QVERIFY(!needsFirstStart(scratch.db()));
+        QVERIFY(CheckUser(scratch.db(), QStringLiteral("s3cret"), QStringLiteral("Стоян")).LoginOk);
+    }
+
+    void aFirmWithoutAUserIsAskedOnlyForTheAdministrator()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(scratch.exec(QString::fromUtf8(firmRow)));
+        const StartState state = readStartState(scratch.db());
+        QVERIFY(state.needsFirstStart());
+        RecordingMessageService messages;
+        FirstStartDialog dialog(scratch.db(), state);
+        QVERIFY(!shown(dialog, "fraFirm"));
+        QVERIFY(shown(dialog, "fraAdmin"));
+        QVERIFY(!shown(dialog, "cmdDemo"));  // the database holds data
+        typeAdministrator(dialog);
+        dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
+        QVERIFY2(messages.shown.isEmpty(), qPrintable(messages.shown.value(0).text));
+        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 1);
+        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users WHERE Vid = 'A'")), 1);
+    }
+
+    void theDemoIsRefusedWhereDataExists_data()
+    {
+        QTest::addColumn<QString>("row");
+        QTest::newRow("a course") << "INSERT INTO tabl (data, kola, km, ton) VALUES ('2006-03-05', 'СА 1234 ВК', 1, 1)";
+        QTest::newRow("a firm row") << QString::fromUtf8(firmRow);
+        QTest::newRow("a truck") << "INSERT INTO Config (kola, Ton) VALUES ('СА 1234 ВК', 20)";
+    }
+    void theDemoIsRefusedWhereDataExists()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(QString, row);
+        QVERIFY(scratch.exec(row));
+        QSqlDatabase db = scratch.db();
+        DemoOptions options;
+        options.courses = 20;
+        const auto demo = fillDemoDatabase(db, options);
+        QVERIFY(!demo);
+        QCOMPARE(demo.message(), databaseHoldsDataMessage());
+        QCOMPARE(count(db, QStringLiteral("SELECT COUNT(*) FROM Users")), 0);
+        QCOMPARE(count(db, QStringLiteral("SELECT COUNT(*) FROM Sklad")), 0);
+    }
+
+    void anAdministratorMadeMeanwhileByAnotherCopyEndsTheDialog()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        FirstStartDialog dialog(scratch.db(), readStartState(scratch.db()));
+        // Another workstation finishes its first start while this dialog is being filled in.
+        FirmProfile other;
+        other.UserName = QStringLiteral("Друга");
+        other.UserAdres = QStringLiteral("а");
+        other.UserCity = QStringLiteral("г");
+        other.UserTel = QStringLiteral("1");
+        other.UserGSM = QStringLiteral("2");
+        QVERIFY(!createFirmAndAdministrator(scratch.openSecondConnection(), other, QStringLiteral("първи"),
+                                            QStringLiteral("p")));
+        typeFirm(dialog);
+        typeAdministrator(dialog, QStringLiteral("втори"));
+        dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown[0], administratorExistsMessage());
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 1);
+        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users")), 1);
+    }
+
+    void aControlCharacterInTheFirstStartIsRefused()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        FirstStartDialog dialog(scratch.db(), readStartState(scratch.db()));
+        typeFirm(dialog);
+        type(dialog, "txtFirmaName", QStringLiteral("AB") + QChar(u'\0') + QStringLiteral("CD"));
+        typeAdministrator(dialog);
+        dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown[0], controlCharacterMessage(QStringLiteral("   ВНИМАНИЕ!")));
+        QCOMPARE(dialog.result(), int(QDialog::Rejected));
+        QVERIFY(needsFirstStart(scratch.db()));
+        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 0);
+    }
+};
+
+QTEST_MAIN(FirstStartTest)
+#include "tst_firststart.moc"

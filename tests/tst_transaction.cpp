@@ -1,0 +1,117 @@
+#include "data/transaction.h"
+#include "testdatabase.h"
+
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+int rows(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("SELECT COUNT(*) FROM Firms"));
+    query.next();
+    return query.value(0).toInt();
+}
+
+bool insert(QSqlDatabase db, const QString &name)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("INSERT INTO Firms (SrName) VALUES (?)"));
+    query.addBindValue(name);
+    return query.exec();
+}
+
+}
+
+// Transactions nest as savepoints, so a routine with a transaction of its own can run inside a larger one.
+class TransactionTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void aNestedRollbackUndoesOnlyItsOwnPart()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        {
+            Transaction outer(db);
+            QVERIFY(outer.isActive());
+            QVERIFY(insert(db, QStringLiteral("A")));
+            {
+                Transaction inner(db);
+                QVERIFY(inner.isActive());
+                QVERIFY(insert(db, QStringLiteral("B")));
+            }  // not committed
+            {
+                Transaction inner(db);
+                QVERIFY(insert(db, QStringLiteral("C")));
+                QVERIFY(inner.commit());
+            }
+            QVERIFY(outer.commit());
+        }
+        QSqlQuery query(db);
+        QVERIFY(query.exec(QStringLiteral("SELECT SrName FROM Firms ORDER BY SrName")));
+        QStringList names;
+        while (query.next())
+            names.append(query.value(0).toString());
+        QCOMPARE(names, (QStringList{QStringLiteral("A"), QStringLiteral("C")}));
+    }
+
+    void aNestedCommitIsUndoneWithItsOuterTransaction()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        {
+            Transaction outer(db);
+            Transaction inner(db);
+            QVERIFY(insert(db, QStringLiteral("A")));
+            QVERIFY(inner.commit());
+        }
+        QCOMPARE(rows(db), 0);
+        // The connection is free again for a transaction of its own.
+        Transaction next(db);
+        QVERIFY(insert(db, QStringLiteral("B")));
+        QVERIFY(next.commit());
+        QCOMPARE(rows(db), 1);
+    }
+
+    void aFailedStatementInsideLeavesTheOuterUsable()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        Transaction outer(db);
+        QVERIFY(insert(db, QStringLiteral("A")));
+        {
+            Transaction inner(db);
+            QSqlQuery broken(db);
+            QVERIFY(!broken.exec(QStringLiteral("INSERT INTO no_such_table VALUES (1)")));
+        }  // PostgreSQL aborts the whole transaction unless the savepoint is rolled back
+        QVERIFY(insert(db, QStringLiteral("B")));
+        QVERIFY(outer.commit());
+        QCOMPARE(rows(db), 2);
+    }
+
+    void theWriteLockIsTakenOutermostAndGrantedInside()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        {
+            Transaction plain(db);
+            Transaction writer(db, Transaction::Lock::Writer);
+            QVERIFY(!writer.isActive());  // it cannot be had once reads may have happened without it
+        }
+        Transaction writer(db, Transaction::Lock::Writer);
+        QVERIFY(writer.isActive());
+        Transaction inside(db, Transaction::Lock::Writer);
+        QVERIFY(inside.isActive());
+        QVERIFY(insert(db, QStringLiteral("A")));
+        QVERIFY(inside.commit());
+        QVERIFY(writer.commit());
+        QCOMPARE(rows(db), 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(TransactionTest)
+#include "tst_transaction.moc"
