@@ -55,7 +55,9 @@ private slots:
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         QCOMPARE(window.windowTitle(), QStringLiteral("Зарек 2.3.4 - ACME"));
         const QStringList expected = {
-            "mnuSpr|Справки||100", "mnuSprKola|Курсове на кола||5", "mnuSprPer|Всички курсове||6", "mnuBar001|-",
+            "mnuSpr|Справки||100", "mnuSprKola|Курсове на кола||5", "mnuSprPer|Всички курсове||6",
+            "mnuSprJournal|Журнал на курсовете|Ctrl+J|270",  // added beside the firm's menu
+            "mnuBar001|-",
             "mnuSprKlient|Курсове на клиент||7", "mnuSprShof|Курсове от шофьор||8", "mnuBar002|-",
             "mnuSprKlientSakr|Клиент за факруриране||9", "mnuBar003|-", "mnuSprBalanc|Баланс на колите||10",
             "mnuSprPreRazh|Разход нафта||11", "mnuBar006|-", "mnuSprRowdList|Пътни листи||12", "mnuBar005|-",
@@ -126,6 +128,7 @@ private slots:
             {"SprList", "Справка пътни листи", "mnuSprRowdList"},
             {"Kl", "Справка за клиент", "mnuSprKlientSakr"},
             {"SprSh", "Справка за шофьор", "mnuSprShof"},
+            {"Journal", "Журнал на курсовете", "mnuSprJournal"},  // added beside the firm's toolbar
             {"NewKurs", "Нов курс", "mnuDataNew"},
             {"NewShof", "Шофьор - нов/корекция ", "mnuDataShof"},
             {"NewL", "Пътен лист - нов/корекция ", "mnuDataPList"},
@@ -156,7 +159,8 @@ private slots:
         });
         closer.start(20);
         const QStringList built = {"mnuSprKola", "mnuSprPer", "mnuSprShof", "mnuDataNew", "mnuDataShof", "mnuDataKorКм",
-                                   "mnuDataFakt", "mnuDataPList", "mnuSprRowdList", "mnuDataKorPl", "mnuSprKlientSakr"};
+                                   "mnuDataFakt", "mnuDataPList", "mnuSprRowdList", "mnuDataKorPl", "mnuSprKlientSakr",
+                                   "mnuSprJournal"};
         for (qsizetype i = 0; i < expected.size(); ++i) {
             QAction *button = buttons.at(i);
             const QString &menuItem = expected[i][2];

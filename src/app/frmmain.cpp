@@ -61,7 +61,8 @@ QIcon toolbarIcon(const QString &key)
     static const QHash<QString, std::pair<QString, int>> looks = {
         {QStringLiteral("Kola"), {QStringLiteral("К"), 0}},  {QStringLiteral("Per"), {QStringLiteral("Σ"), 0}},
         {QStringLiteral("SprList"), {QStringLiteral("ПЛ"), 0}}, {QStringLiteral("Kl"), {QStringLiteral("Кл"), 0}},
-        {QStringLiteral("SprSh"), {QStringLiteral("Ш"), 0}},  {QStringLiteral("NewKurs"), {QStringLiteral("+К"), 1}},
+        {QStringLiteral("SprSh"), {QStringLiteral("Ш"), 0}},  {QStringLiteral("Journal"), {QStringLiteral("Ж"), 0}},
+        {QStringLiteral("NewKurs"), {QStringLiteral("+К"), 1}},
         {QStringLiteral("NewShof"), {QStringLiteral("+Ш"), 1}}, {QStringLiteral("NewL"), {QStringLiteral("+Л"), 1}},
         {QStringLiteral("NewF"), {QStringLiteral("Ф"), 2}},     {QStringLiteral("KM"), {QStringLiteral("км"), 1}},
         {QStringLiteral("PL"), {QStringLiteral("лв"), 2}},      {QStringLiteral("Save"), {QStringLiteral("⇩"), 3}},

@@ -29,6 +29,7 @@ const QList<MenuEntry> &menuTree()
         top("mnuSpr", "Справки", 100),
         item("mnuSprKola", "Курсове на кола", "", 5),
         item("mnuSprPer", "Всички курсове", "", 6),
+        item("mnuSprJournal", "Журнал на курсовете", "Ctrl+J", 270),  // beyond the firm's old menu
         bar("mnuBar001"),
         item("mnuSprKlient", "Курсове на клиент", "", 7),
         item("mnuSprShof", "Курсове от шофьор", "", 8),
@@ -113,6 +114,7 @@ const QList<ToolbarKey> &toolbarKeys()
         {QStringLiteral("SprList"), QStringLiteral("Справка пътни листи"), QStringLiteral("mnuSprRowdList")},
         {QStringLiteral("Kl"), QStringLiteral("Справка за клиент"), QStringLiteral("mnuSprKlientSakr")},
         {QStringLiteral("SprSh"), QStringLiteral("Справка за шофьор"), QStringLiteral("mnuSprShof")},
+        {QStringLiteral("Journal"), QStringLiteral("Журнал на курсовете"), QStringLiteral("mnuSprJournal")},
         {QStringLiteral("NewKurs"), QStringLiteral("Нов курс"), QStringLiteral("mnuDataNew")},
         {QStringLiteral("NewShof"), QStringLiteral("Шофьор - нов/корекция "), QStringLiteral("mnuDataShof")},
         {QStringLiteral("NewL"), QStringLiteral("Пътен лист - нов/корекция "), QStringLiteral("mnuDataPList")},

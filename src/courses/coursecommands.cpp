@@ -1,5 +1,6 @@
 #include "courses/coursecommands.h"
 
+#include "courses/coursejournal.h"
 #include "courses/coursereports.h"
 #include "courses/editkm.h"
 #include "courses/kurs.h"
@@ -46,6 +47,24 @@ void registerCourseCommands(CommandRegistry &commands)
                          Kurs screen(context.db, c.SeekKola, c.period, context.window);
                          commands.runModal(screen, context.helpTopic(QStringLiteral("mnuDataKyrc")));
                      });
+    commands.add(QStringLiteral("mnuSprJournal"), [&commands, &context] {
+        context.setPanel(QStringLiteral("Журнал на курсовете"));
+        commands.showOnce(
+            QStringLiteral("CourseJournal"),
+            [&commands, &context]() -> QWidget * {
+                auto *journal = new CourseJournal(context.db, context.window);
+                journal->openCourse = [&commands, &context](qint64 id) {
+                    context.searchMode = SearchMode::EditKurs;
+                    const std::unique_ptr<Kurs> screen = Kurs::forCourse(context.db, id, context.window);
+                    if (!screen)
+                        return true;  // gone meanwhile: the journal reads again
+                    commands.runModal(*screen, context.helpTopic(QStringLiteral("mnuDataKyrc")));
+                    return true;
+                };
+                return journal;
+            },
+            context.helpTopic(QStringLiteral("mnuSprJournal")));
+    });
     commands.add(QStringLiteral("mnuDataNew"), [&commands, &context] {
         context.setPanel(QStringLiteral("Въвеждане на нов курс"));
         context.searchMode = SearchMode::NewKurs;

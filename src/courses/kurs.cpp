@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSqlQuery>
 #include <QVBoxLayout>
 
 namespace zarek {
@@ -74,6 +75,24 @@ Kurs::Kurs(QSqlDatabase db, QWidget *parent) : Kurs(CourseMode::NewKurs, std::mo
 Kurs::Kurs(QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent)
     : Kurs(CourseMode::EditKurs, std::move(db), kola, period, parent)
 {
+}
+
+std::unique_ptr<Kurs> Kurs::forCourse(QSqlDatabase db, qint64 id, QWidget *parent)
+{
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("SELECT kola, data FROM tabl WHERE id = ?"));
+    query.addBindValue(id);
+    if (!query.exec() || !query.next())
+        return nullptr;
+    const QString kola = query.value(0).toString();
+    const QDate date = query.value(1).metaType().id() == QMetaType::QDate
+                           ? query.value(1).toDate()
+                           : QDate::fromString(query.value(1).toString().left(10), Qt::ISODate);
+    auto screen = std::unique_ptr<Kurs>(new Kurs(CourseMode::EditKurs, db, kola, Period{date, date}, parent));
+    if (!screen->m_form->moveToId(id))
+        return nullptr;
+    screen->m_form->edit();
+    return screen;
 }
 
 Kurs::Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent)

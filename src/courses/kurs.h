@@ -8,6 +8,7 @@
 
 #include <QDialog>
 #include <QSqlDatabase>
+#include <memory>
 
 class QCheckBox;
 class QComboBox;
@@ -28,6 +29,9 @@ public:
     Kurs(QSqlDatabase db, QWidget *parent = nullptr);
     // EditKurs: the courses of the truck in the period, by date.
     Kurs(QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent = nullptr);
+
+    // EditKurs on the one course of that id, opened for correction (the course journal's Enter).
+    static std::unique_ptr<Kurs> forCourse(QSqlDatabase db, qint64 id, QWidget *parent = nullptr);
 
     CourseMode mode() const { return m_mode; }
     RecordForm *recordForm() const { return m_form; }

@@ -535,6 +535,12 @@ void RecordForm::last()
     navigate([this] { m_rows->moveLast(); });
 }
 
+bool RecordForm::moveToId(qint64 id)
+{
+    navigate([this, id] { m_rows->moveToBookmark(id); });
+    return m_rows->bookmark() == id;
+}
+
 // Past the last row: a beep, and the last row stays.
 void RecordForm::next()
 {

@@ -130,6 +130,8 @@ public slots:
     void previous();
     void next();
     void last();
+    // Moves to the row of that id, as a move of the user's; false when it is not among the rows.
+    bool moveToId(qint64 id);
 
 signals:
     void stateChanged(zarek::RecordFormState state);
