@@ -1,4 +1,6 @@
 #include "courses/coursejournal.h"
+#include "courses/kurs.h"
+#include "forms/recordform.h"
 #include "forms/messageservice.h"
 #include "testdatabase.h"
 
@@ -209,6 +211,32 @@ private slots:
         QCOMPARE(row, 5);  // moved to the end by its new date
         QCOMPARE(journal.grid()->currentIndex().row(), row);
         QCOMPARE(journal.model()->index(row, int(JournalColumn::Client)).data().toString(), QStringLiteral("Нов клиент"));
+    }
+
+    void aCourseCorrectedInTheCourseEditorShowsItsNewFigures()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        RecordingMessageService messages;
+        CourseJournal journal(scratch.db());
+        QSqlDatabase db = scratch.db();
+        bool opened = false;
+        journal.openCourse = [db, &opened](qint64 id) {
+            const std::unique_ptr<Kurs> screen = Kurs::forCourse(db, id);
+            if (!screen)
+                return false;
+            opened = screen->recordForm()->state() == RecordForm::State::Editing;
+            screen->findChild<QLineEdit *>(QStringLiteral("txtFields_12"))->setText(QStringLiteral("11"));
+            return screen->recordForm()->update();
+        };
+        journal.grid()->setCurrentIndex(journal.model()->index(2, int(JournalColumn::Tonnes)));  // Арго ООД, 20 t
+        QCOMPARE(journal.model()->index(2, int(JournalColumn::Tonnes)).data().toString(), QStringLiteral("20,000"));
+        QTest::keyClick(journal.grid(), Qt::Key_Return);
+        QVERIFY2(messages.shown.isEmpty(), messages.shown.isEmpty() ? "" : qPrintable(messages.shown.first().text));
+        QVERIFY(opened);
+        QCOMPARE(journal.grid()->currentIndex().row(), 2);
+        QCOMPARE(journal.model()->index(2, int(JournalColumn::Tonnes)).data().toString(), QStringLiteral("11,000"));
+        QCOMPARE(journal.model()->index(2, int(JournalColumn::Gross)).data().toString(), QStringLiteral("55,00"));
     }
 
     void theListGoesToASpreadsheetAsShown()
