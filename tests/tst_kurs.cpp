@@ -528,6 +528,35 @@ private slots:
     }
 
     // Two questions before a course goes; its expense rows stay in the warehouse.
+    // Ctrl+' fills the focused box with what it held at the last save of this opening; before any
+    // save it does nothing, and a new course still starts with its boxes as they always start.
+    void ctrlApostropheRepeatsTheLastSavedCoursesBox()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        field(screen, 1)->setFocus();
+        QTest::keyClick(field(screen, 1), Qt::Key_Apostrophe, Qt::ControlModifier);
+        QCOMPARE(field(screen, 1)->text(), QString());  // nothing saved yet in this opening
+
+        fillNewCourse(screen, QStringLiteral("0000000000"), QStringLiteral("17.03.2026"));
+        QVERIFY(screen.recordForm()->update());
+        screen.recordForm()->add();
+        QCOMPARE(field(screen, 1)->text(), QString());  // the date starts blank, as before
+        field(screen, 1)->setFocus();
+        QTest::keyClick(field(screen, 1), Qt::Key_Apostrophe, Qt::ControlModifier);
+        QCOMPARE(field(screen, 1)->text(), QStringLiteral("17.03.2026"));
+        combo(screen, 5)->setFocus();
+        QTest::keyClick(combo(screen, 5)->lineEdit(), Qt::Key_Apostrophe, Qt::ControlModifier);
+        QCOMPARE(combo(screen, 5)->currentText(), QStringLiteral("007,Иван Петров Иванов"));
+        QVERIFY(field(screen, 1)->toolTip().contains(QStringLiteral("Ctrl+'")));
+        for (const UserMessage &m : messages.shown)
+            QVERIFY2(!m.title.startsWith(QStringLiteral("ГРЕШКА")), qPrintable(m.text));  // the save went through
+    }
+
     void deletingAsksTwiceAndLeavesTheExpenseRows()
     {
         ZAREK_SCRATCH_DB(scratch);

@@ -2,6 +2,7 @@
 
 #include "forms/messageservice.h"
 #include "forms/recordgriddelegate.h"
+#include "forms/repeatprevious.h"
 #include "forms/unsavedwork.h"
 #include "forms/waitcursor.h"
 
@@ -288,6 +289,7 @@ bool RecordForm::open()
         m_guarded = true;
         UnsavedWorkGuard::of(window())->watch(this, {[this] { return hasUnsavedChanges(); },
                                                      [this] { dropPending(); }});
+        RepeatPrevious::of(window());  // Ctrl+' in the window's boxes
     }
     return true;
 }
@@ -447,6 +449,8 @@ bool RecordForm::update()
         m_rows->replaceCurrent(written.value());
     setState(State::Browsing);
     showCurrent();
+    // What the boxes held as the row was written, before the screen moves on from it.
+    RepeatPrevious::of(window())->remember();
     emit saved();
     return true;
 }
