@@ -456,6 +456,26 @@ private slots:
         QCOMPARE(drawn.pixelColor(middle.toPoint()), QColor(Qt::blue));
     }
 
+    void thePreviewWritesTheReportsRowsForASpreadsheet()
+    {
+        RecordingMessageService messages;
+        const LaidOutReport laid = layoutReport(listReport(rowsOf(3, [](int i) { return 10.005 * (i + 1); })));
+        QVERIFY(laid.table);
+        ReportPreview preview(laid);
+        QVERIFY(preview.findChild<QToolButton *>(QStringLiteral("cmdExport"))->isEnabled());
+        QTemporaryDir dir;
+        const QString csv = dir.filePath(QStringLiteral("справка.csv"));
+        QVERIFY(preview.exportTableTo(csv));
+        QFile file(csv);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QStringList lines = QString::fromUtf8(file.readAll().mid(3)).split(QStringLiteral("\r\n"));
+        QCOMPARE(lines, (QStringList{"Фирма", "Справка", "Име;Бележка;Сума", "Ред 1;;10,00", "Ред 2;;20,01",
+                                     "Ред 3;;30,02", "Всичко:;;60,03", ""}));
+        // A laid-out page with nothing behind it offers no export.
+        ReportPreview bare(LaidOutReport{});
+        QVERIFY(!bare.findChild<QToolButton *>(QStringLiteral("cmdExport"))->isEnabled());
+    }
+
     void aFigureTooWideForItsBoxIsSetSmallerNotCut()
     {
         Report report = listReport(rowsOf(1, [](int) { return 123456789012.25; }));

@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTableView>
+#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace zarek;
@@ -426,6 +427,38 @@ private slots:
         screen.recountTotal();
         QCOMPARE(screen.runningTotal(), Money::fromCents(6050));
         QCOMPARE(sumText(screen), QStringLiteral("60,50лв."));
+    }
+
+    void theRowsGoToASpreadsheetWithTheirTitleAndTotal()
+    {
+        RecordingMessageService messages;
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(courses());
+        screen.grid()->setCurrentIndex(screen.model()->index(1, 0));
+        screen.markCurrentRow();
+        const ExportTable table = screen.exportTable();
+        QCOMPARE(table.titleLines, (QStringList{"Зарек 2.3 - Курсове за Бетон АД", "Курсове зa Бетон АД от 01.03.2006 до 31.03.2006"}));
+        QCOMPARE(table.columns.size(), 9);  // the hidden invoice number stays out
+        QCOMPARE(table.columns.at(0).kind, ExportColumn::Kind::Date);
+        QCOMPARE(table.columns.at(5).kind, ExportColumn::Kind::Number);
+        QCOMPARE(table.columns.at(5).decimals, 3);
+        QCOMPARE(table.columns.at(8).kind, ExportColumn::Kind::YesNo);
+        QCOMPARE(table.rowCount, 3);
+        QCOMPARE(table.cell(1, 8).toBool(), true);
+        QCOMPARE(table.noteLines, QStringList{screen.findChild<QLabel *>(QStringLiteral("Label1"))->text() + QLatin1Char(' ')
+                                              + screen.findChild<QLabel *>(QStringLiteral("Label4"))->text()});
+        QVERIFY(table.noteLines.first().startsWith(QStringLiteral("Сума за плащане: 50,00")));
+
+        QTemporaryDir dir;
+        const QString csv = dir.filePath(QStringLiteral("курсове.csv"));
+        QVERIFY(screen.exportTo(csv));
+        QFile file(csv);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QStringList lines = QString::fromUtf8(file.readAll().mid(3)).split(QStringLiteral("\r\n"));
+        QCOMPARE(lines.at(2), QStringLiteral("Дата;Маршрут;Товар;Кола;Км;Тонаж;Тар.;Сума;Факт."));
+        QCOMPARE(lines.at(4), QStringLiteral("05.03.2006;Перник - Радомир;Чакъл;РК 7777 АА;40;12,500;0,100;50,00;Да"));
+        QVERIFY(screen.exportButton()->isVisible() || !screen.isVisible());
+        QVERIFY(messages.shown.isEmpty());
     }
 
     void oneHundredThousandRowsOpenAtOnce()

@@ -1,5 +1,5 @@
 #include "reports/reportexport.h"
-#include "reports/tableexport.h"
+#include "data/tableexport.h"
 
 #include <QFile>
 #include <QProcess>

@@ -2,7 +2,7 @@
 
 #include "courses/coursejournalmodel.h"
 #include "courses/coursejournalstore.h"
-#include "reports/tableexport.h"
+#include "data/tableexport.h"
 
 #include <QWidget>
 #include <functional>

@@ -1,10 +1,14 @@
 #include "resultgridscreen.h"
 
 #include "core/formats.h"
+#include "core/valueformat.h"
 #include "forms/messageservice.h"
 #include "forms/resultgridcheckdelegate.h"
+#include "forms/waitcursor.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileDialog>
 #include <QFrame>
 #include <QHash>
 #include <QHBoxLayout>
@@ -13,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStandardPaths>
 #include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -108,6 +113,11 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     m_close = new QPushButton(QStringLiteral("Затвори"), strip);
     m_close->setObjectName(QStringLiteral("cmdClose"));
     m_close->setAutoDefault(false);
+    m_export = new QPushButton(QStringLiteral("Експорт..."), strip);
+    m_export->setObjectName(QStringLiteral("cmdExport"));
+    m_export->setToolTip(QStringLiteral("Записва редовете за Excel (.xlsx) или като .csv"));
+    m_export->setAutoDefault(false);
+    m_buttons->addWidget(m_export);
     m_buttons->addWidget(m_print);
     m_buttons->addWidget(m_close);
     stripLayout->addLayout(m_buttons);
@@ -125,10 +135,12 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
             onPrint(*this);
     });
     connect(m_close, &QPushButton::clicked, this, &QDialog::close);
+    connect(m_export, &QPushButton::clicked, this, &ResultGridScreen::chooseExportFile);
 
     connect(m_model, &QAbstractItemModel::modelReset, this, &ResultGridScreen::fitColumns);
 
-    setTabOrder(m_grid, m_print);
+    setTabOrder(m_grid, m_export);
+    setTabOrder(m_export, m_print);
     setTabOrder(m_print, m_close);
     resize(std::max(640, gridWidth + 14 + 40), 520);
 }
@@ -279,6 +291,7 @@ QLabel *ResultGridScreen::addTotalLabel(const QString &objectName, const QString
     label->setFont(font);
     const int before = m_sumLabel ? m_strip->indexOf(m_sumLabel) : m_strip->indexOf(m_buttons);
     m_strip->insertWidget(before, label);
+    m_totalLabels.append(label);
     return label;
 }
 
@@ -406,6 +419,89 @@ void ResultGridScreen::done(int result)
             onClose(*this);
     }
     QDialog::done(result);
+}
+
+ExportTable ResultGridScreen::exportTable() const
+{
+    ExportTable table;
+    for (const QString &line : {windowTitle(), m_text1->text()}) {
+        if (!line.trimmed().isEmpty())
+            table.titleLines.append(line.trimmed());
+    }
+    QStringList fields;
+    for (const ResultGridColumn &column : m_config.columns) {
+        if (column.hidden)
+            continue;
+        ExportColumn out = exportColumnOf(column.caption, column.format);
+        if (column.checkBox)
+            out.kind = ExportColumn::Kind::YesNo;
+        table.columns.append(out);
+        fields.append(column.field);
+    }
+    const RowSet rows = m_model->rows();
+    QList<int> sources;
+    for (const QString &field : std::as_const(fields))
+        sources.append(rows.column(field));
+    // A column without a format that holds dates (the grid shows them dd.MM.yyyy) goes out as dates.
+    for (int c = 0; c < table.columns.size(); ++c) {
+        if (table.columns[c].kind != ExportColumn::Kind::Text || sources.at(c) < 0)
+            continue;
+        bool dates = false;
+        for (int r = 0; r < std::min(rows.rowCount(), 20); ++r) {
+            const QVariant &value = rows.value(r, sources.at(c));
+            if (value.isNull())
+                continue;
+            dates = dateOfValue(value).isValid()
+                    && (value.metaType().id() == QMetaType::QDate || value.metaType().id() == QMetaType::QDateTime
+                        || value.toString().size() == 10 || value.toString().contains(QLatin1Char('T')));
+            if (!dates)
+                break;
+        }
+        if (dates)
+            table.columns[c].kind = ExportColumn::Kind::Date;
+    }
+    table.rowCount = rows.rowCount();
+    table.cell = [rows, sources](int row, int column) {
+        const int source = sources.at(column);
+        return source >= 0 ? rows.value(row, source) : QVariant();
+    };
+    // The totals as the screen shows them, under the rows.
+    const auto labelText = [this](const QString &name) {
+        const auto *label = findChild<QLabel *>(name);
+        return label ? label->text().trimmed() : QString();
+    };
+    if (m_sumLabel && !m_sumLabel->isHidden() && !m_sumLabel->text().isEmpty())
+        table.noteLines.append(labelText(m_config.sumCaptionName) + QLatin1Char(' ') + m_sumLabel->text());
+    for (const QLabel *label : m_totalLabels) {
+        if (label && !label->text().trimmed().isEmpty())
+            table.noteLines.append(label->text().trimmed());
+    }
+    if (exportPictures)
+        table.pictures = exportPictures();
+    return table;
+}
+
+bool ResultGridScreen::exportTo(const QString &fileName)
+{
+    WaitCursor wait;
+    if (const auto error = writeTable(exportTable(), fileName)) {
+        MessageService::instance().inform(*error);
+        return false;
+    }
+    return true;
+}
+
+void ResultGridScreen::chooseExportFile()
+{
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (!QDir(folder).exists())
+        folder = QDir::homePath();
+    const QString subject = m_text1->text().trimmed().isEmpty() ? windowTitle() : m_text1->text();
+    const QString fileName = QFileDialog::getSaveFileName(
+        this, QStringLiteral("Запис на редовете"), folder + QLatin1Char('/') + exportFileName(subject) + QStringLiteral(".xlsx"),
+        QStringLiteral("Книга на Excel (*.xlsx);;Текст, разделен с точка и запетая (*.csv)"));
+    if (!fileName.isEmpty())
+        exportTo(fileName);
 }
 
 }

@@ -4,8 +4,10 @@
 #include "core/usermessage.h"
 #include "forms/resultgridcolumn.h"
 #include "forms/resultgridmodel.h"
+#include "data/tableexport.h"
 
 #include <QDialog>
+#include <QPointer>
 #include <functional>
 #include <optional>
 
@@ -76,6 +78,16 @@ public:
     QPushButton *addButton(const QString &objectName, const QString &text);
     // A further label of the bottom strip, placed before the running total (or before the buttons).
     QLabel *addTotalLabel(const QString &objectName, const QString &text = {}, bool bold = true);
+
+    // The rows as a table for a spreadsheet: the caption and the line above the grid, the columns
+    // shown with their formats, the rows, and the screen's totals under them.
+    ExportTable exportTable() const;
+    // Writes it to an .xlsx or .csv file; what went wrong is told. "Експорт..." asks for the file.
+    bool exportTo(const QString &fileName);
+    void chooseExportFile();
+    QPushButton *exportButton() const { return m_export; }
+    // Pictures (a chart) that go with the rows to a workbook.
+    std::function<QList<QPair<QString, QByteArray>>()> exportPictures;
     // A widget beside the grid, on its right (a chart of the rows, for instance).
     void setBesideGrid(QWidget *widget);
     QPushButton *printButton() const { return m_print; }
@@ -111,6 +123,8 @@ private:
     QTableView *m_grid = nullptr;
     QLineEdit *m_text1 = nullptr;
     QLabel *m_sumLabel = nullptr;
+    QPushButton *m_export = nullptr;
+    QList<QPointer<QLabel>> m_totalLabels;
     QHBoxLayout *m_buttons = nullptr;
     QHBoxLayout *m_strip = nullptr;
     QHBoxLayout *m_gridRow = nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "reports/reportdesign.h"
+#include "data/tableexport.h"
 
 #include <QByteArray>
 #include <QList>
@@ -10,6 +11,7 @@
 #include <QString>
 #include <QStringList>
 #include <QtGlobal>
+#include <memory>
 
 namespace zarek {
 
@@ -35,6 +37,9 @@ struct ReportPage {
 struct LaidOutReport {
     QString name;
     QString windowCaption;
+    // The report's rows as a table for a spreadsheet (shared: copying a laid-out report stays cheap);
+    // none when the report was not laid out from a filled design.
+    std::shared_ptr<const ExportTable> table;
     QString suggestedFileName;  // for a saved copy, without extension; empty: the design's name
     ReportOrientation orientation = ReportOrientation::Portrait;
     QSizeF pageSize;           // points

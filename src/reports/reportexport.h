@@ -1,7 +1,7 @@
 #pragma once
 
 #include "reports/report.h"
-#include "reports/tableexport.h"
+#include "data/tableexport.h"
 
 namespace zarek {
 

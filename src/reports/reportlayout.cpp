@@ -2,6 +2,7 @@
 
 #include "core/rounding.h"
 #include "core/valueformat.h"
+#include "reports/reportexport.h"
 
 #include <QFont>
 #include <QFontMetricsF>
@@ -482,6 +483,7 @@ LaidOutReport LayoutEngine::run()
     m_out.name = design.name;
     m_out.windowCaption = design.caption;
     m_out.suggestedFileName = m_report.suggestedFileName();
+    m_out.table = std::make_shared<const ExportTable>(exportTableOf(m_report));
     m_out.orientation = setup.orientation;
     m_out.pageSize = reportPageSize(setup.orientation);
     m_out.windowSize = QSize(setup.windowWidth / 15, setup.windowHeight / 15);

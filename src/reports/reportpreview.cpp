@@ -1,6 +1,7 @@
 #include "reportpreview.h"
 
 #include "forms/messageservice.h"
+#include "forms/waitcursor.h"
 #include "reports/reportlayout.h"
 #include "reports/reportrenderer.h"
 
@@ -91,6 +92,9 @@ ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(pa
                                    QStringLiteral("Отпечатва справката"), bar);
     auto *pdfButton = toolButton(QStringLiteral("cmdPdf"), QStringLiteral("Запис в PDF..."),
                                  QStringLiteral("Записва справката във файл PDF"), bar);
+    auto *exportButton = toolButton(QStringLiteral("cmdExport"), QStringLiteral("Експорт..."),
+                                    QStringLiteral("Записва редовете на справката за Excel (.xlsx) или като .csv"), bar);
+    exportButton->setEnabled(m_report.table != nullptr);
     m_first = toolButton(QStringLiteral("cmdFirst"), QStringLiteral("|<"), QStringLiteral("Първа страница"), bar);
     m_previous = toolButton(QStringLiteral("cmdPrevious"), QStringLiteral("<"), QStringLiteral("Предишна страница"), bar);
     m_next = toolButton(QStringLiteral("cmdNext"), QStringLiteral(">"), QStringLiteral("Следваща страница"), bar);
@@ -114,6 +118,7 @@ ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(pa
 
     barLayout->addWidget(printButton);
     barLayout->addWidget(pdfButton);
+    barLayout->addWidget(exportButton);
     barLayout->addSpacing(16);
     barLayout->addWidget(m_first);
     barLayout->addWidget(m_previous);
@@ -142,6 +147,7 @@ ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(pa
 
     connect(printButton, &QToolButton::clicked, this, &ReportPreview::print);
     connect(pdfButton, &QToolButton::clicked, this, &ReportPreview::exportPdf);
+    connect(exportButton, &QToolButton::clicked, this, &ReportPreview::exportTable);
     connect(closeButton, &QToolButton::clicked, this, &QDialog::close);
     connect(m_first, &QToolButton::clicked, this, [this] { setPage(0); });
     connect(m_previous, &QToolButton::clicked, this, [this] { setPage(m_page - 1); });
@@ -283,6 +289,32 @@ void ReportPreview::exportPdf()
                                                           QStringLiteral("PDF (*.pdf)"));
     if (!fileName.isEmpty())
         exportPdfTo(fileName);
+}
+
+void ReportPreview::exportTable()
+{
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (!QDir(folder).exists())
+        folder = QDir::homePath();
+    QString name = suggestedPdfName();
+    name.chop(4);  // ".pdf"
+    const QString fileName = QFileDialog::getSaveFileName(
+        this, QStringLiteral("Запис на редовете"), folder + QLatin1Char('/') + name + QStringLiteral(".xlsx"),
+        QStringLiteral("Книга на Excel (*.xlsx);;Текст, разделен с точка и запетая (*.csv)"));
+    if (!fileName.isEmpty())
+        exportTableTo(fileName);
+}
+
+bool ReportPreview::exportTableTo(const QString &fileName)
+{
+    if (!m_report.table)
+        return false;
+    WaitCursor wait;
+    if (const auto error = writeTable(*m_report.table, fileName)) {
+        MessageService::instance().inform(*error);
+        return false;
+    }
+    return true;
 }
 
 bool ReportPreview::exportPdfTo(const QString &fileName)

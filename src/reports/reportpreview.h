@@ -31,12 +31,15 @@ public:
     void setZoomPercent(int percent);  // 0: fit the page's width into the window
     // Writes the PDF; failures are told through the message service.
     bool exportPdfTo(const QString &fileName);
+    // Writes the report's rows to an .xlsx or .csv file; failures are told through the message service.
+    bool exportTableTo(const QString &fileName);
     // The file name the export offers: the report's subject and period.
     QString suggestedPdfName() const;
 
 public slots:
     void print();
     void exportPdf();
+    void exportTable();
 
 protected:
     void keyPressEvent(QKeyEvent *event) override;

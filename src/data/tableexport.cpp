@@ -1,4 +1,4 @@
-#include "reports/tableexport.h"
+#include "data/tableexport.h"
 
 #include "core/dates.h"
 #include "core/formats.h"
