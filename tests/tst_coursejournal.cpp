@@ -153,8 +153,9 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fill(scratch.db()));
         CourseJournal journal(scratch.db());
+        // The newest first when the journal opens.
         QCOMPARE(column(journal, JournalColumn::Date),
-                 (QStringList{"01.03.2026", "02.03.2026", "03.03.2026", "04.03.2026", "05.03.2026", "01.04.2026"}));
+                 (QStringList{"01.04.2026", "05.03.2026", "04.03.2026", "03.03.2026", "02.03.2026", "01.03.2026"}));
         journal.model()->sort(int(JournalColumn::Client), Qt::AscendingOrder);
         QCOMPARE(column(journal, JournalColumn::Client),
                  (QStringList{"Арго ООД", "Бетон АД", "вихър ЕТ", "Д'Аргос ООД", "Ъгъл ООД", "Яна ЕООД"}));
@@ -204,11 +205,11 @@ private slots:
             query.addBindValue(id);
             return query.exec();
         };
-        journal.grid()->setCurrentIndex(journal.model()->index(1, int(JournalColumn::Client)));
-        const qint64 id = journal.model()->idAt(1);
+        journal.grid()->setCurrentIndex(journal.model()->index(4, int(JournalColumn::Client)));
+        const qint64 id = journal.model()->idAt(4);
         QTest::keyClick(journal.grid(), Qt::Key_Return);
         const int row = journal.model()->rowOf(id);
-        QCOMPARE(row, 5);  // moved to the end by its new date
+        QCOMPARE(row, 0);  // moved to the top by its new date
         QCOMPARE(journal.grid()->currentIndex().row(), row);
         QCOMPARE(journal.model()->index(row, int(JournalColumn::Client)).data().toString(), QStringLiteral("Нов клиент"));
     }
@@ -229,14 +230,14 @@ private slots:
             screen->findChild<QLineEdit *>(QStringLiteral("txtFields_12"))->setText(QStringLiteral("11"));
             return screen->recordForm()->update();
         };
-        journal.grid()->setCurrentIndex(journal.model()->index(2, int(JournalColumn::Tonnes)));  // Арго ООД, 20 t
-        QCOMPARE(journal.model()->index(2, int(JournalColumn::Tonnes)).data().toString(), QStringLiteral("20,000"));
+        journal.grid()->setCurrentIndex(journal.model()->index(3, int(JournalColumn::Tonnes)));  // Арго ООД, 20 t
+        QCOMPARE(journal.model()->index(3, int(JournalColumn::Tonnes)).data().toString(), QStringLiteral("20,000"));
         QTest::keyClick(journal.grid(), Qt::Key_Return);
         QVERIFY2(messages.shown.isEmpty(), messages.shown.isEmpty() ? "" : qPrintable(messages.shown.first().text));
         QVERIFY(opened);
-        QCOMPARE(journal.grid()->currentIndex().row(), 2);
-        QCOMPARE(journal.model()->index(2, int(JournalColumn::Tonnes)).data().toString(), QStringLiteral("11,000"));
-        QCOMPARE(journal.model()->index(2, int(JournalColumn::Gross)).data().toString(), QStringLiteral("55,00"));
+        QCOMPARE(journal.grid()->currentIndex().row(), 3);
+        QCOMPARE(journal.model()->index(3, int(JournalColumn::Tonnes)).data().toString(), QStringLiteral("11,000"));
+        QCOMPARE(journal.model()->index(3, int(JournalColumn::Gross)).data().toString(), QStringLiteral("55,00"));
     }
 
     void theListGoesToASpreadsheetAsShown()

@@ -33,7 +33,9 @@ namespace zarek {
 
 namespace {
 
-const int columnWidths[journalColumnCount] = {80, 150, 90, 150, 170, 110, 70, 55, 60, 80, 90, 45, 50};
+const int columnWidths[journalColumnCount] = {80, 190, 90, 160, 180, 120, 70, 55, 60, 80, 90, 45, 50};
+// The chart shows at most this many months, the latest of the rows shown.
+constexpr int chartMonths = 12;
 
 QComboBox *markCombo(const QString &name, const QString &yes, const QString &no, QWidget *parent)
 {
@@ -115,7 +117,8 @@ void CourseJournal::buildScreen()
     m_grid->setAlternatingRowColors(true);
     m_grid->verticalHeader()->setDefaultSectionSize(m_grid->fontMetrics().height() + 6);
     m_grid->verticalHeader()->hide();
-    m_grid->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
+    // The newest courses first: what a dispatcher looks for most.
+    m_grid->horizontalHeader()->setSortIndicator(0, Qt::DescendingOrder);
     m_grid->setSortingEnabled(true);
     for (int c = 0; c < journalColumnCount; ++c)
         m_grid->setColumnWidth(c, columnWidths[c]);
@@ -220,12 +223,13 @@ void CourseJournal::showTotals()
 void CourseJournal::showChart()
 {
     auto *chart = new QChart;
-    chart->setTitle(QStringLiteral("Бруто по месеци"));
+    chart->setTitle(m_months.size() > chartMonths ? QStringLiteral("Бруто по месеци (последните %1)").arg(chartMonths)
+                                                  : QStringLiteral("Бруто по месеци"));
     chart->legend()->hide();
     auto *set = new QBarSet(QStringLiteral("Бруто"));
     QStringList categories;
     double highest = 0;
-    for (const auto &[month, gross] : std::as_const(m_months)) {
+    for (const auto &[month, gross] : m_months.mid(std::max<qsizetype>(0, m_months.size() - chartMonths))) {
         *set << gross;
         categories.append(month.mid(5, 2) + QLatin1Char('.') + month.left(4));
         highest = std::max(highest, gross);
@@ -241,6 +245,7 @@ void CourseJournal::showChart()
     auto *axisY = new QValueAxis;
     axisY->setRange(0, highest > 0 ? highest * 1.1 : 1);
     axisY->setLabelFormat(QStringLiteral("%.0f"));
+    axisY->applyNiceNumbers();
     axisY->setTitleText(amountUnit());
     chart->addAxis(axisY, Qt::AlignLeft);
     series->attachAxis(axisY);

@@ -45,7 +45,7 @@ private:
     CourseJournalStore &m_store;
     JournalFilter m_filter;
     JournalColumn m_sortColumn = JournalColumn::Date;
-    bool m_ascending = true;
+    bool m_ascending = false;  // the newest courses first
     QList<qint64> m_ids;
     mutable QHash<int, QHash<qint64, JournalRow>> m_pages;  // page number -> rows of that page by id
 };

@@ -2,6 +2,7 @@
 
 #include "core/version.h"
 #include "data/scratchdatabase.h"
+#include "fleet/balanschart.h"
 #include "fleet/balansreport.h"
 #include "fleet/balansstore.h"
 #include "forms/messageservice.h"
@@ -10,6 +11,7 @@
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 
+#include <QChartView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QTableView>
@@ -48,6 +50,9 @@ Balans::Balans(BalansMode mode, const Period &period, QSqlDatabase db, ScratchDa
     // Litres are not added up: no total on the screen, none on paper.
     m_total->setVisible(mode == BalansMode::Profit);
     onPrint = [this](ResultGridScreen &) { print(); };
+    exportPictures = [this] {
+        return QList<QPair<QString, QByteArray>>{{balanceChartTitle(m_mode), balanceChartPng(m_mode, m_balances)}};
+    };
     if (mode == BalansMode::Fuel) {
         onKey = [this](QKeyEvent *key) {
             if (key->key() != Qt::Key_Return && key->key() != Qt::Key_Enter)
@@ -87,6 +92,7 @@ void Balans::load()
     // The total adds the remainders as shown, so it always equals the sum of the column.
     m_sumTotal = balansTotal(m_balances);
     m_total->setText(QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, m_sumTotal));
+    showChart();
     if (auto refusal = BalansStore::writeScratch(m_scratch->db(), m_mode, m_balances)) {
         MessageService::instance().inform(*refusal);
         return;
@@ -100,9 +106,24 @@ void Balans::load()
     setRows(rows.value());
 }
 
+void Balans::showChart()
+{
+    auto *view = new QChartView(balanceChart(m_mode, m_balances));
+    view->setObjectName(QStringLiteral("chartBalans"));
+    view->setRenderHint(QPainter::Antialiasing);
+    view->setMinimumWidth(380);
+    setBesideGrid(view);
+}
+
 Checked<Report> Balans::report() const
 {
-    return ReportBalans(m_mode, model()->rows(), m_period, m_sumTotal, m_firm());
+    Checked<Report> filled = ReportBalans(m_mode, model()->rows(), m_period, m_sumTotal, m_firm());
+    if (!filled)
+        return filled;
+    // The chart prints on a page of its own after the list, and goes with it to a workbook.
+    Report withChart = filled.value();
+    withChart.appendPicture(balanceChartTitle(m_mode), balanceChartPng(m_mode, m_balances));
+    return withChart;
 }
 
 void Balans::print()

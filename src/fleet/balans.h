@@ -43,6 +43,7 @@ public:
 private:
     void load();
     void print();
+    void showChart();
 
     BalansMode m_mode;
     Period m_period;

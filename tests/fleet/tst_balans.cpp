@@ -284,8 +284,16 @@ private slots:
             "2 | РВ7777АА | 50,05лв. | 0,00лв. | 50,05лв.\n"
             "3 | СА 1234 ВК | 300,30лв. | 30,30лв. | 270,00лв.\n"
             "Всичко: 244,55лв.\n"
-            "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.")).split(QLatin1Char('\n'));
+            "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.\n"
+            "Приходи, разходи и остатък по коли")).split(QLatin1Char('\n'));  // the chart's own page
         QCOMPARE(laidOutLines(report), expected);
+        // The chart is drawn on its page, and goes with the rows to a workbook.
+        const LaidOutReport laid = layoutReport(report.value());
+        QCOMPARE(laid.pageCount(), 2);
+        QVERIFY(std::any_of(laid.pages.last().primitives.cbegin(), laid.pages.last().primitives.cend(),
+                            [](const ReportPrimitive &p) { return p.kind == ReportPrimitive::Kind::Image && !p.image.isEmpty(); }));
+        QCOMPARE(screen.exportTable().pictures.size(), 1);
+        QVERIFY(screen.findChild<QWidget *>(QStringLiteral("chartBalans")));
     }
 
     void theFuelPrintsWithoutATotal()
@@ -307,7 +315,8 @@ private slots:
             "2 | РВ7777АА | 40,0 л | 35,0 л | 5,0 л\n"
             "3 | СА 1234 ВК | 143,7 л | 150,0 л | -6,3 л\n"
             "Всичко\n"
-            "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.")).split(QLatin1Char('\n'));
+            "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.\n"
+            "Нормативен разход и заредена нафта по коли")).split(QLatin1Char('\n'));
         QCOMPARE(laidOutLines(report), expected);
     }
 
