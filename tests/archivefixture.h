@@ -184,3 +184,12 @@ inline qint64 countOf(QSqlDatabase db, const QString &table)
 }
 
 }
+
+// Two whole databases, row by row, so a difference shows the one row in full.
+#define COMPARE_DUMPS(actual, expected)                                  \
+    do {                                                                 \
+        const QStringList a_ = (actual), e_ = (expected);                \
+        for (qsizetype i_ = 0; i_ < std::max(a_.size(), e_.size()); ++i_) \
+            QVERIFY2(a_.value(i_) == e_.value(i_),                       \
+                     qPrintable(a_.value(i_) + QStringLiteral("\n   expected: ") + e_.value(i_))); \
+    } while (false)

@@ -104,15 +104,6 @@ bool forceFailureOn(QSqlDatabase db, const QString &event, const QString &when)
 
 }
 
-// Two whole databases, row by row, so a difference shows the one row in full.
-#define COMPARE_DUMPS(actual, expected)                                  \
-    do {                                                                 \
-        const QStringList a_ = (actual), e_ = (expected);                \
-        for (qsizetype i_ = 0; i_ < std::max(a_.size(), e_.size()); ++i_) \
-            QVERIFY2(a_.value(i_) == e_.value(i_),                       \
-                     qPrintable(a_.value(i_) + QStringLiteral("\n   expected: ") + e_.value(i_))); \
-    } while (false)
-
 class ArchiveTest : public QObject {
     Q_OBJECT
 private slots:
