@@ -333,6 +333,105 @@ std::optional<Fault> checkWrittenArchive(const QString &path, const RowCounts &e
     return std::nullopt;
 }
 
+// Rows into a table many at a time: one statement a row costs more than the row itself, and on a
+// remote server a round trip each. The prepared statements live in a list the caller owns, so
+// that a transaction can be rolled back before they are freed (PostgreSQL refuses to free them
+// inside an aborted one).
+class BatchInsert {
+public:
+    BatchInsert(QSqlDatabase db, const QString &table, const QStringList &columns, std::list<QSqlQuery> &statements)
+        : m_db(std::move(db)), m_columns(int(columns.size())), m_perStatement(std::max(1, 2000 / m_columns)),
+          m_head(QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(quoted(table), quotedList(columns))),
+          m_row(QLatin1Char('(') + QStringList(m_columns, QStringLiteral("?")).join(QLatin1Char(',')) + QLatin1Char(')')),
+          m_statements(statements)
+    {
+    }
+
+    // One row's values, in the order of the columns.
+    std::optional<Fault> add(const QVariant &value)
+    {
+        m_pending.append(value);
+        if (m_pending.size() == qsizetype(m_perStatement) * m_columns)
+            return flush();
+        return std::nullopt;
+    }
+
+    std::optional<Fault> flush()
+    {
+        const int rows = int(m_pending.size()) / m_columns;
+        if (rows == 0)
+            return std::nullopt;
+        QSqlQuery *insert = rows == m_perStatement ? m_full : nullptr;
+        if (!insert) {
+            insert = &m_statements.emplace_back(m_db);
+            if (!insert->prepare(m_head + QStringList(rows, m_row).join(QLatin1Char(','))))
+                return engineFault(insert->lastError());
+            if (rows == m_perStatement)
+                m_full = insert;
+        }
+        for (const QVariant &value : std::as_const(m_pending))
+            insert->addBindValue(value);
+        m_pending.clear();
+        if (!insert->exec())
+            return engineFault(insert->lastError());
+        return std::nullopt;
+    }
+
+private:
+    QSqlDatabase m_db;
+    int m_columns;
+    int m_perStatement;
+    QString m_head;
+    QString m_row;
+    std::list<QSqlQuery> &m_statements;
+    QSqlQuery *m_full = nullptr;
+    QList<QVariant> m_pending;
+};
+
+// The indexes of a SQLite table (or of all tables), dropped for a bulk load; their statements to
+// make them again, one sorted build each, which is several times quicker than keeping them up
+// row by row. Inside a transaction, a rollback brings them back.
+std::optional<Fault> dropIndexes(QSqlDatabase db, const QString &schema, const QString &table, QStringList *recreate)
+{
+    QSqlQuery query(db);
+    QString sql = QStringLiteral("SELECT name, sql FROM %1.sqlite_master WHERE type = 'index' AND sql IS NOT NULL").arg(schema);
+    if (!table.isEmpty())
+        sql += QStringLiteral(" AND tbl_name = ?");
+    query.prepare(sql);
+    if (!table.isEmpty())
+        query.addBindValue(table);
+    if (!query.exec())
+        return engineFault(query.lastError());
+    QStringList drops;
+    while (query.next()) {
+        drops.append(QStringLiteral("DROP INDEX %1.%2").arg(schema, quoted(query.value(0).toString())));
+        recreate->append(query.value(1).toString());
+    }
+    query.finish();
+    for (const QString &drop : std::as_const(drops)) {
+        if (!query.exec(drop))
+            return engineFault(query.lastError());
+    }
+    return std::nullopt;
+}
+
+std::optional<Fault> execAll(QSqlDatabase db, const QStringList &statements)
+{
+    QSqlQuery query(db);
+    for (const QString &statement : statements) {
+        if (!query.exec(statement))
+            return engineFault(query.lastError());
+    }
+    return std::nullopt;
+}
+
+// Room for a bulk load's pages: SQLite's small default cache spills them to disk over and over.
+void largeCache(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("PRAGMA cache_size = -131072"));
+}
+
 // One consistent state of the whole database, held from its row counts to its archive and, for a
 // year close, to the deletion of the courses. Its connections are its own.
 // SQLite: one connection holds the write lock (other copies' writes wait) and reads the counts;
@@ -442,32 +541,38 @@ private:
         if (!out.isOpen())
             return engineFault(out.lastError());
         skipSyncs(out);
+        largeCache(out);
         if (auto failure = upgradeSchema(out))
             return Fault{failure->text.section(QLatin1Char('\n'), 0, 0)};
+        std::list<QSqlQuery> statements;
         Transaction writing(out);
         if (!writing.isActive())
             return engineFault(writing.lastError());
+        QStringList indexes;
+        if (auto fault = dropIndexes(out, QStringLiteral("main"), QString(), &indexes))
+            return fault;
         for (const TableNames &table : m_names) {
             QSqlQuery read(m_work->db());
             read.setForwardOnly(true);
             if (!read.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY 1").arg(quotedList(table.columns), quoted(table.table))))
                 return engineFault(read.lastError());
-            QSqlQuery write(out);
-            const QStringList marks(table.columns.size(), QStringLiteral("?"));
-            if (!write.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
-                                   .arg(quoted(table.key), quotedList(schemaColumns(table.key)), marks.join(QLatin1Char(',')))))
-                return engineFault(write.lastError());
+            BatchInsert insert(out, table.key, schemaColumns(table.key), statements);
+            const int columns = int(table.columns.size());
             while (read.next()) {
-                for (int i = 0; i < table.columns.size(); ++i)
-                    write.bindValue(i, read.value(i));
-                if (!write.exec())
-                    return engineFault(write.lastError());
+                for (int i = 0; i < columns; ++i) {
+                    if (auto fault = insert.add(read.value(i)))
+                        return fault;
+                }
             }
             if (read.lastError().isValid())
                 return engineFault(read.lastError());
+            if (auto fault = insert.flush())
+                return fault;
             if (tableDone)
                 tableDone();
         }
+        if (auto fault = execAll(out, indexes))
+            return fault;
         if (!writing.commit())
             return engineFault(writing.lastError());
         return std::nullopt;
@@ -687,6 +792,7 @@ std::optional<Fault> replaceOnSqlite(QSqlDatabase program, const PreparedArchive
     QSqlDatabase db = connection.db();
     if (!db.isOpen())
         return engineFault(db.lastError());
+    largeCache(db);
     {
         QSqlQuery attach(db);
         attach.prepare(QStringLiteral("ATTACH DATABASE ? AS %1").arg(archiveSchema));
@@ -713,6 +819,9 @@ std::optional<Fault> replaceOnSqlite(QSqlDatabase program, const PreparedArchive
             QStringList source;
             for (const QString &column : table.columns)
                 source.append(column == QLatin1String("row_version") ? QStringLiteral("?") : quoted(column));
+            QStringList indexes;
+            if ((fault = dropIndexes(db, QStringLiteral("main"), table.name, &indexes)))
+                break;
             if (!query.exec(QStringLiteral("DELETE FROM ") + target)) {
                 fault = engineFault(query.lastError());
                 break;
@@ -733,12 +842,15 @@ std::optional<Fault> replaceOnSqlite(QSqlDatabase program, const PreparedArchive
                                   .arg(archive.counts().value(table.name))};
                 break;
             }
+            if ((fault = execAll(db, indexes)))
+                break;
             steps.done();
         }
         query.finish();
         if (!fault && !transaction.commit())
             fault = engineFault(transaction.lastError());
     }
+
     {
         QSqlQuery detach(db);
         detach.exec(QStringLiteral("DETACH DATABASE ") + archiveSchema);
@@ -762,10 +874,9 @@ std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchi
     if (!source.isOpen())
         return engineFault(source.lastError());
 
-    // Prepared statements outlive the transaction: after a failed one it is rolled back first, and
-    // only then are they freed (PostgreSQL refuses that inside an aborted transaction).
+    // Prepared statements outlive the transaction: after a failure it is rolled back first, and
+    // only then are they freed.
     std::list<QSqlQuery> statements;
-    const auto statement = [&]() -> QSqlQuery & { return statements.emplace_back(db); };
     Transaction transaction(db, Transaction::Lock::Writer);
     if (!transaction.isActive())
         return engineFault(transaction.lastError());
@@ -785,6 +896,23 @@ std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchi
             query.finish();
             if (!query.exec(QStringLiteral("DELETE FROM ") + quoted(table.table)))
                 return engineFault(query.lastError());
+            // As on SQLite, the indexes are built again once the rows are in (the key stays).
+            QStringList indexes;
+            QStringList drops;
+            QSqlQuery &lookup = statements.emplace_back(db);
+            lookup.prepare(QStringLiteral("SELECT c.relname, pg_get_indexdef(c.oid) FROM pg_index x "
+                                          "JOIN pg_class c ON c.oid = x.indexrelid "
+                                          "WHERE x.indrelid = to_regclass(?) AND NOT x.indisprimary"));
+            lookup.addBindValue(quoted(table.table));
+            if (!lookup.exec())
+                return engineFault(lookup.lastError());
+            while (lookup.next()) {
+                drops.append(QStringLiteral("DROP INDEX ") + quoted(lookup.value(0).toString()));
+                indexes.append(lookup.value(1).toString());
+            }
+            lookup.finish();
+            if (auto fault = execAll(db, drops))
+                return fault;
 
             const int columns = int(table.columns.size());
             const int versionColumn = int(table.columns.indexOf(QStringLiteral("row_version")));
@@ -792,48 +920,23 @@ std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchi
             read.setForwardOnly(true);
             if (!read.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY 1").arg(quotedList(table.columns), quoted(table.key))))
                 return engineFault(read.lastError());
-
-            // Many rows a statement: one round trip per row would take minutes on a remote server.
-            const int perStatement = std::max(1, 2000 / columns);
-            const QString head = QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(quoted(table.table), quotedList(table.columns));
-            const QString row = QLatin1Char('(') + QStringList(columns, QStringLiteral("?")).join(QLatin1Char(','))
-                                + QLatin1Char(')');
-            QSqlQuery *full = nullptr;
-            QList<QVariant> pending;
-            const auto flush = [&]() -> std::optional<Fault> {
-                const int rows = int(pending.size()) / columns;
-                if (rows == 0)
-                    return std::nullopt;
-                QSqlQuery *insert = rows == perStatement ? full : nullptr;
-                if (!insert) {
-                    insert = &statement();
-                    if (!insert->prepare(head + QStringList(rows, row).join(QLatin1Char(','))))
-                        return engineFault(insert->lastError());
-                    if (rows == perStatement)
-                        full = insert;
-                }
-                for (const QVariant &value : std::as_const(pending))
-                    insert->addBindValue(value);
-                if (!insert->exec())
-                    return engineFault(insert->lastError());
-                pending.clear();
-                return std::nullopt;
-            };
+            BatchInsert insert(db, table.table, table.columns, statements);
             while (read.next()) {
-                for (int i = 0; i < columns; ++i)
-                    pending.append(i == versionColumn ? QVariant(version) : forPostgres(read.value(i), table.types.at(i)));
-                if (pending.size() == qsizetype(perStatement) * columns) {
-                    if (auto fault = flush())
+                for (int i = 0; i < columns; ++i) {
+                    if (auto fault = insert.add(i == versionColumn ? QVariant(version)
+                                                                   : forPostgres(read.value(i), table.types.at(i))))
                         return fault;
                 }
             }
             if (read.lastError().isValid())
                 return engineFault(read.lastError());
-            if (auto fault = flush())
+            if (auto fault = insert.flush())
+                return fault;
+            if (auto fault = execAll(db, indexes))
                 return fault;
 
             if (table.columns.contains(QStringLiteral("id"))) {
-                QSqlQuery &identity = statement();
+                QSqlQuery &identity = statements.emplace_back(db);
                 identity.prepare(QStringLiteral("SELECT setval(pg_get_serial_sequence(?, 'id'), COALESCE(MAX(id), 0) + 1, false) "
                                                 "FROM ")
                                  + quoted(table.table));
