@@ -51,11 +51,15 @@ QString shown(const QString &path)
 
 // The file the user chose; empty when the dialog was cancelled. Nothing is remembered from an
 // earlier choice, so a cancelled dialog never acts on the file of the last one.
-QString chooseFile(ArchiveDialog kind, QWidget *parent)
+QString chooseFile(ArchiveDialog kind, CommandContext &context)
 {
     if (hooks().chooseFile)
         return hooks().chooseFile(kind);
-    QPointer<QFileDialog> dialog = makeArchiveFileDialog(kind, parent);
+    QPointer<QFileDialog> dialog = makeArchiveFileDialog(kind, context.window);
+    // F1 in the dialog tells about its command.
+    if (context.helpTopic)
+        dialog->setProperty("helpTopic", context.helpTopic(kind == ArchiveDialog::Save ? QStringLiteral("mnuDiskZap")
+                                                                                        : QStringLiteral("mnuDiskZar")));
     const bool chosen = dialog->exec() == QDialog::Accepted && !dialog->selectedFiles().isEmpty();
     const QString file = chosen ? dialog->selectedFiles().constFirst() : QString();
     delete dialog;
@@ -90,7 +94,7 @@ QString counted(qint64 count, const QString &one, const QString &many)
 void saveArchive(CommandRegistry &commands)
 {
     CommandContext &context = commands.context();
-    QString path = chooseFile(ArchiveDialog::Save, context.window);
+    QString path = chooseFile(ArchiveDialog::Save, context);
     if (path.isEmpty())
         return;
     if (QFileInfo(path).suffix().isEmpty())
@@ -117,7 +121,7 @@ void saveArchive(CommandRegistry &commands)
 void loadArchive(CommandRegistry &commands)
 {
     CommandContext &context = commands.context();
-    const QString path = chooseFile(ArchiveDialog::Open, context.window);
+    const QString path = chooseFile(ArchiveDialog::Open, context);
     if (path.isEmpty())
         return;
     const QString folder = dataFolder(context.db);
