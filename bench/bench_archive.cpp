@@ -6,6 +6,8 @@
 
 #include "benchdata.h"
 #include "data/archive.h"
+#include "data/restore.h"
+#include "data/yearclose.h"
 
 #include <QDir>
 #include <QFileInfo>

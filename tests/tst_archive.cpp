@@ -1,5 +1,7 @@
 #include "archivefixture.h"
 #include "data/archive.h"
+#include "data/restore.h"
+#include "data/yearclose.h"
 #include "data/database.h"
 #include "data/schema.h"
 #include "testdatabase.h"

@@ -3,6 +3,8 @@
 #include "app/qttranslations.h"
 #include "archivefixture.h"
 #include "data/archive.h"
+#include "data/restore.h"
+#include "data/yearclose.h"
 #include "forms/diainf.h"
 #include "forms/dialog.h"
 #include "forms/messageservice.h"

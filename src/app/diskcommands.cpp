@@ -1,6 +1,8 @@
 #include "diskcommands.h"
 
 #include "data/archive.h"
+#include "data/restore.h"
+#include "data/yearclose.h"
 #include "data/firmstore.h"
 #include "forms/commands.h"
 #include "forms/messageservice.h"
