@@ -2,6 +2,7 @@
 
 #include "app/about.h"
 #include "app/commandtable.h"
+#include "app/diskcommands.h"
 #include "app/helptopics.h"
 #include "app/helpwindow.h"
 #include "app/menutree.h"
@@ -332,10 +333,11 @@ SearchMode FrmMain::searchMode() const
     return m_commands->context().searchMode;
 }
 
-// The shell's own commands: users, the firm's data, help, about, exit.
+// The shell's own commands: archive, restore and year close, users, the firm's data, help, about, exit.
 void FrmMain::registerShellCommands()
 {
     CommandRegistry &commands = *m_commands;
+    registerDiskCommands(commands);
     commands.add(QStringLiteral("mnuSpAdmin"), [this] { PassWord(m_db, this).exec(); });
     commands.add(QStringLiteral("mnuHelpPerson"), [this] {
         m_commands->showOnce(QStringLiteral("Personal"), [this] { return new Personal(m_db, m_profile, this); }, 0);

@@ -60,4 +60,18 @@ QWidget *CommandRegistry::openWindow(const QString &key) const
     return m_windows.value(key);
 }
 
+bool CommandRegistry::closeWindows()
+{
+    for (auto it = m_windows.begin(); it != m_windows.end();) {
+        QWidget *window = it->data();
+        if (window && window->isVisible() && !window->close()) {
+            window->raise();
+            window->activateWindow();
+            return false;
+        }
+        it = m_windows.erase(it);
+    }
+    return true;
+}
+
 }

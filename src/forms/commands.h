@@ -61,6 +61,10 @@ public:
     QWidget *showReplacing(const QString &key, const std::function<QWidget *()> &make, int helpTopic);
     // The open instance of that key, if any.
     QWidget *openWindow(const QString &key) const;
+    // Closes every window opened beside the main window, as the user would (commands that replace
+    // the data under them run after this). False when one refuses, to keep work not yet saved: it
+    // comes to the front and stays open.
+    bool closeWindows();
 
 private:
     CommandContext m_context;

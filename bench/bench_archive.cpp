@@ -1,0 +1,114 @@
+// Prints how long "Записване", "Зареждане" and "Нова година" take on a firm of 100,000 courses and
+// 100,000 warehouse movements (and 10,000 of each): the archive written and checked, the restore
+// (its check and working copy, the safety copy and the replacement), and the year close (its
+// archive and the deletion). SQLite always; PostgreSQL when ZAREK_TEST_PG names a server.
+// Not a test: figures only. Run: bench_archive [counts...]
+
+#include "benchdata.h"
+#include "data/archive.h"
+#include "data/restore.h"
+#include "data/yearclose.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+using namespace zarek;
+using zarek::bench::ms;
+
+namespace {
+
+// Movements many rows a statement: receipts and issues over two years, a few hundred articles.
+bool fillMovements(QSqlDatabase db, int count)
+{
+    constexpr int perStatement = 50;
+    const QString row = QStringLiteral("(?, ?, ?, ?, ?, ?, ?, ?, ?, ?)");
+    QStringList rows;
+    for (int i = 0; i < perStatement; ++i)
+        rows << row;
+    const QString head = QStringLiteral("INSERT INTO Sklad (Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa) VALUES ");
+    if (!db.transaction())
+        return false;
+    QSqlQuery query(db);
+    query.prepare(head + rows.join(QLatin1Char(',')));
+    for (int start = 0; start < count; start += perStatement) {
+        for (int i = start; i < start + perStatement; ++i) {
+            const bool receipt = i % 2 == 0;
+            const double kol = 1 + i % 20;
+            const double edin = 2.5 + (i % 300) * 0.75;
+            query.addBindValue(QDate(2022, 1, 1).addDays(i % 730));
+            query.addBindValue(receipt ? QStringLiteral("Фактура") : QStringLiteral("СА 1234 ВК"));
+            query.addBindValue(QStringLiteral("%1").arg(i, 10, 10, QLatin1Char('0')));
+            query.addBindValue(QStringLiteral("Артикул %1").arg(i % 300));
+            query.addBindValue(kol);
+            query.addBindValue(edin);
+            query.addBindValue(std::round(kol * edin * 100) / 100);
+            query.addBindValue(receipt ? QStringLiteral("P") : QStringLiteral("R"));
+            query.addBindValue(receipt ? kol : 0.0);
+            query.addBindValue(!receipt);
+        }
+        if (!query.exec()) {
+            std::fprintf(stderr, "movements: %s\n", qPrintable(query.lastError().text()));
+            return false;
+        }
+    }
+    return db.commit();
+}
+
+double megabytes(const QString &path)
+{
+    return QFileInfo(path).size() / 1048576.0;
+}
+
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    return bench::runOnEnginesAndCourseCounts(argc, argv, [](const QString &engine, QSqlDatabase db, int count) {
+        QElapsedTimer timer;
+        timer.start();
+        if (!fillMovements(db, count))
+            return;
+        QSqlQuery firm(db);
+        firm.exec(QStringLiteral("INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, UserTel) "
+                                 "VALUES ('Бенчмарк ООД', 'ул. Първа 1', 'Перник', '076 600 600')"));
+        std::printf("%s: filled %d movements in %.0f ms\n", qPrintable(engine), count, ms(timer));
+        QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("archive.abd"));
+
+        timer.restart();
+        const auto written = writeArchive(db, archive);
+        if (!written) {
+            std::fprintf(stderr, "archive: %s\n", qPrintable(written.message().text));
+            return;
+        }
+        std::printf("%s %d: archive written and checked in %.0f ms (%.1f MB)\n", qPrintable(engine), count, ms(timer),
+                    megabytes(archive));
+
+        timer.restart();
+        PreparedArchive prepared;
+        if (auto refusal = prepared.prepare(archive, dir.path())) {
+            std::fprintf(stderr, "restore: %s\n", qPrintable(refusal->text));
+            return;
+        }
+        const double checked = ms(timer);
+        const auto restored = restoreArchive(db, prepared, dir.path(), QDateTime::currentDateTime());
+        if (!restored) {
+            std::fprintf(stderr, "restore: %s\n", qPrintable(restored.message().text));
+            return;
+        }
+        std::printf("%s %d: restore in %.0f ms (check and working copy %.0f ms, safety copy and replacement %.0f ms)\n",
+                    qPrintable(engine), count, ms(timer), checked, ms(timer) - checked);
+
+        timer.restart();
+        const int year = closingYear(db, QDate::currentDate());
+        const auto closed = closeYear(db, dir.path(), year, false, QDateTime::currentDateTime());
+        if (!closed) {
+            std::fprintf(stderr, "year close: %s\n", qPrintable(closed.message().text));
+            return;
+        }
+        std::printf("%s %d: year close of %d in %.0f ms (%lld courses archived and deleted)\n", qPrintable(engine), count,
+                    year, ms(timer), closed.value().deletedCourses);
+    });
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "data/archivesupport.h"
+#include "data/transaction.h"
+
+#include <functional>
+#include <memory>
+
+namespace zarek::archiving {
+
+// One consistent state of the whole database, held from its row counts to its archive and, for a
+// year close, to the deletion of the courses. Its connections are its own.
+// SQLite: one connection holds the write lock (other copies' writes wait) and reads the counts;
+// another runs VACUUM INTO, which sees the same state, since nobody can write meanwhile.
+// PostgreSQL: one repeatable-read transaction reads counts and rows; a year close first locks the
+// courses against writes, so a course saved meanwhile waits instead of being deleted unarchived.
+class Snapshot {
+public:
+    Snapshot(QSqlDatabase db, bool forYearClose);
+    ~Snapshot();
+    Snapshot(const Snapshot &) = delete;
+    Snapshot &operator=(const Snapshot &) = delete;
+
+    std::optional<Fault> begin();
+    const RowCounts &counts() const { return m_counts; }
+    // The state into an empty file; tableDone after each table where the work goes table by table.
+    std::optional<Fault> writeTo(const QString &emptyFile, const std::function<void()> &tableDone);
+    // Every course, inside the snapshot's transaction; exactly the courses counted.
+    std::optional<Fault> deleteCourses(qint64 *deleted);
+    std::optional<Fault> commit();
+
+private:
+    const TableNames &courses() const;
+    std::optional<Fault> copyRowsInto(const QString &emptyFile, const std::function<void()> &tableDone);
+
+    QSqlDatabase m_db;
+    std::unique_ptr<ClonedConnection> m_work;  // the transaction: counts, PostgreSQL's rows, the delete
+    std::unique_ptr<ClonedConnection> m_copy;  // SQLite's VACUUM INTO
+    std::unique_ptr<Transaction> m_transaction;
+    QList<TableNames> m_names;
+    RowCounts m_counts;
+    bool m_yearClose = false;
+    bool m_sqlite = true;
+};
+
+// The snapshot written into the work file and checked; the caller moves it into place.
+std::optional<Fault> writeChecked(Snapshot &snapshot, const WorkFile &file, Steps &steps);
+// A checked archive of the whole database at path, replacing what stood there only once checked.
+std::optional<Fault> writeArchiveFile(QSqlDatabase db, const QString &path, Steps &steps, RowCounts *counts);
+
+}

@@ -1,0 +1,273 @@
+#include "archivesupport.h"
+
+#include "data/dialect.h"
+#include "data/sqlitefile.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSqlField>
+#include <QSqlRecord>
+#include <QUuid>
+#include <QVariant>
+#include <system_error>
+
+#ifdef Q_OS_UNIX
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+namespace zarek::archiving {
+
+namespace {
+
+const QFile::Permissions privateFile = QFile::ReadOwner | QFile::WriteOwner;
+
+}
+
+QString shown(const QString &path)
+{
+    return QDir::toNativeSeparators(path);
+}
+
+QString quoted(const QString &identifier)
+{
+    QString inner = identifier;
+    inner.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+    return QLatin1Char('"') + inner + QLatin1Char('"');
+}
+
+QString quotedList(const QStringList &identifiers)
+{
+    QStringList out;
+    for (const QString &identifier : identifiers)
+        out.append(quoted(identifier));
+    return out.join(QStringLiteral(", "));
+}
+
+QString uniqueSuffix()
+{
+    return QUuid::createUuid().toString(QUuid::Id128).left(12);
+}
+
+QString engineText(const QSqlError &error)
+{
+    QString text = error.databaseText().simplified();
+    if (text.isEmpty())
+        text = error.text().simplified();
+    return text;
+}
+
+std::filesystem::path fsPath(const QString &path)
+{
+    return std::filesystem::path(QFile::encodeName(path).toStdString());
+}
+
+Fault engineFault(const QSqlError &error)
+{
+    const QString code = error.nativeErrorCode();
+    // SQLite: SQLITE_BUSY (5); PostgreSQL: lock_not_available.
+    return {engineText(error), code == QLatin1String("5") || code == QLatin1String("55P03")};
+}
+
+QString readOnlyOptions()
+{
+    return QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=2000");
+}
+
+void skipSyncs(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("PRAGMA synchronous = OFF"));
+}
+
+void largeCache(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("PRAGMA cache_size = -131072"));
+}
+
+std::optional<Fault> resolveNames(QSqlDatabase db, QList<TableNames> &out)
+{
+    out.clear();
+    const bool pg = dialectOf(db) == Dialect::PostgreSQL;
+    const QStringList tables = pg ? db.tables(QSql::Tables) : QStringList();
+    for (const SchemaTable &table : schemaTables()) {
+        TableNames names{table.name, table.name, table.columns, {}};
+        if (pg) {
+            const auto found = std::find_if(tables.begin(), tables.end(), [&](const QString &name) {
+                return name.compare(table.name, Qt::CaseInsensitive) == 0;
+            });
+            if (found == tables.end())
+                return Fault{QStringLiteral("в базата данни няма таблица %1").arg(table.name)};
+            names.table = *found;
+            const QSqlRecord record = db.record(names.table);
+            names.columns.clear();
+            for (const QString &column : table.columns) {
+                int index = -1;
+                for (int i = 0; i < record.count() && index < 0; ++i) {
+                    if (record.fieldName(i).compare(column, Qt::CaseInsensitive) == 0)
+                        index = i;
+                }
+                if (index < 0)
+                    return Fault{QStringLiteral("в таблица %1 няма поле %2").arg(table.name, column)};
+                names.columns.append(record.fieldName(index));
+                names.types.append(record.field(index).metaType().id());
+            }
+        }
+        out.append(names);
+    }
+    return std::nullopt;
+}
+
+std::optional<Fault> countRows(QSqlDatabase db, const QList<TableNames> &tables, RowCounts &counts)
+{
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    for (const TableNames &table : tables) {
+        if (!query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + quoted(table.table)) || !query.next())
+            return engineFault(query.lastError());
+        counts.insert(table.key, query.value(0).toLongLong());
+    }
+    return std::nullopt;
+}
+
+std::optional<Fault> createEmptyFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly, privateFile))
+        return Fault{file.errorString()};
+    file.close();
+    QFile::setPermissions(path, privateFile);
+    return std::nullopt;
+}
+
+void removeWorkFile(const QString &path)
+{
+    if (path.isEmpty())
+        return;
+    QFile::remove(path);
+    QFile::remove(path + QStringLiteral("-journal"));
+}
+
+void syncToDisk(const QString &path)
+{
+#ifdef Q_OS_UNIX
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd >= 0) {
+        ::fsync(fd);
+        ::close(fd);
+    }
+#else
+    Q_UNUSED(path);
+#endif
+}
+
+std::optional<Fault> moveInto(const QString &from, const QString &to)
+{
+    std::error_code error;
+    std::filesystem::rename(fsPath(from), fsPath(to), error);
+    if (error)
+        return Fault{QString::fromLocal8Bit(error.message().c_str())};
+    return std::nullopt;
+}
+
+QString freeName(const QString &folder, const QString &base, const QString &suffix)
+{
+    const QDir dir(folder);
+    QString path = dir.filePath(base + suffix);
+    for (int n = 2; QFileInfo::exists(path); ++n)
+        path = dir.filePath(QStringLiteral("%1 (%2)%3").arg(base).arg(n).arg(suffix));
+    return path;
+}
+
+std::optional<Fault> ensureFolder(const QString &folder)
+{
+    // Made private, as the program's data folder is: the archives hold the firm's whole data.
+    if (auto failure = prepareDatabaseFolder(QDir(folder).filePath(QStringLiteral("archive")), false))
+        return Fault{failure->text.section(QLatin1Char('\n'), 0, 0)};
+    return std::nullopt;
+}
+
+std::optional<Fault> checkRecordedVersions(QSqlQuery &query, QList<int> &versions)
+{
+    versions.clear();
+    if (!query.exec(QStringLiteral("SELECT DISTINCT version FROM zarek_schema ORDER BY version")))
+        return engineFault(query.lastError());
+    while (query.next())
+        versions.append(query.value(0).toInt());
+    query.finish();
+    return std::nullopt;
+}
+
+std::optional<Fault> checkWrittenArchive(const QString &path, const RowCounts &expected)
+{
+    FileConnection archive(path, readOnlyOptions());
+    QSqlDatabase db = archive.db();
+    if (!db.isOpen())
+        return engineFault(db.lastError());
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("PRAGMA quick_check")) || !query.next())
+        return engineFault(query.lastError());
+    if (query.value(0).toString() != QLatin1String("ok"))
+        return Fault{QStringLiteral("записаният файл не премина проверката")};
+    query.finish();
+    QList<int> versions;
+    if (auto fault = checkRecordedVersions(query, versions))
+        return fault;
+    if (versions.isEmpty())
+        return Fault{QStringLiteral("в записания файл няма версия на схемата")};
+    for (const SchemaTable &table : schemaTables()) {
+        if (!query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + quoted(table.name)) || !query.next())
+            return engineFault(query.lastError());
+        const qint64 rows = query.value(0).toLongLong();
+        if (rows != expected.value(table.name))
+            return Fault{QStringLiteral("в записаната таблица %1 има %2 реда вместо %3")
+                             .arg(table.name)
+                             .arg(rows)
+                             .arg(expected.value(table.name))};
+    }
+    return std::nullopt;
+}
+
+std::optional<Fault> dropIndexes(QSqlDatabase db, const QString &schema, const QString &table, QStringList *recreate)
+{
+    QSqlQuery query(db);
+    QString sql = QStringLiteral("SELECT name, sql FROM %1.sqlite_master WHERE type = 'index' AND sql IS NOT NULL").arg(schema);
+    if (!table.isEmpty())
+        sql += QStringLiteral(" AND tbl_name = ?");
+    query.prepare(sql);
+    if (!table.isEmpty())
+        query.addBindValue(table);
+    if (!query.exec())
+        return engineFault(query.lastError());
+    QStringList drops;
+    while (query.next()) {
+        drops.append(QStringLiteral("DROP INDEX %1.%2").arg(schema, quoted(query.value(0).toString())));
+        recreate->append(query.value(1).toString());
+    }
+    query.finish();
+    for (const QString &drop : std::as_const(drops)) {
+        if (!query.exec(drop))
+            return engineFault(query.lastError());
+    }
+    return std::nullopt;
+}
+
+std::optional<Fault> execAll(QSqlDatabase db, const QStringList &statements)
+{
+    QSqlQuery query(db);
+    for (const QString &statement : statements) {
+        if (!query.exec(statement))
+            return engineFault(query.lastError());
+    }
+    return std::nullopt;
+}
+
+UserMessage busyMessage(const QString &title, const QString &request)
+{
+    return UserMessage::twoLines(title, QStringLiteral("Базата данни е заета от друго копие на програмата!"), request,
+                                 UserMessage::Icon::Critical);
+}
+
+}

@@ -1,0 +1,453 @@
+#include "restore.h"
+
+#include "data/archivesnapshot.h"
+#include "data/dialect.h"
+#include "data/schema.h"
+
+#include <QDate>
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QSet>
+#include <QTime>
+#include <QVariant>
+
+namespace zarek {
+
+using namespace archiving;
+
+namespace {
+
+const QString firmTable = QStringLiteral("ZarekCfg");
+const QString archiveSchema = QStringLiteral("zarek_archive");
+
+const QString otherArchiveRequest = QStringLiteral("Моля, посочете друг архивен файл. Данните не са променени.");
+
+UserMessage restoreRefusal(const QString &fault, const QString &request = otherArchiveRequest)
+{
+    return UserMessage::twoLines(restoreErrorTitle(), fault, request, UserMessage::Icon::Critical);
+}
+
+UserMessage notAnArchive(const QString &path)
+{
+    return restoreRefusal(QStringLiteral("Файлът %1 не е архив на Зарек!").arg(shown(path)));
+}
+
+UserMessage damagedArchive(const QString &path)
+{
+    return restoreRefusal(QStringLiteral("Архивът %1 е повреден!").arg(shown(path)));
+}
+
+// SQLite's result codes as Qt reports them.
+constexpr int sqliteCorrupt = 11;
+constexpr int sqliteNotADatabase = 26;
+
+UserMessage readRefusal(const QString &path, const QSqlError &error)
+{
+    const QString code = error.nativeErrorCode();
+    if (code == QString::number(sqliteNotADatabase))
+        return notAnArchive(path);
+    if (code == QString::number(sqliteCorrupt))
+        return damagedArchive(path);
+    return restoreRefusal(QStringLiteral("Архивът %1 не може да бъде прочетен: %2").arg(shown(path), engineText(error)));
+}
+
+// The columns each table of the working copy has, by lower-case name.
+QHash<QString, QSet<QString>> columnsOf(QSqlDatabase db)
+{
+    QHash<QString, QSet<QString>> out;
+    QSqlQuery tables(db);
+    tables.setForwardOnly(true);
+    QStringList names;
+    if (tables.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"))) {
+        while (tables.next())
+            names.append(tables.value(0).toString());
+    }
+    tables.finish();
+    QSqlQuery info(db);
+    info.setForwardOnly(true);
+    for (const QString &name : std::as_const(names)) {
+        QSet<QString> columns;
+        if (info.exec(QStringLiteral("PRAGMA table_info(%1)").arg(quoted(name)))) {
+            while (info.next())
+                columns.insert(info.value(1).toString().toLower());
+        }
+        info.finish();
+        out.insert(name.toLower(), columns);
+    }
+    return out;
+}
+
+// A value of the SQLite archive in the type of PostgreSQL's column. A value that does not read
+// as that type goes as it is, and PostgreSQL refuses it: the restore stops, nothing is guessed.
+QVariant forPostgres(const QVariant &value, int type)
+{
+    if (value.isNull())
+        return QVariant(QMetaType(type));
+    bool ok = true;
+    switch (type) {
+    case QMetaType::Bool:
+        if (value.typeId() == QMetaType::QString) {
+            const QString text = value.toString().trimmed().toLower();
+            if (text == QLatin1String("true") || text == QLatin1String("1"))
+                return true;
+            if (text == QLatin1String("false") || text == QLatin1String("0"))
+                return false;
+            return value;
+        }
+        return value.toLongLong() != 0;
+    case QMetaType::QDate: {
+        const QDate date = QDate::fromString(value.toString().left(10), Qt::ISODate);
+        return date.isValid() ? QVariant(date) : value;
+    }
+    case QMetaType::QTime: {
+        const QTime time = QTime::fromString(value.toString(), Qt::ISODateWithMs);
+        return time.isValid() ? QVariant(time) : value;
+    }
+    case QMetaType::Double: {
+        const double number = value.toDouble(&ok);
+        return ok ? QVariant(number) : value;
+    }
+    case QMetaType::Int:
+    case QMetaType::LongLong: {
+        const qlonglong number = value.toLongLong(&ok);
+        return ok ? QVariant(number) : value;
+    }
+    case QMetaType::QString:
+        return value.toString();
+    default:
+        return value;
+    }
+}
+
+// The restore on SQLite: the working copy attached and each table refilled from it by the engine
+// itself, all under the write lock in one transaction.
+std::optional<Fault> replaceOnSqlite(QSqlDatabase program, const PreparedArchive &archive, Steps &steps)
+{
+    ClonedConnection connection(program);
+    QSqlDatabase db = connection.db();
+    if (!db.isOpen())
+        return engineFault(db.lastError());
+    largeCache(db);
+    {
+        QSqlQuery attach(db);
+        attach.prepare(QStringLiteral("ATTACH DATABASE ? AS %1").arg(archiveSchema));
+        attach.addBindValue(archive.workingCopy());
+        if (!attach.exec())
+            return engineFault(attach.lastError());
+    }
+    std::optional<Fault> fault;
+    {
+        Transaction transaction(db, Transaction::Lock::Writer);
+        if (!transaction.isActive())
+            fault = engineFault(transaction.lastError());
+        QSqlQuery query(db);
+        for (const SchemaTable &table : schemaTables()) {
+            if (fault)
+                break;
+            const QString target = QStringLiteral("main.") + quoted(table.name);
+            if (!query.exec(QStringLiteral("SELECT COALESCE(MAX(row_version), 0) FROM ") + target) || !query.next()) {
+                fault = engineFault(query.lastError());
+                break;
+            }
+            const qint64 version = query.value(0).toLongLong() + 1;
+            query.finish();
+            QStringList source;
+            for (const QString &column : table.columns)
+                source.append(column == QLatin1String("row_version") ? QStringLiteral("?") : quoted(column));
+            QStringList indexes;
+            if ((fault = dropIndexes(db, QStringLiteral("main"), table.name, &indexes)))
+                break;
+            if (!query.exec(QStringLiteral("DELETE FROM ") + target)) {
+                fault = engineFault(query.lastError());
+                break;
+            }
+            query.prepare(QStringLiteral("INSERT INTO %1 (%2) SELECT %3 FROM %4.%5")
+                              .arg(target, quotedList(table.columns), source.join(QStringLiteral(", ")), archiveSchema,
+                                   quoted(table.name)));
+            if (table.columns.contains(QStringLiteral("row_version")))
+                query.addBindValue(version);
+            if (!query.exec()) {
+                fault = engineFault(query.lastError());
+                break;
+            }
+            if (query.numRowsAffected() != archive.counts().value(table.name)) {
+                fault = Fault{QStringLiteral("в таблица %1 са заредени %2 реда от %3")
+                                  .arg(table.name)
+                                  .arg(query.numRowsAffected())
+                                  .arg(archive.counts().value(table.name))};
+                break;
+            }
+            if ((fault = execAll(db, indexes)))
+                break;
+            steps.done();
+        }
+        query.finish();
+        if (!fault && !transaction.commit())
+            fault = engineFault(transaction.lastError());
+    }
+
+    {
+        QSqlQuery detach(db);
+        detach.exec(QStringLiteral("DETACH DATABASE ") + archiveSchema);
+    }
+    return fault;
+}
+
+// The restore on PostgreSQL: every table locked against writes, emptied and refilled from the
+// working copy many rows a statement, its identity moved past the highest id, in one transaction.
+std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchive &archive, Steps &steps)
+{
+    ClonedConnection connection(program);
+    QSqlDatabase db = connection.db();
+    if (!db.isOpen())
+        return engineFault(db.lastError());
+    QList<TableNames> names;
+    if (auto fault = resolveNames(db, names))
+        return fault;
+    FileConnection copy(archive.workingCopy(), readOnlyOptions());
+    QSqlDatabase source = copy.db();
+    if (!source.isOpen())
+        return engineFault(source.lastError());
+
+    // Prepared statements outlive the transaction: after a failure it is rolled back first, and
+    // only then are they freed.
+    std::list<QSqlQuery> statements;
+    Transaction transaction(db, Transaction::Lock::Writer);
+    if (!transaction.isActive())
+        return engineFault(transaction.lastError());
+    {
+        QSqlQuery query(db);
+        QStringList all;
+        for (const TableNames &table : std::as_const(names))
+            all.append(quoted(table.table));
+        if (!query.exec(QStringLiteral("LOCK TABLE %1 IN EXCLUSIVE MODE").arg(all.join(QStringLiteral(", ")))))
+            return engineFault(query.lastError());
+
+        for (const TableNames &table : std::as_const(names)) {
+            if (!query.exec(QStringLiteral("SELECT COALESCE(MAX(row_version), 0) FROM ") + quoted(table.table))
+                || !query.next())
+                return engineFault(query.lastError());
+            const qint64 version = query.value(0).toLongLong() + 1;
+            query.finish();
+            if (!query.exec(QStringLiteral("DELETE FROM ") + quoted(table.table)))
+                return engineFault(query.lastError());
+            // As on SQLite, the indexes are built again once the rows are in (the key stays).
+            QStringList indexes;
+            QStringList drops;
+            QSqlQuery &lookup = statements.emplace_back(db);
+            lookup.prepare(QStringLiteral("SELECT c.relname, pg_get_indexdef(c.oid) FROM pg_index x "
+                                          "JOIN pg_class c ON c.oid = x.indexrelid "
+                                          "WHERE x.indrelid = to_regclass(?) AND NOT x.indisprimary"));
+            lookup.addBindValue(quoted(table.table));
+            if (!lookup.exec())
+                return engineFault(lookup.lastError());
+            while (lookup.next()) {
+                drops.append(QStringLiteral("DROP INDEX ") + quoted(lookup.value(0).toString()));
+                indexes.append(lookup.value(1).toString());
+            }
+            lookup.finish();
+            if (auto fault = execAll(db, drops))
+                return fault;
+
+            const int columns = int(table.columns.size());
+            const int versionColumn = int(table.columns.indexOf(QStringLiteral("row_version")));
+            QSqlQuery read(source);
+            read.setForwardOnly(true);
+            if (!read.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY 1").arg(quotedList(table.columns), quoted(table.key))))
+                return engineFault(read.lastError());
+            BatchInsert insert(db, table.table, table.columns, statements);
+            while (read.next()) {
+                for (int i = 0; i < columns; ++i) {
+                    if (auto fault = insert.add(i == versionColumn ? QVariant(version)
+                                                                   : forPostgres(read.value(i), table.types.at(i))))
+                        return fault;
+                }
+            }
+            if (read.lastError().isValid())
+                return engineFault(read.lastError());
+            if (auto fault = insert.flush())
+                return fault;
+            if (auto fault = execAll(db, indexes))
+                return fault;
+
+            if (table.columns.contains(QStringLiteral("id"))) {
+                QSqlQuery &identity = statements.emplace_back(db);
+                identity.prepare(QStringLiteral("SELECT setval(pg_get_serial_sequence(?, 'id'), COALESCE(MAX(id), 0) + 1, false) "
+                                                "FROM ")
+                                 + quoted(table.table));
+                identity.addBindValue(quoted(table.table));
+                if (!identity.exec())
+                    return engineFault(identity.lastError());
+            }
+            if (!query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + quoted(table.table)) || !query.next())
+                return engineFault(query.lastError());
+            if (query.value(0).toLongLong() != archive.counts().value(table.key))
+                return Fault{QStringLiteral("в таблица %1 са заредени %2 реда от %3")
+                                 .arg(table.key)
+                                 .arg(query.value(0).toLongLong())
+                                 .arg(archive.counts().value(table.key))};
+            query.finish();
+            steps.done();
+        }
+    }
+    if (!transaction.commit())
+        return engineFault(transaction.lastError());
+    return std::nullopt;
+}
+
+}
+
+PreparedArchive::~PreparedArchive()
+{
+    discard();
+}
+
+void PreparedArchive::discard()
+{
+    removeWorkFile(m_copy);
+    m_copy.clear();
+    m_archive.clear();
+    m_counts.clear();
+}
+
+std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, const QString &workFolder)
+{
+    discard();
+    const QFileInfo file(archivePath);
+    if (!file.exists())
+        return restoreRefusal(QStringLiteral("Файлът %1 не съществува!").arg(shown(archivePath)));
+    if (!file.isFile())
+        return restoreRefusal(QStringLiteral("%1 не е файл!").arg(shown(archivePath)));
+    if (file.size() == 0)
+        return notAnArchive(archivePath);
+    if (auto fault = ensureFolder(workFolder))
+        return restoreRefusal(QStringLiteral("Папката %1 не може да бъде подготвена: %2").arg(shown(workFolder), fault->text),
+                              QStringLiteral("Моля, проверете правата за запис! Данните не са променени."));
+
+    // The archive is only read, through SQLite; what is loaded is SQLite's own copy of it, so the
+    // file cannot change between its check and its loading.
+    WorkFile copy(QDir(workFolder).filePath(QStringLiteral("zarek-restore.db")));
+    {
+        FileConnection source(file.absoluteFilePath(), readOnlyOptions());
+        QSqlDatabase db = source.db();
+        if (!db.isOpen())
+            return readRefusal(archivePath, db.lastError());
+        QSqlQuery query(db);
+        query.setForwardOnly(true);
+        if (!query.exec(QStringLiteral("PRAGMA quick_check")) || !query.next())
+            return readRefusal(archivePath, query.lastError());
+        if (query.value(0).toString() != QLatin1String("ok"))
+            return damagedArchive(archivePath);
+        query.finish();
+        if (!query.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'")))
+            return readRefusal(archivePath, query.lastError());
+        QStringList tables;
+        while (query.next())
+            tables.append(query.value(0).toString());
+        query.finish();
+        if (tables.isEmpty())
+            return notAnArchive(archivePath);
+        if (!tables.contains(QStringLiteral("zarek_schema")))
+            return restoreRefusal(QStringLiteral("Файлът %1 е база данни на друга програма, не архив на Зарек!").arg(shown(archivePath)));
+        QList<int> versions;
+        if (checkRecordedVersions(query, versions))
+            return readRefusal(archivePath, query.lastError());
+        if (versions.isEmpty())
+            return notAnArchive(archivePath);
+        for (int version : std::as_const(versions)) {
+            if (!isKnownSchemaVersion(version))
+                return restoreRefusal(QStringLiteral("Архивът %1 е от по-нова версия на Зарек (схема %2, програмата познава до %3)!")
+                                          .arg(shown(archivePath))
+                                          .arg(versions.last())
+                                          .arg(latestSchemaVersion()),
+                                      QStringLiteral("Моля, заредете го с по-новата версия на програмата. Данните не са променени."));
+        }
+        if (auto fault = createEmptyFile(copy.path()))
+            return restoreRefusal(QStringLiteral("Работното копие на архива не може да бъде записано в %1: %2")
+                                      .arg(shown(workFolder), fault->text),
+                                  QStringLiteral("Моля, проверете правата за запис и свободното място! Данните не са променени."));
+        skipSyncs(db);  // VACUUM INTO writes its file as its source connection would
+        query.prepare(QStringLiteral("VACUUM INTO ?"));
+        query.addBindValue(copy.path());
+        if (!query.exec()) {
+            const QSqlError error = query.lastError();
+            if (error.nativeErrorCode() == QString::number(sqliteCorrupt)
+                || error.nativeErrorCode() == QString::number(sqliteNotADatabase))
+                return damagedArchive(archivePath);
+            return restoreRefusal(QStringLiteral("Работното копие на архива не може да бъде записано в %1: %2")
+                                      .arg(shown(workFolder), engineText(error)),
+                                  QStringLiteral("Моля, проверете правата за запис и свободното място! Данните не са променени."));
+        }
+    }
+
+    RowCounts counts;
+    {
+        FileConnection working(copy.path());
+        QSqlDatabase db = working.db();
+        if (!db.isOpen())
+            return readRefusal(archivePath, db.lastError());
+        skipSyncs(db);
+        // An archive of an older program takes the steps it lacks, in the copy only.
+        if (auto failure = upgradeSchema(db))
+            return restoreRefusal(QStringLiteral("Архивът %1 не може да бъде приведен към тази версия: %2")
+                                      .arg(shown(archivePath), failure->text.section(QLatin1Char('\n'), 0, 0)));
+        const QHash<QString, QSet<QString>> present = columnsOf(db);
+        for (const SchemaTable &table : schemaTables()) {
+            const auto found = present.constFind(table.name.toLower());
+            bool complete = found != present.cend();
+            for (int i = 0; complete && i < table.columns.size(); ++i)
+                complete = found->contains(table.columns.at(i).toLower());
+            if (!complete)
+                return restoreRefusal(QStringLiteral("В архива %1 липсват таблици или полета на Зарек!").arg(shown(archivePath)));
+        }
+        QList<TableNames> names;
+        resolveNames(db, names);
+        if (auto fault = countRows(db, names, counts))
+            return readRefusal(archivePath, QSqlError(QString(), fault->text));
+        if (counts.value(firmTable) == 0)
+            return restoreRefusal(QStringLiteral("В архива %1 няма данни за фирмата!").arg(shown(archivePath)));
+    }
+    copy.keep();
+    m_archive = file.absoluteFilePath();
+    m_copy = copy.path();
+    m_counts = counts;
+    return std::nullopt;
+}
+
+Checked<RestoreOutcome> restoreArchive(QSqlDatabase db, const PreparedArchive &archive, const QString &safetyFolder,
+                                       const QDateTime &now, const ArchiveProgress &progress)
+{
+    const QString unchanged = QStringLiteral("Моля, опитайте отново след малко! Данните не са променени.");
+    if (!archive.isReady())
+        return restoreRefusal(QStringLiteral("Архивът не е проверен!"));
+    if (auto fault = ensureFolder(safetyFolder))
+        return restoreRefusal(QStringLiteral("Папката %1 не може да бъде подготвена: %2").arg(shown(safetyFolder), fault->text),
+                              QStringLiteral("Моля, проверете правата за запис! Данните не са променени."));
+
+    Steps steps(progress, 2 * int(schemaTables().size()) + 2);
+    const QString safetyCopy = freeName(safetyFolder,
+                                        QStringLiteral("Преди зареждане ") + now.toString(QStringLiteral("yyyy-MM-dd hh-mm-ss")),
+                                        QStringLiteral(".abd"));
+    RowCounts before;
+    if (auto fault = writeArchiveFile(db, safetyCopy, steps, &before)) {
+        if (fault->busy)
+            return busyMessage(restoreErrorTitle(), unchanged);
+        return restoreRefusal(QStringLiteral("Предпазното копие на текущите данни не може да бъде записано в %1: %2")
+                                  .arg(shown(safetyCopy), fault->text),
+                              QStringLiteral("Зареждането е отменено. Данните не са променени."));
+    }
+    const auto fault = dialectOf(db) == Dialect::SQLite ? replaceOnSqlite(db, archive, steps)
+                                                        : replaceOnPostgres(db, archive, steps);
+    if (fault) {
+        if (fault->busy)
+            return busyMessage(restoreErrorTitle(), unchanged);
+        return restoreRefusal(QStringLiteral("Данните от архива %1 не могат да бъдат заредени: %2")
+                                  .arg(shown(archive.archivePath()), fault->text),
+                              QStringLiteral("Моля, опитайте отново. Данните не са променени."));
+    }
+    steps.finish();
+    return RestoreOutcome{safetyCopy, archive.counts()};
+}
+
+}

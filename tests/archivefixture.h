@@ -1,0 +1,195 @@
+#pragma once
+
+// A firm with rows in every table, and the whole database as comparable text, for the tests of
+// archive, restore and year close.
+
+#include "data/archive.h"
+
+#include <QDate>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QStringList>
+#include <QTime>
+#include <QVariant>
+#include <QtTest>
+
+namespace zarek::test {
+
+inline bool insertRow(QSqlDatabase db, const QString &table, const QStringList &columns, const QVariantList &values)
+{
+    QStringList marks;
+    for (int i = 0; i < columns.size(); ++i)
+        marks << QStringLiteral("?");
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, columns.join(QStringLiteral(", ")),
+                                                                        marks.join(QStringLiteral(", "))));
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    if (!query.exec()) {
+        qWarning() << table << query.lastError().text();
+        return false;
+    }
+    return true;
+}
+
+// A course of the given date and client; the rest made up from them.
+inline bool insertCourse(QSqlDatabase db, const QDate &date, const QString &client, double km = 120)
+{
+    return insertRow(db, QStringLiteral("tabl"),
+                     {QStringLiteral("data"), QStringLiteral("kod"), QStringLiteral("kola"), QStringLiteral("Klient"),
+                      QStringLiteral("Marsh"), QStringLiteral("Tovar"), QStringLiteral("km"), QStringLiteral("ton"),
+                      QStringLiteral("Tarifa"), QStringLiteral("bruto"), QStringLiteral("procent"), QStringLiteral("neto"),
+                      QStringLiteral("Fakt"), QStringLiteral("NomFakt"), QStringLiteral("plat"), QStringLiteral("Doc")},
+                     {date, QStringLiteral("001"), QStringLiteral("СА 1234 ВК"), client, QStringLiteral("Перник - София"),
+                      QStringLiteral("Пясък"), km, 20.5, 0.1, 246.0, 7.38, 238.62, false, QStringLiteral("0000000000"),
+                      false, false});
+}
+
+// Rows in every table: apostrophes, Cyrillic, empty and missing values, flags both ways, dates,
+// times, amounts that are not exact in binary, the tariff columns with a minus in their names.
+inline bool fillEveryTable(QSqlDatabase db)
+{
+    const QDate day(2025, 3, 5);
+    const QTime time(14, 30, 5);
+    bool ok = true;
+    ok = ok && insertRow(db, QStringLiteral("tabl"),
+                         {QStringLiteral("data"), QStringLiteral("kod"), QStringLiteral("kola"), QStringLiteral("Klient"),
+                          QStringLiteral("Marsh"), QStringLiteral("Tovar"), QStringLiteral("km"), QStringLiteral("ton"),
+                          QStringLiteral("Tarifa"), QStringLiteral("bruto"), QStringLiteral("procent"), QStringLiteral("neto"),
+                          QStringLiteral("Fakt"), QStringLiteral("NomFakt"), QStringLiteral("plat"), QStringLiteral("Doc"),
+                          QStringLiteral("DateMod"), QStringLiteral("TimeMod")},
+                         {day, QStringLiteral("001"), QStringLiteral("СА 1234 ВК"), QStringLiteral("Д'Аргос ООД"),
+                          QStringLiteral("Перник - София"), QVariant(QMetaType(QMetaType::QString)), 0.1 + 0.2, 20.5, 0.115,
+                          246.01, 7.38, 238.63, true, QStringLiteral("0000000042"), true, false, day, time});
+    ok = ok && insertCourse(db, QDate(2025, 12, 31), QStringLiteral("Бетон Перник АД"));
+    ok = ok && insertCourse(db, QDate(2024, 1, 2), QStringLiteral(""));
+    ok = ok && insertRow(db, QStringLiteral("shof"),
+                         {QStringLiteral("kod"), QStringLiteral("ime"), QStringLiteral("adres"), QStringLiteral("tel"),
+                          QStringLiteral("mob"), QStringLiteral("EGN"), QStringLiteral("LKarta")},
+                         {QStringLiteral("001"), QStringLiteral("Иван О'Нийл"), QStringLiteral("Перник, ул. \"Кракра\" 1"),
+                          QStringLiteral("076123456"), QStringLiteral("0888123456"), QStringLiteral("7501011234"),
+                          QStringLiteral("123456789")});
+    ok = ok && insertRow(db, QStringLiteral("Config"),
+                         {QStringLiteral("kola"), QStringLiteral("Razhod"), QStringLiteral("Procent"), QStringLiteral("Ton")},
+                         {QStringLiteral("СА 1234 ВК"), 32.5, 12.0, 25.0});
+    ok = ok && insertRow(db, QStringLiteral("Tarifi"),
+                         {QStringLiteral("\"Trf_20\""), QStringLiteral("\"Trf_20-30\""), QStringLiteral("\"Trf_30-50\""),
+                          QStringLiteral("\"Trf_50-100\""), QStringLiteral("\"Trf_100-200\""), QStringLiteral("\"Trf_200\""),
+                          QStringLiteral("DateMod"), QStringLiteral("TimeMod")},
+                         {0.3, 0.25, 0.2, 0.15, 0.12, 0.1, day, time});
+    ok = ok && insertRow(db, QStringLiteral("ZarekCfg"),
+                         {QStringLiteral("UserName"), QStringLiteral("UserAdres"), QStringLiteral("UserCity"),
+                          QStringLiteral("UserTel"), QStringLiteral("UserGSM"), QStringLiteral("UserMOL")},
+                         {QStringLiteral("Зарек Транс ООД"), QStringLiteral("ул. Първа 1"), QStringLiteral("Перник"),
+                          QStringLiteral("076 600 600"), QStringLiteral("0888 600 600"), QStringLiteral(" ")});
+    ok = ok && insertRow(db, QStringLiteral("Users"),
+                         {QStringLiteral("Ime"), QStringLiteral("Password"), QStringLiteral("Vid")},
+                         {QStringLiteral("админ"), QStringLiteral("$argon2id$v=19$m=65536,t=2,p=1$c2FsdA$aGFzaA"),
+                          QStringLiteral("A")});
+    ok = ok && insertRow(db, QStringLiteral("Sklad"),
+                         {QStringLiteral("Data"), QStringLiteral("DocVid"), QStringLiteral("DocNom"), QStringLiteral("Name"),
+                          QStringLiteral("Kol"), QStringLiteral("Edin"), QStringLiteral("Suma"), QStringLiteral("VidKol"),
+                          QStringLiteral("Ostat"), QStringLiteral("Lipsa"), QStringLiteral("DateMod"), QStringLiteral("TimeMod")},
+                         {day, QStringLiteral("Фактура"), QStringLiteral("123"), QStringLiteral("Масло 15W40"), 10.0, 12.35,
+                          123.5, QStringLiteral("P"), 7.5, false, day, time});
+    ok = ok && insertRow(db, QStringLiteral("Nalich"),
+                         {QStringLiteral("Name"), QStringLiteral("Edin"), QStringLiteral("Broi"), QStringLiteral("DateMod"),
+                          QStringLiteral("TimeMod")},
+                         {QStringLiteral("Масло 15W40"), 12.35, 7.5, day, time});
+    ok = ok && insertRow(db, QStringLiteral("RowdList"),
+                         {QStringLiteral("ListID"), QStringLiteral("Data"), QStringLiteral("Kola"), QStringLiteral("NameDriver"),
+                          QStringLiteral("SumKM"), QStringLiteral("SumRazhN"), QStringLiteral("EndKM"), QStringLiteral("ZarN")},
+                         {QStringLiteral("0000000007"), day, QStringLiteral("СА 1234 ВК"), QStringLiteral("Иван О'Нийл"), 240.0,
+                          78.1, 123456.0, 0.0});
+    ok = ok && insertRow(db, QStringLiteral("Marsh"),
+                         {QStringLiteral("MarshID"), QStringLiteral("Marshrut"), QStringLiteral("KM"), QStringLiteral("Ton"),
+                          QStringLiteral("Koef"), QStringLiteral("RazhN")},
+                         {QStringLiteral("0000000007"), QStringLiteral("Перник - София"), 120.0, 20.5, 0.0, 39.05});
+    ok = ok && insertRow(db, QStringLiteral("ExternalKurs"),
+                         {QStringLiteral("KursID"), QStringLiteral("Data"), QStringLiteral("SendName"),
+                          QStringLiteral("ResivName"), QStringLiteral("TovarTon"), QStringLiteral("TotalP")},
+                         {QStringLiteral("0000000003"), day, QStringLiteral("Сенд ЕООД"), QStringLiteral("Ресив GmbH"), 22.0,
+                          4200.5});
+    ok = ok && insertRow(db, QStringLiteral("Firms"),
+                         {QStringLiteral("SrName"), QStringLiteral("SrAdres"), QStringLiteral("SrCity"), QStringLiteral("SrCountry")},
+                         {QStringLiteral("Ресив GmbH"), QStringLiteral("Hauptstraße 1"), QStringLiteral("Wien"),
+                          QStringLiteral("Австрия")});
+    ok = ok && insertRow(db, QStringLiteral("SkladLots"),
+                         {QStringLiteral("IssueID"), QStringLiteral("ReceiptID"), QStringLiteral("Kol"), QStringLiteral("Edin")},
+                         {2, 1, 2.5, 12.35});
+    return ok;
+}
+
+// One value as text, the same for both engines: dates and times as ISO, flags as 0 and 1, numbers
+// to the last bit.
+inline QString normalized(const QVariant &value)
+{
+    if (value.isNull())
+        return QStringLiteral("NULL");
+    switch (value.typeId()) {
+    case QMetaType::QDate: return value.toDate().toString(Qt::ISODate);
+    case QMetaType::QTime: return value.toTime().toString(QStringLiteral("hh:mm:ss.zzz"));
+    case QMetaType::Bool: return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
+    case QMetaType::Double: return QString::number(value.toDouble(), 'g', 17);
+    case QMetaType::Int:
+    case QMetaType::LongLong: return QString::number(value.toLongLong());
+    default: return value.toString();
+    }
+}
+
+// Every table of the system, every row by id, every column but row_version.
+inline QStringList dumpDatabase(QSqlDatabase db)
+{
+    QStringList out;
+    for (const SchemaTable &table : schemaTables()) {
+        QStringList columns;
+        for (const QString &column : table.columns) {
+            if (column != QLatin1String("row_version"))
+                columns << QLatin1Char('"') + (db.driverName() == QLatin1String("QPSQL") && !column.contains(QLatin1Char('-'))
+                                                       && !column.startsWith(QLatin1String("Trf_"))
+                                                   ? column.toLower()
+                                                   : column)
+                               + QLatin1Char('"');
+        }
+        QSqlQuery query(db);
+        query.setForwardOnly(true);
+        if (!query.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY id").arg(columns.join(QStringLiteral(", ")), table.name))) {
+            out << table.name + QStringLiteral(": ") + query.lastError().text();
+            continue;
+        }
+        while (query.next()) {
+            QStringList values;
+            for (int i = 0; i < columns.size(); ++i) {
+                // SQLite keeps times as text: read them as times to compare with PostgreSQL's.
+                QVariant value = query.value(i);
+                if (!value.isNull() && value.typeId() == QMetaType::QString && table.columns.contains(QStringLiteral("TimeMod"))
+                    && columns.at(i).compare(QStringLiteral("\"TimeMod\""), Qt::CaseInsensitive) == 0)
+                    value = QTime::fromString(value.toString(), Qt::ISODateWithMs);
+                values << normalized(value);
+            }
+            out << table.name + QStringLiteral(": ") + values.join(QStringLiteral(" | "));
+        }
+    }
+    return out;
+}
+
+inline qint64 countOf(QSqlDatabase db, const QString &table)
+{
+    QSqlQuery query(db);
+    if (!query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table) || !query.next())
+        return -1;
+    return query.value(0).toLongLong();
+}
+
+}
+
+// Two whole databases, row by row, so a difference shows the one row in full.
+#define COMPARE_DUMPS(actual, expected)                                  \
+    do {                                                                 \
+        const QStringList a_ = (actual), e_ = (expected);                \
+        for (qsizetype i_ = 0; i_ < std::max(a_.size(), e_.size()); ++i_) \
+            QVERIFY2(a_.value(i_) == e_.value(i_),                       \
+                     qPrintable(a_.value(i_) + QStringLiteral("\n   expected: ") + e_.value(i_))); \
+    } while (false)
