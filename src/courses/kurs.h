@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/dates.h"
 #include "courses/course.h"
 #include "courses/coursecheck.h"
@@ -47,6 +48,8 @@ private:
     void open();
 
     void showSums(bool ofRow);
+    Currency courseCurrency() const;
+    void showUnits();
     void showDriverName(const QString &code);
     void showRate();
     void pickRate();
@@ -83,6 +86,7 @@ private:
     QCheckBox *m_invoiced = nullptr;
     QCheckBox *m_paid = nullptr;
     QLabel *m_sums[3] = {nullptr, nullptr, nullptr};
+    QLabel *m_units[4] = {nullptr, nullptr, nullptr, nullptr};  // after the three sums and the expense
 };
 
 }

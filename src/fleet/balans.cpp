@@ -86,8 +86,11 @@ void Balans::load()
     m_balances = balances.value();
     // The total adds the remainders as shown, so it always equals the sum of the column.
     m_sumTotal = balansTotal(m_balances);
-    m_total->setText(QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, m_sumTotal));
-    if (auto refusal = BalansStore::writeScratch(m_scratch->db(), m_mode, m_balances)) {
+    const Currency currency = balansCurrency(m_period, booksChangeover());
+    m_total->setText(QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, m_sumTotal, currency));
+    if (m_mode == BalansMode::Profit && balansConverted(m_period, booksChangeover()))
+        setAmountNote(conversionNote(booksChangeover(), currency));
+    if (auto refusal = BalansStore::writeScratch(m_scratch->db(), m_mode, m_balances, currency)) {
         MessageService::instance().inform(*refusal);
         return;
     }

@@ -1,6 +1,7 @@
 #include "resultgridscreen.h"
 
 #include "core/formats.h"
+#include "core/valueformat.h"
 #include "forms/messageservice.h"
 #include "forms/resultgridcheckdelegate.h"
 
@@ -112,6 +113,10 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     m_buttons->addWidget(m_close);
     stripLayout->addLayout(m_buttons);
 
+    m_note = new QLabel(this);
+    m_note->setObjectName(QStringLiteral("lblCurrencyNote"));
+    m_note->setVisible(false);
+
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 6);
     layout->addWidget(m_text1);
@@ -119,6 +124,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     m_gridRow->addWidget(m_grid, 1);
     layout->addLayout(m_gridRow, 1);
     layout->addWidget(strip);
+    layout->addWidget(m_note);
 
     connect(m_print, &QPushButton::clicked, this, [this] {
         if (onPrint)
@@ -136,6 +142,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
 void ResultGridScreen::setRows(RowSet rows)
 {
     m_model->setRows(std::move(rows));
+    updateCurrencies();
     if (m_model->rowCount() == 0 && !m_config.emptyMessage.isEmpty())
         MessageService::instance().inform(UserMessage{QStringLiteral("ВНИМАНИЕ!"), m_config.emptyMessage});
     if (m_opened)
@@ -178,9 +185,7 @@ void ResultGridScreen::markCurrentRow()
     }
     m_changed = true;
     m_model->setMarked(row, marked);
-    const Money amount = Money::fromAmount(m_model->value(row, m_config.amountField).toDouble());
-    m_total = marked ? m_total + amount : m_total - amount;
-    showTotal();
+    recountTotal();
 }
 
 void ResultGridScreen::setRunningTotal(Money total, bool show)
@@ -209,8 +214,6 @@ void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QS
     const int key = rows.column(keyField);
     const int version = rows.column(versionField);
     const int flag = m_config.flagField.isEmpty() ? -1 : rows.column(m_config.flagField);
-    const int amount = rows.column(m_config.amountField);
-    Money total;
     for (int row = 0; row < rows.rowCount(); ++row) {
         if (flag >= 0 && key >= 0) {
             const auto found = held.constFind(rows.value(row, key).toLongLong());
@@ -219,28 +222,63 @@ void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QS
             if (unchanged)
                 rows.setValue(row, flag, found->marked);
         }
-        if (flag >= 0 && amount >= 0 && rows.value(row, flag).toBool())
-            total += Money::fromAmount(rows.value(row, amount).toDouble());
     }
     setRows(std::move(rows));
-    m_total = total;
-    showTotal();
+    recountTotal();
 }
 
 void ResultGridScreen::recountTotal()
 {
-    Money total;
+    CurrencyTotal total(m_totals, m_config.payTotal ? CurrencyTotal::Rule::Wages : CurrencyTotal::Rule::EachAmount);
     for (int row = 0; row < m_model->rowCount(); ++row) {
         if (m_model->isMarked(row))
-            total += Money::fromAmount(m_model->value(row, m_config.amountField).toDouble());
+            total.add(Money::fromAmount(m_model->value(row, m_config.amountField).toDouble()), rowCurrency(row));
     }
-    setRunningTotal(total, true);
+    setRunningTotal(total.total(), true);
 }
 
 void ResultGridScreen::showTotal()
 {
     if (m_sumLabel)
-        m_sumLabel->setText(formatAmount(m_total) + amountUnit());
+        m_sumLabel->setText(amountText(m_total, m_totals));
+}
+
+Currency ResultGridScreen::rowCurrency(int row) const
+{
+    if (m_config.dateField.isEmpty())
+        return m_totals;
+    return currencyOn(dateOfValue(m_model->value(row, m_config.dateField)));
+}
+
+// The currency of the total and, where rows of the other currency stand beside it, each row's
+// unit and the note under the strip.
+void ResultGridScreen::updateCurrencies()
+{
+    if (m_config.dateField.isEmpty()) {
+        m_totals = totalsCurrencyRule ? totalsCurrencyRule(false) : booksChangeover().priceCurrency();
+        return;
+    }
+    const int date = m_model->rows().column(m_config.dateField);
+    bool anyEuro = false;
+    for (int row = 0; date >= 0 && row < m_model->rowCount() && !anyEuro; ++row)
+        anyEuro = currencyOn(dateOfValue(m_model->value(row, m_config.dateField))) == Currency::Euro;
+    m_totals = totalsCurrencyRule ? totalsCurrencyRule(anyEuro) : zarek::totalsCurrency(anyEuro);
+    bool mixed = false;
+    for (int row = 0; row < m_model->rowCount() && !mixed; ++row)
+        mixed = rowCurrency(row) != m_totals;
+    if (mixed) {
+        m_model->setRowUnit([this](int row) { return amountUnit(rowCurrency(row)); });
+        setAmountNote(conversionNote(booksChangeover(), m_totals));
+    } else {
+        m_model->setRowUnit({});
+        setAmountNote({});
+    }
+}
+
+void ResultGridScreen::setAmountNote(const QString &note)
+{
+    m_note->setText(note);
+    m_note->setVisible(!note.isEmpty());
 }
 
 bool ResultGridScreen::editingAllowed() const

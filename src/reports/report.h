@@ -43,6 +43,10 @@ public:
     void appendPicture(const QString &title, const QByteArray &png) { m_pictures.append({title, png}); }
     const QList<QPair<QString, QByteArray>> &pictures() const { return m_pictures; }
 
+    // A line of its own under everything the report footer holds (the note under totals that took
+    // in amounts of the other currency, say): the footer grows by it. A second call adds another.
+    void addFooterNote(const QString &text);
+
     // Shows or hides a control; a hidden one draws nothing.
     void setVisible(const QString &section, const QString &name, bool visible);
     // Moves a control to a new position in its section, in twips.
