@@ -11,6 +11,7 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <QTabWidget>
 #include <QTableWidget>
 
 using namespace zarek;
@@ -348,6 +349,30 @@ private slots:
         // The open program reads the books in euro from now on.
         QCOMPARE(booksChangeover().date, euroDay);
         QVERIFY(messages.shown.last().text.contains(QStringLiteral("в евро от 01.01.2026")));
+    }
+
+    // With ZAREK_SCREENSHOT_DIR set, saves the review screen, each of its tabs.
+    void screenshots()
+    {
+        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+        if (dir.isEmpty())
+            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the screen");
+        ZAREK_SCRATCH_DB(scratch);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("one set of pictures is enough");
+        QVERIFY(fillLevaFirm(scratch));
+        QVERIFY(storeAt(scratch.db(), QDate(2026, 1, 5))
+                    .addReceipt(movement(QStringLiteral("Болт M12"), 100, 0.20, QDate(2026, 1, 5)))
+                    .ok());
+        RecordingMessageService messages;
+        PrehodEvro screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        auto *tabs = screen.findChild<QTabWidget *>(QStringLiteral("tbsEvro"));
+        for (int tab = 0; tab < tabs->count(); ++tab) {
+            tabs->setCurrentIndex(tab);
+            QVERIFY(screen.grab().save(dir + QStringLiteral("/evro-review-%1.png").arg(tab + 1)));
+        }
     }
 };
 

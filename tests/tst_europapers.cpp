@@ -388,6 +388,81 @@ private slots:
         QCOMPARE(summary.value().months.size(), 2);
         QCOMPARE(summary.value().months.at(0).second, 51.13);
     }
+
+    // With ZAREK_SCREENSHOT_DIR set, saves the papers across the changeover as PDF and the payment
+    // screen as a picture.
+    void screenshots()
+    {
+        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+        if (dir.isEmpty())
+            QSKIP("set ZAREK_SCREENSHOT_DIR to save the papers");
+        ZAREK_SCRATCH_DB(scratch);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("one set of papers is enough");
+        QSqlDatabase db = scratch.db();
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', "
+                                            "'7501010000', '612345678')")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('СА 1234 ВК', 30, 12, 20)")));
+        const QList<CourseRow> rows = {
+            {QDate(2025, 12, 15), dargos, QStringLiteral("София - Перник"), QStringLiteral("Пясък"), truck, 40, 18, 0.18, 129.60},
+            {QDate(2025, 12, 29), dargos, QStringLiteral("Перник - Радомир"), QStringLiteral("Чакъл"), truck, 25, 20, 0.25, 125.00},
+            {QDate(2025, 12, 31), dargos, QStringLiteral("София - Пловдив"), QStringLiteral("Цимент"), truck, 150, 20, 0.12, 360.00},
+            {QDate(2026, 1, 2), dargos, QStringLiteral("Пловдив - София"), QStringLiteral("Цимент"), truck, 150, 20, 0.06135503, 184.07},
+            {QDate(2026, 1, 9), dargos, QStringLiteral("София - Перник"), QStringLiteral("Пясък"), truck, 40, 18, 0.09203257, 66.26},
+        };
+        for (const CourseRow &row : rows)
+            insertCourse(db, row);
+        ScopedBooksChangeover books(Changeover{euroDay});
+        const auto savePdf = [&dir](const Checked<Report> &report, const QString &name) {
+            QVERIFY(report.ok());
+            ReportPreview preview(layoutReport(report.value()));
+            QVERIFY(preview.exportPdfTo(dir + QLatin1Char('/') + name));
+        };
+        SearchConditions conditions;
+        conditions.SeekKlient = dargos;
+        conditions.SeekDriverKod = QStringLiteral("007");
+        conditions.SeekDriverIme = QStringLiteral("Иван Петров");
+        conditions.period = winter;
+        savePdf(ReportKlient(conditions, db, firm()), QStringLiteral("euro-client-report.pdf"));
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {}, QDate(2026, 1, 20));
+        QVERIFY(sheet.ok());
+        Scratch paper;
+        savePdf(ReportZaplata(sheet.value(), writeTempZaplata(paper.db, sheet.value()).value(), firm(), QDate(2026, 1, 20)),
+                QStringLiteral("euro-pay-sheet.pdf"));
+        // The statement of a January invoice of January courses: a euro paper through and through.
+        QVERIFY(paper.db.RebuildScratchTable(QStringLiteral("TempPlaten")) == std::nullopt);
+        RecordingMessageService messages;
+        SearchConditions january = conditions;
+        january.period = {QDate(2026, 1, 1), QDate(2026, 1, 31)};
+        {
+            Faktura screen(FakturaMode::FaktNew, january, db, paper.db.db(), firm());
+            screen.clock = [] { return QDateTime(QDate(2026, 1, 31), QTime(12, 0)); };
+            screen.showStatement = [&](const Report &report) {
+                ReportPreview preview(layoutReport(report));
+                QVERIFY(preview.exportPdfTo(dir + QStringLiteral("/euro-invoice-statement.pdf")));
+            };
+            for (int row = 0; row < screen.model()->rowCount(); ++row)
+                screen.model()->setMarked(row, true);
+            QTimer::singleShot(0, [] {
+                if (auto *dialog = qobject_cast<DiaFakt *>(QApplication::activeModalWidget())) {
+                    dialog->combo()->setEditText(QStringLiteral("130"));
+                    dialog->okButton()->click();
+                }
+            });
+            screen.chooseNumber();
+            screen.print();
+        }
+        // The payment screen with both currencies marked.
+        Plashtane pay(conditions, db, paper.db, firm(), nullptr, QDate(2026, 1, 20));
+        pay.resize(1000, 420);
+        pay.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&pay));
+        for (int row = 0; row < pay.model()->rowCount(); ++row) {
+            pay.grid()->setCurrentIndex(pay.model()->index(row, 0));
+            QTest::keyClick(pay.grid(), Qt::Key_Space);
+        }
+        QVERIFY(pay.grab().save(dir + QStringLiteral("/euro-plashtane.png")));
+    }
 };
 
 QTEST_MAIN(EuroPapersTest)

@@ -22,7 +22,8 @@ namespace {
 
 const char *bandCaptions[6] = {"До 20 км", "20 - 30 км", "30 - 50 км", "50 - 100 км", "100 - 200 км", "Над 200 км"};
 
-QTableWidget *makeTable(const QString &name, const QStringList &captions, QWidget *parent)
+// A table of texts; the column that names what a row is takes the room left over.
+QTableWidget *makeTable(const QString &name, const QStringList &captions, int nameColumn, QWidget *parent)
 {
     auto *table = new QTableWidget(0, static_cast<int>(captions.size()), parent);
     table->setObjectName(name);
@@ -33,6 +34,7 @@ QTableWidget *makeTable(const QString &name, const QStringList &captions, QWidge
     table->verticalHeader()->setVisible(false);
     table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
     table->horizontalHeader()->setStretchLastSection(false);
+    table->horizontalHeader()->setSectionResizeMode(nameColumn, QHeaderView::Stretch);
     table->setWordWrap(false);
     return table;
 }
@@ -48,6 +50,12 @@ void addRow(QTableWidget *table, const QStringList &cells, int firstNumber)
             item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         table->setItem(row, c, item);
     }
+}
+
+// "1 курс", "3 курса": a count with the word in its number.
+QString counted(int count, const char *one, const char *many)
+{
+    return QString::number(count) + QLatin1Char(' ') + QString::fromUtf8(count == 1 ? one : many);
 }
 
 QString leva(double price) { return formatAmount(price) + QLatin1Char(' ') + amountUnit(Currency::Leva); }
@@ -88,14 +96,14 @@ PrehodEvro::PrehodEvro(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db
     m_tabs->setObjectName(QStringLiteral("tbsEvro"));
     m_tariffs = makeTable(QStringLiteral("grdTariffs"), {QStringLiteral("Тарифа"), QStringLiteral("лв. за т.км"),
                                                          QStringLiteral("евро за т.км")},
-                          m_tabs);
+                          0, m_tabs);
     m_stock = makeTable(QStringLiteral("grdStock"), {QStringLiteral("Артикул"), QStringLiteral("Наличност"),
                                                      QStringLiteral("Цена в лв."), QStringLiteral("Цена в евро")},
-                        m_tabs);
+                        0, m_tabs);
     m_receipts = makeTable(QStringLiteral("grdReceipts"),
                            {QStringLiteral("Дата"), QStringLiteral("Документ"), QStringLiteral("Артикул"),
                             QStringLiteral("Неизписано"), QStringLiteral("Цена в лв."), QStringLiteral("Цена в евро")},
-                           m_tabs);
+                           2, m_tabs);
     m_tabs->addTab(m_tariffs, QStringLiteral("Тарифи"));
     m_tabs->addTab(m_stock, QStringLiteral("Наличност в склада"));
     m_tabs->addTab(m_receipts, QStringLiteral("Неизписани доставки"));
@@ -198,14 +206,18 @@ void PrehodEvro::showReview()
                            .arg(review.receipts.size()));
     // Documents already dated from the changeover were written in leva, but will read as euro.
     if (review.documentsFrom() > 0) {
-        m_warning->setText(QStringLiteral("Внимание: от %1 нататък вече има записани %2 курса, %3 складови движения, "
-                                          "%4 пътни листа и %5 международни курса. Сумите им ще се четат в евро - "
+        QStringList documents;
+        if (review.coursesFrom > 0)
+            documents.append(counted(review.coursesFrom, "курс", "курса"));
+        if (review.movementsFrom > 0)
+            documents.append(counted(review.movementsFrom, "складово движение", "складови движения"));
+        if (review.waybillsFrom > 0)
+            documents.append(counted(review.waybillsFrom, "пътен лист", "пътни листа"));
+        if (review.tripsFrom > 0)
+            documents.append(counted(review.tripsFrom, "международен курс", "международни курса"));
+        m_warning->setText(QStringLiteral("Внимание: от %1 нататък вече има записани %2. Сумите им ще се четат в евро - "
                                           "проверете ги след преминаването.")
-                               .arg(formatDate(review.date))
-                               .arg(review.coursesFrom)
-                               .arg(review.movementsFrom)
-                               .arg(review.waybillsFrom)
-                               .arg(review.tripsFrom));
+                               .arg(formatDate(review.date), documents.join(QStringLiteral(", "))));
         m_warning->setVisible(true);
     } else {
         m_warning->setVisible(false);

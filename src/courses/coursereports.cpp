@@ -58,14 +58,16 @@ void landscapeSetUp(Report &report)
 
 // The courses' rows with their money in the currency of each course's day: rows of both
 // currencies show each sum with its unit, and the total, in euro, says how it was made.
-void setCourseRows(Report &report, RowSet rows)
+void setCourseRows(Report &report, RowSet rows, const QString &amountBox = QStringLiteral("Text105"))
 {
     const DatedAmounts amounts = datedAmounts(rows, QStringLiteral("data"));
     prepareDatedAmounts(rows, QStringLiteral("data"), {QStringLiteral("bruto")}, amounts);
     report.setDataSource(std::move(rows));
     report.control(reportFooter, QStringLiteral("Function105")).format = totalFormat(amounts.totals);
-    if (amounts.mixed)
+    if (amounts.mixed) {
+        report.setFontSize(detail, amountBox, amountWithUnitFontSize);
         report.addFooterNote(conversionNote(booksChangeover(), amounts.totals));
+    }
 }
 
 void fillCommon(Report &report, const FirmProfile &firm, const QString &subject, const Period &period,
@@ -205,7 +207,7 @@ Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db
     if (!rows)
         return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
-    setCourseRows(report, rows.value());
+    setCourseRows(report, rows.value(), QStringLiteral("Text104"));
     report.setCaption(header, QStringLiteral("Label3"),
                       QStringLiteral("Извършени от ") + firm.UserName + QStringLiteral(" курсове"));
     fillCommon(report, firm, QStringLiteral("по заявка на ") + conditions.SeekKlient, conditions.period,

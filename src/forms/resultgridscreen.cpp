@@ -155,7 +155,10 @@ void ResultGridScreen::fitColumns()
     const QFontMetrics metrics(m_grid->font());
     for (int column = 0; column < m_config.columns.size(); ++column) {
         const ResultGridColumn &config = m_config.columns.at(column);
-        if (!config.fitContent || config.hidden)
+        // Amounts that carry their unit, and rates with the decimals of the euro, take the room they need.
+        const auto number = numberFormat(config.format);
+        const bool grows = config.fitContent || config.amount || (number && number->maxDecimals > number->minDecimals);
+        if (!grows || config.hidden)
             continue;
         int width = config.widthPixels();
         const int rows = std::min(m_model->rowCount(), rowsMeasured);
@@ -273,6 +276,7 @@ void ResultGridScreen::updateCurrencies()
         m_model->setRowUnit({});
         setAmountNote({});
     }
+    fitColumns();
 }
 
 void ResultGridScreen::setAmountNote(const QString &note)

@@ -162,8 +162,10 @@ Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMo
     report.setCaption(footer, QStringLiteral("Label8"), totals.at(0));
     report.setCaption(footer, QStringLiteral("Label9"), totals.at(1));
     report.setCaption(footer, QStringLiteral("Label10"), totals.at(2));
-    if (money.mixed)
+    if (money.mixed) {
+        report.setFontSize(QStringLiteral("Detail"), QStringLiteral("Text108"), amountWithUnitFontSize);
         report.addFooterNote(conversionNote(booksChangeover(), money.currency));
+    }
     return report;
 }
 

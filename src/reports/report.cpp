@@ -72,7 +72,7 @@ void Report::setBackColor(const QString &section, const QString &name, qint64 co
     c.backColorField.clear();
 }
 
-void Report::addFooterNote(const QString &text)
+void Report::addFooterNote(const QString &text, const QString &under)
 {
     ReportSection *footer = m_design.section(QStringLiteral("ReportFooter"));
     if (!footer) {
@@ -92,8 +92,26 @@ void Report::addFooterNote(const QString &text)
     note.canGrow = true;
     note.font.size = 8;
     note.font.italic = true;
+    int grows = note.top + note.height - footer->height;
+    if (!under.isEmpty()) {
+        const ReportControl &above = control(QStringLiteral("ReportFooter"), under);
+        note.top = above.top + above.height + 20;
+        grows = note.height + 40;
+        for (ReportControl &below : footer->controls) {
+            if (below.top >= note.top)
+                below.top += grows;
+        }
+    }
     footer->controls.append(note);
-    footer->height = note.top + note.height;
+    footer->height += grows;
+}
+
+void Report::setFontSize(const QString &section, const QString &name, double points)
+{
+    ReportControl &c = control(section, name);
+    if (c.baselineFontSize <= 0)
+        c.baselineFontSize = c.font.size;  // the text stays level with its row
+    c.font.size = points;
 }
 
 void Report::setVisible(const QString &section, const QString &name, bool visible)

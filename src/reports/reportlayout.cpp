@@ -271,7 +271,10 @@ double LayoutEngine::addControl(Band &band, const ReportControl &control, const 
             }
         }
         // A figure set smaller keeps the baseline of its row's font, so it reads level with its row.
-        const int lineFont = m_measure.fontIndex(control.font);
+        ReportFont designed = control.font;
+        if (control.baselineFontSize > 0)
+            designed.size = control.baselineFontSize;
+        const int lineFont = m_measure.fontIndex(designed);
         const double spacing = m_measure.lineSpacing(lineFont == fontIndex ? fontIndex : lineFont);
         const double ascent = m_measure.ascent(lineFont == fontIndex ? fontIndex : lineFont);
         // A box tall enough for all its lines holds them centred, as it holds one line. Otherwise the

@@ -45,8 +45,10 @@ Checked<Report> ReportKlientS(const RowSet &printCopy, const StatementTotals &to
     report.setCaption(reportFooter, QStringLiteral("Label1002"), amountText(tax.gross, totals.currency));
     report.setCaption(reportFooter, QStringLiteral("Label1003"), formatFixed(totals.ton, 0) + QStringLiteral(" t"));
     report.setCaption(reportFooter, QStringLiteral("Label1004"), formatFixed(totals.km, 0) + QStringLiteral(" км"));
-    if (totals.mixed)
+    if (totals.mixed) {
+        report.setFontSize(detail, QStringLiteral("Text107"), amountWithUnitFontSize);
         report.addFooterNote(conversionNote(booksChangeover(), totals.currency));
+    }
     return report;
 }
 

@@ -82,8 +82,11 @@ Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, 
                       QStringLiteral("Всичко заработка: ") + amountWithUnit(sheet.printedTotal(), sheet.currency));
     fillReceipt(report, {sheet.name, {sheet.egn, sheet.lKarta}, sheet.printedTotal(), firm.UserName, today,
                          sheet.currency});
-    if (mixed)
-        report.addFooterNote(conversionNote(booksChangeover(), sheet.currency));
+    if (mixed) {
+        report.setFontSize(detail, QStringLiteral("Text107"), amountWithUnitFontSize);
+        report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
+        report.addFooterNote(conversionNote(booksChangeover(), sheet.currency), QStringLiteral("Label8"));
+    }
     return report;
 }
 
@@ -101,8 +104,10 @@ Checked<Report> ReportPlaten(const QString &name, const DriverPapers &papers, co
     report.setCaption(reportFooter, QStringLiteral("Label8"),
                       QStringLiteral("Всичко заработка: ") + amountWithUnit(statement.total, statement.currency));
     fillReceipt(report, {name, papers, statement.total, firm.UserName, today, statement.currency});
-    if (statement.mixed)
-        report.addFooterNote(conversionNote(booksChangeover(), statement.currency));
+    if (statement.mixed) {
+        report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
+        report.addFooterNote(conversionNote(booksChangeover(), statement.currency), QStringLiteral("Label8"));
+    }
     return report;
 }
 
@@ -119,8 +124,10 @@ Checked<Report> ReportNePlaten(bool paid, const QString &name, const Period &per
     fillFrame(report, firm, name, period, statementFields);
     report.setCaption(reportFooter, QStringLiteral("Label8"),
                       QStringLiteral("Всичко: ") + amountWithUnit(statement.total, statement.currency));
-    if (statement.mixed)
+    if (statement.mixed) {
+        report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
         report.addFooterNote(conversionNote(booksChangeover(), statement.currency));
+    }
     return report;
 }
 

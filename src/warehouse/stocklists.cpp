@@ -339,6 +339,10 @@ Checked<Report> ReportSkladPR(const StockList &movements, bool receipts, const P
                         QStringLiteral("Suma")});
     fillTotal(report, receipts ? QStringLiteral("Обща сума на приходите: ") : QStringLiteral("Обща сума на разходите: "),
               movements);
+    if (movements.mixed) {
+        report.setFontSize(detail, QStringLiteral("Text104"), amountWithUnitFontSize);
+        report.setFontSize(detail, QStringLiteral("Text106"), amountWithUnitFontSize);
+    }
     return report;
 }
 
