@@ -58,8 +58,8 @@ QString counted(int count, const char *one, const char *many)
     return QString::number(count) + QLatin1Char(' ') + QString::fromUtf8(count == 1 ? one : many);
 }
 
-QString leva(double price) { return formatAmount(price) + QLatin1Char(' ') + amountUnit(Currency::Leva); }
-QString euro(double price) { return formatAmount(price) + QLatin1Char(' ') + amountUnit(Currency::Euro); }
+QString inLeva(double price) { return formatAmount(price) + QLatin1Char(' ') + amountUnit(Currency::Leva); }
+QString inEuro(double price) { return formatAmount(price) + QLatin1Char(' ') + amountUnit(Currency::Euro); }
 QString quantity(double value) { return bulgarianLocale().toString(value, 'g', 12); }
 
 }
@@ -70,9 +70,11 @@ PrehodEvro::PrehodEvro(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db
     setWindowTitle(QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Преминаване към евро"));
 
     auto *intro = new QLabel(QStringLiteral("От датата на преминаване сметките на фирмата се водят в евро по курс "
-                                            "1 евро = %1 лв. Документите отпреди нея остават в лева.\n"
+                                            "1 %1 = %2 %3 Документите отпреди нея остават в лева.\n"
                                             "Прегледайте цените, които стоят отворени, преди да ги преизчислите.")
-                                 .arg(formatFixed(static_cast<double>(euroRateScaled) / euroRateScale, 5)),
+                                 .arg(amountUnit(Currency::Euro),
+                                      formatFixed(static_cast<double>(euroRateScaled) / euroRateScale, 5),
+                                      amountUnit(Currency::Leva)),
                              this);
     intro->setObjectName(QStringLiteral("lblIntro"));
     intro->setWordWrap(true);
@@ -94,15 +96,18 @@ PrehodEvro::PrehodEvro(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db
 
     m_tabs = new QTabWidget(this);
     m_tabs->setObjectName(QStringLiteral("tbsEvro"));
-    m_tariffs = makeTable(QStringLiteral("grdTariffs"), {QStringLiteral("Тарифа"), QStringLiteral("лв. за т.км"),
-                                                         QStringLiteral("евро за т.км")},
+    const QString leva = amountUnit(Currency::Leva);
+    const QString euro = amountUnit(Currency::Euro);
+    m_tariffs = makeTable(QStringLiteral("grdTariffs"), {QStringLiteral("Тарифа"), leva + QStringLiteral(" за т.км"),
+                                                         euro + QStringLiteral(" за т.км")},
                           0, m_tabs);
     m_stock = makeTable(QStringLiteral("grdStock"), {QStringLiteral("Артикул"), QStringLiteral("Наличност"),
-                                                     QStringLiteral("Цена в лв."), QStringLiteral("Цена в евро")},
+                                                     QStringLiteral("Цена в ") + leva, QStringLiteral("Цена в ") + euro},
                         0, m_tabs);
     m_receipts = makeTable(QStringLiteral("grdReceipts"),
                            {QStringLiteral("Дата"), QStringLiteral("Документ"), QStringLiteral("Артикул"),
-                            QStringLiteral("Неизписано"), QStringLiteral("Цена в лв."), QStringLiteral("Цена в евро")},
+                            QStringLiteral("Неизписано"), QStringLiteral("Цена в ") + leva,
+                            QStringLiteral("Цена в ") + euro},
                            2, m_tabs);
     m_tabs->addTab(m_tariffs, QStringLiteral("Тарифи"));
     m_tabs->addTab(m_stock, QStringLiteral("Наличност в склада"));
@@ -191,10 +196,10 @@ void PrehodEvro::showReview()
                    1);
     }
     for (const ChangeoverReview::Stock &stock : review.stock)
-        addRow(m_stock, {stock.name, quantity(stock.broi), leva(stock.leva), euro(stock.euro)}, 1);
+        addRow(m_stock, {stock.name, quantity(stock.broi), inLeva(stock.leva), inEuro(stock.euro)}, 1);
     for (const ChangeoverReview::Receipt &receipt : review.receipts)
         addRow(m_receipts, {formatDate(receipt.data), (receipt.docVid + QLatin1Char(' ') + receipt.docNom).trimmed(),
-                            receipt.name, quantity(receipt.ostat), leva(receipt.leva), euro(receipt.euro)},
+                            receipt.name, quantity(receipt.ostat), inLeva(receipt.leva), inEuro(receipt.euro)},
                3);
     for (QTableWidget *table : {m_tariffs, m_stock, m_receipts})
         table->resizeColumnsToContents();
