@@ -158,6 +158,27 @@ private slots:
         QVERIFY(!leva.converted());
     }
 
+    void anAmountTakenOffLeavesTheTotalAsItWas_data()
+    {
+        QTest::addColumn<int>("rule");
+        QTest::newRow("each amount") << int(CurrencyTotal::Rule::EachAmount);
+        QTest::newRow("wages") << int(CurrencyTotal::Rule::Wages);
+    }
+    void anAmountTakenOffLeavesTheTotalAsItWas()
+    {
+        QFETCH(int, rule);
+        CurrencyTotal total(Currency::Euro, CurrencyTotal::Rule(rule));
+        total.add(cents(90000), Currency::Leva);
+        const Money before = total.total();
+        total.add(cents(1), Currency::Leva);
+        total.add(cents(6000), Currency::Euro);
+        total.remove(cents(6000), Currency::Euro);
+        total.remove(cents(1), Currency::Leva);
+        QCOMPARE(total.total(), before);
+        // Pay converts its leva once, rounded up; other totals convert each amount half up.
+        QCOMPARE(before.cents(), rule == int(CurrencyTotal::Rule::Wages) ? qint64(46017) : qint64(46016));
+    }
+
     void totalsAreInEuroOnceAnyAmountOrTheDayIs()
     {
         QCOMPARE(totalsCurrency(false), Currency::Leva);

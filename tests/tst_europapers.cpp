@@ -211,6 +211,12 @@ private slots:
             QTest::keyClick(screen.grid(), Qt::Key_Space);
         }
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("520,17 евро"));
+        // A mark taken back takes back exactly what it added.
+        screen.grid()->setCurrentIndex(screen.model()->index(0, 0));
+        QTest::keyClick(screen.grid(), Qt::Key_Space);
+        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("60,00 евро"));
+        QTest::keyClick(screen.grid(), Qt::Key_Space);
+        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("520,17 евро"));
         QStringList lines;
         QTimer::singleShot(0, [&lines] {
             if (auto *preview = qobject_cast<ReportPreview *>(QApplication::activeModalWidget())) {

@@ -134,6 +134,12 @@ void CurrencyTotal::add(Money amount, Currency of)
     (of == m_currency ? m_own : m_other) += amount;
 }
 
+void CurrencyTotal::remove(Money amount, Currency of)
+{
+    m_total = m_total - convertAmount(amount, of, m_currency);
+    (of == m_currency ? m_own : m_other) = (of == m_currency ? m_own : m_other) - amount;
+}
+
 Money CurrencyTotal::total() const
 {
     if (m_rule == Rule::Wages && m_currency == Currency::Euro)

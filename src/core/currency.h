@@ -65,6 +65,8 @@ public:
     }
 
     void add(Money amount, Currency of);
+    // Takes off an amount added before (a mark taken back), exactly as it was added.
+    void remove(Money amount, Currency of);
     Currency currency() const { return m_currency; }
     Money total() const;
     // Some amount came in the other currency and was converted.

@@ -143,6 +143,7 @@ void ResultGridScreen::setRows(RowSet rows)
 {
     m_model->setRows(std::move(rows));
     updateCurrencies();
+    m_marked = markedTotal();
     if (m_model->rowCount() == 0 && !m_config.emptyMessage.isEmpty())
         MessageService::instance().inform(UserMessage{QStringLiteral("ВНИМАНИЕ!"), m_config.emptyMessage});
     if (m_opened)
@@ -188,7 +189,13 @@ void ResultGridScreen::markCurrentRow()
     }
     m_changed = true;
     m_model->setMarked(row, marked);
-    recountTotal();
+    const Money amount = Money::fromAmount(m_model->value(row, m_config.amountField).toDouble());
+    if (marked)
+        m_marked.add(amount, rowCurrency(row));
+    else
+        m_marked.remove(amount, rowCurrency(row));
+    m_total = m_marked.total();
+    showTotal();
 }
 
 void ResultGridScreen::setRunningTotal(Money total, bool show)
@@ -230,14 +237,22 @@ void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QS
     recountTotal();
 }
 
-void ResultGridScreen::recountTotal()
+// The marked rows' amounts in the currency of the running total: of the other currency each
+// converted on its own, or, for pay, added up and converted once.
+CurrencyTotal ResultGridScreen::markedTotal() const
 {
     CurrencyTotal total(m_totals, m_config.payTotal ? CurrencyTotal::Rule::Wages : CurrencyTotal::Rule::EachAmount);
     for (int row = 0; row < m_model->rowCount(); ++row) {
         if (m_model->isMarked(row))
             total.add(Money::fromAmount(m_model->value(row, m_config.amountField).toDouble()), rowCurrency(row));
     }
-    setRunningTotal(total.total(), true);
+    return total;
+}
+
+void ResultGridScreen::recountTotal()
+{
+    m_marked = markedTotal();
+    setRunningTotal(m_marked.total(), true);
 }
 
 void ResultGridScreen::showTotal()

@@ -121,6 +121,7 @@ private:
     bool recordFormKey(QKeyEvent *key);
     void moveToRow(int row);
     void updateCurrencies();
+    CurrencyTotal markedTotal() const;
 
     ResultGridConfig m_config;
     ResultGridModel *m_model = nullptr;
@@ -135,6 +136,7 @@ private:
     QPushButton *m_close = nullptr;
     Money m_total;
     Currency m_totals = Currency::Leva;
+    CurrencyTotal m_marked;  // the marked rows' amounts, kept as each Space adds or takes one
     bool m_changed = false;
     bool m_settled = false;
     bool m_opened = false;
