@@ -59,6 +59,7 @@ private slots:
         QTest::newRow("1 лв") << qint64(100) << qint64(52);                // 0,5113
         QTest::newRow("exact") << qint64(195583) << qint64(100000);         // 1955,83 лв. is 1000 € exactly
         QTest::newRow("nothing") << qint64(0) << qint64(0);
+        QTest::newRow("a deduction rounds up too") << qint64(-90000) << qint64(-46016);
     }
     void wagesAreRoundedUp()
     {

@@ -20,15 +20,16 @@ Changeover &current()
 
 enum class Rounding { HalfUp, Up };
 
-// numerator / denominator, both positive in the denominator, rounded to a whole number: half away
-// from zero, or away from zero whenever anything is left.
+// numerator / denominator (a positive denominator) to a whole number: half away from zero, or up
+// (towards plus infinity) whenever anything is left.
 qint64 divide(__int128 numerator, __int128 denominator, Rounding rounding)
 {
     const bool negative = numerator < 0;
     const __int128 magnitude = negative ? -numerator : numerator;
     __int128 quotient = magnitude / denominator;
     const __int128 remainder = magnitude % denominator;
-    if (rounding == Rounding::HalfUp ? 2 * remainder >= denominator : remainder > 0)
+    const bool awayFromZero = rounding == Rounding::HalfUp ? 2 * remainder >= denominator : remainder > 0 && !negative;
+    if (awayFromZero)
         ++quotient;
     return static_cast<qint64>(negative ? -quotient : quotient);
 }

@@ -45,7 +45,8 @@ Money levaToEuro(Money leva);
 // Euro to leva, for a leva document corrected after the changeover: times 1,95583, half up.
 Money euroToLeva(Money euro);
 Money convertAmount(Money amount, Currency from, Currency to);
-// Pay earned in leva and paid in euro: converted once per driver and rounded up to the cent.
+// Pay earned in leva and paid in euro: converted once per driver and rounded up to the cent
+// (towards plus infinity: a driver's deduction rounds in his favour too).
 Money wagesToEuro(Money leva);
 // A tariff rate or a unit price held with more decimals than an amount: to euro with
 // euroRateDecimals, back to leva with levaRateDecimals, half up.
