@@ -205,9 +205,9 @@ int auditMismatches(QSqlDatabase db, const StockList &audit, const Period &year)
         const Sums i = out.value(name);
         const bool issued = i.kol > 0;
         if (quantity(p.kol) != audit.rows.value(r, QStringLiteral("Prihod")).toString()
-            || formatAmount(p.suma) + amountUnit() != audit.rows.value(r, QStringLiteral("SumaP")).toString()
+            || amountText(p.suma, Currency::Leva) != audit.rows.value(r, QStringLiteral("SumaP")).toString()
             || (issued ? quantity(i.kol) : QStringLiteral("- ")) != audit.rows.value(r, QStringLiteral("Razhod")).toString()
-            || (issued ? formatAmount(i.suma) + amountUnit() : QStringLiteral("- "))
+            || (issued ? amountText(i.suma, Currency::Leva) : QStringLiteral("- "))
                    != audit.rows.value(r, QStringLiteral("SumaR")).toString()
             || quantity(p.kol - i.kol) != audit.rows.value(r, QStringLiteral("Ostatak")).toString())
             ++wrong;

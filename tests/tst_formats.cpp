@@ -21,6 +21,9 @@ private slots:
         QTest::newRow("money") << formatAmount(Money::fromCents(3031)) << "30,31";
         QTest::newRow("rate") << formatRate(0.125) << "0,125";
         QTest::newRow("rate pads") << formatRate(0.1) << "0,100";
+        QTest::newRow("rate keeps a converted euro rate whole") << formatRate(0.06391149) << "0,06391149";
+        QTest::newRow("rate shows a fourth decimal it has") << formatRate(0.1255) << "0,1255";
+        QTest::newRow("rate stops at eight decimals") << formatRate(0.123456789) << "0,12345679";
         QTest::newRow("tonnes") << formatTonnes(12.3456) << "12,346";
         QTest::newRow("km") << formatKm(250.0) << "250";
         QTest::newRow("km half even") << formatKm(20.5) << "20";
@@ -32,7 +35,21 @@ private slots:
         QCOMPARE(shown, expected);
     }
 
-    void amountUnitIsLeva() { QCOMPARE(amountUnit(), QStringLiteral("лв.")); }
+    void eachCurrencyHasOneWrittenForm()
+    {
+        QCOMPARE(amountUnit(Currency::Leva), QStringLiteral("лв."));
+        QCOMPARE(amountUnit(Currency::Euro), QStringLiteral("евро"));
+        QCOMPARE(amountText(Money::fromCents(27500), Currency::Leva), QStringLiteral("275,00лв."));
+        QCOMPARE(amountText(Money::fromCents(27500), Currency::Euro), QStringLiteral("275,00 евро"));
+    }
+
+    void amountUnitFollowsTheDate()
+    {
+        QCOMPARE(amountUnit(QDate(2030, 1, 1)), QStringLiteral("лв."));  // not changed over: leva
+        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        QCOMPARE(amountUnit(QDate(2025, 12, 31)), QStringLiteral("лв."));
+        QCOMPARE(amountUnit(QDate(2026, 1, 1)), QStringLiteral("евро"));
+    }
 
     void typedNumbersTakeCommaOrPoint_data()
     {

@@ -71,6 +71,7 @@ private slots:
             "mnuDiskBar1|-", "mnuNewPer|Нова година||23",
             "mnuView|Служебна||103", "mnuViewToolbar|Бутони||24", "mnuViewStatusBar|Статус поле||25", "mnuSpBar0|-",
             "mnuSpOption|Настройки||26", "mnuSpBar1|-", "mnuSpAdmin|Пароли||0",
+            "mnuSpBar2|-", "mnuSpEvro|Преминаване към евро||290",
             "mnuSklad|Склад||104", "mnuSklPrih|Приход||27", "mnuSklRaz|Разход||28", "mnuSepBar0|-",
             "mnuSprPrihod|Справка приходи||29", "mnuSprRazhod|Справка разходи||30", "mnuSprBalans|Справка баланс||0",
             "mnuSepBar1|-", "mnuNal|Наличност||31", "mnuSepBar2|-", "mnuPrihPer|Ревизия||32",
@@ -107,9 +108,12 @@ private slots:
         QFETCH(QString, vid);
         QFETCH(bool, seesAll);
         FrmMain window(acme(), scratch.config(), scratch.db(), vid);
+        // The changeover to the euro is the administrator's alone.
+        const QStringList administratorOnly = {QStringLiteral("mnuSpBar2"), QStringLiteral("mnuSpEvro")};
         for (const MenuEntry &entry : menuTree()) {
             const bool restricted = restrictedMenuEntries().contains(entry.name);
-            QCOMPARE(window.menuAction(entry.name)->isVisible(), seesAll || !restricted);
+            const bool visible = administratorOnly.contains(entry.name) ? vid == QLatin1String("A") : seesAll || !restricted;
+            QCOMPARE(window.menuAction(entry.name)->isVisible(), visible);
         }
     }
 
@@ -185,7 +189,7 @@ private slots:
                                   "mnuDataEditFakt", "mnuDataNewInside", "mnuDataDAI", "mnuSlgZapl", "mnuDataKorPl",
                                   "mnuSprKlientSakr", "mnuSprBalanc", "mnuSprPreRazh", "mnuNal", "mnuSklPrih",
                                   "mnuSklRaz", "mnuSprPrihod", "mnuSprRazhod", "mnuPrihPer", "mnuDataPList",
-                                  "mnuSprRowdList", "mnuDiskZap", "mnuDiskZar", "mnuNewPer"})
+                                  "mnuSprRowdList", "mnuDiskZap", "mnuDiskZar", "mnuNewPer", "mnuSpEvro"})
             QVERIFY2(window.menuAction(QString::fromUtf8(built))->isEnabled(), built);
     }
 

@@ -3,6 +3,7 @@
 #include "courses/coursestore.h"
 #include "courses/kurs.h"
 #include "courseexample.h"
+#include "core/currency.h"
 #include "forms/recordform.h"
 #include "testdatabase.h"
 
@@ -596,6 +597,59 @@ private slots:
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Editing);
         QCOMPARE(scalar(scratch.db(), "SELECT ton FROM tabl").toDouble(), 99.0);
         QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad").toInt(), 1);
+    }
+
+    // After the changeover the bands stand in euro; a leva course corrected later is priced in leva
+    // (its band's rate taken back into leva), a course of a euro day in euro, each with its unit.
+    void aLevaCourseCorrectedAfterTheChangeoverIsPricedInLeva()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20\" = 0.17895216, \"Trf_20-30\" = 0.06391149")));
+        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        RecordingMessageService messages;
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2025, 12, 1), QDate(2025, 12, 31)});
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        QCOMPARE(sum(screen, 2), QStringLiteral("лв."));
+        screen.recordForm()->edit();
+        auto *tarifa = child<QLineEdit>(screen, QStringLiteral("txtTarifa"));
+        tarifa->setText(QStringLiteral("9,999"));
+        field(screen, 4)->setFocus();
+        press(Qt::Key_Tab);
+        QCOMPARE(tarifa->text(), QStringLiteral("0,125"));
+        QVERIFY(screen.recordForm()->update());
+        QCOMPARE(messages.shown.size(), 0);
+        QCOMPARE(sum(screen, 15), QStringLiteral("31,25"));
+        QCOMPARE(sum(screen, 2), QStringLiteral("лв."));
+        QCOMPARE(scalar(scratch.db(), "SELECT bruto FROM tabl").toDouble(), 31.25);
+        QCOMPARE(scalar(scratch.db(), "SELECT Tarifa FROM tabl").toDouble(), 0.125);
+    }
+
+    void aCourseOfAEuroDayIsPricedWithTheEuroBand()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20-30\" = 0.06391149")));
+        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        fillNewCourse(screen, QStringLiteral("0000000000"), QStringLiteral("05.01.2026"));
+        field(screen, 1)->setFocus();
+        field(screen, 4)->setFocus();  // leaving the date shows its unit
+        QCOMPARE(sum(screen, 2), QStringLiteral("евро"));
+        QCOMPARE(sum(screen, 19), QStringLiteral("евро"));
+        press(Qt::Key_Tab);  // leaving the kilometres picks the euro band
+        QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,06391149"));
+        QVERIFY(screen.recordForm()->update());
+        // 10 t over 25 km: 15,98 €, which is what 31,25 лв. convert to.
+        QCOMPARE(sum(screen, 15), QStringLiteral("15,98"));
+        QCOMPARE(levaToEuro(Money::fromCents(3125)).cents(), qint64(1598));
+        QCOMPARE(scalar(scratch.db(), "SELECT bruto FROM tabl WHERE data > '2026-01-01'").toDouble(), 15.98);
     }
 
     // With ZAREK_SCREENSHOT_DIR set, saves the editor entering a course and correcting one.

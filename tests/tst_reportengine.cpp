@@ -137,6 +137,11 @@ private slots:
         QTest::newRow("tonnes") << QVariant(12.3456) << "0,000" << "12,346";
         QTest::newRow("km") << QVariant(150.0) << "0" << "150";
         QTest::newRow("legacy style") << QVariant(7.0) << "###0.000" << "7,000";
+        QTest::newRow("optional decimals unused") << QVariant(0.125) << "###0.000#####" << "0,125";
+        QTest::newRow("optional decimals used") << QVariant(0.06391149) << "###0.000#####" << "0,06391149";
+        QTest::newRow("no decimals left") << QVariant(5.0) << "0.##" << "5";
+        QTest::newRow("text behind the number") << QVariant(111.13) << "0,00\" евро\"" << "111,13 евро";
+        QTest::newRow("an unquoted tail is no number format") << QVariant(1.5) << "0,00 лв" << "1,5";
         QTest::newRow("ISO text date") << QVariant(QStringLiteral("2006-03-05")) << "Short Date" << "05.03.2006";
         QTest::newRow("date value") << QVariant(QDate(2006, 3, 5)) << "" << "05.03.2006";
         QTest::newRow("paid") << QVariant(1) << "Yes/No" << "Да";

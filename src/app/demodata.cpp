@@ -8,6 +8,7 @@
 #include "courses/coursestore.h"
 #include "courses/tariffbands.h"
 #include "app/firststart.h"
+#include "data/changeoverstore.h"
 #include "data/schema.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
@@ -64,6 +65,7 @@ private:
     bool insert(const QString &sql, const QVariantList &values);
 
     bool firmAndUsers();
+    bool euro();
     bool trucks();
     bool drivers();
     bool tariffs();
@@ -83,7 +85,12 @@ private:
     DemoSummary m_summary;
     std::vector<Truck> m_trucks;
     std::vector<Driver> m_drivers;
-    TariffBands m_bands;
+    TariffBands m_bands;  // in leva, as the firm priced before the euro
+    Changeover m_changeover;
+
+    // What the demo firm asks on a day: leva before its changeover, euro from it.
+    Currency currencyOn(const QDate &day) const { return m_changeover.currencyOn(day, m_options.today); }
+    double priceOn(double leva, const QDate &day) const { return convertPrice(leva, Currency::Leva, currencyOn(day)); }
 };
 
 bool Generator::exec(QSqlQuery &query)
@@ -194,12 +201,26 @@ bool Generator::drivers()
     return true;
 }
 
+// A demo whose two years reach the euro has changed over on the day it came: its leva documents
+// before, its euro documents after, and its prices standing in euro.
+bool Generator::euro()
+{
+    if (m_options.today <= euroAdoptionDate())
+        return true;
+    m_changeover = Changeover{euroAdoptionDate()};
+    if (auto failure = recordChangeover(m_db, m_changeover.date, QDateTime(m_changeover.date, QTime(7, 0)))) {
+        m_error = failure;
+        return false;
+    }
+    return true;
+}
+
 bool Generator::tariffs()
 {
     m_bands = TariffBands{{0.350, 0.250, 0.180, 0.140, 0.120, 0.100}};
     QVariantList values;
     for (double rate : m_bands.rates)
-        values.append(rate);
+        values.append(convertRate(rate, Currency::Leva, m_changeover.priceCurrency()));
     values << m_options.today << QTime(9, 30);
     return insert(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
                                  "\"Trf_100-200\", \"Trf_200\", DateMod, TimeMod) VALUES (?, ?, ?, ?, ?, ?, ?, ?)"),
@@ -249,13 +270,13 @@ bool Generator::courses()
         entry.date = formatDate(date);
         entry.ton = formatFixed(ton, 1);
         entry.km = formatKm(km);
-        entry.tarifa = formatRate(m_bands.rateFor(km));
+        entry.tarifa = formatRate(convertRate(m_bands.rateFor(km), Currency::Leva, currencyOn(date)));
         entry.marsh = route.name;
         entry.klient = pick(clients);
         entry.tovar = pick(cargoes);
         entry.nomFakt = noDocumentNumber();
         if (between(1, 10) == 1)
-            entry.razhod = formatAmount(double(between(1000, 9000)) / 100.0);
+            entry.razhod = formatAmount(priceOn(double(between(1000, 9000)) / 100.0, date));
         const CourseSaveOutcome outcome = store.save(entry, {CourseMode::NewKurs, true, {}}, m_options.today);
         if (!outcome.ok()) {
             m_error = outcome.message;
@@ -304,6 +325,18 @@ bool Generator::history()
             return false;
     }
     m_summary.invoices = int(keys.size());
+    // The invoices issued from the changeover on were issued in euro.
+    if (m_changeover.isSet()) {
+        QSqlQuery euroInvoice(m_db);
+        euroInvoice.prepare(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES (?)"));
+        for (const auto &[key, month] : keys) {
+            if (month.addMonths(1) < m_changeover.date)
+                continue;
+            euroInvoice.addBindValue(numbers.value(key));
+            if (!exec(euroInvoice))
+                return false;
+        }
+    }
     // Drivers are paid for most courses older than three weeks.
     QSqlQuery paid(m_db);
     paid.prepare(QStringLiteral("UPDATE tabl SET plat = ? WHERE data < ? AND id % 17 <> 0"));
@@ -347,7 +380,7 @@ bool Generator::warehouse()
             receipt.docNom = QString::number(++invoiceNo);
             receipt.name = article.name;
             receipt.kol = article.lot;
-            receipt.edin = roundHalfEven(article.price * uniform(0.95, 1.08), 2);
+            receipt.edin = priceOn(roundHalfEven(article.price * uniform(0.95, 1.08), 2), day);
             clock = QDateTime(day, QTime(8, 30));
             const Checked<StockMovement> received = store.addReceipt(receipt);
             if (!received)
@@ -370,7 +403,8 @@ bool Generator::warehouse()
                 out.docNom = QStringLiteral("%1").arg(between(1, 999), documentNumberLength, 10, QLatin1Char('0'));
                 out.name = article.name;
                 out.kol = wanted;
-                out.edin = stock.value()->edin;  // the latest receipt's price, as the dispatcher types it
+                // The latest receipt's price, as the dispatcher types it: in the currency of the issue's day.
+                out.edin = convertPrice(stock.value()->edin, m_changeover.priceCurrency(), currencyOn(day));
                 clock = QDateTime(day, QTime(14, 0));
                 const Checked<StockMovement> issued = store.addIssue(out);
                 if (!issued)
@@ -388,7 +422,7 @@ bool Generator::warehouse()
         repair.docNom = QString::number(between(100, 999));
         repair.name = repairName();
         repair.kol = 1;
-        repair.edin = roundHalfEven(uniform(80, 1400), 2);
+        repair.edin = priceOn(roundHalfEven(uniform(80, 1400), 2), repair.data);
         clock = QDateTime(repair.data, QTime(16, 0));
         const Checked<StockMovement> written = store.addIssue(repair);
         if (!written)
@@ -429,7 +463,7 @@ bool Generator::waybills()
             if (!insert(QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, "
                                        "ZarM, CenaN, CenaM) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
                         {listId, day, truck.plate, pick(m_drivers).ime, sumKm, fuelnorm::fuelSum(sumFuel), odometer, diesel,
-                         double(between(0, 3)), roundHalfEven(uniform(2.35, 2.65), 2), 9.80}))
+                         double(between(0, 3)), priceOn(roundHalfEven(uniform(2.35, 2.65), 2), day), priceOn(9.80, day)}))
                 return false;
         }
     }
@@ -466,12 +500,13 @@ bool Generator::trips()
         const double km = between(350, 2100);
         const double fuel = roundHalfEven(km * uniform(0.30, 0.36), 0);
         const double income = roundHalfEven(km * uniform(1.9, 2.4), 2);
+        const QDate day = m_options.today.addDays(-between(5, 600));
         const QVariantList values{
             QStringLiteral("%1").arg(4100 + i, documentNumberLength, 10, QLatin1Char('0')),
-            m_options.today.addDays(-between(5, 600)), pick(m_drivers).ime, pick(m_trucks).plate, pick(trailers),
+            day, pick(m_drivers).ime, pick(m_trucks).plate, pick(trailers),
             pick(goods), double(between(10, 24)), fuel, km, from.name, from.adres, from.city, from.country, to.name,
-            to.adres, to.city, to.country, from.city, from.country, to.city, to.country, income,
-            roundHalfEven(fuel * 2.5 + km * 0.25, 2)};
+            to.adres, to.city, to.country, from.city, from.country, to.city, to.country, priceOn(income, day),
+            priceOn(roundHalfEven(fuel * 2.5 + km * 0.25, 2), day)};
         RecordRow trip;
         for (int column = 0; column < tripColumns().size(); ++column)
             trip.values.insert(tripColumns().at(column), values.at(column));
@@ -487,8 +522,8 @@ bool Generator::trips()
 
 Checked<DemoSummary> Generator::run()
 {
-    const bool done = firmAndUsers() && trucks() && drivers() && tariffs() && courses() && history() && warehouse()
-                      && waybills() && trips();
+    const bool done = firmAndUsers() && euro() && trucks() && drivers() && tariffs() && courses() && history()
+                      && warehouse() && waybills() && trips();
     if (!done)
         return m_error.value_or(sqlErrorMessage(demoTitle, m_db.lastError()));
     return m_summary;

@@ -2,6 +2,7 @@
 
 #include "app/passwordhash.h"
 #include "core/textcheck.h"
+#include "data/changeoverstore.h"
 #include "data/schema.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
@@ -85,7 +86,8 @@ UserMessage databaseHoldsDataMessage()
 }
 
 std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const FirmProfile &firm,
-                                                       const QString &adminName, const QString &password)
+                                                       const QString &adminName, const QString &password,
+                                                       bool euroFromStart, const QDate &today)
 {
     const QString name = adminName.trimmed();
     // The slow hash is made before the lock is taken.
@@ -127,6 +129,15 @@ std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const Fir
             query.addBindValue(value);
         if (!query.exec())
             return sqlErrorMessage(saveTitle, query.lastError());
+        if (euroFromStart) {
+            const Checked<Changeover> recorded = loadChangeover(db);
+            if (!recorded)
+                return recorded.message();
+            if (!recorded.value().isSet()) {
+                if (auto failure = recordChangeover(db, euroStartDate(today)))
+                    return failure;
+            }
+        }
     }
     query.prepare(QStringLiteral("INSERT INTO Users (Ime, Password, Vid) VALUES (?, ?, 'A')"));
     query.addBindValue(name);

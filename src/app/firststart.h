@@ -3,6 +3,7 @@
 #include "core/firmprofile.h"
 #include "core/usermessage.h"
 
+#include <QDate>
 #include <QSqlDatabase>
 #include <optional>
 
@@ -28,9 +29,13 @@ Checked<StartState> prepareDatabase(QSqlDatabase db);
 // Writes what a new database lacks, the firm's row and the first administrator (kind "A"), in one
 // transaction under the write lock, after reading again what is there: a firm row that another
 // copy wrote meanwhile is kept (and its fields are not asked for), and when a user exists by now
-// nothing is written and the message says so. The name and the password are required.
+// nothing is written and the message says so. The name and the password are required. A new firm
+// may keep its books in euro from the start: its changeover is recorded with it (from the day the
+// euro came, or from today if that is earlier), and there is nothing to convert.
 std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const FirmProfile &firm,
-                                                       const QString &adminName, const QString &password);
+                                                       const QString &adminName, const QString &password,
+                                                       bool euroFromStart = false,
+                                                       const QDate &today = QDate::currentDate());
 
 // The refusals of the first start.
 UserMessage administratorExistsMessage();

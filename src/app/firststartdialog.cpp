@@ -1,9 +1,11 @@
 #include "firststartdialog.h"
 
 #include "app/demodata.h"
+#include "core/currency.h"
 #include "core/firmfields.h"
 #include "forms/messageservice.h"
 
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QGroupBox>
@@ -44,6 +46,13 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, const StartState &state, QWi
         firmForm->addRow(QString::fromUtf8(field.label), m_fields[i]);
     }
     m_fields[9]->setText(QStringLiteral("България"));
+    // A firm that starts after the euro came keeps its books in euro from the start.
+    m_euro = new QCheckBox(QStringLiteral("Сметките се водят в &евро от самото начало"), firm);
+    m_euro->setObjectName(QStringLiteral("chkEvro"));
+    m_euro->setToolTip(QStringLiteral("Без отметка фирмата започва в лева и минава към евро по-късно от "
+                                      "\"Служебна\" - \"Преминаване към евро\"."));
+    m_euro->setChecked(QDate::currentDate() >= euroAdoptionDate());
+    firmForm->addRow(QString(), m_euro);
     firm->setVisible(askFirm);
 
     auto *admin = new QGroupBox(QStringLiteral("Администратор"), this);
@@ -110,7 +119,8 @@ void FirstStartDialog::create()
         m_password->setFocus();
         return;
     }
-    if (const auto failure = createFirmAndAdministrator(m_db, firm, m_admin->text(), m_password->text())) {
+    const bool euro = !m_state.hasFirm && m_euro->isChecked();
+    if (const auto failure = createFirmAndAdministrator(m_db, firm, m_admin->text(), m_password->text(), euro)) {
         MessageService::instance().inform(*failure);
         // Another copy may have made the database meanwhile: then there is nothing left to ask.
         if (!needsFirstStart(m_db))

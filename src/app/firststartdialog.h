@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <QSqlDatabase>
 
+class QCheckBox;
 class QLineEdit;
 
 namespace zarek {
@@ -28,6 +29,7 @@ private:
     QLineEdit *m_admin = nullptr;
     QLineEdit *m_password = nullptr;
     QLineEdit *m_repeat = nullptr;
+    QCheckBox *m_euro = nullptr;
     bool m_demo = false;
 };
 

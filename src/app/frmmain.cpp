@@ -8,6 +8,8 @@
 #include "app/menutree.h"
 #include "app/password.h"
 #include "app/personal.h"
+#include "app/prehodevro.h"
+#include "data/changeoverstore.h"
 #include "core/version.h"
 #include "data/scratchdatabase.h"
 #include "forms/commands.h"
@@ -94,6 +96,7 @@ FrmMain::FrmMain(const FirmProfile &profile, const DatabaseConfig &database, QSq
 {
     setObjectName(QStringLiteral("frmMain"));
     setWindowTitle(mainWindowTitle(profile));
+    refreshChangeover();
     buildMenus();
     buildToolbar();
     buildStatusBar();
@@ -258,6 +261,19 @@ void FrmMain::applyRights(const QString &userVid)
     const bool all = seesAllMenus(userVid);
     for (const QString &name : restrictedMenuEntries())
         m_actions.value(name)->setVisible(all);
+    // The changeover to the euro is the administrator's alone.
+    const bool administrator = userVid == QLatin1String("A");
+    for (const char *name : {"mnuSpBar2", "mnuSpEvro"})
+        m_actions.value(QString::fromLatin1(name))->setVisible(administrator);
+}
+
+// Another workstation may have changed the firm over to the euro meanwhile: every command starts
+// from what the database says (a failed reading keeps what was known).
+void FrmMain::refreshChangeover()
+{
+    const Checked<Changeover> changeover = loadChangeover(m_db);
+    if (changeover)
+        setBooksChangeover(changeover.value());
 }
 
 // The other windows close first; one that holds typing asks, and "Не" there keeps the program running.
@@ -319,7 +335,10 @@ void FrmMain::route()
         Q_ASSERT_X(action, "FrmMain::route", qPrintable(name));
         if (!action)
             continue;
-        connect(action, &QAction::triggered, this, [this, name] { m_commands->handler(name)(); });
+        connect(action, &QAction::triggered, this, [this, name] {
+            refreshChangeover();
+            m_commands->handler(name)();
+        });
         action->setEnabled(true);
     }
     connect(m_actions.value(QStringLiteral("mnuViewToolbar")), &QAction::toggled, m_toolBar, &QWidget::setVisible);
@@ -339,6 +358,16 @@ void FrmMain::registerShellCommands()
     CommandRegistry &commands = *m_commands;
     registerDiskCommands(commands);
     commands.add(QStringLiteral("mnuSpAdmin"), [this] { PassWord(m_db, this).exec(); });
+    commands.add(QStringLiteral("mnuSpEvro"), [this] {
+        // Made once: a firm in euro already is told so, and nothing opens.
+        if (booksChangeover().isSet()) {
+            MessageService::instance().inform(changeoverDoneMessage(booksChangeover()));
+            return;
+        }
+        setPanel(QStringLiteral("Преминаване към евро"));
+        PrehodEvro screen(m_db, this);
+        m_commands->runModal(screen, m_commands->context().helpTopic(QStringLiteral("mnuSpEvro")));
+    });
     commands.add(QStringLiteral("mnuHelpPerson"), [this] {
         m_commands->showOnce(QStringLiteral("Personal"), [this] { return new Personal(m_db, m_profile, this); }, 0);
     });

@@ -53,6 +53,7 @@ private:
     void restoreSettings();
     void storeSettings();
     void applyRights(const QString &userVid);
+    void refreshChangeover();
     void route();
     void setPanel(const QString &text);
     void showHelp(int topic);

@@ -70,6 +70,8 @@ const QList<MenuEntry> &menuTree()
         item("mnuSpOption", "Настройки", "", 26),
         bar("mnuSpBar1"),
         item("mnuSpAdmin", "Пароли"),
+        bar("mnuSpBar2"),
+        item("mnuSpEvro", "Преминаване към евро", "", 290),
         top("mnuSklad", "Склад", 104),
         item("mnuSklPrih", "Приход", "", 27),
         item("mnuSklRaz", "Разход", "", 28),

@@ -23,9 +23,35 @@ QString formatFixed(double value, int decimals)
     return text;
 }
 
-QString amountUnit()
+QString formatRate(double value)
 {
-    return QStringLiteral("лв.");
+    QString text = formatFixed(value, euroRateDecimals);
+    const qsizetype point = text.indexOf(QLatin1Char(','));
+    qsizetype end = text.size();
+    while (end > point + 4 && text.at(end - 1) == QLatin1Char('0'))
+        --end;
+    text.truncate(end);
+    return text;
+}
+
+QString amountUnit(Currency currency)
+{
+    return currency == Currency::Euro ? QStringLiteral("евро") : QStringLiteral("лв.");
+}
+
+QString amountUnit(const QDate &date)
+{
+    return amountUnit(currencyOn(date));
+}
+
+QString amountText(double amount, Currency currency)
+{
+    return formatAmount(amount) + (currency == Currency::Euro ? QStringLiteral(" ") : QString()) + amountUnit(currency);
+}
+
+QString amountText(Money amount, Currency currency)
+{
+    return amountText(amount.toDouble(), currency);
 }
 
 std::optional<double> parseNumber(const QString &text)

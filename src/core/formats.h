@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/money.h"
 
 #include <QLocale>
@@ -16,12 +17,21 @@ QLocale bulgarianLocale();
 QString formatFixed(double value, int decimals);
 inline QString formatAmount(double value) { return formatFixed(value, 2); }  // "###0.00"
 inline QString formatAmount(Money value) { return formatFixed(value.toDouble(), 2); }
-inline QString formatRate(double value) { return formatFixed(value, 3); }    // "###0.000"
+// A tariff rate: three decimals, and up to eight where the rate has them (a rate converted to
+// euro, 0,06391148, shows and reads back whole): "###0.000#####".
+QString formatRate(double value);
 inline QString formatTonnes(double value) { return formatFixed(value, 3); }  // "###0.000"
 inline QString formatKm(double value) { return formatFixed(value, 0); }      // "###0"
 
-// The unit printed after amounts. Kept here alone: the books change currency in one place.
-QString amountUnit();
+// The unit printed after amounts, one written form for each currency: "лв." and "евро". Kept
+// here alone: the books change currency in one place.
+QString amountUnit(Currency currency);
+// The unit of an amount of that day in the open books.
+QString amountUnit(const QDate &date);
+// An amount with its unit where a screen or list puts it right after the number: "275,00лв.",
+// and with a blank before the word in euro: "275,00 евро".
+QString amountText(Money amount, Currency currency);
+QString amountText(double amount, Currency currency);
 
 // A typed number: blanks around it are ignored, a comma or a point is the decimal separator,
 // a leading sign is allowed; anything else (letters, two separators, an empty text) is no number.

@@ -8,18 +8,39 @@
 
 namespace zarek {
 
+std::optional<NumberFormat> numberFormat(const QString &format)
+{
+    qsizetype end = 0;
+    while (end < format.size()
+           && (format[end] == QLatin1Char('0') || format[end] == QLatin1Char('#') || format[end] == QLatin1Char(',')
+               || format[end] == QLatin1Char('.')))
+        ++end;
+    if (end == 0)
+        return std::nullopt;
+    NumberFormat parsed;
+    const QString tail = format.mid(end);
+    if (!tail.isEmpty()) {
+        if (tail.size() < 2 || !tail.startsWith(QLatin1Char('"')) || !tail.endsWith(QLatin1Char('"')))
+            return std::nullopt;
+        parsed.suffix = tail.mid(1, tail.size() - 2);
+    }
+    const QString number = format.left(end);
+    const qsizetype separator = std::max(number.lastIndexOf(QLatin1Char(',')), number.lastIndexOf(QLatin1Char('.')));
+    if (separator >= 0) {
+        const QString decimals = number.mid(separator + 1);
+        parsed.maxDecimals = static_cast<int>(decimals.size());
+        parsed.minDecimals = static_cast<int>(decimals.indexOf(QLatin1Char('#')) < 0 ? decimals.size()
+                                                                                     : decimals.indexOf(QLatin1Char('#')));
+    }
+    return parsed;
+}
+
 std::optional<int> formatDecimals(const QString &format)
 {
-    if (format.isEmpty())
+    const auto parsed = numberFormat(format);
+    if (!parsed)
         return std::nullopt;
-    for (const QChar c : format) {
-        if (c != QLatin1Char('0') && c != QLatin1Char('#') && c != QLatin1Char(',') && c != QLatin1Char('.'))
-            return std::nullopt;
-    }
-    const qsizetype separator = std::max(format.lastIndexOf(QLatin1Char(',')), format.lastIndexOf(QLatin1Char('.')));
-    if (separator < 0)
-        return 0;
-    return static_cast<int>(format.size() - separator - 1);
+    return parsed->maxDecimals;
 }
 
 QDate dateOfValue(const QVariant &value)
@@ -37,10 +58,22 @@ QString formatReportValue(const QVariant &value, const QString &format)
 {
     if (value.isNull())
         return {};
-    if (const auto decimals = formatDecimals(format)) {
+    if (const auto number = numberFormat(format)) {
         bool ok = false;
-        const double number = value.toDouble(&ok);
-        return ok ? formatFixed(number, *decimals) : value.toString();
+        const double figure = value.toDouble(&ok);
+        if (!ok)
+            return value.toString();
+        QString text = formatFixed(figure, number->maxDecimals);
+        if (number->minDecimals < number->maxDecimals) {
+            const qsizetype keep = text.size() - (number->maxDecimals - number->minDecimals);
+            qsizetype end = text.size();
+            while (end > keep && text.at(end - 1) == QLatin1Char('0'))
+                --end;
+            if (end > 0 && text.at(end - 1) == QLatin1Char(','))
+                --end;  // "0.##" shows 5, not "5,"
+            text.truncate(end);
+        }
+        return text + number->suffix;
     }
     if (format == QLatin1String("Short Date")) {
         const QDate date = dateOfValue(value);

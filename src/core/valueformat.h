@@ -6,8 +6,18 @@
 
 namespace zarek {
 
-// The decimals a number format asks for: "0,00" and "###0.00" give 2, "0" and "###0" give 0;
-// a format that is no number format (empty, "Short Date", "Yes/No") gives none.
+// A number format: "0" and "#" before the separator, "0" (always shown) and then "#" (shown
+// when the value has it) after it, and a quoted text printed behind the number ("0,00\" евро\"").
+struct NumberFormat {
+    int minDecimals = 0;
+    int maxDecimals = 0;
+    QString suffix;
+};
+// None for a format that is no number format (empty, "Short Date", "Yes/No").
+std::optional<NumberFormat> numberFormat(const QString &format);
+
+// The most decimals a number format shows: "0,00" and "###0.00" give 2, "0" and "###0" give 0,
+// "###0.000#####" gives 8; a format that is no number format gives none.
 std::optional<int> formatDecimals(const QString &format);
 
 // A value as a report or grid shows it under a design format, the Bulgarian way: numbers with a

@@ -154,7 +154,11 @@ CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext 
         return result;
     const auto expense = IsBlank(entry.razhod) ? std::optional<double>(0.0) : parseNumber(entry.razhod);
     if (!expense) {
-        result.refusal = saveRefusal("Разхода не е число!", "Моля, въведете разхода на курса в лв.");
+        // The expense is in the currency of the course's day.
+        result.refusal = UserMessage::twoLines(saveErrorTitle(), QStringLiteral("Разхода не е число!"),
+                                               QStringLiteral("Моля, въведете разхода на курса в ")
+                                                   + amountUnit(currencyOn(*date)),
+                                               UserMessage::Icon::Exclamation);
         return result;
     }
     result.expense = Money::fromAmount(*expense);

@@ -214,10 +214,14 @@ void CourseJournal::refreshSummary()
 
 void CourseJournal::showTotals()
 {
-    m_totalsLabel->setText(QStringLiteral("Курсове: %1    Тонаж: %2    Км: %3    Бруто: %4 %5")
-                               .arg(m_totals.count)
-                               .arg(formatTonnes(m_totals.tonnes), formatKm(m_totals.km), formatAmount(m_totals.gross),
-                                    amountUnit()));
+    QString text = QStringLiteral("Курсове: %1    Тонаж: %2    Км: %3    Бруто: %4 %5")
+                       .arg(m_totals.count)
+                       .arg(formatTonnes(m_totals.tonnes), formatKm(m_totals.km), formatAmount(m_totals.gross),
+                            amountUnit(m_totals.currency));
+    // A line under the totals tells how courses of both currencies were added up.
+    if (m_totals.converted)
+        text += QLatin1Char('\n') + conversionNote(booksChangeover(), m_totals.currency);
+    m_totalsLabel->setText(text);
 }
 
 void CourseJournal::showChart()
@@ -246,7 +250,7 @@ void CourseJournal::showChart()
     axisY->setRange(0, highest > 0 ? highest * 1.1 : 1);
     axisY->setLabelFormat(QStringLiteral("%.0f"));
     axisY->applyNiceNumbers();
-    axisY->setTitleText(amountUnit());
+    axisY->setTitleText(amountUnit(m_totals.currency));
     chart->addAxis(axisY, Qt::AlignLeft);
     series->attachAxis(axisY);
     QChart *old = m_chart->chart();
@@ -278,18 +282,35 @@ Checked<ExportTable> CourseJournal::exportTable() const
         const auto found = byId->constFind(ids.at(row));
         return found == byId->constEnd() ? QVariant() : found->value(static_cast<JournalColumn>(column));
     };
-    // The totals of exactly the rows written, the gross in whole stotinki.
+    // The totals of exactly the rows written, the gross to the cent: in euro once any course is,
+    // each leva course converted.
     double tonnes = 0, km = 0;
-    qint64 stotinki = 0;
+    bool anyEuro = false;
+    for (const JournalRow &row : std::as_const(*byId))
+        anyEuro = anyEuro || currencyOn(row.date) == Currency::Euro;
+    CurrencyTotal gross(totalsCurrency(anyEuro));
     for (const JournalRow &row : std::as_const(*byId)) {
         tonnes += row.tonnes;
         km += row.km;
-        stotinki += std::llround(row.gross * 100);
+        gross.add(Money::fromAmount(row.gross), currencyOn(row.date));
     }
     table.totals.resize(journalColumnCount);
     table.totals[int(JournalColumn::Tonnes)] = tonnes;
     table.totals[int(JournalColumn::Km)] = km;
-    table.totals[int(JournalColumn::Gross)] = stotinki / 100.0;
+    table.totals[int(JournalColumn::Gross)] = gross.total().toDouble();
+    // Once the books hold both currencies, each course's currency stands in a column of its own.
+    if (booksChangeover().isSet()) {
+        table.columns.append(ExportColumn{QStringLiteral("Валута"), ExportColumn::Kind::Text, 0});
+        table.cell = [byId, ids, base = table.cell](int row, int column) -> QVariant {
+            if (column < journalColumnCount)
+                return base(row, column);
+            const auto found = byId->constFind(ids.at(row));
+            return found == byId->constEnd() ? QVariant() : QVariant(amountUnit(currencyOn(found->date)));
+        };
+        table.totals.append(amountUnit(gross.currency()));
+        if (gross.converted())
+            table.noteLines.append(conversionNote(booksChangeover(), gross.currency()));
+    }
     return table;
 }
 

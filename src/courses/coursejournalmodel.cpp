@@ -18,7 +18,7 @@ const ColumnLook looks[journalColumnCount] = {
     {"Кола", "", Qt::AlignLeft},             {"Клиент", "", Qt::AlignLeft},
     {"Маршрут", "", Qt::AlignLeft},          {"Товар", "", Qt::AlignLeft},
     {"Тон.", "###0.000", Qt::AlignRight},    {"Км", "###0", Qt::AlignRight},
-    {"Тарифа", "###0.000", Qt::AlignRight},  {"Бруто", "###0.00", Qt::AlignRight},
+    {"Тарифа", "###0.000#####", Qt::AlignRight},  {"Бруто", "###0.00", Qt::AlignRight},
     {"Фактура №", "", Qt::AlignLeft},        {"Факт.", "Yes/No", Qt::AlignCenter},
     {"Платен", "Yes/No", Qt::AlignCenter},
 };
@@ -93,6 +93,10 @@ QVariant CourseJournalModel::data(const QModelIndex &index, int role) const
     const auto column = static_cast<JournalColumn>(index.column());
     if (column == JournalColumn::Driver)
         return row->driverName.isEmpty() ? row->driverCode : row->driverCode + QStringLiteral(" ") + row->driverName;
+    // Once the books hold both currencies, each course's gross says which.
+    if (column == JournalColumn::Gross && booksChangeover().isSet())
+        return formatReportValue(row->value(column), format(index.column())) + QLatin1Char(' ')
+               + amountUnit(currencyOn(row->date));
     return formatReportValue(row->value(column), format(index.column()));
 }
 

@@ -342,22 +342,50 @@ Checked<JournalSummary> CourseJournalStore::summary(const JournalFilter &filter)
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
     // One pass over the rows for both; gross in whole stotinki, so many rows add up without drift.
-    query.prepare(QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), SUM(ROUND(bruto * 100)) FROM tabl").arg(month)
+    // The money of the days from the changeover is in euro, that of the days before in leva.
+    const Changeover changeover = booksChangeover();
+    const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
+    query.prepare(QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), "
+                                 "SUM(CASE WHEN data >= ? THEN ROUND(bruto * 100) ELSE 0 END), "
+                                 "SUM(CASE WHEN data < ? THEN ROUND(bruto * 100) ELSE 0 END), "
+                                 "SUM(CASE WHEN data >= ? THEN 1 ELSE 0 END) FROM tabl")
+                      .arg(month)
                   + condition.sql + QStringLiteral(" GROUP BY 1 ORDER BY 1"));
+    query.addBindValue(euroFrom);
+    query.addBindValue(euroFrom);
+    query.addBindValue(euroFrom);
     for (const QVariant &value : condition.values)
         query.addBindValue(value);
     if (!query.exec())
         return sqlErrorMessage(readTitle, query.lastError());
-    qint64 stotinki = 0;
+    struct Month {
+        QString name;
+        qint64 euro, leva;
+    };
+    QList<Month> months;
+    bool anyEuro = false;
+    bool anyLeva = false;
     while (query.next()) {
-        summary.totals.count += query.value(1).toInt();
+        const int count = query.value(1).toInt();
+        const int euroCount = query.value(6).toInt();
+        summary.totals.count += count;
         summary.totals.tonnes += query.value(2).toDouble();
         summary.totals.km += query.value(3).toDouble();
-        const auto monthStotinki = static_cast<qint64>(std::llround(query.value(4).toDouble()));
-        stotinki += monthStotinki;
-        summary.months.append({query.value(0).toString(), monthStotinki / 100.0});
+        anyEuro = anyEuro || euroCount > 0;
+        anyLeva = anyLeva || euroCount < count;
+        months.append({query.value(0).toString(), static_cast<qint64>(std::llround(query.value(4).toDouble())),
+                       static_cast<qint64>(std::llround(query.value(5).toDouble()))});
     }
-    summary.totals.gross = stotinki / 100.0;
+    summary.totals.currency = totalsCurrency(anyEuro);
+    summary.totals.converted = anyEuro && anyLeva;
+    Money gross;
+    for (const Month &m : std::as_const(months)) {
+        const Money value = Money::fromCents(m.euro)
+                            + convertAmount(Money::fromCents(m.leva), Currency::Leva, summary.totals.currency);
+        gross += value;
+        summary.months.append({m.name, value.toDouble()});
+    }
+    summary.totals.gross = gross.toDouble();
     return summary;
 }
 

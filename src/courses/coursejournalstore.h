@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/usermessage.h"
 
 #include <QDate>
@@ -59,7 +60,10 @@ struct JournalTotals {
     int count = 0;
     double tonnes = 0;
     double km = 0;
-    double gross = 0;
+    double gross = 0;  // in currency
+    // Euro once any course is; converted: leva courses are in the euro figures (each month's once).
+    Currency currency = Currency::Leva;
+    bool converted = false;
 };
 
 struct JournalSummary {
@@ -83,7 +87,8 @@ public:
     Checked<QList<JournalRow>> rows(const QList<qint64> &ids) const;
     // Every course that passes the conditions, by id, in one reading (for an export of the list).
     Checked<QHash<qint64, JournalRow>> allRows(const JournalFilter &filter) const;
-    // The totals of the courses that pass, and the gross of each month ("2026-03"), in one reading.
+    // The totals of the courses that pass, and the gross of each month ("2026-03"), in one reading;
+    // the gross in euro once any course is, the leva of the months before the changeover converted.
     Checked<JournalSummary> summary(const JournalFilter &filter) const;
 
     const QStringList &trucks() const { return m_trucks; }

@@ -2,6 +2,7 @@
 
 #include "core/dates.h"
 #include "core/version.h"
+#include "data/currencyrows.h"
 #include "data/sqlerror.h"
 
 #include <QSqlQuery>
@@ -55,6 +56,20 @@ void landscapeSetUp(Report &report)
     report.setWindowSize(14800, 10050);
 }
 
+// The courses' rows with their money in the currency of each course's day: rows of both
+// currencies show each sum with its unit, and the total, in euro, says how it was made.
+void setCourseRows(Report &report, RowSet rows, const QString &amountBox = QStringLiteral("Text105"))
+{
+    const DatedAmounts amounts = datedAmounts(rows, QStringLiteral("data"));
+    prepareDatedAmounts(rows, QStringLiteral("data"), {QStringLiteral("bruto")}, amounts);
+    report.setDataSource(std::move(rows));
+    report.control(reportFooter, QStringLiteral("Function105")).format = totalFormat(amounts.totals);
+    if (amounts.mixed) {
+        report.setFontSize(detail, amountBox, amountWithUnitFontSize);
+        report.addFooterNote(conversionNote(booksChangeover(), amounts.totals));
+    }
+}
+
 void fillCommon(Report &report, const FirmProfile &firm, const QString &subject, const Period &period,
                 const QList<QPair<QString, QString>> &fields)
 {
@@ -66,7 +81,7 @@ void fillCommon(Report &report, const FirmProfile &firm, const QString &subject,
     report.setCaption(pageFooter, QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::text());
     const QList<QPair<QString, QString>> totals = {{QStringLiteral("Function102"), QStringLiteral("ton")},
                                                    {QStringLiteral("Function103"), QStringLiteral("km")},
-                                                   {QStringLiteral("Function105"), QStringLiteral("bruto")}};
+                                                   {QStringLiteral("Function105"), QStringLiteral("brutoTotal")}};
     for (const auto &[function, field] : totals) {
         report.setDataField(reportFooter, function, field);
         report.setFunctionType(reportFooter, function, 0);
@@ -138,7 +153,7 @@ Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, 
     if (!rows)
         return rows.message();
     landscapeSetUp(report);
-    report.setDataSource(rows.value());
+    setCourseRows(report, rows.value());
     fillCommon(report, firm, QStringLiteral("за курсовете на кола №") + conditions.SeekKola, conditions.period,
                truckFields());
     report.setSuggestedFileName(
@@ -172,7 +187,7 @@ Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, c
         return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсове")));
     landscapeSetUp(report);
-    report.setDataSource(rows.value());
+    setCourseRows(report, rows.value());
     fillCommon(report, firm, subject + firm.UserName, conditions.period, firmFields());
     report.setSuggestedFileName(fileName(QStringLiteral("Обща справка ") + subject + firm.UserName, conditions.period));
     return report;
@@ -192,7 +207,7 @@ Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db
     if (!rows)
         return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
-    report.setDataSource(rows.value());
+    setCourseRows(report, rows.value(), QStringLiteral("Text104"));
     report.setCaption(header, QStringLiteral("Label3"),
                       QStringLiteral("Извършени от ") + firm.UserName + QStringLiteral(" курсове"));
     fillCommon(report, firm, QStringLiteral("по заявка на ") + conditions.SeekKlient, conditions.period,
@@ -222,7 +237,7 @@ Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db
         return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
     landscapeSetUp(report);
-    report.setDataSource(rows.value());
+    setCourseRows(report, rows.value());
     // Each date cell tells that course's own payment: white when paid, grey while unpaid.
     report.setBackColorByField(detail, QStringLiteral("Text100"), QStringLiteral("plat"), colorWhite, colorGrey);
     Fields fields = firmFields();

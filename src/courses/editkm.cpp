@@ -20,9 +20,11 @@ ResultGridConfig EditKM::config(const QString &kola)
         {QStringLiteral("Kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter},
         {QStringLiteral("KM"), QStringLiteral("Км"), 750, {}, Qt::AlignRight, true},
         {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
-        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight, true},
-        {QStringLiteral("Bruto"), QStringLiteral("Сума"), 1100, QStringLiteral("###0.00"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000#####"), Qt::AlignRight, true},
+        {QStringLiteral("Bruto"), QStringLiteral("Сума"), 1100, QStringLiteral("###0.00"), Qt::AlignRight, false, false,
+         false, false, true},
     };
+    config.dateField = QStringLiteral("Data");
     config.legend = {{QStringLiteral("Label5"), QStringLiteral("F4")},
                      {QStringLiteral("Label6"), QStringLiteral("- Корекция")}};
     config.editSwitchKeys = true;
@@ -54,7 +56,9 @@ std::optional<UserMessage> EditKM::write(int row, const QString &field, const QV
     if (!kmChanged)
         rate = value.toDouble();
     else if (!m_rateTyped.contains(row))
-        rate = m_bands.rateFor(km);  // the placeholder's rate was that of 1 km
+        // The placeholder's rate was that of 1 km; the bands stand in euro once the firm has changed
+        // over, and a course of a leva day takes its band's rate back in leva.
+        rate = convertRate(m_bands.rateFor(km), booksChangeover().priceCurrency(), rowCurrency(row));
     const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
     KmCorrectionStore store(m_db);
     const Checked<KmCorrection> written = store.correct(rows.value(row, QStringLiteral("id")).toLongLong(),

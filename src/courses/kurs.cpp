@@ -1,6 +1,7 @@
 #include "kurs.h"
 
 #include "core/formats.h"
+#include "core/valueformat.h"
 #include "forms/messageservice.h"
 #include "core/version.h"
 #include "forms/waitcursor.h"
@@ -266,7 +267,8 @@ void Kurs::buildScreen()
         bold.setBold(true);
         m_sums[i]->setFont(bold);
         sumsRow->addWidget(m_sums[i]);
-        sumsRow->addWidget(caption(sumLabels[i].unit, amountUnit(), nullptr, sums));  // each unit follows its number
+        m_units[i] = caption(sumLabels[i].unit, amountUnit(Currency::Leva), nullptr, sums);
+        sumsRow->addWidget(m_units[i]);  // each unit follows its number
         sumsRow->addSpacing(16);
     }
     sumsRow->addStretch();
@@ -279,7 +281,8 @@ void Kurs::buildScreen()
     auto *expenseRow = new QHBoxLayout;
     expenseRow->addWidget(caption(20, QStringLiteral("Разход"), m_razhod, this));
     expenseRow->addWidget(m_razhod);
-    expenseRow->addWidget(caption(19, amountUnit(), nullptr, this));
+    m_units[3] = caption(19, amountUnit(Currency::Leva), nullptr, this);
+    expenseRow->addWidget(m_units[3]);
     expenseRow->addStretch();
 
     auto *layout = new QVBoxLayout(this);
@@ -426,6 +429,24 @@ void Kurs::showSums(bool ofRow)
         m_sums[i]->setText(row ? formatAmount(row->values.value(QString::fromLatin1(columns[i])).toDouble())
                                : QStringLiteral("0 "));
     }
+    showUnits();
+}
+
+// The course's money is in the currency of its day: the day shown, or typed while it is entered.
+Currency Kurs::courseCurrency() const
+{
+    if (m_form->state() == RecordForm::State::Browsing) {
+        const RecordRow *row = m_form->currentRow();
+        return currencyOn(row ? dateOfValue(row->values.value(QStringLiteral("data"))) : QDate());
+    }
+    return currencyOn(parseDate(m_date->text()).value_or(QDate()));
+}
+
+void Kurs::showUnits()
+{
+    const QString unit = amountUnit(courseCurrency());
+    for (QLabel *label : m_units)
+        label->setText(unit);
 }
 
 // A driver no longer in the list shows by the code the course holds.
@@ -451,7 +472,9 @@ void Kurs::pickRate()
         MessageService::instance().inform(rate.message());  // no rate is picked
         return;
     }
-    m_currentTariff = rate.value();
+    // The bands stand in euro once the firm has changed over; a course of a day in leva (one
+    // corrected after the changeover, say) takes the band's rate back in leva.
+    m_currentTariff = convertRate(rate.value(), booksChangeover().priceCurrency(), courseCurrency());
     m_tarifa->setText(formatRate(m_currentTariff));
 }
 
@@ -540,6 +563,8 @@ bool Kurs::eventFilter(QObject *watched, QEvent *event)
     if (event->type() == QEvent::FocusOut && reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
         if (watched == m_fields.value(4) && pending)
             pickRate();
+        else if (watched == m_date && pending)
+            showUnits();
         else if (watched == m_valueCombos.value(0) && m_mode == CourseMode::NewKurs &&
                  !m_valueCombos[0]->currentText().trimmed().isEmpty())
             m_razhod->setEnabled(true);  // an expense is typed once a truck is named

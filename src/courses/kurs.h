@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/dates.h"
 #include "courses/course.h"
 #include "courses/coursecheck.h"
@@ -51,6 +52,8 @@ private:
     void open();
 
     void showSums(bool ofRow);
+    Currency courseCurrency() const;
+    void showUnits();
     void showDriverName(const QString &code);
     void showRate();
     void pickRate();
@@ -87,6 +90,7 @@ private:
     QCheckBox *m_invoiced = nullptr;
     QCheckBox *m_paid = nullptr;
     QLabel *m_sums[3] = {nullptr, nullptr, nullptr};
+    QLabel *m_units[4] = {nullptr, nullptr, nullptr, nullptr};  // after the three sums and the expense
 };
 
 }

@@ -36,6 +36,8 @@ public:
 
     // Appends a row; missing cells are null, surplus ones dropped.
     void appendRow(const QList<QVariant> &cells);
+    // Adds a column of nulls after the last one; its index.
+    int addColumn(const QString &name);
     // Takes a row out; the rows after it move up.
     void removeRow(int row);
     void reserveRows(int rows) { m_cells.reserve(static_cast<qsizetype>(rows) * m_columnCount); }

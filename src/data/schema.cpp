@@ -97,6 +97,20 @@ const std::vector<Migration> &migrations()
             QStringLiteral("DROP INDEX nalich_name"),
             QStringLiteral("CREATE UNIQUE INDEX nalich_name ON Nalich (Name)"),
         }},
+        {4, {  // the euro: the firm's changeover, its euro invoices, the euro prices of open receipts
+            // One row at most: Nomer is always 1 and unique, so the changeover is recorded once.
+            QStringLiteral("CREATE TABLE Evro (id {ID}, row_version {VERSION}, Nomer INTEGER NOT NULL, "
+                           "Data {DATE} NOT NULL, Kurs {REAL} NOT NULL, DateMod {DATE}, TimeMod {TIME})"),
+            QStringLiteral("CREATE UNIQUE INDEX evro_nomer ON Evro (Nomer)"),
+            // The invoice numbers issued in euro; an invoice not listed was issued in leva.
+            QStringLiteral("CREATE TABLE EvroFakt (id {ID}, row_version {VERSION}, NomFakt {TEXT} NOT NULL)"),
+            QStringLiteral("CREATE UNIQUE INDEX evrofakt_nomfakt ON EvroFakt (NomFakt)"),
+            // A leva receipt still open at the changeover, priced in euro for the issues after it;
+            // the receipt itself stays as it was written.
+            QStringLiteral("CREATE TABLE EvroSklad (id {ID}, row_version {VERSION}, ReceiptID BIGINT NOT NULL, "
+                           "Edin {REAL} NOT NULL)"),
+            QStringLiteral("CREATE UNIQUE INDEX evrosklad_receipt ON EvroSklad (ReceiptID)"),
+        }},
     };
     return list;
 }

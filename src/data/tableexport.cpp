@@ -29,7 +29,11 @@ QString csvText(const ExportColumn &column, const QVariant &value)
     case ExportColumn::Kind::Number: {
         bool ok = false;
         const double number = value.toDouble(&ok);
-        return ok ? formatFixed(number, column.decimals) : value.toString();
+        if (!ok)
+            return value.toString();
+        QString format = QStringLiteral("0,") + QString(column.decimals, QLatin1Char('0'))
+                         + QString(column.extraDecimals, QLatin1Char('#'));
+        return formatReportValue(number, column.decimals + column.extraDecimals > 0 ? format : QStringLiteral("0"));
     }
     case ExportColumn::Kind::Date: {
         const QDate date = dateOfValue(value);
@@ -63,9 +67,10 @@ void appendCsvLine(QByteArray &out, const QStringList &cells)
     out += "\r\n";
 }
 
-QByteArray numberFormat(int decimals)
+QByteArray excelNumberFormat(int decimals, int extraDecimals = 0)
 {
-    return decimals > 0 ? QByteArray("0.") + QByteArray(decimals, '0') : QByteArray("0");
+    return decimals + extraDecimals > 0 ? QByteArray("0.") + QByteArray(decimals, '0') + QByteArray(extraDecimals, '#')
+                                        : QByteArray("0");
 }
 
 }
@@ -74,9 +79,10 @@ ExportColumn exportColumnOf(const QString &caption, const QString &format)
 {
     ExportColumn column;
     column.caption = caption;
-    if (const auto decimals = formatDecimals(format)) {
+    if (const auto number = numberFormat(format)) {
         column.kind = ExportColumn::Kind::Number;
-        column.decimals = *decimals;
+        column.decimals = number->minDecimals;
+        column.extraDecimals = number->maxDecimals - number->minDecimals;
     } else if (format == QLatin1String("Short Date")) {
         column.kind = ExportColumn::Kind::Date;
     } else if (format == QLatin1String("Yes/No")) {
@@ -142,9 +148,9 @@ std::optional<UserMessage> writeXlsx(const ExportTable &table, const QString &fi
         lxw_format *format = nullptr, *total = bold;
         if (column.kind == ExportColumn::Kind::Number) {
             format = workbook_add_format(workbook);
-            format_set_num_format(format, numberFormat(column.decimals).constData());
+            format_set_num_format(format, excelNumberFormat(column.decimals, column.extraDecimals).constData());
             total = workbook_add_format(workbook);
-            format_set_num_format(total, numberFormat(column.decimals).constData());
+            format_set_num_format(total, excelNumberFormat(column.decimals, column.extraDecimals).constData());
             format_set_bold(total);
         }
         numberFormats.append(format);

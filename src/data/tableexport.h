@@ -18,6 +18,7 @@ struct ExportColumn {
     QString caption;
     Kind kind = Kind::Text;
     int decimals = 0;  // Number: the decimals shown
+    int extraDecimals = 0;  // Number: further decimals shown only where the value has them (a rate in euro)
 };
 
 // A list ready to leave the program: title lines, the columns, the rows (read through a cell

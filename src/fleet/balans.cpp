@@ -51,7 +51,7 @@ Balans::Balans(BalansMode mode, const Period &period, QSqlDatabase db, ScratchDa
     m_total->setVisible(mode == BalansMode::Profit);
     onPrint = [this](ResultGridScreen &) { print(); };
     exportPictures = [this] {
-        return QList<QPair<QString, QByteArray>>{{balanceChartTitle(m_mode), balanceChartPng(m_mode, m_balances)}};
+        return QList<QPair<QString, QByteArray>>{{balanceChartTitle(m_mode), balanceChartPng(m_mode, m_balances, m_currency)}};
     };
     if (mode == BalansMode::Fuel) {
         onKey = [this](QKeyEvent *key) {
@@ -91,9 +91,13 @@ void Balans::load()
     m_balances = balances.value();
     // The total adds the remainders as shown, so it always equals the sum of the column.
     m_sumTotal = balansTotal(m_balances);
-    m_total->setText(QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, m_sumTotal));
+    const Currency currency = balansCurrency(m_period, booksChangeover());
+    m_currency = currency;
+    m_total->setText(QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, m_sumTotal, currency));
+    if (m_mode == BalansMode::Profit && balansConverted(m_period, booksChangeover()))
+        setAmountNote(conversionNote(booksChangeover(), currency));
     showChart();
-    if (auto refusal = BalansStore::writeScratch(m_scratch->db(), m_mode, m_balances)) {
+    if (auto refusal = BalansStore::writeScratch(m_scratch->db(), m_mode, m_balances, currency)) {
         MessageService::instance().inform(*refusal);
         return;
     }
@@ -108,7 +112,7 @@ void Balans::load()
 
 void Balans::showChart()
 {
-    auto *view = new QChartView(balanceChart(m_mode, m_balances));
+    auto *view = new QChartView(balanceChart(m_mode, m_balances, m_currency));
     view->setObjectName(QStringLiteral("chartBalans"));
     view->setRenderHint(QPainter::Antialiasing);
     view->setMinimumWidth(380);
@@ -122,7 +126,7 @@ Checked<Report> Balans::report() const
         return filled;
     // The chart prints on a page of its own after the list, and goes with it to a workbook.
     Report withChart = filled.value();
-    withChart.appendPicture(balanceChartTitle(m_mode), balanceChartPng(m_mode, m_balances));
+    withChart.appendPicture(balanceChartTitle(m_mode), balanceChartPng(m_mode, m_balances, m_currency));
     return withChart;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/dates.h"
 #include "core/firmprofile.h"
 #include "fleet/truckbalance.h"
@@ -53,6 +54,7 @@ private:
     QLabel *m_total = nullptr;
     QList<TruckBalance> m_balances;
     qint64 m_sumTotal = 0;
+    Currency m_currency = Currency::Leva;  // of the sums shown, by the period
 };
 
 }

@@ -22,7 +22,7 @@ QString balanceChartTitle(BalansMode mode)
                                       : QStringLiteral("Нормативен разход и заредена нафта по коли");
 }
 
-QChart *balanceChart(BalansMode mode, const QList<TruckBalance> &balances)
+QChart *balanceChart(BalansMode mode, const QList<TruckBalance> &balances, Currency currency)
 {
     const bool money = mode == BalansMode::Profit;
     const double unit = money ? 100.0 : 10.0;  // cents or tenths of a litre
@@ -63,15 +63,15 @@ QChart *balanceChart(BalansMode mode, const QList<TruckBalance> &balances)
     axisY->setRange(low < 0 ? low * 1.1 : 0, high > 0 ? high * 1.1 : 1);
     axisY->setLabelFormat(QStringLiteral("%.0f"));
     axisY->applyNiceNumbers();
-    axisY->setTitleText(money ? amountUnit() : QStringLiteral("л"));
+    axisY->setTitleText(money ? amountUnit(currency) : QStringLiteral("л"));
     chart->addAxis(axisY, Qt::AlignLeft);
     series->attachAxis(axisY);
     return chart;
 }
 
-QByteArray balanceChartPng(BalansMode mode, const QList<TruckBalance> &balances, QSize size)
+QByteArray balanceChartPng(BalansMode mode, const QList<TruckBalance> &balances, Currency currency, QSize size)
 {
-    QChartView view(balanceChart(mode, balances));
+    QChartView view(balanceChart(mode, balances, currency));
     view.setRenderHint(QPainter::Antialiasing);
     view.resize(size);
     view.chart()->resize(size);

@@ -51,7 +51,8 @@ Checked<Report> ReportBalans(BalansMode mode, const RowSet &rows, const Period &
         report.setCaption(pageHeader, QStringLiteral("Label103"), QStringLiteral("Заредено"));
         report.setCaption(pageHeader, QStringLiteral("Label104"), QStringLiteral("Разлика"));
     }
-    const QString unit = profit ? QStringLiteral("[") + amountUnit() + QStringLiteral("]") : QStringLiteral("[ л. ]");
+    const Currency currency = balansCurrency(period, booksChangeover());
+    const QString unit = profit ? QStringLiteral("[") + amountUnit(currency) + QStringLiteral("]") : QStringLiteral("[ л. ]");
     for (const QString &label : {QStringLiteral("Label202"), QStringLiteral("Label203"), QStringLiteral("Label204")})
         report.setCaption(pageHeader, label, unit);
     const QList<QPair<QString, QString>> fields = {
@@ -62,9 +63,12 @@ Checked<Report> ReportBalans(BalansMode mode, const RowSet &rows, const Period &
         report.setDataField(detail, box, field);
     report.setCaption(pageFooter, QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
     // Litres have no total: the footer keeps its bare design text.
-    if (profit)
+    if (profit) {
         report.setCaption(reportFooter, QStringLiteral("Label8"),
-                          QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, sumTotal));
+                          QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, sumTotal, currency));
+        if (balansConverted(period, booksChangeover()))
+            report.addFooterNote(conversionNote(booksChangeover(), currency));
+    }
     return report;
 }
 

@@ -3,6 +3,8 @@
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
+#include "core/currency.h"
+
 #include <QHash>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -25,13 +27,16 @@ struct Sums {
     double second = 0;
 };
 
-// Sums per truck number of one grouped query: the number first, then one or two sums.
+// Sums per truck number of one grouped query: the number first, then one or two sums. Values
+// bound before the period's ends come first (the changeover day that splits a money sum).
 std::optional<UserMessage> sumsByTruck(QSqlDatabase db, const QString &sql, const Period &period, int sumColumns,
-                                       QHash<QString, Sums> &out, bool intoSecond)
+                                       QHash<QString, Sums> &out, bool intoSecond, const QVariantList &first = {})
 {
     QSqlQuery query(db);
     query.setForwardOnly(true);
     query.prepare(sql);
+    for (const QVariant &value : first)
+        query.addBindValue(value);
     query.addBindValue(period.from);
     query.addBindValue(period.to);
     if (!query.exec())
@@ -78,13 +83,36 @@ Checked<QList<TruckBalance>> BalansStore::balances(BalansMode mode, const Period
     QHash<QString, Sums> sums;
     std::optional<UserMessage> refusal;
     if (mode == BalansMode::Profit) {
-        refusal = sumsByTruck(m_db, QStringLiteral("SELECT kola, SUM(bruto) FROM tabl WHERE data BETWEEN ? AND ? "
-                                                   "GROUP BY kola"),
-                              period, 1, sums, false);
+        // Money before the changeover is in leva: summed apart (first the euro, then the leva) and
+        // converted a truck at a time.
+        QHash<QString, Sums> income;
+        QHash<QString, Sums> cost;
+        const Changeover changeover = booksChangeover();
+        const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
+        const QString split = QStringLiteral("SUM(CASE WHEN %1 >= ? THEN %2 ELSE 0 END), "
+                                             "SUM(CASE WHEN %1 < ? THEN %2 ELSE 0 END)");
+        refusal = sumsByTruck(m_db, QStringLiteral("SELECT kola, %1 FROM tabl WHERE data BETWEEN ? AND ? "
+                                                   "GROUP BY kola").arg(split.arg(QStringLiteral("data"), QStringLiteral("bruto"))),
+                              period, 2, income, false, {euroFrom, euroFrom});
         if (!refusal)
-            refusal = sumsByTruck(m_db, QStringLiteral("SELECT DocVid, SUM(Suma) FROM Sklad WHERE VidKol = 'R' "
-                                                       "AND Data BETWEEN ? AND ? GROUP BY DocVid"),
-                                  period, 1, sums, true);
+            refusal = sumsByTruck(m_db, QStringLiteral("SELECT DocVid, %1 FROM Sklad WHERE VidKol = 'R' "
+                                                       "AND Data BETWEEN ? AND ? GROUP BY DocVid")
+                                            .arg(split.arg(QStringLiteral("Data"), QStringLiteral("Suma"))),
+                                  period, 2, cost, false, {euroFrom, euroFrom});
+        if (!refusal) {
+            const Currency currency = balansCurrency(period, changeover);
+            const auto figure = [currency](double euro, double levaPart) {
+                const Money inLeva = Money::fromAmount(levaPart);
+                return Money::fromAmount(euro) + convertAmount(inLeva, Currency::Leva, currency);
+            };
+            QList<TruckBalance> balances;
+            for (const QString &kola : fleet.value()) {
+                const Sums in = income.value(kola);
+                const Sums out = cost.value(kola);
+                balances.append({kola, figure(in.first, in.second).cents(), figure(out.first, out.second).cents()});
+            }
+            return balances;
+        }
     } else {
         refusal = sumsByTruck(m_db, QStringLiteral("SELECT Kola, SUM(SumRazhN), SUM(ZarN) FROM RowdList "
                                                    "WHERE Data BETWEEN ? AND ? GROUP BY Kola"),
@@ -115,7 +143,7 @@ Checked<RowSet> BalansStore::waybills(const QString &kola, const Period &period)
 }
 
 std::optional<UserMessage> BalansStore::writeScratch(QSqlDatabase scratch, BalansMode mode,
-                                                     const QList<TruckBalance> &balances)
+                                                     const QList<TruckBalance> &balances, Currency currency)
 {
     Transaction transaction(scratch);
     QSqlQuery insert(scratch);
@@ -126,9 +154,9 @@ std::optional<UserMessage> BalansStore::writeScratch(QSqlDatabase scratch, Balan
     for (const TruckBalance &balance : balances) {
         insert.bindValue(0, ++red);
         insert.bindValue(1, balance.kola);
-        insert.bindValue(2, balansFigure(mode, balance.prihod));
-        insert.bindValue(3, balansFigure(mode, balance.razhod));
-        insert.bindValue(4, balansFigure(mode, balance.ostatak()));
+        insert.bindValue(2, balansFigure(mode, balance.prihod, currency));
+        insert.bindValue(3, balansFigure(mode, balance.razhod, currency));
+        insert.bindValue(4, balansFigure(mode, balance.ostatak(), currency));
         if (!insert.exec())
             return failure(writeTitle, insert);
     }

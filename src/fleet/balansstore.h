@@ -19,7 +19,8 @@ public:
     Checked<QStringList> trucks() const;
 
     // Profit: income = Σ bruto of the truck's courses, cost = Σ Suma of the warehouse issues charged to
-    // it (VidKol 'R', DocVid = the truck). Fuel: norm = Σ SumRazhN and loaded = Σ ZarN of its waybills,
+    // it (VidKol 'R', DocVid = the truck), in the currency of balansCurrency: a period that reaches
+    // the changeover has its leva sums converted to euro, each truck's once. Fuel: norm = Σ SumRazhN and loaded = Σ ZarN of its waybills,
     // each waybill counted whole in the period of its date. A truck without movement gets zeros.
     Checked<QList<TruckBalance>> balances(BalansMode mode, const Period &period) const;
 
@@ -29,7 +30,8 @@ public:
     // The rows of TempBalans (rebuilt before): Red from 1, Kola, and the three figures as text with
     // their unit. Then read back by Red.
     static std::optional<UserMessage> writeScratch(QSqlDatabase scratch, BalansMode mode,
-                                                   const QList<TruckBalance> &balances);
+                                                   const QList<TruckBalance> &balances,
+                                                   Currency currency = Currency::Leva);
     static Checked<RowSet> readScratch(QSqlDatabase scratch);
 
 private:

@@ -22,11 +22,21 @@ qint64 balansUnits(BalansMode mode, double value)
     return std::llround(roundHalfEven(value, decimals) * std::pow(10.0, decimals));
 }
 
-QString balansFigure(BalansMode mode, qint64 units)
+QString balansFigure(BalansMode mode, qint64 units, Currency currency)
 {
     const int decimals = decimalsOf(mode);
-    const QString number = formatFixed(static_cast<double>(units) / std::pow(10.0, decimals), decimals);
-    return mode == BalansMode::Profit ? number + amountUnit() : number + QStringLiteral(" л");
+    const double value = static_cast<double>(units) / std::pow(10.0, decimals);
+    return mode == BalansMode::Profit ? amountText(value, currency) : formatFixed(value, decimals) + QStringLiteral(" л");
+}
+
+Currency balansCurrency(const Period &period, const Changeover &changeover)
+{
+    return changeover.isSet() && period.to >= changeover.date ? Currency::Euro : Currency::Leva;
+}
+
+bool balansConverted(const Period &period, const Changeover &changeover)
+{
+    return changeover.isSet() && period.from < changeover.date && period.to >= changeover.date;
 }
 
 qint64 balansTotal(const QList<TruckBalance> &balances)

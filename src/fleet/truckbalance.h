@@ -1,5 +1,8 @@
 #pragma once
 
+#include "core/currency.h"
+#include "core/dates.h"
+
 #include <QDate>
 #include <QList>
 #include <QString>
@@ -27,7 +30,11 @@ struct TruckBalance {
 // A sum of the database in whole units of the mode, halves to even.
 qint64 balansUnits(BalansMode mode, double value);
 // A figure as the grid and the paper show it: "1234,56лв." (the amount unit) or "123,4 л".
-QString balansFigure(BalansMode mode, qint64 units);
+QString balansFigure(BalansMode mode, qint64 units, Currency currency = Currency::Leva);
+// The currency of a money balance: euro once the period reaches the changeover, leva before.
+Currency balansCurrency(const Period &period, const Changeover &changeover);
+// The period holds days of both currencies: its leva are converted into the euro figures.
+bool balansConverted(const Period &period, const Changeover &changeover);
 // The total of the remainders, in whole units.
 qint64 balansTotal(const QList<TruckBalance> &balances);
 // A date of the balance's title lines: day, month and year as plain numbers, "5.3.2006".

@@ -16,6 +16,7 @@ struct ResultGridColumn {
     bool hidden = false;
     bool checkBox = false;    // a yes/no column drawn as a check box
     bool fitContent = false;  // widened to its widest text, so a truck number is never cut short
+    bool amount = false;      // money: where the rows are in both currencies each shows its unit
 
     int widthPixels() const { return widthTwips / 15; }
 };

@@ -56,6 +56,13 @@ bool ResultGridModel::isHighlighted(int row) const
     return m_highlight && row >= 0 && row < m_rows.rowCount() && m_highlight(m_rows, row);
 }
 
+void ResultGridModel::setRowUnit(std::function<QString(int row)> unit)
+{
+    m_rowUnit = std::move(unit);
+    if (rowCount() > 0)
+        emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1), {Qt::DisplayRole});
+}
+
 void ResultGridModel::setEditingAllowed(bool allowed)
 {
     if (m_editingAllowed == allowed)
@@ -124,6 +131,8 @@ QVariant ResultGridModel::data(const QModelIndex &index, int role) const
     case Qt::DisplayRole:
         if (source < 0 || column.checkBox)
             return {};
+        if (column.amount && m_rowUnit)
+            return displayText(m_rows.value(index.row(), source), column) + QLatin1Char(' ') + m_rowUnit(index.row());
         return displayText(m_rows.value(index.row(), source), column);
     case Qt::EditRole:
         if (source < 0)

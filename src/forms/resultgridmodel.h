@@ -38,6 +38,9 @@ public:
     void setHighlight(RowHighlight highlight) { m_highlight = std::move(highlight); }
     bool isHighlighted(int row) const;
 
+    // The unit each row's amount columns show, or none (an empty function).
+    void setRowUnit(std::function<QString(int row)> unit);
+
     void setEditingAllowed(bool allowed);
     bool editingAllowed() const { return m_editingAllowed; }
     void setEditHook(EditHook hook) { m_editHook = std::move(hook); }
@@ -71,6 +74,7 @@ private:
     bool m_editingAllowed = false;
     EditHook m_editHook;
     RowHighlight m_highlight;
+    std::function<QString(int row)> m_rowUnit;
 };
 
 }

@@ -122,6 +122,10 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     m_buttons->addWidget(m_close);
     stripLayout->addLayout(m_buttons);
 
+    m_note = new QLabel(this);
+    m_note->setObjectName(QStringLiteral("lblCurrencyNote"));
+    m_note->setVisible(false);
+
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 6);
     layout->addWidget(m_text1);
@@ -129,6 +133,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     m_gridRow->addWidget(m_grid, 1);
     layout->addLayout(m_gridRow, 1);
     layout->addWidget(strip);
+    layout->addWidget(m_note);
 
     connect(m_print, &QPushButton::clicked, this, [this] {
         if (onPrint)
@@ -148,6 +153,8 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
 void ResultGridScreen::setRows(RowSet rows)
 {
     m_model->setRows(std::move(rows));
+    updateCurrencies();
+    m_marked = markedTotal();
     if (m_model->rowCount() == 0 && !m_config.emptyMessage.isEmpty())
         MessageService::instance().inform(UserMessage{QStringLiteral("ВНИМАНИЕ!"), m_config.emptyMessage});
     if (m_opened)
@@ -160,7 +167,10 @@ void ResultGridScreen::fitColumns()
     const QFontMetrics metrics(m_grid->font());
     for (int column = 0; column < m_config.columns.size(); ++column) {
         const ResultGridColumn &config = m_config.columns.at(column);
-        if (!config.fitContent || config.hidden)
+        // Amounts that carry their unit, and rates with the decimals of the euro, take the room they need.
+        const auto number = numberFormat(config.format);
+        const bool grows = config.fitContent || config.amount || (number && number->maxDecimals > number->minDecimals);
+        if (!grows || config.hidden)
             continue;
         int width = config.widthPixels();
         const int rows = std::min(m_model->rowCount(), rowsMeasured);
@@ -191,7 +201,11 @@ void ResultGridScreen::markCurrentRow()
     m_changed = true;
     m_model->setMarked(row, marked);
     const Money amount = Money::fromAmount(m_model->value(row, m_config.amountField).toDouble());
-    m_total = marked ? m_total + amount : m_total - amount;
+    if (marked)
+        m_marked.add(amount, rowCurrency(row));
+    else
+        m_marked.remove(amount, rowCurrency(row));
+    m_total = m_marked.total();
     showTotal();
 }
 
@@ -221,8 +235,6 @@ void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QS
     const int key = rows.column(keyField);
     const int version = rows.column(versionField);
     const int flag = m_config.flagField.isEmpty() ? -1 : rows.column(m_config.flagField);
-    const int amount = rows.column(m_config.amountField);
-    Money total;
     for (int row = 0; row < rows.rowCount(); ++row) {
         if (flag >= 0 && key >= 0) {
             const auto found = held.constFind(rows.value(row, key).toLongLong());
@@ -231,28 +243,72 @@ void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QS
             if (unchanged)
                 rows.setValue(row, flag, found->marked);
         }
-        if (flag >= 0 && amount >= 0 && rows.value(row, flag).toBool())
-            total += Money::fromAmount(rows.value(row, amount).toDouble());
     }
     setRows(std::move(rows));
-    m_total = total;
-    showTotal();
+    recountTotal();
+}
+
+// The marked rows' amounts in the currency of the running total: of the other currency each
+// converted on its own, or, for pay, added up and converted once.
+CurrencyTotal ResultGridScreen::markedTotal() const
+{
+    CurrencyTotal total(m_totals, m_config.payTotal ? CurrencyTotal::Rule::Wages : CurrencyTotal::Rule::EachAmount);
+    for (int row = 0; row < m_model->rowCount(); ++row) {
+        if (m_model->isMarked(row))
+            total.add(Money::fromAmount(m_model->value(row, m_config.amountField).toDouble()), rowCurrency(row));
+    }
+    return total;
 }
 
 void ResultGridScreen::recountTotal()
 {
-    Money total;
-    for (int row = 0; row < m_model->rowCount(); ++row) {
-        if (m_model->isMarked(row))
-            total += Money::fromAmount(m_model->value(row, m_config.amountField).toDouble());
-    }
-    setRunningTotal(total, true);
+    m_marked = markedTotal();
+    setRunningTotal(m_marked.total(), true);
 }
 
 void ResultGridScreen::showTotal()
 {
     if (m_sumLabel)
-        m_sumLabel->setText(formatAmount(m_total) + amountUnit());
+        m_sumLabel->setText(amountText(m_total, m_totals));
+}
+
+Currency ResultGridScreen::rowCurrency(int row) const
+{
+    if (m_config.dateField.isEmpty())
+        return m_totals;
+    return currencyOn(dateOfValue(m_model->value(row, m_config.dateField)));
+}
+
+// The currency of the total and, where rows of the other currency stand beside it, each row's
+// unit and the note under the strip.
+void ResultGridScreen::updateCurrencies()
+{
+    if (m_config.dateField.isEmpty()) {
+        m_totals = totalsCurrencyRule ? totalsCurrencyRule(false) : booksChangeover().priceCurrency();
+        return;
+    }
+    const int date = m_model->rows().column(m_config.dateField);
+    bool anyEuro = false;
+    for (int row = 0; date >= 0 && row < m_model->rowCount() && !anyEuro; ++row)
+        anyEuro = currencyOn(dateOfValue(m_model->value(row, m_config.dateField))) == Currency::Euro;
+    m_totals = totalsCurrencyRule ? totalsCurrencyRule(anyEuro) : zarek::totalsCurrency(anyEuro);
+    bool mixed = false;
+    for (int row = 0; row < m_model->rowCount() && !mixed; ++row)
+        mixed = rowCurrency(row) != m_totals;
+    if (mixed) {
+        m_model->setRowUnit([this](int row) { return amountUnit(rowCurrency(row)); });
+        setAmountNote(conversionNote(booksChangeover(), m_totals));
+    } else {
+        m_model->setRowUnit({});
+        setAmountNote({});
+    }
+    fitColumns();
+}
+
+void ResultGridScreen::setAmountNote(const QString &note)
+{
+    m_note->setText(note);
+    m_note->setVisible(!note.isEmpty());
 }
 
 bool ResultGridScreen::editingAllowed() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/money.h"
 #include "core/usermessage.h"
 #include "forms/resultgridcolumn.h"
@@ -38,6 +39,10 @@ struct ResultGridConfig {
     QString emptyMessage;                   // shown under "ВНИМАНИЕ!" when there is no row
     bool focusGridOnOpen = true;            // else the focus goes to cmdClose
     ResultGridModel::RowHighlight highlightRow;  // rows drawn red on white by their values
+    // The row's date: its amounts are in the currency of that day. Where the rows come in both
+    // currencies, the amount columns show each row's unit and the running total converts.
+    QString dateField;
+    bool payTotal = false;  // the running total is pay: marked leva paid in euro converted once, rounded up
 };
 
 // The screen every grid of results is built on: the grid over the rows a search selected, the
@@ -69,6 +74,16 @@ public:
     // The running total made again from the marks on screen (after rows were read anew or taken
     // out), and shown.
     void recountTotal();
+
+    // The currency of the running total: euro when any row is, or as the hook decides (a paper
+    // handed out today totals in today's currency; an invoice keeps the currency it was issued in).
+    std::function<Currency(bool anyEuro)> totalsCurrencyRule;
+    Currency totalsCurrency() const { return m_totals; }
+    // The currency of a row's amounts.
+    Currency rowCurrency(int row) const;
+    // The line under the bottom strip that tells how totals of both currencies were made (empty:
+    // none). The screen puts it there itself when its rows come in both currencies.
+    void setAmountNote(const QString &note);
 
     bool editingAllowed() const;
     void setEditingAllowed(bool allowed);
@@ -117,6 +132,8 @@ private:
     void fitColumns();
     bool recordFormKey(QKeyEvent *key);
     void moveToRow(int row);
+    void updateCurrencies();
+    CurrencyTotal markedTotal() const;
 
     ResultGridConfig m_config;
     ResultGridModel *m_model = nullptr;
@@ -125,12 +142,15 @@ private:
     QLabel *m_sumLabel = nullptr;
     QPushButton *m_export = nullptr;
     QList<QPointer<QLabel>> m_totalLabels;
+    QLabel *m_note = nullptr;
     QHBoxLayout *m_buttons = nullptr;
     QHBoxLayout *m_strip = nullptr;
     QHBoxLayout *m_gridRow = nullptr;
     QPushButton *m_print = nullptr;
     QPushButton *m_close = nullptr;
     Money m_total;
+    Currency m_totals = Currency::Leva;
+    CurrencyTotal m_marked;  // the marked rows' amounts, kept as each Space adds or takes one
     bool m_changed = false;
     bool m_settled = false;
     bool m_opened = false;

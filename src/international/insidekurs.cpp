@@ -1,6 +1,7 @@
 #include "insidekurs.h"
 #include "ui_insidekurs.h"
 
+#include "core/dates.h"
 #include "core/docnumber.h"
 #include "core/formats.h"
 #include "forms/messageservice.h"
@@ -149,12 +150,14 @@ void InsideKurs::setUpForm()
 
 void InsideKurs::setUpScreen()
 {
-    // The sums stand in the blanks of their captions, each followed by its unit.
+    // The sums stand in the blanks of their captions, each followed by the unit of the trip's day.
     for (const auto &[label, box] : {std::pair{m_ui->lblLabels_21, m_ui->txtFields_21},
                                      std::pair{m_ui->lblLabels_22, m_ui->txtFields_22}}) {
-        label->setText(label->text() + amountUnit());
+        m_sumCaptions.append(label->text());
         new BoxInCaption(label, box);
     }
+    connect(field(1), &QLineEdit::textChanged, this, &InsideKurs::showUnits);
+    showUnits();
     for (QComboBox *combo : std::as_const(m_combos)) {
         combo->setInsertPolicy(QComboBox::NoInsert);
         combo->setMaxVisibleItems(20);
@@ -253,6 +256,14 @@ void InsideKurs::markTripRequired(bool on)
         }
         box->setPalette(palette);
     }
+}
+
+void InsideKurs::showUnits()
+{
+    const QDate date = parseDate(field(1)->text()).value_or(QDate());
+    const QString unit = amountUnit(currencyOn(date));
+    m_ui->lblLabels_21->setText(m_sumCaptions.value(0) + unit);
+    m_ui->lblLabels_22->setText(m_sumCaptions.value(1) + unit);
 }
 
 void InsideKurs::onStateChanged()

@@ -49,6 +49,7 @@ private:
     void fillCombos();
     void markTripRequired(bool on);
     void onStateChanged();
+    void showUnits();
     void onAdded();
     void onEditStarted();
     void numberLeft(QWidget *nextFocus);
@@ -60,6 +61,7 @@ private:
     RecordForm *m_form = nullptr;
     QList<QLineEdit *> m_fields;
     QList<QComboBox *> m_combos;  // driver, tractor, trailer
+    QStringList m_sumCaptions;    // the sums' captions before their unit
 };
 
 }

@@ -1,6 +1,7 @@
 #include "faktura.h"
 
 #include "core/docnumber.h"
+#include "data/changeoverstore.h"
 #include "core/version.h"
 #include "core/valueformat.h"
 #include "forms/messageservice.h"
@@ -53,13 +54,15 @@ ResultGridConfig Faktura::config(FakturaMode mode, const SearchConditions &c)
         {QStringLiteral("kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter},
         {QStringLiteral("KM"), QStringLiteral("Км"), 750, QStringLiteral("###0"), Qt::AlignRight},
         {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
-        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight},
-        {QStringLiteral("bruto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000#####"), Qt::AlignRight},
+        {QStringLiteral("bruto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight, false, false,
+         false, false, true},
         {QStringLiteral("Fakt"), QStringLiteral("Факт."), 650, {}, Qt::AlignHCenter, true, false, true},
         {QStringLiteral("NomFakt"), {}, 0, {}, Qt::AlignLeft, false, true},
     };
     config.flagField = QStringLiteral("Fakt");
     config.amountField = QStringLiteral("bruto");
+    config.dateField = QStringLiteral("Data");
     config.sumCaption = QStringLiteral("Сума за плащане:");
     config.legend = {{QStringLiteral("Label7"), QStringLiteral("Space")},
                      {QStringLiteral("Label8"), QStringLiteral("- Маркира плащане")}};
@@ -92,6 +95,19 @@ Faktura::Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatab
         printButton()->setEnabled(false);  // until the invoice has its number
     else
         m_fakt->setEnabled(false);  // an issued invoice keeps its number
+    if (m_mode == FakturaMode::EditFakt) {
+        // An issued invoice keeps the currency it was issued in, corrected on whatever day.
+        const Checked<bool> euro = isEuroInvoice(m_db, m_number);
+        if (!euro) {
+            MessageService::instance().inform(euro.message());
+            return;
+        }
+        m_invoiceCurrency = euro.value() ? Currency::Euro : Currency::Leva;
+        totalsCurrencyRule = [this](bool) { return *m_invoiceCurrency; };
+    } else {
+        // A new invoice is issued today, in today's currency.
+        totalsCurrencyRule = [this](bool anyEuro) { return zarek::totalsCurrency(anyEuro, currencyOn(clock().date())); };
+    }
 
     Checked<RowSet> rows = [&] {
         WaitCursor wait;
@@ -108,7 +124,8 @@ Faktura::Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatab
         const RowSet &held = model()->rows();
         for (int row = 0; row < held.rowCount(); ++row) {
             if (model()->isMarked(row))
-                sum += Money::fromAmount(held.value(row, QStringLiteral("bruto")).toDouble());
+                sum += convertAmount(Money::fromAmount(held.value(row, QStringLiteral("bruto")).toDouble()),
+                                     rowCurrency(row), totalsCurrency());
         }
         setRunningTotal(sum, false);
     }
@@ -144,12 +161,16 @@ void Faktura::print()
             UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма курсове за фактуриране!")});
         return;
     }
+    const StatementMoney money =
+        m_mode == FakturaMode::EditFakt ? statementMoney(lines, std::nullopt, m_invoiceCurrency)
+                                        : statementMoney(lines, currencyOn(clock().date()));
+    m_printedCurrency = money.currency;
     Checked<Report> report = [&]() -> Checked<Report> {
         WaitCursor wait;
-        if (const auto refusal = fillTempPlaten(m_scratch, lines))
+        if (const auto refusal = fillTempPlaten(m_scratch, lines, money.mixed))
             return *refusal;
-        return ReportFaktura({m_mode, m_conditions.SeekKlient, m_conditions.period, m_number}, statementSum(lines),
-                             m_scratch, m_firm);
+        return ReportFaktura({m_mode, m_conditions.SeekKlient, m_conditions.period, m_number}, money, m_scratch,
+                             m_firm);
     }();
     if (!report) {
         MessageService::instance().inform(report.message());
@@ -182,7 +203,8 @@ bool Faktura::settle()
 
     SettleOutcome outcome = [&] {
         WaitCursor wait;
-        return InvoiceStore(m_db).settle(writes.value(), clock(), guarded);
+        // The number of an invoice printed in euro is kept as a euro invoice's.
+        return InvoiceStore(m_db).settle(writes.value(), clock(), guarded, m_printedCurrency == Currency::Euro);
     }();
     switch (outcome.kind) {
     case SettleOutcome::Kind::Written:

@@ -60,6 +60,8 @@ private:
     QString m_number;
     bool m_chosen = false;
     bool m_printed = false;
+    std::optional<Currency> m_invoiceCurrency;  // EditFakt: the currency the invoice was issued in
+    Currency m_printedCurrency = Currency::Leva;
     QPushButton *m_fakt = nullptr;
 };
 

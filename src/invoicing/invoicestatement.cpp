@@ -4,6 +4,7 @@
 #include "core/valueformat.h"
 #include "core/version.h"
 #include "courses/coursereports.h"
+#include "data/currencyrows.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
@@ -46,6 +47,7 @@ QList<StatementLine> statementLines(const RowSet &rows)
         line.ton = rows.value(row, ton).toDouble();
         line.tarifa = rows.value(row, tarifa).toDouble();
         line.suma = Money::fromAmount(rows.value(row, bruto).toDouble());
+        line.currency = currencyOn(line.data);
         lines.append(line);
     }
     return lines;
@@ -59,21 +61,33 @@ Money statementSum(const QList<StatementLine> &lines)
     return sum;
 }
 
+StatementMoney statementMoney(const QList<StatementLine> &lines, std::optional<Currency> handedOut,
+                              std::optional<Currency> fixed)
+{
+    bool anyEuro = false;
+    for (const StatementLine &line : lines)
+        anyEuro = anyEuro || line.currency == Currency::Euro;
+    CurrencyTotal total(fixed ? *fixed : totalsCurrency(anyEuro, handedOut));
+    for (const StatementLine &line : lines)
+        total.add(line.suma, line.currency);
+    return {total.currency(), total.total(), total.converted()};
+}
+
 double vatOf(Money sum)
 {
     return sum.toDouble() * vatRate;
 }
 
-QStringList statementTotals(Money sum)
+QStringList statementTotals(Money sum, Currency currency)
 {
     const double vat = vatOf(sum);
-    const QString unit = QLatin1Char(' ') + amountUnit();
+    const QString unit = QLatin1Char(' ') + amountUnit(currency);
     return {QStringLiteral("Сума без ДДС: ") + formatAmount(sum.toDouble()) + unit,
             QStringLiteral("         ДДС: ") + formatAmount(vat) + unit,
             QStringLiteral("      Всичко: ") + formatAmount(sum.toDouble() + vat) + unit};
 }
 
-std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<StatementLine> &lines)
+std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<StatementLine> &lines, bool unitsPerRow)
 {
     Transaction transaction(scratch);
     if (!transaction.isActive())
@@ -93,7 +107,7 @@ std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<Stat
         query.addBindValue(formatKm(line.km));
         query.addBindValue(formatTonnes(line.ton));
         query.addBindValue(formatRate(line.tarifa));
-        query.addBindValue(formatAmount(line.suma));
+        query.addBindValue(rowAmountText(line.suma, line.currency, unitsPerRow));
         if (!query.exec())
             return sqlErrorMessage(scratchError, query.lastError());
     }
@@ -103,7 +117,7 @@ std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<Stat
     return std::nullopt;
 }
 
-Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDatabase scratch,
+Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMoney &money, QSqlDatabase scratch,
                               const FirmProfile &firm)
 {
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptFaktura"));
@@ -143,11 +157,15 @@ Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDa
     for (const auto &[box, field] : fields)
         report.setDataField(QStringLiteral("Detail"), box, field);
     report.setCaption(QStringLiteral("PageFooter"), QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
-    const QStringList totals = statementTotals(sum);
+    const QStringList totals = statementTotals(money.sum, money.currency);
     const QString footer = QStringLiteral("ReportFooter");
     report.setCaption(footer, QStringLiteral("Label8"), totals.at(0));
     report.setCaption(footer, QStringLiteral("Label9"), totals.at(1));
     report.setCaption(footer, QStringLiteral("Label10"), totals.at(2));
+    if (money.mixed) {
+        report.setFontSize(QStringLiteral("Detail"), QStringLiteral("Text108"), amountWithUnitFontSize);
+        report.addFooterNote(conversionNote(booksChangeover(), money.currency));
+    }
     return report;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/dates.h"
 #include "core/firmprofile.h"
 #include "core/money.h"
@@ -29,22 +30,36 @@ struct StatementLine {
     double ton = 0;
     double tarifa = 0;
     Money suma;
+    Currency currency = Currency::Leva;  // of the course's day
 };
 
 // The marked rows of the screen (flag column Fakt, amount bruto), numbered in their order.
 QList<StatementLine> statementLines(const RowSet &rows);
 Money statementSum(const QList<StatementLine> &lines);
 
+// The statement's sum in the statement's currency. A new invoice's statement is handed out today,
+// in today's currency (or in euro when any course is); an issued invoice's keeps the currency it
+// was issued in. Courses of the other currency are converted, each on its own, and then each
+// course's sum shows its unit and a note stands under the totals.
+struct StatementMoney {
+    Currency currency = Currency::Leva;
+    Money sum;
+    bool mixed = false;
+};
+StatementMoney statementMoney(const QList<StatementLine> &lines, std::optional<Currency> handedOut,
+                              std::optional<Currency> fixed = std::nullopt);
+
 // VAT on a sum, unrounded: only the format rounds it when it is shown (33.33 gives 6.666).
 double vatOf(Money sum);
 
 // The three lines of the statement's foot, aligned on the colon by their leading blanks:
 // "Сума без ДДС: 33,33 лв.", "         ДДС: 6,67 лв.", "      Всичко: 40,00 лв.".
-QStringList statementTotals(Money sum);
+QStringList statementTotals(Money sum, Currency currency = Currency::Leva);
 
 // Empties TempPlaten and writes the lines into it, in one transaction, so the table holds
-// exactly this statement.
-std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<StatementLine> &lines);
+// exactly this statement; with unitsPerRow each sum carries its course's unit.
+std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<StatementLine> &lines,
+                                          bool unitsPerRow = false);
 
 // What the statement's heading says: whose courses, the period and the invoice's number.
 struct StatementHeading {
@@ -54,8 +69,14 @@ struct StatementHeading {
     QString number;
 };
 
-// rptFaktura over the rows of TempPlaten, with the totals of sum.
-Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDatabase scratch,
+// rptFaktura over the rows of TempPlaten, with the totals of the statement's money.
+Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMoney &money, QSqlDatabase scratch,
                               const FirmProfile &firm);
+// The same for a statement in leva.
+inline Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDatabase scratch,
+                                     const FirmProfile &firm)
+{
+    return ReportFaktura(heading, StatementMoney{Currency::Leva, sum, false}, scratch, firm);
+}
 
 }

@@ -102,23 +102,26 @@ QStringList InvoiceStore::usedNumbers()
     return numbers;
 }
 
-SettleOutcome InvoiceStore::settle(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber)
+SettleOutcome InvoiceStore::settle(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber,
+                                   bool euroInvoice)
 {
     if (writes.isEmpty())
         return {};
-    SettleOutcome outcome = writeAll(writes, stamp, newNumber);
+    SettleOutcome outcome = writeAll(writes, stamp, newNumber, euroInvoice);
     // Rolled back by now: what changed is read as it stands committed.
     if (outcome.kind == SettleOutcome::Kind::Conflict)
         outcome.changed = changedSince(writes);
     return outcome;
 }
 
-SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber)
+SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber,
+                                     bool euroInvoice)
 {
     SettleOutcome outcome;
     // The statements are made before the transaction so that they are freed after its rollback.
     QSqlQuery taken(m_db);
     QSqlQuery update(m_db);
+    QSqlQuery currency(m_db);
     Transaction transaction(m_db);
     if (!transaction.isActive())
         return failed(m_db.lastError());
@@ -174,6 +177,19 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
         }
     }
     update.finish();
+    if (!newNumber.isEmpty()) {
+        // A number freed by an invoice emptied long ago may be listed still: it is this invoice's now.
+        currency.prepare(QStringLiteral("DELETE FROM EvroFakt WHERE NomFakt = ?"));
+        currency.addBindValue(newNumber);
+        if (!currency.exec())
+            return failed(currency.lastError());
+        if (euroInvoice) {
+            currency.prepare(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES (?)"));
+            currency.addBindValue(newNumber);
+            if (!currency.exec())
+                return failed(currency.lastError());
+        }
+    }
     if (!transaction.commit())
         return failed(m_db.lastError());
     return outcome;

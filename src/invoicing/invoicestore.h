@@ -54,15 +54,19 @@ public:
 
     // Writes the outcome of closing in one transaction: each course only if it is still at the
     // version it was read at, stamped with DateMod and TimeMod. When newNumber is given, no
-    // course outside these may carry it. Any failure leaves every course as it was.
-    SettleOutcome settle(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber = {});
+    // course outside these may carry it, and it is kept as a euro invoice's number when the
+    // invoice was issued in euro (as a leva one's otherwise). Any failure leaves every course as
+    // it was.
+    SettleOutcome settle(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber = {},
+                         bool euroInvoice = false);
 
     // Writes are sent in groups of at most this many courses per statement.
     static constexpr int batchSize = 400;
 
 private:
     // The writes in one transaction, rolled back unless every course was written.
-    SettleOutcome writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber);
+    SettleOutcome writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber,
+                           bool euroInvoice);
     QList<qint64> changedSince(const QList<CourseWrite> &writes);
 
     QSqlDatabase m_db;

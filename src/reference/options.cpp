@@ -9,6 +9,7 @@
 
 #include <QFormLayout>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
@@ -83,6 +84,12 @@ Options::Options(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::
     save->setObjectName(QStringLiteral("cmdUpdate2"));
     connect(save, &QPushButton::clicked, this, &Options::saveTariffs);
     auto *tariffsLayout = new QVBoxLayout(tariffsPage);
+    // Once the firm has changed over, the bands are euro (with the decimals the conversion gave them).
+    if (booksChangeover().isSet()) {
+        auto *unit = new QLabel(QStringLiteral("Цени в %1 за тон и километър").arg(amountUnit(Currency::Euro)), tariffsPage);
+        unit->setObjectName(QStringLiteral("lblTariffUnit"));
+        tariffsLayout->addWidget(unit);
+    }
     tariffsLayout->addLayout(tariffsForm);
     tariffsLayout->addStretch();
     tariffsLayout->addWidget(save, 0, Qt::AlignRight);

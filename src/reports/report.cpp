@@ -72,6 +72,48 @@ void Report::setBackColor(const QString &section, const QString &name, qint64 co
     c.backColorField.clear();
 }
 
+void Report::addFooterNote(const QString &text, const QString &under)
+{
+    ReportSection *footer = m_design.section(QStringLiteral("ReportFooter"));
+    if (!footer) {
+        reportFault(QStringLiteral("Report %1 has no ReportFooter for a note").arg(m_design.name));
+        return;
+    }
+    // A4 in twips: 11906 by 16838.
+    const int pageWidth = m_design.page.orientation == ReportOrientation::Landscape ? 16838 : 11906;
+    ReportControl note;
+    note.name = QStringLiteral("FooterNote%1").arg(footer->controls.size());
+    note.kind = ReportControlKind::Label;
+    note.left = 0;
+    note.top = footer->height + 60;
+    note.width = pageWidth - m_design.page.leftMargin - m_design.page.rightMargin;
+    note.height = 240;
+    note.caption = text;
+    note.canGrow = true;
+    note.font.size = 8;
+    note.font.italic = true;
+    int grows = note.top + note.height - footer->height;
+    if (!under.isEmpty()) {
+        const ReportControl &above = control(QStringLiteral("ReportFooter"), under);
+        note.top = above.top + above.height + 20;
+        grows = note.height + 40;
+        for (ReportControl &below : footer->controls) {
+            if (below.top >= note.top)
+                below.top += grows;
+        }
+    }
+    footer->controls.append(note);
+    footer->height += grows;
+}
+
+void Report::setFontSize(const QString &section, const QString &name, double points)
+{
+    ReportControl &c = control(section, name);
+    if (c.baselineFontSize <= 0)
+        c.baselineFontSize = c.font.size;  // the text stays level with its row
+    c.font.size = points;
+}
+
 void Report::setVisible(const QString &section, const QString &name, bool visible)
 {
     control(section, name).visible = visible;

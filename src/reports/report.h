@@ -7,6 +7,9 @@
 
 namespace zarek {
 
+// The font of a column whose figures carry their unit, in a box sized for the figure alone.
+inline constexpr double amountWithUnitFontSize = 7.5;
+
 // One report ready to lay out: a design whose captions, fields and colours a routine has filled,
 // and the rows it shows. Controls are reached by section and name, as the designs name them.
 class Report {
@@ -42,6 +45,13 @@ public:
     // A picture (PNG, a chart say) printed on a page of its own after the report, and exported with it.
     void appendPicture(const QString &title, const QByteArray &png) { m_pictures.append({title, png}); }
     const QList<QPair<QString, QByteArray>> &pictures() const { return m_pictures; }
+
+    // A line of its own in the report footer (the note under totals that took in amounts of the
+    // other currency, say): right under the named control, the footer's controls below it moving
+    // down, or under everything the footer holds. The footer grows by it.
+    void addFooterNote(const QString &text, const QString &under = {});
+    // The size of a control's font, in points (rows that carry their unit need a smaller one).
+    void setFontSize(const QString &section, const QString &name, double points);
 
     // Shows or hides a control; a hidden one draws nothing.
     void setVisible(const QString &section, const QString &name, bool visible);

@@ -43,6 +43,7 @@ struct ReportControl {
     QString format;         // "0,00", "###0.000", "Short Date", "Yes/No"; empty shows the value as it is
     ReportAlign align = ReportAlign::Left;
     ReportFont font;
+    double baselineFontSize = 0;  // set smaller than designed: its text keeps the designed size's baseline
     qint64 foreColor = colorBlack;
     qint64 backColor = noColor;
     bool canGrow = false;   // wrap a long text onto more lines instead of cutting it short

@@ -1,5 +1,7 @@
 #include "reportlayout.h"
 
+#include "core/formats.h"
+
 #include "core/rounding.h"
 #include "core/valueformat.h"
 #include "reports/reportexport.h"
@@ -27,9 +29,12 @@ quint32 argbOf(qint64 vbColor)
     return 0xFF000000u | ((c & 0xFFu) << 16) | (c & 0xFF00u) | ((c >> 16) & 0xFFu);
 }
 
+// A figure, with or without the unit of its amount behind it.
 bool looksNumeric(const QString &text)
 {
-    static const QRegularExpression number(QStringLiteral("^-?[0-9 ]+([,.][0-9]+)?$"));
+    static const QRegularExpression number(QStringLiteral("^-?[0-9 ]+([,.][0-9]+)? ?(%1|%2)?$")
+                                               .arg(QRegularExpression::escape(amountUnit(Currency::Leva)),
+                                                    QRegularExpression::escape(amountUnit(Currency::Euro))));
     return number.match(text).hasMatch();
 }
 
@@ -266,8 +271,13 @@ double LayoutEngine::addControl(Band &band, const ReportControl &control, const 
                 lines.append(single);
             }
         }
-        const double spacing = m_measure.lineSpacing(fontIndex);
-        const double ascent = m_measure.ascent(fontIndex);
+        // A figure set smaller keeps the baseline of its row's font, so it reads level with its row.
+        ReportFont designed = control.font;
+        if (control.baselineFontSize > 0)
+            designed.size = control.baselineFontSize;
+        const int lineFont = m_measure.fontIndex(designed);
+        const double spacing = m_measure.lineSpacing(lineFont == fontIndex ? fontIndex : lineFont);
+        const double ascent = m_measure.ascent(lineFont == fontIndex ? fontIndex : lineFont);
         // A box tall enough for all its lines holds them centred, as it holds one line. Otherwise the
         // first line sits where a single line would, so a wrapped cell reads level with its row.
         const double block = spacing * lines.size();

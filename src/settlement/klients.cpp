@@ -4,6 +4,7 @@
 #include "core/formats.h"
 #include "core/valueformat.h"
 #include "core/version.h"
+#include "data/currencyrows.h"
 #include "data/scratchdatabase.h"
 #include "forms/messageservice.h"
 #include "forms/progdialog.h"
@@ -77,9 +78,11 @@ ResultGridConfig Klients::config(const QString &klient)
         {QStringLiteral("Kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter, false, false, false, true},
         {QStringLiteral("KM"), QStringLiteral("Км"), 750, {}, Qt::AlignRight, true},
         {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
-        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight, true},
-        {QStringLiteral("Suma"), QStringLiteral("Сума"), 1100, QStringLiteral("###0.00"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000#####"), Qt::AlignRight, true},
+        {QStringLiteral("Suma"), QStringLiteral("Сума"), 1100, QStringLiteral("###0.00"), Qt::AlignRight, false, false,
+         false, false, true},
     };
+    config.dateField = QStringLiteral("Data");
     config.sumCaption = QStringLiteral("Всичко:");
     config.sumCaptionName = QStringLiteral("Label1");
     config.sumLabelName = QStringLiteral("Label4");
@@ -142,21 +145,24 @@ void Klients::load(QSqlDatabase db)
             return;
         }
     }
-    const RowSet &rows = courses.value();
-    for (int row = 0; row < rows.rowCount(); ++row) {
-        m_sumKm += wholeKm(rows.value(row, QStringLiteral("km")).toDouble());
-        m_sumTon += rows.value(row, QStringLiteral("ton")).toDouble();
-        m_sumBruto += Money::fromAmount(rows.value(row, QStringLiteral("bruto")).toDouble());
-    }
-    m_sumKmLabel->setText(formatFixed(m_sumKm, 0));
-    m_sumTonLabel->setText(formatFixed(m_sumTon, 2));
-    setRunningTotal(m_sumBruto, true);
     const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
     if (!working) {
         MessageService::instance().inform(working.message());
         return;
     }
     setRows(working.value());
+    // The money of courses of both currencies adds up in euro, each leva sum converted.
+    const RowSet &rows = courses.value();
+    const int date = rows.column(QStringLiteral("data"));
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        m_sumKm += wholeKm(rows.value(row, QStringLiteral("km")).toDouble());
+        m_sumTon += rows.value(row, QStringLiteral("ton")).toDouble();
+        m_sumBruto += convertAmount(Money::fromAmount(rows.value(row, QStringLiteral("bruto")).toDouble()),
+                                    zarek::rowCurrency(rows, row, date), totalsCurrency());
+    }
+    m_sumKmLabel->setText(formatFixed(m_sumKm, 0));
+    m_sumTonLabel->setText(formatFixed(m_sumTon, 2));
+    setRunningTotal(m_sumBruto, true);
 }
 
 bool Klients::keyPressed(QKeyEvent *key)

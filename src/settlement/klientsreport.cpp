@@ -40,11 +40,15 @@ Checked<Report> ReportKlientS(const RowSet &printCopy, const StatementTotals &to
     report.setCaption(pageFooter, QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
 
     const StatementTax tax = statementTax(totals.gross);
-    report.setCaption(reportFooter, QStringLiteral("Label1000"), formatAmount(tax.net) + amountUnit());
-    report.setCaption(reportFooter, QStringLiteral("Label1001"), formatAmount(tax.vat) + amountUnit());
-    report.setCaption(reportFooter, QStringLiteral("Label1002"), formatAmount(tax.gross) + amountUnit());
+    report.setCaption(reportFooter, QStringLiteral("Label1000"), amountText(tax.net, totals.currency));
+    report.setCaption(reportFooter, QStringLiteral("Label1001"), amountText(tax.vat, totals.currency));
+    report.setCaption(reportFooter, QStringLiteral("Label1002"), amountText(tax.gross, totals.currency));
     report.setCaption(reportFooter, QStringLiteral("Label1003"), formatFixed(totals.ton, 0) + QStringLiteral(" t"));
     report.setCaption(reportFooter, QStringLiteral("Label1004"), formatFixed(totals.km, 0) + QStringLiteral(" км"));
+    if (totals.mixed) {
+        report.setFontSize(detail, QStringLiteral("Text107"), amountWithUnitFontSize);
+        report.addFooterNote(conversionNote(booksChangeover(), totals.currency));
+    }
     return report;
 }
 

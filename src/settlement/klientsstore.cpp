@@ -2,6 +2,7 @@
 
 #include "core/rounding.h"
 #include "core/valueformat.h"
+#include "data/currencyrows.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 #include "settlement/clientstatement.h"
@@ -199,10 +200,16 @@ Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(in
                                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?)")))
         return failure(writeTitle, query);
     StatementTotals totals;
+    // Each course's money is in the currency of its day; the sums in euro once any course is.
+    const DatedAmounts amounts = datedAmounts(rows, QStringLiteral("Data"));
+    const int date = rows.column(QStringLiteral("Data"));
+    totals.currency = amounts.totals;
+    totals.mixed = amounts.mixed;
     for (int row = 0; row < rows.rowCount(); ++row) {
         const double km = rows.value(row, QStringLiteral("KM")).toDouble();
         const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
         const StatementLine line = statementLine(km, ton, rows.value(row, QStringLiteral("Tarifa")).toDouble());
+        const Currency currency = rowCurrency(rows, row, date);
         query.bindValue(0, rows.value(row, QStringLiteral("Data")));
         query.bindValue(1, rows.value(row, QStringLiteral("Marsh")));
         query.bindValue(2, rows.value(row, QStringLiteral("VidTovar")));
@@ -210,12 +217,13 @@ Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(in
         query.bindValue(4, line.km);
         query.bindValue(5, line.ton);
         query.bindValue(6, line.tarifa);
-        query.bindValue(7, line.sumaText());
+        query.bindValue(7, rowAmountText(line.suma, currency, amounts.mixed));
         if (!query.exec())
             return failure(writeTitle, query);
         totals.km += km;
         totals.ton += ton;
-        totals.gross += line.suma;  // the sum as printed, so the total equals its lines
+        // The sum as printed, so the total equals its lines (converted where the course is in leva).
+        totals.gross += convertAmount(line.suma, currency, amounts.totals);
         ++totals.lines;
         if (progress && (row + 1) % progressStep == 0)
             progress(row + 1);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/currency.h"
+
 #include "core/money.h"
 #include "core/usermessage.h"
 #include "courses/searchconditions.h"
@@ -17,6 +19,10 @@ struct StatementTotals {
     double ton = 0;
     Money gross;
     int lines = 0;
+    // The currency of the sums (euro when any course is) and whether courses of the other one
+    // were converted into them, each sum then printed with its unit.
+    Currency currency = Currency::Leva;
+    bool mixed = false;
 };
 
 // The rows of a statement file (.kl): the working list and its printed copy.

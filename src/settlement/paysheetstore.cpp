@@ -30,6 +30,22 @@ Checked<QList<PayTruck>> readPayTrucks(QSqlDatabase db)
 
 }
 
+bool PaySheet::mixed() const
+{
+    for (const PaySheetLine &line : lines) {
+        if (line.currency != currency)
+            return true;
+    }
+    return false;
+}
+
+Money PaySheet::printedTotal() const
+{
+    const Money other = otherTotal.rounded();
+    const Money converted = currency == Currency::Euro ? wagesToEuro(other) : euroToLeva(other);
+    return total.rounded() + converted;
+}
+
 UserMessage noPercentMessage(const QString &kola)
 {
     return UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма зададен процент за кола № ") + kola
@@ -37,7 +53,7 @@ UserMessage noPercentMessage(const QString &kola)
 }
 
 Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDatabase db,
-                                      const WorkProgress &progress)
+                                      const WorkProgress &progress, QDate today)
 {
     PaySheet sheet;
     sheet.kod = conditions.SeekDriverKod;
@@ -74,6 +90,10 @@ Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDa
         return noCoursesToPayMessage();
 
     sheet.lines.reserve(count);
+    bool anyEuro = false;
+    for (int row = 0; row < count && !anyEuro; ++row)
+        anyEuro = currencyOn(dateOfValue(courses.value(row, 0))) == Currency::Euro;
+    sheet.currency = totalsCurrency(anyEuro, currencyOn(today));
     for (int row = 0; row < count; ++row) {
         if (progress && (row % 256 == 0 || row + 1 == count))
             progress(row + 1, count);
@@ -90,7 +110,8 @@ Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDa
         line.tovar = courses.value(row, 5).toString();
         line.bruto = courses.value(row, 6).toDouble();
         line.pay = coursePay(line.bruto, truck.percent, line.ton, truck.ratedTon);
-        sheet.total += line.pay;
+        line.currency = currencyOn(line.data);
+        (line.currency == sheet.currency ? sheet.total : sheet.otherTotal) += line.pay;
         sheet.lines.append(line);
     }
     return sheet;

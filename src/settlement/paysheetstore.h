@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/dates.h"
 #include "core/usermessage.h"
 #include "courses/searchconditions.h"
@@ -23,6 +24,7 @@ struct PaySheetLine {
     QString marsh;
     QString tovar;
     ExactPay pay;  // as computed, before rounding
+    Currency currency = Currency::Leva;  // of the course's day: its sum and pay
 
     Money zaplata() const { return pay.rounded(); }
 };
@@ -35,9 +37,17 @@ struct PaySheet {
     QString lKarta;
     Period period;
     QList<PaySheetLine> lines;
-    ExactPay total;  // the lines' pay added up unrounded: printed, it may differ from the printed lines' sum
+    // The pay is paid today: in today's currency, and in euro also when any course is.
+    Currency currency = Currency::Leva;
+    ExactPay total;       // the pay of the lines in the sheet's currency added up unrounded: printed,
+                          // it may differ from the printed lines' sum
+    ExactPay otherTotal;  // the pay of the lines in the other currency, added up the same way
 
-    Money printedTotal() const { return total.rounded(); }
+    // Lines of both currencies: each amount shows its unit, and a note stands under the total.
+    bool mixed() const;
+    // The total paid: pay earned in leva and paid in euro is converted once for the driver and
+    // rounded up to the cent.
+    Money printedTotal() const;
 };
 
 // The driver's pay sheet: his papers from the shof row of his code, the percent and rated load of
@@ -45,7 +55,7 @@ struct PaySheet {
 // only. Refused with "Няма данни за шофьора!", "Няма курсове за плащане!" or, at the first course
 // of a truck without a percent, "Няма зададен процент за кола № … !" (then no sheet at all).
 Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDatabase db,
-                                      const WorkProgress &progress = {});
+                                      const WorkProgress &progress = {}, QDate today = QDate::currentDate());
 
 // "Няма зададен процент за кола № " + number + " !" under "ВНИМАНИЕ!"
 UserMessage noPercentMessage(const QString &kola);

@@ -38,12 +38,15 @@ ResultGridConfig Plashtane::config(const QString &driverName, QDate today)
         {QStringLiteral("kola"), QStringLiteral("Кола"), 1500, {}, Qt::AlignHCenter},
         {QStringLiteral("KM"), QStringLiteral("Км"), 750, {}, Qt::AlignRight},
         {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
-        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight},
-        {QStringLiteral("neto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight},
+        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000#####"), Qt::AlignRight},
+        {QStringLiteral("neto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight, false, false,
+         false, false, true},
         {paidField, QStringLiteral("Плат."), 650, {}, Qt::AlignHCenter, false, false, true},
     };
     config.flagField = paidField;
     config.amountField = QStringLiteral("neto");
+    config.dateField = QStringLiteral("Data");
+    config.payTotal = true;  // the driver is paid: his leva are converted once, rounded up
     config.sumCaption = QStringLiteral("Сума за плащане:");
     config.legend = {{QStringLiteral("Label7"), QStringLiteral("Space")},
                      {QStringLiteral("Label8"), QStringLiteral("- Маркира плащане")},
@@ -60,6 +63,8 @@ Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, Scratc
       m_db(std::move(db)), m_store(m_db), m_scratch(scratch), m_firm(std::move(firm)), m_today(today)
 {
     onMark = [this](int row, bool paid) { return writeMark(row, paid); };
+    // The driver is paid today, in today's currency.
+    totalsCurrencyRule = [this](bool anyEuro) { return zarek::totalsCurrency(anyEuro, currencyOn(m_today)); };
     onPrint = [this](ResultGridScreen &) { print(); };
     // Any key shows the sum due again.
     onKey = [this](QKeyEvent *) {
@@ -126,7 +131,8 @@ std::optional<LaidOutReport> Plashtane::statement()
         return std::nullopt;
     }
     // TempPlaten is made anew for each print: a statement lists each marked course once.
-    const Checked<ScratchStatement> written = writeTempPlaten(m_scratch, model()->rows(), marked, 3);
+    const Checked<ScratchStatement> written =
+        writeTempPlaten(m_scratch, model()->rows(), marked, 3, {totalsCurrency(), true});
     if (!written) {
         MessageService::instance().inform(written.message());
         return std::nullopt;

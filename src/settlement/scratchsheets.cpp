@@ -2,6 +2,7 @@
 
 #include "core/formats.h"
 #include "core/valueformat.h"
+#include "data/currencyrows.h"
 #include "data/scratchdatabase.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
@@ -84,7 +85,7 @@ Checked<RowSet> writeTempZaplata(ScratchDatabase &scratch, const PaySheet &sheet
 }
 
 Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet &courses, const QList<int> &rows,
-                                          int tarifaDecimals)
+                                          int tarifaDecimals, const StatementCurrency &currency)
 {
     const int data = courses.column(QStringLiteral("Data"));
     const int marsh = courses.column(QStringLiteral("Marsh"));
@@ -94,17 +95,27 @@ Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet
     const int ton = courses.column(QStringLiteral("Ton"));
     const int tarifa = courses.column(QStringLiteral("Tarifa"));
     const int neto = courses.column(QStringLiteral("neto"));
+    bool anyEuro = false;
+    for (const int row : rows)
+        anyEuro = anyEuro || rowCurrency(courses, row, data) == Currency::Euro;
+    const Currency totals = totalsCurrency(anyEuro, currency.handedOut);
+    bool mixed = false;
+    for (const int row : rows)
+        mixed = mixed || rowCurrency(courses, row, data) != totals;
     QList<QList<QVariant>> values;
     values.reserve(rows.size());
-    Money total;
+    CurrencyTotal total(totals, currency.wages ? CurrencyTotal::Rule::Wages : CurrencyTotal::Rule::EachAmount);
     int red = 0;
     for (const int row : rows) {
         const Money amount = Money::fromAmount(courses.value(row, neto).toDouble());
-        total += amount;
+        const Currency of = rowCurrency(courses, row, data);
+        total.add(amount, of);
+        const double rate = courses.value(row, tarifa).toDouble();
         values.append({++red, dateOfValue(courses.value(row, data)), courses.value(row, marsh).toString(),
                        courses.value(row, tovar).toString(), courses.value(row, kola).toString(),
                        formatKm(courses.value(row, km).toDouble()), formatTonnes(courses.value(row, ton).toDouble()),
-                       formatFixed(courses.value(row, tarifa).toDouble(), tarifaDecimals), formatAmount(amount)});
+                       tarifaDecimals == 3 ? formatRate(rate) : formatFixed(rate, tarifaDecimals),
+                       rowAmountText(amount, of, mixed)});
     }
     const Checked<RowSet> written =
         fill(scratch, QStringLiteral("TempPlaten"),
@@ -114,7 +125,7 @@ Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet
              values);
     if (!written)
         return written.message();
-    return ScratchStatement{written.value(), total};
+    return ScratchStatement{written.value(), total.total(), totals, mixed};
 }
 
 }

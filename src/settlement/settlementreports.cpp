@@ -4,6 +4,7 @@
 #include "core/formats.h"
 #include "core/version.h"
 #include "courses/coursereports.h"
+#include "data/currencyrows.h"
 
 namespace zarek {
 
@@ -19,9 +20,9 @@ QString windowCaption(const QString &text)
     return QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - ") + text;
 }
 
-QString amountText(Money amount)
+QString amountWithUnit(Money amount, Currency currency)
 {
-    return formatAmount(amount) + QLatin1Char(' ') + amountUnit();
+    return formatAmount(amount) + QLatin1Char(' ') + amountUnit(currency);
 }
 
 // The header, the detail fields and the page footer every settlement paper shares.
@@ -56,7 +57,7 @@ QStringList receiptLines(const Receipt &receipt)
             QStringLiteral("от ") + receipt.name + QStringLiteral(" с ЕГН ") + receipt.papers.egn
                 + QStringLiteral(" и л.к.№ ") + receipt.papers.lKarta,
             QString(9, QLatin1Char(' ')) + QStringLiteral("Днес ") + today + QStringLiteral(" получих сумата от ")
-                + amountText(receipt.total) + QStringLiteral(" за извършените от мен курсове за фирма ")
+                + amountWithUnit(receipt.total, receipt.currency) + QStringLiteral(" за извършените от мен курсове за фирма ")
                 + receipt.firmName + QStringLiteral(" съгласно горното извлечение."),
             QString(76, QLatin1Char(' ')) + QStringLiteral("Подпис: ") + QString(32, QLatin1Char('.'))};
 }
@@ -68,14 +69,24 @@ Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, 
         return loaded;
     Report report = loaded.value();
     report.setWindowCaption(windowCaption(QStringLiteral("Заплата")));
-    report.setDataSource(tempZaplata);
+    RowSet rows = tempZaplata;
+    const bool mixed = sheet.mixed();
+    prepareDatedAmounts(rows, QStringLiteral("Data"), {QStringLiteral("Suma"), QStringLiteral("Zaplata")},
+                        {sheet.currency, mixed});
+    report.setDataSource(rows);
     fillFrame(report, firm, sheet.name, sheet.period,
               {QStringLiteral("Red"), QStringLiteral("Data"), QStringLiteral("KolaID"), QStringLiteral("Marsh"),
                QStringLiteral("VidTovar"), QStringLiteral("Ton"), QStringLiteral("KM"), QStringLiteral("Suma"),
                QStringLiteral("Zaplata")});
     report.setCaption(reportFooter, QStringLiteral("Label8"),
-                      QStringLiteral("Всичко заработка: ") + amountText(sheet.printedTotal()));
-    fillReceipt(report, {sheet.name, {sheet.egn, sheet.lKarta}, sheet.printedTotal(), firm.UserName, today});
+                      QStringLiteral("Всичко заработка: ") + amountWithUnit(sheet.printedTotal(), sheet.currency));
+    fillReceipt(report, {sheet.name, {sheet.egn, sheet.lKarta}, sheet.printedTotal(), firm.UserName, today,
+                         sheet.currency});
+    if (mixed) {
+        report.setFontSize(detail, QStringLiteral("Text107"), amountWithUnitFontSize);
+        report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
+        report.addFooterNote(conversionNote(booksChangeover(), sheet.currency), QStringLiteral("Label8"));
+    }
     return report;
 }
 
@@ -91,8 +102,12 @@ Checked<Report> ReportPlaten(const QString &name, const DriverPapers &papers, co
     fillFrame(report, firm, name, period, statementFields);
     report.setCaption(header, QStringLiteral("Label2"), firm.UserAdres);
     report.setCaption(reportFooter, QStringLiteral("Label8"),
-                      QStringLiteral("Всичко заработка: ") + amountText(statement.total));
-    fillReceipt(report, {name, papers, statement.total, firm.UserName, today});
+                      QStringLiteral("Всичко заработка: ") + amountWithUnit(statement.total, statement.currency));
+    fillReceipt(report, {name, papers, statement.total, firm.UserName, today, statement.currency});
+    if (statement.mixed) {
+        report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
+        report.addFooterNote(conversionNote(booksChangeover(), statement.currency), QStringLiteral("Label8"));
+    }
     return report;
 }
 
@@ -107,7 +122,12 @@ Checked<Report> ReportNePlaten(bool paid, const QString &name, const Period &per
                                                : QStringLiteral("Справка неплатени курсове")));
     report.setDataSource(statement.rows);
     fillFrame(report, firm, name, period, statementFields);
-    report.setCaption(reportFooter, QStringLiteral("Label8"), QStringLiteral("Всичко: ") + amountText(statement.total));
+    report.setCaption(reportFooter, QStringLiteral("Label8"),
+                      QStringLiteral("Всичко: ") + amountWithUnit(statement.total, statement.currency));
+    if (statement.mixed) {
+        report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
+        report.addFooterNote(conversionNote(booksChangeover(), statement.currency));
+    }
     return report;
 }
 

@@ -20,6 +20,7 @@ struct Receipt {
     Money total;
     QString firmName;
     QDate today;
+    Currency currency = Currency::Leva;  // of the total: "получих сумата от 165,45 лв." / "… 84,59 евро"
 };
 
 // The receipt's four lines (Label500 to Label503), blanks as the receipt aligns on them.

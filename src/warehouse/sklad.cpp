@@ -3,6 +3,7 @@
 
 #include "core/dates.h"
 #include "core/formats.h"
+#include "core/valueformat.h"
 #include "core/version.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
@@ -265,15 +266,22 @@ void Sklad::editStarted()
 void Sklad::showAmount()
 {
     QString text;
+    QDate date;
     if (m_form->state() == RecordForm::State::Browsing) {
-        if (const RecordRow *row = m_form->currentRow())
+        if (const RecordRow *row = m_form->currentRow()) {
             text = formatAmount(row->values.value(QStringLiteral("Suma")).toDouble());
+            date = dateOfValue(row->values.value(QStringLiteral("Data")));
+        }
     } else {
         const std::optional<double> kol = parseNumber(m_ui->txtFields_4->text());
         const std::optional<double> edin = parseNumber(m_ui->txtFields_5->text());
         if (kol && edin)
             text = formatAmount(*kol * *edin);
+        date = parseDate(m_ui->txtFields_0->text()).value_or(QDate());
     }
+    // Once the books have both currencies, the amount says which one it is in.
+    if (!text.isEmpty() && booksChangeover().isSet())
+        text += QLatin1Char(' ') + amountUnit(currencyOn(date));
     m_ui->txtFields_6->setText(text);
 }
 
@@ -335,9 +343,11 @@ void Sklad::showLots()
         total += Money::fromAmount(lot.suma);
         ++r;
     }
-    m_ui->lblLots->setText(QStringLiteral("От %1 доставки: %2 за %3%4")
+    // The lots are priced in the currency of the issue's day.
+    m_ui->lblLots->setText(QStringLiteral("От %1 доставки: %2 за %3")
                                .arg(lots.value().size())
-                               .arg(quantityText(quantity), formatAmount(total), amountUnit()));
+                               .arg(quantityText(quantity),
+                                    amountText(total, currencyOn(dateOfValue(row->values.value(QStringLiteral("Data")))))));
 }
 
 // While an issue is entered: what the name holds and the price to type, the latest receipt's.
@@ -353,9 +363,9 @@ void Sklad::showStockOf(const QString &name)
         m_ui->lblStock->setText(QStringLiteral("Няма наличност от този артикул."));
         return;
     }
-    m_ui->lblStock->setText(QStringLiteral("Наличност: %1, цена на последната доставка: %2%3")
+    m_ui->lblStock->setText(QStringLiteral("Наличност: %1, цена на последната доставка: %2")
                                 .arg(quantityText(quantityValue(stock.value()->broi)),
-                                     formatAmount(stock.value()->edin), amountUnit()));
+                                     amountText(stock.value()->edin, booksChangeover().priceCurrency())));
 }
 
 void Sklad::learn(const RecordRow &row)

@@ -33,10 +33,14 @@ QString quantityText(double quantity)
     return bulgarianLocale().toString(quantityValue(storedQuantity(quantity)), 'g', 15);
 }
 
-// "###0.00" and the unit right behind it, as the audit's columns read.
-QString amountText(Money amount)
+// The total line of a list: "Обща сума 31,25 лв.", and the note under it where it converted.
+void fillTotal(Report &report, const QString &caption, const StockList &list)
 {
-    return formatAmount(amount) + amountUnit();
+    report.setCaption(pageFooter, QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
+    report.setCaption(reportFooter, QStringLiteral("Label8"),
+                      caption + formatAmount(list.total) + QLatin1Char(' ') + amountUnit(list.currency));
+    if (list.mixed)
+        report.addFooterNote(conversionNote(booksChangeover(), list.currency));
 }
 
 bool prepareAndRun(QSqlQuery &query, const QString &sql, const QVariantList &values)
@@ -51,12 +55,6 @@ bool prepareAndRun(QSqlQuery &query, const QString &sql, const QVariantList &val
 QString windowCaption(const QString &text)
 {
     return QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - ") + text;
-}
-
-void fillFooter(Report &report, const QString &totalText)
-{
-    report.setCaption(pageFooter, QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
-    report.setCaption(reportFooter, QStringLiteral("Label8"), totalText);
 }
 
 void bindDetail(Report &report, const QStringList &fields)
@@ -107,9 +105,10 @@ Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix)
     }
     std::stable_sort(items.begin(), items.end(), [](const Item &a, const Item &b) { return nameLess(a.name, b.name); });
 
+    // The prices on hand stand in euro once the firm has changed over.
     StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Kol"), QStringLiteral("Cena"),
                            QStringLiteral("Suma")}),
-                   {}};
+                   {}, booksChangeover().priceCurrency()};
     list.rows.reserveRows(static_cast<int>(items.size()));
     int red = 0;
     for (const Item &item : std::as_const(items)) {
@@ -133,56 +132,76 @@ Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::
 
     struct Sums {
         double quantity = 0;
-        Money value;
+        Money value;   // in the audit's currency
     };
-    QHash<QString, Sums> in;
-    QHash<QString, Sums> out;
+    struct Part {
+        QString name;
+        bool receipt;
+        double quantity;
+        Money value;
+        Currency currency;
+    };
+    // Each name's movements by kind, the leva before the changeover apart from the euro after it.
+    const Changeover changeover = booksChangeover();
+    const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
+    QList<Part> parts;
     if (!prepareAndRun(query,
-                       QStringLiteral("SELECT Name, VidKol, SUM(Kol), SUM(Suma) FROM Sklad WHERE Data BETWEEN ? AND ? "
-                                      "GROUP BY Name, VidKol"),
-                       {period.from, period.to}))
+                       QStringLiteral("SELECT Name, VidKol, CASE WHEN Data >= ? THEN 1 ELSE 0 END, SUM(Kol), SUM(Suma) "
+                                      "FROM Sklad WHERE Data BETWEEN ? AND ? GROUP BY 1, 2, 3"),
+                       {euroFrom, period.from, period.to}))
         return sqlErrorMessage(readTitle, query.lastError());
+    bool anyEuro = false;
+    bool anyLeva = false;
     while (query.next()) {
         const QString kind = query.value(1).toString();
         if (kind != StockMovement::receiptKind() && kind != StockMovement::issueKind())
             continue;
-        Sums &sums = (kind == StockMovement::receiptKind() ? in : out)[query.value(0).toString()];
-        sums.quantity = query.value(2).toDouble();
-        sums.value = Money::fromAmount(query.value(3).toDouble());
+        const Currency currency = query.value(2).toInt() == 1 ? Currency::Euro : Currency::Leva;
+        (currency == Currency::Euro ? anyEuro : anyLeva) = true;
+        parts.append({query.value(0).toString(), kind == StockMovement::receiptKind(), query.value(3).toDouble(),
+                      Money::fromAmount(query.value(4).toDouble()), currency});
     }
-    // The price of each name is that of its oldest receipt in the period.
-    QHash<QString, double> firstPrice;
+    const Currency currency = totalsCurrency(anyEuro);
+    QHash<QString, Sums> in;
+    QHash<QString, Sums> out;
+    for (const Part &part : std::as_const(parts)) {
+        Sums &sums = (part.receipt ? in : out)[part.name];
+        sums.quantity += part.quantity;
+        sums.value += convertAmount(part.value, part.currency, currency);
+    }
+    // The price of each name is that of its oldest receipt in the period, in that receipt's currency.
+    QHash<QString, QString> firstPrice;
     if (!prepareAndRun(query,
-                       QStringLiteral("SELECT Name, Edin FROM Sklad WHERE VidKol = 'P' AND Data BETWEEN ? AND ? "
+                       QStringLiteral("SELECT Name, Edin, Data FROM Sklad WHERE VidKol = 'P' AND Data BETWEEN ? AND ? "
                                       "ORDER BY Data, id"),
                        {period.from, period.to}))
         return sqlErrorMessage(readTitle, query.lastError());
     while (query.next()) {
         const QString name = query.value(0).toString();
         if (!firstPrice.contains(name))
-            firstPrice.insert(name, query.value(1).toDouble());
+            firstPrice.insert(name, amountText(Money::fromAmount(query.value(1).toDouble()),
+                                               changeover.currencyOn(query.value(2).toDate())));
     }
 
     StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Cena"),
                            QStringLiteral("Prihod"), QStringLiteral("SumaP"), QStringLiteral("Razhod"),
                            QStringLiteral("SumaR"), QStringLiteral("Ostatak"), QStringLiteral("SumaO"),
                            QStringLiteral("OstatakKol")}),
-                   {}};
+                   {}, currency, currency == Currency::Euro && anyLeva};
     list.rows.reserveRows(static_cast<int>(names.size()));
     int red = 0;
     for (const QString &name : std::as_const(names)) {
         const Sums received = in.value(name);
         const Sums issued = out.value(name);
         // A name with no receipt in the period shows no price (not the name before it).
-        const auto price = firstPrice.constFind(name);
-        const QString cena = price == firstPrice.constEnd() ? QString() : amountText(Money::fromAmount(*price));
+        const QString cena = firstPrice.value(name);
         const bool anyIssued = issued.quantity > 0;
         const double remainder = quantityValue(storedQuantity(received.quantity) - storedQuantity(issued.quantity));
         const Money value = received.value - issued.value;
-        list.rows.appendRow({++red, name, cena, quantityText(received.quantity), amountText(received.value),
+        list.rows.appendRow({++red, name, cena, quantityText(received.quantity), amountText(received.value, currency),
                              anyIssued ? quantityText(issued.quantity) : QStringLiteral("- "),
-                             anyIssued ? amountText(issued.value) : QStringLiteral("- "), quantityText(remainder),
-                             amountText(value), remainder});
+                             anyIssued ? amountText(issued.value, currency) : QStringLiteral("- "),
+                             quantityText(remainder), amountText(value, currency), remainder});
         list.total += value;
         if (progress && red % 64 == 0)
             progress(red, static_cast<int>(names.size()));
@@ -226,10 +245,17 @@ Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &
     std::stable_sort(items.begin(), items.end(),
                      [&rank](const Item &a, const Item &b) { return rank.value(a.name) < rank.value(b.name); });
 
+    // Each movement's money is in the currency of its day; the total in euro once any is.
+    bool anyEuro = false;
+    bool anyLeva = false;
+    for (const Item &item : std::as_const(items))
+        (currencyOn(item.data) == Currency::Euro ? anyEuro : anyLeva) = true;
+    CurrencyTotal total(totalsCurrency(anyEuro));
+    const bool mixed = anyEuro && anyLeva;
     StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("DocVid"), QStringLiteral("NomData"),
                            QStringLiteral("Name"), QStringLiteral("Broi"), QStringLiteral("Edin"),
                            QStringLiteral("Suma")}),
-                   {}};
+                   {}, total.currency(), mixed};
     list.rows.reserveRows(static_cast<int>(items.size()));
     int red = 0;
     for (const Item &item : std::as_const(items)) {
@@ -241,12 +267,15 @@ Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &
                                                        : QString());
         // Each amount counts as printed, so the total equals the column.
         const Money suma = Money::fromAmount(item.suma);
-        list.rows.appendRow({++red, item.docVid, nomData, item.name, formatFixed(item.kol, 3), formatAmount(item.edin),
-                             formatAmount(suma)});
-        list.total += suma;
+        const Currency of = currencyOn(item.data);
+        const QString unit = mixed ? QLatin1Char(' ') + amountUnit(of) : QString();
+        list.rows.appendRow({++red, item.docVid, nomData, item.name, formatFixed(item.kol, 3),
+                             formatAmount(item.edin) + unit, formatAmount(suma) + unit});
+        total.add(suma, of);
         if (progress && red % 256 == 0)
             progress(red, static_cast<int>(items.size()));
     }
+    list.total = total.total();
     return list;
 }
 
@@ -265,7 +294,7 @@ Checked<Report> ReportNalich(const StockList &position, const FirmProfile &firm,
     report.setCaption(header, QStringLiteral("Label2"), QStringLiteral("за наличноста в склада към ") + formatDate(today));
     bindDetail(report, {QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Kol"), QStringLiteral("Cena"),
                         QStringLiteral("Suma")});
-    fillFooter(report, QStringLiteral("Обща сума ") + formatAmount(position.total) + QLatin1Char(' ') + amountUnit());
+    fillTotal(report, QStringLiteral("Обща сума "), position);
     return report;
 }
 
@@ -285,7 +314,7 @@ Checked<Report> ReportSklad(const StockList &audit, const FirmProfile &firm, QDa
     bindDetail(report, {QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Prihod"), QStringLiteral("SumaP"),
                         QStringLiteral("Razhod"), QStringLiteral("SumaR"), QStringLiteral("Ostatak"),
                         QStringLiteral("SumaO")});
-    fillFooter(report, QStringLiteral("Обща сума ") + formatAmount(audit.total) + QLatin1Char(' ') + amountUnit());
+    fillTotal(report, QStringLiteral("Обща сума "), audit);
     return report;
 }
 
@@ -308,8 +337,12 @@ Checked<Report> ReportSkladPR(const StockList &movements, bool receipts, const P
     bindDetail(report, {QStringLiteral("Red"), QStringLiteral("DocVid"), QStringLiteral("NomData"),
                         QStringLiteral("Name"), QStringLiteral("Edin"), QStringLiteral("Broi"),
                         QStringLiteral("Suma")});
-    fillFooter(report, (receipts ? QStringLiteral("Обща сума на приходите: ") : QStringLiteral("Обща сума на разходите: "))
-                           + formatAmount(movements.total) + QLatin1Char(' ') + amountUnit());
+    fillTotal(report, receipts ? QStringLiteral("Обща сума на приходите: ") : QStringLiteral("Обща сума на разходите: "),
+              movements);
+    if (movements.mixed) {
+        report.setFontSize(detail, QStringLiteral("Text104"), amountWithUnitFontSize);
+        report.setFontSize(detail, QStringLiteral("Text106"), amountWithUnitFontSize);
+    }
     return report;
 }
 

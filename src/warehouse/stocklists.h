@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/currency.h"
+
 #include "core/dates.h"
 #include "core/firmprofile.h"
 #include "core/money.h"
@@ -21,6 +23,10 @@ namespace zarek {
 struct StockList {
     RowSet rows;
     Money total;
+    // The currency of the total; mixed: movements of both currencies, each amount shown with its
+    // unit and the total's leva converted, as a note under it says.
+    Currency currency = Currency::Leva;
+    bool mixed = false;
 };
 
 // Stock on hand of the names that begin with the prefix (all for an empty one), by name:

@@ -20,6 +20,21 @@ QString caption(const QString &text)
 
 }
 
+namespace {
+
+// A list's rows and total in the list's currency, with the note where it converted.
+void showStockList(ResultGridScreen &screen, const StockList &list)
+{
+    const Currency currency = list.currency;
+    screen.totalsCurrencyRule = [currency](bool) { return currency; };
+    screen.setRows(list.rows);
+    screen.setRunningTotal(list.total, true);
+    if (list.mixed)
+        screen.setAmountNote(conversionNote(booksChangeover(), currency));
+}
+
+}
+
 ResultGridConfig NalichSK::config(QDate today)
 {
     ResultGridConfig config;
@@ -55,8 +70,7 @@ NalichSK::NalichSK(const QString &articlePrefix, QSqlDatabase db, FirmProfile fi
         }
         m_list = list.value();
     }
-    setRows(m_list.rows);
-    setRunningTotal(m_list.total, true);
+    showStockList(*this, m_list);
     onPrint = [this](ResultGridScreen &) {
         showReport(ReportNalich(m_list, m_firm, m_today), this);
     };
@@ -106,8 +120,7 @@ SkladSK::SkladSK(const Period &period, QSqlDatabase db, FirmProfile firm, QWidge
         }
         m_list = list.value();
     }
-    setRows(m_list.rows);
-    setRunningTotal(m_list.total, true);
+    showStockList(*this, m_list);
     onPrint = [this](ResultGridScreen &) {
         showReport(ReportSklad(m_list, m_firm, m_today), this);
     };

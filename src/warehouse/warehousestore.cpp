@@ -1,6 +1,7 @@
 #include "warehousestore.h"
 
 #include "core/rounding.h"
+#include "data/changeoverstore.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
@@ -202,32 +203,62 @@ std::optional<StockOnHand> readOnHand(Work &work, const QString &name)
                        storedQuantity(q.value(4).toDouble())};
 }
 
-QList<OpenReceipt> readOpenReceipts(Work &work, const QString &name)
+// The firm's changeover as the database holds it now: what currency each movement and price is in.
+Changeover readChangeover(Work &work, QSqlDatabase db)
+{
+    if (!work.ok())
+        return {};
+    const Checked<Changeover> changeover = loadChangeover(db);
+    if (!changeover) {
+        work.fail(changeover.message());
+        return {};
+    }
+    return changeover.value();
+}
+
+// The name's open receipts, oldest first, each priced in the issue's currency: a leva receipt
+// still open at the changeover costs its reviewed euro price, any other is converted as needed.
+QList<OpenReceipt> readOpenReceipts(Work &work, const QString &name, Currency issue, const Changeover &changeover)
 {
     QList<OpenReceipt> receipts;
     QSqlQuery q;
     if (!work.read(q,
-                   QStringLiteral("SELECT id, row_version, Ostat, Edin FROM Sklad WHERE Name = ? AND VidKol = 'P' "
-                                  "AND Lipsa = ? ORDER BY Data, id"),
+                   QStringLiteral("SELECT s.id, s.row_version, s.Ostat, s.Edin, s.Data, e.Edin FROM Sklad s "
+                                  "LEFT JOIN EvroSklad e ON e.ReceiptID = s.id WHERE s.Name = ? AND s.VidKol = 'P' "
+                                  "AND s.Lipsa = ? ORDER BY s.Data, s.id"),
                    {name, false}))
         return receipts;
-    while (q.next())
-        receipts.append({q.value(0).toLongLong(), q.value(1).toInt(), storedQuantity(q.value(2).toDouble()),
-                         q.value(3).toDouble()});
+    while (q.next()) {
+        const Currency receipt = changeover.currencyOn(q.value(4).toDate());
+        double price = q.value(3).toDouble();
+        if (issue == Currency::Euro && receipt == Currency::Leva && !q.value(5).isNull())
+            price = q.value(5).toDouble();
+        else
+            price = convertPrice(price, receipt, issue);
+        receipts.append({q.value(0).toLongLong(), q.value(1).toInt(), storedQuantity(q.value(2).toDouble()), price});
+    }
     return receipts;
 }
 
-// The price of the name's newest receipt (the last one entered), leaving one receipt out.
-std::optional<double> newestReceiptPrice(Work &work, const QString &name, qint64 leaveOut = 0)
+// The price of the name's newest receipt (the last one entered), leaving one receipt out, in the
+// currency of the prices on hand.
+std::optional<double> newestReceiptPrice(Work &work, const QString &name, const Changeover &changeover,
+                                         qint64 leaveOut = 0)
 {
     QSqlQuery q;
     if (!work.read(q,
-                   QStringLiteral("SELECT Edin FROM Sklad WHERE Name = ? AND VidKol = 'P' AND id <> ? "
+                   QStringLiteral("SELECT Edin, Data FROM Sklad WHERE Name = ? AND VidKol = 'P' AND id <> ? "
                                   "ORDER BY id DESC LIMIT 1"),
                    {name, leaveOut})
         || !q.next())
         return std::nullopt;
-    return q.value(0).toDouble();
+    return convertPrice(q.value(0).toDouble(), changeover.currencyOn(q.value(1).toDate()), changeover.priceCurrency());
+}
+
+// A receipt's euro price of the changeover holds only for the receipt as it was reviewed.
+bool forgetEuroPrice(Work &work, qint64 receiptId)
+{
+    return work.write(QStringLiteral("DELETE FROM EvroSklad WHERE ReceiptID = ?"), {receiptId}, false);
 }
 
 bool isNewestReceipt(Work &work, const StockMovement &receipt)
@@ -347,10 +378,12 @@ std::optional<Quantity> giveBack(Work &work, qint64 issueId, const QList<IssueLo
     return total;
 }
 
-// Takes the quantity from the name's open receipts, first in, first out; the lots taken.
-std::optional<Consumption> takeFromReceipts(Work &work, const QString &name, Quantity quantity)
+// Takes the quantity from the name's open receipts, first in, first out; the lots taken, priced
+// in the issue's currency.
+std::optional<Consumption> takeFromReceipts(Work &work, const QString &name, Quantity quantity, Currency issue,
+                                            const Changeover &changeover)
 {
-    const QList<OpenReceipt> receipts = readOpenReceipts(work, name);
+    const QList<OpenReceipt> receipts = readOpenReceipts(work, name, issue, changeover);
     if (!work.ok())
         return std::nullopt;
     const Consumption consumption = ConsumeReceipts(receipts, quantity);
@@ -412,13 +445,16 @@ Checked<StockMovement> WarehouseStore::addReceipt(StockMovement m) const
     m.suma = money(m.kol * m.edin);
 
     Work work(m_db, saveTitle, beforeWrite, m_clock());
+    const Changeover changeover = readChangeover(work, m_db);
     std::optional<StockOnHand> stock = readOnHand(work, m.name);
     if (!insertMovement(work, m))
         return work.failure();
+    // The newest receipt's price stands for the whole name, in the currency of the prices on hand.
+    const double price = convertPrice(m.edin, changeover.currencyOn(m.data), changeover.priceCurrency());
     if (!stock)
-        stock = StockOnHand{0, 0, m.name, m.edin, 0};
+        stock = StockOnHand{0, 0, m.name, price, 0};
     stock->broi += *quantity;
-    stock->edin = m.edin;  // the newest receipt's price stands for the whole name
+    stock->edin = price;
     writeOnHand(work, *stock);
     return finish(work, m);
 }
@@ -426,6 +462,7 @@ Checked<StockMovement> WarehouseStore::addReceipt(StockMovement m) const
 Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read, const StockMovement &typed) const
 {
     Work work(m_db, saveTitle, beforeWrite, m_clock());
+    const Changeover changeover = readChangeover(work, m_db);
     std::optional<StockMovement> m = readReceiptAsSeen(work, read, saveTitle);
     if (!m)
         return work.failure();
@@ -439,6 +476,8 @@ Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read,
         return work.failure();
     if (drawn && (*after != before || priceChanged))
         return receiptDrawnOnMessage();
+    if (changeover.isSet() && (priceChanged || typed.data != m->data) && !forgetEuroPrice(work, m->id))
+        return work.failure();
 
     m->data = typed.data;
     m->docNom = typed.docNom;
@@ -457,7 +496,7 @@ Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read,
             return stockOutOfStepMessage(m->name);
         stock->broi += *after - before;
         if (isNewestReceipt(work, *m))
-            stock->edin = m->edin;
+            stock->edin = convertPrice(m->edin, changeover.currencyOn(m->data), changeover.priceCurrency());
         writeOnHand(work, *stock);
     }
     return finish(work, *m);
@@ -466,6 +505,7 @@ Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read,
 std::optional<UserMessage> WarehouseStore::removeReceipt(const StockMovement &read) const
 {
     Work work(m_db, deleteTitle, beforeWrite, m_clock());
+    const Changeover changeover = readChangeover(work, m_db);
     const std::optional<StockMovement> m = readReceiptAsSeen(work, read, deleteTitle);
     if (!m)
         return work.failure();
@@ -476,13 +516,13 @@ std::optional<UserMessage> WarehouseStore::removeReceipt(const StockMovement &re
         return receiptDrawnOnDeleteMessage();
     std::optional<StockOnHand> stock = readOnHand(work, m->name);
     const bool newest = isNewestReceipt(work, *m);
-    const std::optional<double> previousPrice = newestReceiptPrice(work, m->name, m->id);
+    const std::optional<double> previousPrice = newestReceiptPrice(work, m->name, changeover, m->id);
     if (!work.ok())
         return work.failure();
     const Quantity quantity = storedQuantity(m->kol);
     if (!stock || stock->broi < quantity)
         return stockOutOfStepMessage(m->name);
-    if (!deleteMovement(work, *m))
+    if ((changeover.isSet() && !forgetEuroPrice(work, m->id)) || !deleteMovement(work, *m))
         return work.failure();
     stock->broi -= quantity;
     if (newest && previousPrice)
@@ -499,6 +539,9 @@ Checked<StockMovement> WarehouseStore::addIssue(StockMovement m) const
     m.vidKol = StockMovement::issueKind();
     m.lipsa = true;  // an issue never takes part in issuing
     Work work(m_db, saveTitle, beforeWrite, m_clock());
+    const Changeover changeover = readChangeover(work, m_db);
+    if (!work.ok())
+        return work.failure();
     if (isRepair(m.name)) {
         m.kol = 1;
         m.ostat = 0.0;
@@ -515,9 +558,11 @@ Checked<StockMovement> WarehouseStore::addIssue(StockMovement m) const
     std::optional<StockOnHand> stock = readOnHand(work, m.name);
     if (!work.ok())
         return work.failure();
-    if (auto refusal = checkStockIssue(stock, m.edin, *quantity))
+    // The typed price is in the issue's currency; the price on hand may be in euro already.
+    const Currency issue = changeover.currencyOn(m.data);
+    if (auto refusal = checkStockIssue(stock, convertPrice(m.edin, issue, changeover.priceCurrency()), *quantity))
         return *refusal;
-    const std::optional<Consumption> consumption = takeFromReceipts(work, m.name, *quantity);
+    const std::optional<Consumption> consumption = takeFromReceipts(work, m.name, *quantity, issue, changeover);
     if (!consumption)
         return work.failure();
     costIssue(m, *consumption);
@@ -530,6 +575,7 @@ Checked<StockMovement> WarehouseStore::addIssue(StockMovement m) const
 Checked<StockMovement> WarehouseStore::correctIssue(const StockMovement &read, const StockMovement &typed) const
 {
     Work work(m_db, saveTitle, beforeWrite, m_clock());
+    const Changeover changeover = readChangeover(work, m_db);
     std::optional<StockMovement> m = readAtVersion(work, read, saveTitle);
     if (!m)
         return work.failure();
@@ -559,7 +605,8 @@ Checked<StockMovement> WarehouseStore::correctIssue(const StockMovement &read, c
         if (stock->broi + *given < *after)
             return UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("В склада нямате такова количество!"),
                                UserMessage::Icon::Exclamation};
-        const std::optional<Consumption> consumption = takeFromReceipts(work, m->name, *after);
+        const std::optional<Consumption> consumption =
+            takeFromReceipts(work, m->name, *after, changeover.currencyOn(m->data), changeover);
         if (!consumption)
             return work.failure();
         stock->broi += *given - *after;
@@ -575,12 +622,13 @@ Checked<StockMovement> WarehouseStore::correctIssue(const StockMovement &read, c
 std::optional<UserMessage> WarehouseStore::removeIssue(const StockMovement &read) const
 {
     Work work(m_db, deleteTitle, beforeWrite, m_clock());
+    const Changeover changeover = readChangeover(work, m_db);
     const std::optional<StockMovement> m = readAtVersion(work, read, deleteTitle);
     if (!m)
         return work.failure();
     const QList<IssueLot> lots = readLots(work, m->id);
     std::optional<StockOnHand> stock = readOnHand(work, m->name);
-    const std::optional<double> price = newestReceiptPrice(work, m->name);
+    const std::optional<double> price = newestReceiptPrice(work, m->name, changeover);
     if (!work.ok())
         return work.failure();
     const std::optional<Quantity> given = giveBack(work, m->id, lots, deleteTitle);
@@ -588,7 +636,10 @@ std::optional<UserMessage> WarehouseStore::removeIssue(const StockMovement &read
         return work.failure();
     if (*given > 0) {
         if (!stock)
-            stock = StockOnHand{0, 0, m->name, price.value_or(m->edin), 0};
+            stock = StockOnHand{0, 0, m->name,
+                                price.value_or(convertPrice(m->edin, changeover.currencyOn(m->data),
+                                                            changeover.priceCurrency())),
+                                0};
         stock->broi += *given;
         writeOnHand(work, *stock);
     }

@@ -2,7 +2,9 @@
 
 #include "ui_rowdlist.h"
 
+#include "core/dates.h"
 #include "core/docnumber.h"
+#include "core/formats.h"
 #include "core/version.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
@@ -132,6 +134,19 @@ void RowdList::buildHeader()
     connect(m_rowd, &RecordForm::moved, this, [this] { m_linesChanged = false; });
     for (QPushButton *button : m_rowd->findChildren<QPushButton *>())
         button->installEventFilter(this);
+    // Once the books hold both currencies, the prices say theirs: that of the waybill's day.
+    m_priceCaptions = {m_ui->lblLabels_9->text(), m_ui->lblLabels_10->text()};
+    connect(field(0), &QLineEdit::textChanged, this, &RowdList::showPriceUnits);
+    showPriceUnits();
+}
+
+void RowdList::showPriceUnits()
+{
+    QString unit;
+    if (booksChangeover().isSet())
+        unit = QStringLiteral(", ") + amountUnit(currencyOn(parseDate(field(0)->text()).value_or(QDate())));
+    m_ui->lblLabels_9->setText(m_priceCaptions.value(0) + unit);
+    m_ui->lblLabels_10->setText(m_priceCaptions.value(1) + unit);
 }
 
 void RowdList::buildRoutes()

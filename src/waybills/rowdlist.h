@@ -62,6 +62,7 @@ private:
     void markRequired(bool on);
     void fillCombos();
     void calculate();
+    void showPriceUnits();
 
     void onHeaderStateChanged();
     void onHeaderAdded();
@@ -87,6 +88,7 @@ private:
     bool m_addingHeader = false;    // a new waybill is being typed
     QList<qint64> m_newLines;       // lines saved for that new waybill in this opening
     bool m_linesChanged = false;    // lines saved or deleted since the last "Изчисли"
+    QStringList m_priceCaptions;    // the two price captions without a unit
 };
 
 }

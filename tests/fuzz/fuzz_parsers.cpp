@@ -1,11 +1,13 @@
 // libFuzzer target: the number, date, document-number and database-address parsers, and what a
 // parsed number becomes (money, a course's price), must never crash, overflow or misbehave.
+#include "core/currency.h"
 #include "core/dates.h"
 #include "core/docnumber.h"
 #include "core/formats.h"
 #include "core/money.h"
 #include "core/sharedroutines.h"
 #include "core/textcheck.h"
+#include "core/valueformat.h"
 #include "courses/coursecheck.h"
 #include "courses/coursepricing.h"
 #include "data/databaseconfig.h"
@@ -31,7 +33,18 @@ void number(const QString &text)
         (void)(money + money - money);
         (void)formatAmount(money);
         (void)formatFixed(amount, 3);
+        // Converted between the currencies, an amount stays in range and keeps its sign.
+        const Money euro = levaToEuro(money);
+        if (money.isValid() && (!euro.isValid() || (money.cents() > 0 && euro.cents() < 0)))
+            __builtin_trap();
+        if (money.isValid() && wagesToEuro(money) < euro)  // pay rounds up, never below the half-up amount
+            __builtin_trap();
+        (void)euroToLeva(euro);
+        (void)formatRate(convertRate(amount, Currency::Leva, Currency::Euro));
+        (void)convertPrice(amount, Currency::Euro, Currency::Leva);
     }
+    // Any text as a number format of a report or grid.
+    (void)formatReportValue(QVariant(1234.5678), text);
     if (value) {
         const CourseMoney price = priceCourse(*value, *value, *value);
         if (price.bruto.isValid() != price.neto.isValid())

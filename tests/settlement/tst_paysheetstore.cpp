@@ -183,7 +183,7 @@ private slots:
                                           "1000,00 | 100,00")}));
         QCOMPARE(lines.at(10), QStringLiteral("4 | 12.03.2006 | СА 1234 ВК | Батановци - Перник | Пясък | 10,000 | 25 | "
                                               "31,25 | 3,12"));
-        QVERIFY2(lines.contains(QStringLiteral("Всичко заработка: 165,45 ") + amountUnit()), qPrintable(lines.join('\n')));
+        QVERIFY2(lines.contains(QStringLiteral("Всичко заработка: 165,45 ") + amountUnit(Currency::Leva)), qPrintable(lines.join('\n')));
         QCOMPARE(lines.last(), QStringLiteral("Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd."));
     }
 
@@ -203,7 +203,7 @@ private slots:
         QVERIFY2(receipt > 0, qPrintable(lines.join('\n')));
         QCOMPARE(lines.at(receipt + 1), QStringLiteral("от Иван Д'Арков с ЕГН 7503124567 и л.к.№ 645123987"));
         // The sentence wraps; its first line keeps the nine blanks it starts with.
-        const QString sentence = QStringLiteral("         Днес 05.04.2006 получих сумата от 165,45 ") + amountUnit()
+        const QString sentence = QStringLiteral("         Днес 05.04.2006 получих сумата от 165,45 ") + amountUnit(Currency::Leva)
                                  + QStringLiteral(" за извършените от мен курсове за фирма Транспорт Петров ЕООД "
                                                   "съгласно горното извлечение.");
         QVERIFY(lines.at(receipt + 2).startsWith(QStringLiteral("         Днес 05.04.2006")));

@@ -160,18 +160,18 @@ private slots:
         space(screen, 0);
         QVERIFY(screen.model()->isMarked(0));
         QCOMPARE(screen.model()->index(0, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
-        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit(Currency::Leva));
         QCOMPARE(stored(scratch.db(), QStringLiteral("София - Перник")).plat, true);
         QCOMPARE(stored(scratch.db(), QStringLiteral("София - Перник")).rowVersion, 2);
 
         space(screen, 1);
-        QCOMPARE(sumText(screen), QStringLiteral("78,81") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("78,81") + amountUnit(Currency::Leva));
         space(screen, 1);
-        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit(Currency::Leva));
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, false);
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).rowVersion, 3);
         space(screen, 0);
-        QCOMPARE(sumText(screen), QStringLiteral("0,00") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("0,00") + amountUnit(Currency::Leva));
         QCOMPARE(screen.runningTotal(), Money());
         QCOMPARE(stored(scratch.db(), QStringLiteral("София - Перник")).plat, false);
         QVERIFY(messages.shown.isEmpty());
@@ -190,11 +190,11 @@ private slots:
         zarek::ScratchDatabase temp(folder.path());
         Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
         QTest::keyClick(screen.grid(), Qt::Key_Down);
-        QCOMPARE(sumText(screen), QStringLiteral("0,00") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("0,00") + amountUnit(Currency::Leva));
         space(screen, 2);
         screen.findChild<QLabel *>(QStringLiteral("Label4"))->clear();
         QTest::keyClick(screen.grid(), Qt::Key_A);
-        QCOMPARE(sumText(screen), QStringLiteral("97,00") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("97,00") + amountUnit(Currency::Leva));
     }
 
     void aCourseChangedAtAnotherWorkstationIsNotMarked()
@@ -217,7 +217,7 @@ private slots:
         space(screen, 1);
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, true);
-        QCOMPARE(sumText(screen), QStringLiteral("58,20") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("58,20") + amountUnit(Currency::Leva));
     }
 
     void aCoursePaidAtAnotherWorkstationLeavesTheGridUnpaidTwice()
@@ -237,7 +237,7 @@ private slots:
         QCOMPARE(screen.model()->rowCount(), 2);
         QCOMPARE(routeOf(screen, 0), QStringLiteral("София - Перник"));
         QCOMPARE(routeOf(screen, 1), QStringLiteral("Перник - Радомир"));
-        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit(Currency::Leva));
         QCOMPARE(stored(scratch.db(), QStringLiteral("Батановци - Перник")).rowVersion, 2);
     }
 
@@ -257,7 +257,7 @@ private slots:
         QCOMPARE(messages.shown.size(), 1);
         QVERIFY(screen.model()->isMarked(2));
         QCOMPARE(stored(scratch.db(), QStringLiteral("Батановци - Перник")).plat, true);
-        QCOMPARE(sumText(screen), QStringLiteral("120,31") + amountUnit());
+        QCOMPARE(sumText(screen), QStringLiteral("120,31") + amountUnit(Currency::Leva));
     }
 
     void theStatementListsTheMarkedCoursesOnceWithTheReceipt()
@@ -282,7 +282,7 @@ private slots:
                                              "0,125 | 30,31"));
         QCOMPARE(lines.at(8), QStringLiteral("2 | 17.03.2006 | СА 1234 ВК | Батановци - Перник | Пясък | 20,000 | 100 | "
                                              "0,050 | 97,00"));
-        QCOMPARE(lines.at(9), QStringLiteral("Всичко заработка: 127,31 ") + amountUnit());
+        QCOMPARE(lines.at(9), QStringLiteral("Всичко заработка: 127,31 ") + amountUnit(Currency::Leva));
         QCOMPARE(lines.at(10), QStringLiteral("Разписка №_____ / 05.04.2006"));
         QVERIFY(lines.contains(QString(76, QLatin1Char(' ')) + QStringLiteral("Подпис: ") + QString(32, QLatin1Char('.'))));
 
@@ -292,7 +292,7 @@ private slots:
         QCOMPARE(lines.at(7).left(14), QStringLiteral("1 | 01.03.2006"));
         QCOMPARE(lines.at(8).left(14), QStringLiteral("2 | 05.03.2006"));
         QCOMPARE(lines.at(9).left(14), QStringLiteral("3 | 17.03.2006"));
-        QCOMPARE(lines.at(10), QStringLiteral("Всичко заработка: 175,81 ") + amountUnit());
+        QCOMPARE(lines.at(10), QStringLiteral("Всичко заработка: 175,81 ") + amountUnit(Currency::Leva));
         // The marks stay and the screen stays open.
         QVERIFY(screen.isVisible());
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, true);

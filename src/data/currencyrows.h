@@ -1,0 +1,41 @@
+#pragma once
+
+#include "core/currency.h"
+#include "data/rowset.h"
+
+#include <QStringList>
+#include <optional>
+
+// The amounts of rows dated by one of their columns, made ready to show together: each row's
+// amounts are in the currency of its day, the totals in one currency.
+namespace zarek {
+
+struct DatedAmounts {
+    Currency totals = Currency::Leva;
+    // Some row is in the other currency: each amount shows its unit and a note tells how the
+    // totals were made.
+    bool mixed = false;
+};
+
+// The currency a row's date puts it in, in the open books.
+Currency rowCurrency(const RowSet &rows, int row, int dateColumn);
+
+// Euro totals when any row is in euro or the rows are handed out (paid, invoiced) on a day in
+// euro; a fixed currency (an invoice keeps the one it was issued in) overrides both.
+DatedAmounts datedAmounts(const RowSet &rows, const QString &dateColumn,
+                          std::optional<Currency> handedOut = std::nullopt,
+                          std::optional<Currency> fixed = std::nullopt);
+
+// An amount as a row of such a set shows it: the number, and its unit where the set is mixed.
+QString rowAmountText(Money amount, Currency currency, bool withUnit);
+
+// For a report over the rows: adds for each amount column a column "<name>Total" with the amount
+// in the totals' currency (what the report's sums add up), and in a mixed set writes each amount
+// as its text with its unit ("100,00 лв.").
+void prepareDatedAmounts(RowSet &rows, const QString &dateColumn, const QStringList &amountColumns,
+                         const DatedAmounts &amounts);
+
+// The number format of a total: "0,00", with " евро" behind it when the totals are in euro.
+QString totalFormat(Currency totals);
+
+}
