@@ -140,6 +140,23 @@ private slots:
         QCOMPARE(buttons, (QStringList{QStringLiteral("CancelButton=Не"), QStringLiteral("OKButton=Да")}));
     }
 
+    void enterAnswersOkToAQuestionAndNeToAYesNoQuestion_data()
+    {
+        QTest::addColumn<bool>("yesNo");
+        QTest::addColumn<bool>("answer");
+        QTest::newRow("OK/Отказ") << false << true;
+        QTest::newRow("Да/Не: drops, overwrites or deletes") << true << false;
+    }
+    void enterAnswersOkToAQuestionAndNeToAYesNoQuestion()
+    {
+        QFETCH(bool, yesNo);
+        QFETCH(bool, answer);
+        WidgetMessageService boxes;
+        whenShown<Dialog>([](Dialog *box) { QTest::keyClick(box, Qt::Key_Return); });
+        const UserMessage question{QString(), QStringLiteral("Да се откажа ли от промените?"), UserMessage::Icon::Question};
+        QCOMPARE(yesNo ? boxes.askYesNo(question) : boxes.ask(question), answer);
+    }
+
     void theOkFlagStaysReadableAfterTheDialogCloses()
     {
         Dialog question({QString(), QStringLiteral("Ще загубите данните окончателно")});

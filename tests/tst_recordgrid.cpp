@@ -191,6 +191,27 @@ private slots:
         QCOMPARE(screen.lines(), QStringList{QStringLiteral("София - Перник|30,5")});
     }
 
+    // A control character pasted into a cell is refused as in a box: nothing is written.
+    void aControlCharacterInACellIsRefused()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addLine(scratch.db(), QStringLiteral("A"), QStringLiteral("София - Перник"), 30.5);
+        RecordingMessageService messages;
+        LinesScreen screen(scratch.db(), QStringLiteral("A"));
+        screen.show();
+        screen.form->edit();
+        screen.model->setData(screen.model->index(0, 0), QStringLiteral("София\x01 - Перник"));
+        QVERIFY(!screen.form->update());
+        QCOMPARE(messages.shown.size(), 1);
+        QVERIFY2(messages.shown.first().text.startsWith(QStringLiteral("Текстът съдържа непозволен знак!")),
+                 qPrintable(messages.shown.first().text));
+        QCOMPARE(screen.form->state(), RecordFormState::Editing);
+        QSqlQuery query(scratch.db());
+        QVERIFY(query.exec(QStringLiteral("SELECT Marshrut FROM Marsh")));
+        QVERIFY(query.next());
+        QCOMPARE(query.value(0).toString(), QStringLiteral("София - Перник"));
+    }
+
     // Tab off the last cell leaves the grid for what follows it.
     void tabOffTheLastCellLeavesTheGrid()
     {

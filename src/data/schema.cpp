@@ -18,7 +18,7 @@ namespace {
 // Text lengths are enforced by the screens, not the columns, so both engines behave alike.
 // A step runs when its version is not yet recorded in zarek_schema, so steps are independent of
 // the order in which they were added; a recorded version the program does not know is a newer
-// program's, and the database is refused. Numbers: 2 start-up safety, 3 warehouse issue lots, 4 the euro.
+// program's, and the database is refused. Numbers: 1 the tables, 2 never used, 3 warehouse issue lots, 4 the euro.
 struct Migration {
     int version;
     QStringList statements;

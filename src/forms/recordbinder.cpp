@@ -205,6 +205,11 @@ std::optional<UserMessage> RecordBinder::checkTexts(const QString &errorTitle) c
         if (binding.combo)
             texts.append(binding.combo->currentText());
     }
+    for (RecordGridModel *grid : m_grids) {  // a line typed in a grid is typed text too
+        const QVariantMap cells = grid->pendingTexts();
+        for (auto it = cells.cbegin(); it != cells.cend(); ++it)
+            texts.append(it.value().toString());
+    }
     return checkTypedTexts(texts, errorTitle);
 }
 
