@@ -43,6 +43,21 @@ std::optional<int> formatDecimals(const QString &format)
     return parsed->maxDecimals;
 }
 
+QString formatNumber(double figure, int minDecimals, int maxDecimals)
+{
+    QString text = formatFixed(figure, maxDecimals);
+    if (minDecimals < maxDecimals) {
+        const qsizetype keep = text.size() - (maxDecimals - minDecimals);
+        qsizetype end = text.size();
+        while (end > keep && text.at(end - 1) == QLatin1Char('0'))
+            --end;
+        if (end > 0 && text.at(end - 1) == QLatin1Char(','))
+            --end;  // "0.##" shows 5, not "5,"
+        text.truncate(end);
+    }
+    return text;
+}
+
 QDate dateOfValue(const QVariant &value)
 {
     if (value.metaType().id() == QMetaType::QDate)
@@ -63,17 +78,7 @@ QString formatReportValue(const QVariant &value, const QString &format)
         const double figure = value.toDouble(&ok);
         if (!ok)
             return value.toString();
-        QString text = formatFixed(figure, number->maxDecimals);
-        if (number->minDecimals < number->maxDecimals) {
-            const qsizetype keep = text.size() - (number->maxDecimals - number->minDecimals);
-            qsizetype end = text.size();
-            while (end > keep && text.at(end - 1) == QLatin1Char('0'))
-                --end;
-            if (end > 0 && text.at(end - 1) == QLatin1Char(','))
-                --end;  // "0.##" shows 5, not "5,"
-            text.truncate(end);
-        }
-        return text + number->suffix;
+        return formatNumber(figure, number->minDecimals, number->maxDecimals) + number->suffix;
     }
     if (format == QLatin1String("Short Date")) {
         const QDate date = dateOfValue(value);

@@ -24,6 +24,9 @@ std::optional<int> formatDecimals(const QString &format);
 // decimal comma, dates as dd.MM.yyyy, yes/no values as "Да"/"Не".
 QString formatReportValue(const QVariant &value, const QString &format);
 
+// A number with at least minDecimals and at most maxDecimals decimals, a decimal comma.
+QString formatNumber(double figure, int minDecimals, int maxDecimals);
+
 // The value as a date, whether the engine gave a date or its ISO text; invalid otherwise.
 QDate dateOfValue(const QVariant &value);
 

@@ -260,9 +260,9 @@ void CourseJournal::showChart()
 
 Checked<ExportTable> CourseJournal::exportTable() const
 {
-    const Checked<QHash<qint64, JournalRow>> rows = m_store.allRows(m_model->filter());
-    if (!rows)
-        return rows.message();
+    const Checked<QList<JournalRow>> read = m_store.allRows(m_model->filter());
+    if (!read)
+        return read.message();
     ExportTable table;
     table.sheetName = QStringLiteral("Курсове");
     table.titleLines = {QStringLiteral("Журнал на курсовете")};
@@ -273,23 +273,31 @@ Checked<ExportTable> CourseJournal::exportTable() const
                                          filter.to.isValid() ? formatDate(filter.to) : QStringLiteral("…")));
     for (int c = 0; c < journalColumnCount; ++c)
         table.columns.append(exportColumnOf(CourseJournalModel::caption(c), CourseJournalModel::format(c)));
-    QList<qint64> ids;
-    for (int r = 0; r < m_model->rowCount(); ++r)
-        ids.append(m_model->idAt(r));
-    auto byId = std::make_shared<QHash<qint64, JournalRow>>(rows.value());
-    table.rowCount = static_cast<int>(ids.size());
-    table.cell = [byId, ids](int row, int column) {
-        const auto found = byId->constFind(ids.at(row));
-        return found == byId->constEnd() ? QVariant() : found->value(static_cast<JournalColumn>(column));
+    // The rows in the grid's order: each id of the grid to its row as read.
+    auto rows = std::make_shared<QList<JournalRow>>(read.value());
+    QHash<qint64, qsizetype> positionOf;
+    positionOf.reserve(rows->size());
+    for (qsizetype i = 0; i < rows->size(); ++i)
+        positionOf.insert(rows->at(i).id, i);
+    auto order = std::make_shared<QList<const JournalRow *>>();
+    order->reserve(m_model->rowCount());
+    for (int r = 0; r < m_model->rowCount(); ++r) {
+        const auto found = positionOf.constFind(m_model->idAt(r));
+        order->append(found == positionOf.constEnd() ? nullptr : &rows->at(*found));
+    }
+    table.rowCount = static_cast<int>(order->size());
+    table.cell = [rows, order](int row, int column) {
+        const JournalRow *found = order->at(row);
+        return found ? found->value(static_cast<JournalColumn>(column)) : QVariant();
     };
     // The totals of exactly the rows written, the gross to the cent: in euro once any course is,
     // each leva course converted.
     double tonnes = 0, km = 0;
     bool anyEuro = false;
-    for (const JournalRow &row : std::as_const(*byId))
+    for (const JournalRow &row : std::as_const(*rows))
         anyEuro = anyEuro || currencyOn(row.date) == Currency::Euro;
     CurrencyTotal gross(totalsCurrency(anyEuro));
-    for (const JournalRow &row : std::as_const(*byId)) {
+    for (const JournalRow &row : std::as_const(*rows)) {
         tonnes += row.tonnes;
         km += row.km;
         gross.add(Money::fromAmount(row.gross), currencyOn(row.date));
@@ -301,11 +309,11 @@ Checked<ExportTable> CourseJournal::exportTable() const
     // Once the books hold both currencies, each course's currency stands in a column of its own.
     if (booksChangeover().isSet()) {
         table.columns.append(ExportColumn{QStringLiteral("Валута"), ExportColumn::Kind::Text, 0});
-        table.cell = [byId, ids, base = table.cell](int row, int column) -> QVariant {
+        table.cell = [rows, order, base = table.cell](int row, int column) -> QVariant {
             if (column < journalColumnCount)
                 return base(row, column);
-            const auto found = byId->constFind(ids.at(row));
-            return found == byId->constEnd() ? QVariant() : QVariant(amountUnit(currencyOn(found->date)));
+            const JournalRow *found = order->at(row);
+            return found ? QVariant(amountUnit(currencyOn(found->date))) : QVariant();
         };
         table.totals.append(amountUnit(gross.currency()));
         if (gross.converted())

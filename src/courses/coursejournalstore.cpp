@@ -283,19 +283,12 @@ Checked<QList<JournalRow>> CourseJournalStore::rows(const QList<qint64> &ids) co
     return read(QStringLiteral(" WHERE id IN (%1)").arg(marks.join(QLatin1Char(','))), values);
 }
 
-Checked<QHash<qint64, JournalRow>> CourseJournalStore::allRows(const JournalFilter &filter) const
+Checked<QList<JournalRow>> CourseJournalStore::allRows(const JournalFilter &filter) const
 {
-    QHash<qint64, JournalRow> byId;
     const Where condition = where(filter);
     if (condition.nothing)
-        return byId;
-    const Checked<QList<JournalRow>> rows = read(condition.sql, condition.values);
-    if (!rows)
-        return rows.message();
-    byId.reserve(rows.value().size());
-    for (const JournalRow &row : rows.value())
-        byId.insert(row.id, row);
-    return byId;
+        return QList<JournalRow>{};
+    return read(condition.sql, condition.values);
 }
 
 Checked<QList<JournalRow>> CourseJournalStore::read(const QString &condition, const QVariantList &values) const

@@ -85,8 +85,8 @@ public:
 
     Checked<QList<qint64>> orderedIds(const JournalFilter &filter, JournalColumn sortColumn, bool ascending) const;
     Checked<QList<JournalRow>> rows(const QList<qint64> &ids) const;
-    // Every course that passes the conditions, by id, in one reading (for an export of the list).
-    Checked<QHash<qint64, JournalRow>> allRows(const JournalFilter &filter) const;
+    // Every course that passes the conditions, in one reading (for an export of the list).
+    Checked<QList<JournalRow>> allRows(const JournalFilter &filter) const;
     // The totals of the courses that pass, and the gross of each month ("2026-03"), in one reading;
     // the gross in euro once any course is, the leva of the months before the changeover converted.
     Checked<JournalSummary> summary(const JournalFilter &filter) const;

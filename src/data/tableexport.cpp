@@ -5,6 +5,7 @@
 #include "core/valueformat.h"
 
 #include <QFile>
+#include <algorithm>
 #include <QRegularExpression>
 #include <QSaveFile>
 #include <xlsxwriter.h>
@@ -31,9 +32,7 @@ QString csvText(const ExportColumn &column, const QVariant &value)
         const double number = value.toDouble(&ok);
         if (!ok)
             return value.toString();
-        QString format = QStringLiteral("0,") + QString(column.decimals, QLatin1Char('0'))
-                         + QString(column.extraDecimals, QLatin1Char('#'));
-        return formatReportValue(number, column.decimals + column.extraDecimals > 0 ? format : QStringLiteral("0"));
+        return formatNumber(number, column.decimals, column.decimals + column.extraDecimals);
     }
     case ExportColumn::Kind::Date: {
         const QDate date = dateOfValue(value);
@@ -49,8 +48,14 @@ QString csvText(const ExportColumn &column, const QVariant &value)
 
 QString csvQuoted(const QString &text)
 {
-    static const QRegularExpression needsQuotes(QStringLiteral("[;\"\\r\\n]|^\\s|\\s$"));
-    if (!needsQuotes.match(text).hasMatch())
+    // Quoted when it holds a separator, a quote or a line break, or starts or ends with a blank.
+    const bool needsQuotes = !text.isEmpty()
+                             && (text.front().isSpace() || text.back().isSpace()
+                                 || std::any_of(text.cbegin(), text.cend(), [](QChar c) {
+                                        return c == QLatin1Char(';') || c == QLatin1Char('"') || c == QLatin1Char('\r')
+                                               || c == QLatin1Char('\n');
+                                    }));
+    if (!needsQuotes)
         return text;
     QString quoted = text;
     quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
