@@ -38,10 +38,13 @@ int main(int argc, char *argv[])
         std::printf("  + unpaid: %.0f ms (%d rows)\n", bench::ms(timer), journal.model()->rowCount());
         timer.restart();
         truck->clear();
-        paid->setCurrentIndex(0);
         journal.applyFilter();
         journal.grid()->viewport()->repaint();
-        std::printf("  conditions cleared: %.0f ms\n", bench::ms(timer));
+        std::printf("  truck condition cleared: %.0f ms (%d rows)\n", bench::ms(timer), journal.model()->rowCount());
+        timer.restart();
+        paid->setCurrentIndex(0);
+        journal.grid()->viewport()->repaint();
+        std::printf("  paid condition cleared, every course: %.0f ms (%d rows)\n", bench::ms(timer), journal.model()->rowCount());
 
         double slowest = 0;
         QString slowestColumn;
