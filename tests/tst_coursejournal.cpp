@@ -1,4 +1,6 @@
 #include "courses/coursejournal.h"
+#include "core/currency.h"
+#include "core/formats.h"
 #include "courses/kurs.h"
 #include "forms/recordform.h"
 #include "forms/messageservice.h"
@@ -8,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QTableView>
@@ -258,6 +261,47 @@ private slots:
         QCOMPARE(lines.at(5), QStringLiteral("01.04.2026;Иван Петров;СА 1234 ВК;Д'Аргос ООД;София - Перник;Пясък;10,000;25;0,125;31,25;0000000000;Не;Не"));
         QCOMPARE(lines.at(8), QStringLiteral("Всичко:;;;;;;67,750;402;;302,60;;;"));
         QVERIFY(journal.exportTo(dir.filePath(QStringLiteral("журнал.xlsx"))));
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    // Across the changeover the file's total is the one under the grid, to the cent, with the note.
+    void aSpreadsheetAcrossTheChangeoverTotalsAsTheScreen()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        // Two leva courses of a stotinka: converted one by one they would add two cents, the
+        // month's leva converted once adds one.
+        QSqlQuery query(scratch.db());
+        for (int i = 0; i < 2; ++i) {
+            query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
+                                         "procent, neto, Fakt, NomFakt, plat, Doc) "
+                                         "VALUES (?, '007', 'СА 1234 ВК', 'Арго ООД', 'а', 'б', 1, 1, 0.01, 0.01, 0, 0, ?, "
+                                         "'0000000000', ?, ?)"));
+            query.addBindValue(QDate(2026, 3, 2));
+            query.addBindValue(false);
+            query.addBindValue(false);
+            query.addBindValue(false);
+            QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
+        }
+        setBooksChangeover(Changeover{QDate(2026, 3, 3)});
+        const auto restore = qScopeGuard([] { setBooksChangeover(Changeover{}); });
+        RecordingMessageService messages;
+        CourseJournal journal(scratch.db());
+        journal.refreshSummary();
+        QCOMPARE(journal.totals().currency, Currency::Euro);
+        QVERIFY(journal.totals().converted);
+        QTemporaryDir dir;
+        const QString csv = dir.filePath(QStringLiteral("журнал.csv"));
+        QVERIFY(journal.exportTo(csv));
+        QFile file(csv);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QStringList lines = QString::fromUtf8(file.readAll().mid(3)).split(QStringLiteral("\r\n"));
+        const QString total = lines.at(10);
+        QVERIFY2(total.startsWith(QStringLiteral("Всичко:;;;;;;69,750;404;;")), qPrintable(total));
+        QCOMPARE(total.section(QLatin1Char(';'), 9, 9), formatAmount(journal.totals().gross));
+        QVERIFY(total.endsWith(QStringLiteral(";евро")));
+        QCOMPARE(lines.at(11), conversionNote(booksChangeover(), Currency::Euro));
+        QVERIFY(journal.findChild<QLabel *>(QStringLiteral("lblTotals"))->text().contains(formatAmount(journal.totals().gross)));
         QVERIFY(messages.shown.isEmpty());
     }
 };

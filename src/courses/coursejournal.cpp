@@ -9,7 +9,7 @@
 #include <cmath>
 
 #include <QBarCategoryAxis>
-#include <QBarSeries>
+#include <QHorizontalBarSeries>
 #include <QBarSet>
 #include <QChart>
 #include <QChartView>
@@ -33,7 +33,7 @@ namespace zarek {
 
 namespace {
 
-const int columnWidths[journalColumnCount] = {80, 190, 90, 160, 180, 120, 70, 55, 60, 80, 90, 45, 50};
+const int columnWidths[journalColumnCount] = {80, 170, 90, 160, 180, 120, 70, 55, 95, 85, 90, 45, 50};
 // The chart shows at most this many months, the latest of the rows shown.
 constexpr int chartMonths = 12;
 
@@ -227,9 +227,9 @@ void CourseJournal::showTotals()
 void CourseJournal::showChart()
 {
     auto *chart = new QChart;
-    chart->setTitle(m_months.size() > chartMonths ? QStringLiteral("Бруто по месеци (последните %1)").arg(chartMonths)
-                                                  : QStringLiteral("Бруто по месеци"));
+    chart->setTitle(QStringLiteral("Бруто по месеци"));
     chart->legend()->hide();
+    // Months down the side, bars across: a month's name reads level in a narrow panel.
     auto *set = new QBarSet(QStringLiteral("Бруто"));
     QStringList categories;
     double highest = 0;
@@ -238,21 +238,29 @@ void CourseJournal::showChart()
         categories.append(month.mid(5, 2) + QLatin1Char('.') + month.left(4));
         highest = std::max(highest, gross);
     }
-    auto *series = new QBarSeries;
+    auto *series = new QHorizontalBarSeries;
     series->append(set);
     chart->addSeries(series);
-    auto *axisX = new QBarCategoryAxis;
-    axisX->append(categories);
-    axisX->setLabelsAngle(-90);
-    chart->addAxis(axisX, Qt::AlignBottom);
-    series->attachAxis(axisX);
-    auto *axisY = new QValueAxis;
-    axisY->setRange(0, highest > 0 ? highest * 1.1 : 1);
-    axisY->setLabelFormat(QStringLiteral("%.0f"));
-    axisY->applyNiceNumbers();
-    axisY->setTitleText(amountUnit(m_totals.currency));
-    chart->addAxis(axisY, Qt::AlignLeft);
-    series->attachAxis(axisY);
+    auto *months = new QBarCategoryAxis;
+    months->append(categories);
+    if (m_months.size() > chartMonths)
+        months->setTitleText(QStringLiteral("последните %1").arg(chartMonths));
+    chart->addAxis(months, Qt::AlignLeft);
+    series->attachAxis(months);
+    auto *amounts = new QValueAxis;
+    amounts->setLabelFormat(QStringLiteral("%.0f"));
+    if (highest > 0) {
+        amounts->setRange(0, highest * 1.1);
+        amounts->applyNiceNumbers();
+        amounts->setTickCount(std::min(amounts->tickCount(), 4));  // room for each figure across
+        amounts->applyNiceNumbers();
+    } else {  // nothing to show: whole numbers, not 0, 0, 1, 1
+        amounts->setRange(0, 3);
+        amounts->setTickCount(4);
+    }
+    amounts->setTitleText(amountUnit(m_totals.currency));
+    chart->addAxis(amounts, Qt::AlignBottom);
+    series->attachAxis(amounts);
     QChart *old = m_chart->chart();
     m_chart->setChart(chart);
     delete old;
@@ -290,22 +298,16 @@ Checked<ExportTable> CourseJournal::exportTable() const
         const JournalRow *found = order->at(row);
         return found ? found->value(static_cast<JournalColumn>(column)) : QVariant();
     };
-    // The totals of exactly the rows written, the gross to the cent: in euro once any course is,
-    // each leva course converted.
-    double tonnes = 0, km = 0;
-    bool anyEuro = false;
-    for (const JournalRow &row : std::as_const(*rows))
-        anyEuro = anyEuro || currencyOn(row.date) == Currency::Euro;
-    CurrencyTotal gross(totalsCurrency(anyEuro));
-    for (const JournalRow &row : std::as_const(*rows)) {
-        tonnes += row.tonnes;
-        km += row.km;
-        gross.add(Money::fromAmount(row.gross), currencyOn(row.date));
-    }
+    // The totals are the ones under the grid, added up the same way (in euro once any course is,
+    // the leva of each month converted once): the file and the screen never differ by a cent.
+    const Checked<JournalSummary> summary = m_store.summary(m_model->filter());
+    if (!summary)
+        return summary.message();
+    const JournalTotals &totals = summary.value().totals;
     table.totals.resize(journalColumnCount);
-    table.totals[int(JournalColumn::Tonnes)] = tonnes;
-    table.totals[int(JournalColumn::Km)] = km;
-    table.totals[int(JournalColumn::Gross)] = gross.total().toDouble();
+    table.totals[int(JournalColumn::Tonnes)] = totals.tonnes;
+    table.totals[int(JournalColumn::Km)] = totals.km;
+    table.totals[int(JournalColumn::Gross)] = totals.gross;
     // Once the books hold both currencies, each course's currency stands in a column of its own.
     if (booksChangeover().isSet()) {
         table.columns.append(ExportColumn{QStringLiteral("Валута"), ExportColumn::Kind::Text, 0});
@@ -315,9 +317,9 @@ Checked<ExportTable> CourseJournal::exportTable() const
             const JournalRow *found = order->at(row);
             return found ? QVariant(amountUnit(currencyOn(found->date))) : QVariant();
         };
-        table.totals.append(amountUnit(gross.currency()));
-        if (gross.converted())
-            table.noteLines.append(conversionNote(booksChangeover(), gross.currency()));
+        table.totals.append(amountUnit(totals.currency));
+        if (totals.converted)
+            table.noteLines.append(conversionNote(booksChangeover(), totals.currency));
     }
     return table;
 }

@@ -57,6 +57,7 @@ QChart *balanceChart(BalansMode mode, const QList<TruckBalance> &balances, Curre
     axisX->append(trucks);
     if (trucks.size() > 6)
         axisX->setLabelsAngle(-90);
+    axisX->setTruncateLabels(false);
     chart->addAxis(axisX, Qt::AlignBottom);
     series->attachAxis(axisX);
     auto *axisY = new QValueAxis;
