@@ -12,6 +12,17 @@
 
 namespace zarek::test {
 
+QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values)
+{
+    QSqlQuery query(db);
+    query.prepare(sql);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    if (!query.exec() || !query.next())
+        return QStringLiteral("<%1>").arg(query.lastError().text());
+    return query.value(0);
+}
+
 namespace {
 
 QString uniqueSuffix()

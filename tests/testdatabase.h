@@ -12,6 +12,10 @@ namespace zarek::test {
 // initTestCase_data(); every test function then runs once on each engine.
 void addEngineRows();
 
+// The first value of the first row of a query with bound values, or "<the error>" (which no
+// expected value equals) when it fails or gives no row.
+QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values = {});
+
 // A fresh, migrated database of its own for one test, removed afterwards. Never the user's.
 class ScratchDatabase {
 public:

@@ -15,22 +15,12 @@
 #include <QTableWidget>
 
 using namespace zarek;
+using zarek::test::scalar;
 
 namespace {
 
 const QDate euroDay(2026, 1, 1);
 const QDateTime runTime(QDate(2026, 1, 2), QTime(8, 0));
-
-QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values = {})
-{
-    QSqlQuery query(db);
-    query.prepare(sql);
-    for (const QVariant &v : values)
-        query.addBindValue(v);
-    if (!query.exec() || !query.next())
-        return QStringLiteral("<%1>").arg(query.lastError().text());
-    return query.value(0);
-}
 
 WarehouseStore storeAt(QSqlDatabase db, const QDate &day)
 {

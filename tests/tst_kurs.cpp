@@ -18,6 +18,7 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::scalar;
 
 namespace {
 
@@ -39,14 +40,6 @@ void addCourse(QSqlDatabase db, const QString &kola, const QString &date, const 
     entry.date = date;
     entry.tarifa = tarifa;
     QVERIFY(CourseStore(db).save(entry, {}, QDate(2026, 1, 1)).ok());
-}
-
-QVariant scalar(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return QStringLiteral("<%1>").arg(query.lastError().text());
-    return query.value(0);
 }
 
 template <typename T = QWidget>

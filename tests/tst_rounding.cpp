@@ -38,6 +38,27 @@ private slots:
         QCOMPARE(roundHalfEven(value, decimals), expected);
     }
 
+    void halfUpRoundsEveryShownHalfAwayFromZero_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<int>("decimals");
+        QTest::addColumn<double>("expected");
+        QTest::newRow("0.125 up") << 0.125 << 2 << 0.13;
+        QTest::newRow("1.005 as shown, not as stored") << 1.005 << 2 << 1.01;
+        QTest::newRow("negative half away from zero") << -0.125 << 2 << -0.13;
+        QTest::newRow("below the half") << 0.1249 << 2 << 0.12;
+        QTest::newRow("carry over") << 9.995 << 2 << 10.0;
+        QTest::newRow("a euro rate of eight decimals") << 0.35 / 1.95583 << 8 << 0.17895216;
+        QTest::newRow("already short") << 0.5 << 3 << 0.5;
+    }
+    void halfUpRoundsEveryShownHalfAwayFromZero()
+    {
+        QFETCH(double, value);
+        QFETCH(int, decimals);
+        QFETCH(double, expected);
+        QCOMPARE(roundHalfUp(value, decimals), expected);
+    }
+
     void moneyShareRoundsHalfToEvenInCents_data()
     {
         QTest::addColumn<qint64>("cents");

@@ -2,11 +2,9 @@
 
 #include "core/dates.h"
 #include "core/formats.h"
+#include "core/rounding.h"
 
-#include <array>
-#include <charconv>
 #include <cmath>
-#include <string>
 
 namespace zarek {
 
@@ -32,39 +30,6 @@ qint64 divide(__int128 numerator, __int128 denominator, Rounding rounding)
     if (awayFromZero)
         ++quotient;
     return static_cast<qint64>(negative ? -quotient : quotient);
-}
-
-// Rounds half away from zero on the decimal value shown (the shortest text that reads back as
-// this double), so 0,0639114... is cut where the user's eye cuts it, not a binary hair off.
-double roundHalfUp(double value, int decimals)
-{
-    if (!std::isfinite(value) || value == 0.0)
-        return value;
-    std::array<char, 400> buffer{};
-    const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), std::fabs(value),
-                                       std::chars_format::fixed);
-    if (written.ec != std::errc())
-        return value;
-    std::string text(buffer.data(), written.ptr);
-    const auto point = text.find('.');
-    if (point == std::string::npos || text.size() - point - 1 <= static_cast<size_t>(decimals))
-        return value;
-    std::string kept = text.substr(0, point) + text.substr(point + 1, decimals);
-    if (text[point + 1 + decimals] >= '5') {
-        auto it = kept.rbegin();
-        for (; it != kept.rend() && *it == '9'; ++it)
-            *it = '0';
-        if (it == kept.rend())
-            kept.insert(kept.begin(), '1');
-        else
-            ++*it;
-    }
-    std::string rounded = kept.substr(0, kept.size() - decimals);
-    if (decimals > 0)
-        rounded += '.' + kept.substr(kept.size() - decimals);
-    double result = 0.0;
-    std::from_chars(rounded.data(), rounded.data() + rounded.size(), result);
-    return value < 0 ? -result : result;
 }
 
 }

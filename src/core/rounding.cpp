@@ -22,17 +22,17 @@ void incrementDigits(std::string &digits)
     digits.insert(digits.begin(), '1');
 }
 
-}
+enum class Tie { ToEven, AwayFromZero };
 
-double roundHalfEven(double value, int decimals)
+// Rounds on the shortest decimal text that reads back as this double: what the user sees, so
+// 2,675 is a half although its binary value lies a hair below it.
+double roundDecimal(double value, int decimals, Tie tie)
 {
     if (!std::isfinite(value) || value == 0.0 || decimals < 0)
         return value;
 
-    // The shortest decimal text that reads back as this double is what the user sees.
     std::array<char, 400> buffer{};
-    const double magnitude = std::fabs(value);
-    const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude,
+    const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), std::fabs(value),
                                        std::chars_format::fixed);
     if (written.ec != std::errc())
         return value;
@@ -48,7 +48,8 @@ double roundHalfEven(double value, int decimals)
     const char next = fraction[decimals];
     const bool restNonZero = fraction.find_first_not_of('0', decimals + 1) != std::string::npos;
     const bool lastOdd = (kept.back() - '0') % 2 == 1;
-    if (next > '5' || (next == '5' && (restNonZero || lastOdd)))
+    const bool up = tie == Tie::AwayFromZero ? next >= '5' : next > '5' || (next == '5' && (restNonZero || lastOdd));
+    if (up)
         incrementDigits(kept);
 
     std::string rounded = kept.substr(0, kept.size() - decimals);
@@ -57,6 +58,18 @@ double roundHalfEven(double value, int decimals)
     double result = 0.0;
     std::from_chars(rounded.data(), rounded.data() + rounded.size(), result);
     return value < 0 ? -result : result;
+}
+
+}
+
+double roundHalfEven(double value, int decimals)
+{
+    return roundDecimal(value, decimals, Tie::ToEven);
+}
+
+double roundHalfUp(double value, int decimals)
+{
+    return roundDecimal(value, decimals, Tie::AwayFromZero);
 }
 
 }

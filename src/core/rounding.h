@@ -6,4 +6,8 @@ namespace zarek {
 
 double roundHalfEven(double value, int decimals);
 
+// Half away from zero on the same decimal value, as the euro conversion rounds rates and prices:
+// 0,0639114... is cut where the user's eye cuts it, not a binary hair off.
+double roundHalfUp(double value, int decimals);
+
 }

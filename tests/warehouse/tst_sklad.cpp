@@ -17,6 +17,7 @@
 #include <QTableWidget>
 
 using namespace zarek;
+using zarek::test::scalar;
 
 namespace {
 
@@ -33,14 +34,6 @@ T *child(QWidget &w, const QString &name)
 
 QLineEdit *field(QWidget &w, int index) { return child<QLineEdit>(w, QStringLiteral("txtFields_%1").arg(index)); }
 QComboBox *combo(QWidget &w, int index) { return child<QComboBox>(w, QStringLiteral("Combo%1").arg(index)); }
-
-QVariant scalar(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return QStringLiteral("<none>");
-    return query.value(0);
-}
 
 // Types a movement into the boxes of a screen in Adding, as the keyboard leaves them.
 void enter(Sklad &screen, const QString &kind, const QString &name, const QString &kol, const QString &edin,

@@ -7,6 +7,7 @@
 #include <random>
 
 using namespace zarek;
+using zarek::test::scalar;
 
 namespace {
 
@@ -28,17 +29,6 @@ StockMovement movement(const QString &name, double kol, double edin, QDate data,
     m.kol = kol;
     m.edin = edin;
     return m;
-}
-
-QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values = {})
-{
-    QSqlQuery query(db);
-    query.prepare(sql);
-    for (const QVariant &v : values)
-        query.addBindValue(v);
-    if (!query.exec() || !query.next())
-        return QStringLiteral("<%1>").arg(query.lastError().text());
-    return query.value(0);
 }
 
 double broi(QSqlDatabase db, const QString &name)

@@ -16,6 +16,7 @@
 #include <QTableView>
 
 using namespace zarek;
+using zarek::test::scalar;
 
 namespace {
 
@@ -54,14 +55,6 @@ void addWaybill(QSqlDatabase db, const QString &listId, const QDate &date, const
     for (const QVariant &value : QVariantList{listId, date, kola, QStringLiteral("Иван Петров Иванов"), km, fuel})
         query.addBindValue(value);
     QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
-}
-
-QVariant scalar(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return QStringLiteral("<%1>").arg(query.lastError().text());
-    return query.value(0);
 }
 
 QStringList texts(const RecordingMessageService &messages)
