@@ -71,11 +71,11 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, const StartState &state, QWi
     adminForm->addRow(QStringLiteral("Повторете паролата:"), m_repeat);
 
     auto *buttons = new QDialogButtonBox(this);
-    QPushButton *create = buttons->addButton(QStringLiteral("Създай"), QDialogButtonBox::AcceptRole);
+    QPushButton *create = buttons->addButton(QStringLiteral("&Създай"), QDialogButtonBox::AcceptRole);
     create->setObjectName(QStringLiteral("cmdCreate"));
     create->setDefault(true);
     if (offerDemo) {
-        QPushButton *demo = buttons->addButton(QStringLiteral("Демонстрационна фирма"), QDialogButtonBox::ActionRole);
+        QPushButton *demo = buttons->addButton(QStringLiteral("&Демонстрационна фирма"), QDialogButtonBox::ActionRole);
         demo->setObjectName(QStringLiteral("cmdDemo"));
         demo->setToolTip(QStringLiteral("Фирма с примерни данни за две години"));
         connect(demo, &QPushButton::clicked, this, [this] {
@@ -83,7 +83,7 @@ FirstStartDialog::FirstStartDialog(QSqlDatabase db, const StartState &state, QWi
             accept();
         });
     }
-    QPushButton *cancel = buttons->addButton(QStringLiteral("Изход"), QDialogButtonBox::RejectRole);
+    QPushButton *cancel = buttons->addButton(QStringLiteral("&Изход"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cmdCancel"));
     connect(create, &QPushButton::clicked, this, &FirstStartDialog::create);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -9,6 +9,8 @@
 #include "app/password.h"
 #include "app/personal.h"
 #include "app/prehodevro.h"
+#include "core/currency.h"
+#include "core/formats.h"
 #include "data/changeoverstore.h"
 #include "core/version.h"
 #include "data/scratchdatabase.h"
@@ -68,9 +70,10 @@ QIcon toolbarIcon(const QString &key)
         {QStringLiteral("NewKurs"), {QStringLiteral("+К"), 1}},
         {QStringLiteral("NewShof"), {QStringLiteral("+Ш"), 1}}, {QStringLiteral("NewL"), {QStringLiteral("+Л"), 1}},
         {QStringLiteral("NewF"), {QStringLiteral("Ф"), 2}},     {QStringLiteral("KM"), {QStringLiteral("км"), 1}},
-        {QStringLiteral("PL"), {QStringLiteral("лв"), 2}},      {QStringLiteral("Save"), {QStringLiteral("⇩"), 3}},
+        {QStringLiteral("Save"), {QStringLiteral("⇩"), 3}},
         {QStringLiteral("Open"), {QStringLiteral("⇧"), 3}}};
-    const auto look = looks.value(key);
+    // Payments show the sign of the money paid today.
+    const auto look = key == QLatin1String("PL") ? std::pair{currencySign(currencyOn(QDate::currentDate())), 2} : looks.value(key);
     const QColor colours[] = {reports, data, money, disk};
     return badgeIcon(look.first, colours[look.second]);
 }
@@ -274,6 +277,10 @@ void FrmMain::refreshChangeover()
     const Checked<Changeover> changeover = loadChangeover(m_db);
     if (changeover)
         setBooksChangeover(changeover.value());
+    if (m_toolBar) {
+        if (QAction *payments = m_toolBar->findChild<QAction *>(QStringLiteral("PL")))
+            payments->setIcon(toolbarIcon(QStringLiteral("PL")));
+    }
 }
 
 // The other windows close first; one that holds typing asks, and "Не" there keeps the program running.
@@ -367,6 +374,7 @@ void FrmMain::registerShellCommands()
         setPanel(QStringLiteral("Преминаване към евро"));
         PrehodEvro screen(m_db, this);
         m_commands->runModal(screen, m_commands->context().helpTopic(QStringLiteral("mnuSpEvro")));
+        refreshChangeover();
     });
     commands.add(QStringLiteral("mnuHelpPerson"), [this] {
         m_commands->showOnce(QStringLiteral("Personal"), [this] { return new Personal(m_db, m_profile, this); }, 0);

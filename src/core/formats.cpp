@@ -39,6 +39,11 @@ QString amountUnit(Currency currency)
     return currency == Currency::Euro ? QStringLiteral("евро") : QStringLiteral("лв.");
 }
 
+QString currencySign(Currency currency)
+{
+    return currency == Currency::Euro ? QStringLiteral("€") : QStringLiteral("лв");
+}
+
 QString amountUnit(const QDate &date)
 {
     return amountUnit(currencyOn(date));

@@ -28,6 +28,8 @@ inline QString formatKm(double value) { return formatFixed(value, 0); }      // 
 QString amountUnit(Currency currency);
 // The unit of an amount of that day in the open books.
 QString amountUnit(const QDate &date);
+// The currency's sign, where a unit must be a glyph (a toolbar badge): "лв" and "€".
+QString currencySign(Currency currency);
 // An amount with its unit where a screen or list puts it right after the number: "275,00лв.",
 // and with a blank before the word in euro: "275,00 евро".
 QString amountText(Money amount, Currency currency);
