@@ -2,6 +2,7 @@
 // same two INSERTs (one transaction per course) on the same connection; prints the figures.
 // SQLite always; PostgreSQL when ZAREK_TEST_PG names a server. Usage: bench_course_save [N]
 
+#include "benchdata.h"
 #include "core/formats.h"
 #include "courses/coursestore.h"
 #include "data/database.h"
@@ -102,27 +103,6 @@ int main(int argc, char *argv[])
 {
     QCoreApplication app(argc, argv);
     const int count = argc > 1 ? QString::fromLatin1(argv[1]).toInt() : 10000;
-
-    QTemporaryDir dir;
-    DatabaseConfig sqlite;
-    sqlite.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
-    run(QStringLiteral("SQLite"), openDatabase(sqlite, QStringLiteral("sqlite")), count);
-
-    const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
-    if (!admin) {
-        std::printf("PostgreSQL skipped: set ZAREK_TEST_PG=postgresql://user@host:port/postgres\n");
-        return 0;
-    }
-    const QString name = QStringLiteral("zarek_bench_%1").arg(QCoreApplication::applicationPid());
-    {
-        QSqlQuery create(openDatabase(*admin, QStringLiteral("admin")));
-        create.exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(name));
-    }
-    DatabaseConfig pg = *admin;
-    pg.databaseName = name;
-    run(QStringLiteral("PostgreSQL"), openDatabase(pg, QStringLiteral("pg")), count);
-    closeDatabase(QStringLiteral("pg"));
-    QSqlQuery drop(QSqlDatabase::database(QStringLiteral("admin")));
-    drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(name));
+    bench::runOnEngines([count](const QString &engine, QSqlDatabase db) { run(engine, db, count); });
     return 0;
 }

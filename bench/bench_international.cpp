@@ -3,7 +3,7 @@
 
 #include "data/database.h"
 #include "data/schema.h"
-#include "forms/messageservice.h"
+#include "printingmessages.h"
 #include "forms/recordform.h"
 #include "international/insidekurs.h"
 #include "international/sendresive.h"
@@ -23,13 +23,6 @@ using namespace zarek;
 namespace {
 
 double ms(const QElapsedTimer &timer) { return timer.nsecsElapsed() / 1e6; }
-
-class PrintingMessages : public MessageService {
-public:
-    void inform(const UserMessage &m) override { std::printf("  message: %s\n", qPrintable(m.text)); }
-    bool ask(const UserMessage &) override { return true; }
-    void beep() override {}
-};
 
 bool fill(QSqlDatabase db, int trips, int firms)
 {
@@ -102,7 +95,7 @@ int main(int argc, char **argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    PrintingMessages messages;
+    bench::PrintingMessages messages;
     MessageService::setInstance(&messages);
     const int trips = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 20000;
     const int firms = argc > 2 ? QString::fromLocal8Bit(argv[2]).toInt() : 5000;

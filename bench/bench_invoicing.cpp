@@ -137,27 +137,6 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     const int count = argc > 1 ? QString::fromLatin1(argv[1]).toInt() : 100000;
-
-    QTemporaryDir dir;
-    DatabaseConfig sqlite;
-    sqlite.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
-    run(QStringLiteral("SQLite"), openDatabase(sqlite, QStringLiteral("sqlite")), count);
-
-    const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
-    if (!admin) {
-        std::printf("PostgreSQL skipped: set ZAREK_TEST_PG=postgresql://user@host:port/postgres\n");
-        return 0;
-    }
-    const QString name = QStringLiteral("zarek_bench_inv_%1").arg(QCoreApplication::applicationPid());
-    {
-        QSqlQuery create(openDatabase(*admin, QStringLiteral("admin")));
-        create.exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(name));
-    }
-    DatabaseConfig pg = *admin;
-    pg.databaseName = name;
-    run(QStringLiteral("PostgreSQL"), openDatabase(pg, QStringLiteral("pg")), count);
-    closeDatabase(QStringLiteral("pg"));
-    QSqlQuery drop(QSqlDatabase::database(QStringLiteral("admin")));
-    drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(name));
+    bench::runOnEngines([count](const QString &engine, QSqlDatabase db) { run(engine, db, count); });
     return 0;
 }

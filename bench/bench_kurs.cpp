@@ -2,7 +2,7 @@
 // large data. Not a test: figures only. Run: bench_kurs [courses...] (default 10000 100000).
 
 #include "benchdata.h"
-#include "forms/messageservice.h"
+#include "printingmessages.h"
 #include "courses/kurs.h"
 #include "forms/recordform.h"
 
@@ -15,14 +15,6 @@ using namespace zarek;
 using zarek::bench::ms;
 
 namespace {
-
-// No box may stop a benchmark; any message is printed instead.
-class PrintingMessages : public MessageService {
-public:
-    void inform(const UserMessage &m) override { std::printf("  message: %s\n", qPrintable(m.text)); }
-    bool ask(const UserMessage &) override { return true; }
-    void beep() override {}
-};
 
 void fillReference(QSqlDatabase db)
 {
@@ -97,7 +89,7 @@ int main(int argc, char **argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    PrintingMessages messages;
+    bench::PrintingMessages messages;
     MessageService::setInstance(&messages);
     const int exitCode = bench::runOnCourseCounts(argc, argv, [](QSqlDatabase db, int count) {
         fillReference(db);

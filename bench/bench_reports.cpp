@@ -4,6 +4,7 @@
 #include "benchdata.h"
 #include "core/firmprofile.h"
 #include "forms/resultgridscreen.h"
+#include "invoicing/faktura.h"
 #include "courses/coursereports.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
@@ -65,23 +66,8 @@ void benchGrid(QSqlDatabase db, int count)
                               "ORDER BY Data"));
     const Checked<RowSet> rows = RowSet::fromQuery(query, QStringLiteral("ГРЕШКА"));
     const double read = ms(total);
-    ResultGridConfig config;
-    config.formName = QStringLiteral("Faktura");
-    config.columns = {
-        {QStringLiteral("Data"), QStringLiteral("Дата"), 1200, {}, Qt::AlignLeft},
-        {QStringLiteral("Marsh"), QStringLiteral("Маршрут"), 2600, {}, Qt::AlignLeft},
-        {QStringLiteral("Tovar"), QStringLiteral("Товар"), 2050, {}, Qt::AlignLeft},
-        {QStringLiteral("kola"), QStringLiteral("Кола"), 1200, {}, Qt::AlignHCenter},
-        {QStringLiteral("KM"), QStringLiteral("Км"), 750, QStringLiteral("###0"), Qt::AlignRight},
-        {QStringLiteral("Ton"), QStringLiteral("Тонаж"), 900, QStringLiteral("###0.000"), Qt::AlignRight},
-        {QStringLiteral("Tarifa"), QStringLiteral("Тар."), 750, QStringLiteral("###0.000"), Qt::AlignRight},
-        {QStringLiteral("bruto"), QStringLiteral("Сума"), 900, QStringLiteral("###0.00"), Qt::AlignRight},
-        {QStringLiteral("Fakt"), QStringLiteral("Факт."), 650, {}, Qt::AlignHCenter, false, false, true},
-        {QStringLiteral("NomFakt"), {}, 0, {}, Qt::AlignLeft, false, true},
-    };
-    config.flagField = QStringLiteral("Fakt");
-    config.amountField = QStringLiteral("bruto");
-    config.sumCaption = QStringLiteral("Сума за плащане:");
+    // The invoicing screen's grid: the widest result grid with marking and a running sum.
+    const ResultGridConfig config = Faktura::config(FakturaMode::FaktNew, SearchConditions{});
     QElapsedTimer open;
     open.start();
     ResultGridScreen screen(config);

@@ -146,29 +146,6 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     const int count = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : 100000;
-    {
-        QTemporaryDir dir;
-        DatabaseConfig sqlite;
-        sqlite.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
-        run("SQLite", openDatabase(sqlite, QStringLiteral("sqlite")), count);
-    }
-    closeDatabase(QStringLiteral("sqlite"));
-
-    const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
-    if (!admin) {
-        std::printf("PostgreSQL skipped: set ZAREK_TEST_PG=postgresql://user@host:port/postgres\n");
-        return 0;
-    }
-    const QString name = QStringLiteral("zarek_bench_settlement_%1").arg(QCoreApplication::applicationPid());
-    {
-        QSqlQuery create(openDatabase(*admin, QStringLiteral("admin")));
-        create.exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(name));
-    }
-    DatabaseConfig pg = *admin;
-    pg.databaseName = name;
-    run("PostgreSQL", openDatabase(pg, QStringLiteral("pg")), count);
-    closeDatabase(QStringLiteral("pg"));
-    QSqlQuery drop(QSqlDatabase::database(QStringLiteral("admin")));
-    drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(name));
+    bench::runOnEngines([count](const QString &engine, QSqlDatabase db) { run(qPrintable(engine), db, count); });
     return 0;
 }

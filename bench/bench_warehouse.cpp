@@ -327,27 +327,6 @@ void run(const QString &engine, QSqlDatabase db)
 int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
-    QTemporaryDir dir;
-    DatabaseConfig sqlite;
-    sqlite.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
-    run(QStringLiteral("SQLite"), openDatabase(sqlite, QStringLiteral("sqlite")));
-    closeDatabase(QStringLiteral("sqlite"));
-
-    const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
-    if (!admin) {
-        std::printf("PostgreSQL skipped: set ZAREK_TEST_PG=postgresql://user@host:port/postgres\n");
-        return 0;
-    }
-    const QString name = QStringLiteral("zarek_bench_%1").arg(QCoreApplication::applicationPid());
-    {
-        QSqlQuery create(openDatabase(*admin, QStringLiteral("admin")));
-        create.exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(name));
-    }
-    DatabaseConfig pg = *admin;
-    pg.databaseName = name;
-    run(QStringLiteral("PostgreSQL"), openDatabase(pg, QStringLiteral("pg")));
-    closeDatabase(QStringLiteral("pg"));
-    QSqlQuery drop(QSqlDatabase::database(QStringLiteral("admin")));
-    drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(name));
+    bench::runOnEngines([](const QString &engine, QSqlDatabase db) { run(engine, db); });
     return 0;
 }

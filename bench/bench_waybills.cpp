@@ -6,7 +6,7 @@
 #include "benchdata.h"
 #include "core/firmprofile.h"
 #include "data/scratchdatabase.h"
-#include "forms/messageservice.h"
+#include "printingmessages.h"
 #include "forms/recordform.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
@@ -23,13 +23,6 @@ using namespace zarek;
 using zarek::bench::ms;
 
 namespace {
-
-class PrintingMessages : public MessageService {
-public:
-    void inform(const UserMessage &m) override { std::printf("  message: %s\n", qPrintable(m.text)); }
-    bool ask(const UserMessage &) override { return true; }
-    void beep() override {}
-};
 
 const QStringList trucks = {"СА 1234 ВК", "РК 5678 ВС", "РК 9012 КМ", "СО 3456 АР", "ВТ 7890 ХА",
                             "РВ 1111 АА", "РВ 2222 ВВ", "ЕН 3333 СС", "Е 4444 КК",  "СТ 5555 ММ"};
@@ -76,7 +69,7 @@ bool fillWaybills(QSqlDatabase db, int count)
 
 void benchWaybills(QSqlDatabase db, const char *engine, int count)
 {
-    PrintingMessages messages;
+    bench::PrintingMessages messages;
     MessageService::setInstance(&messages);
     // Opening: from the command to the newest waybill painted. Best of three after a warm-up.
     double open = 1e9;
@@ -155,58 +148,24 @@ int main(int argc, char **argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    QList<int> sizes;
-    for (int i = 1; i < argc; ++i)
-        sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
-    if (sizes.isEmpty())
-        sizes = {20000};
-    for (const int count : sizes) {
-        QList<std::pair<const char *, DatabaseConfig>> engines;
-        QTemporaryDir dir;
-        DatabaseConfig sqlite;
-        sqlite.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
-        engines.append({"SQLite", sqlite});
-        std::optional<DatabaseConfig> pg;
-        QString pgName;
-        if (const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"))) {
-            pgName = QStringLiteral("zarek_bench_") + QUuid::createUuid().toString(QUuid::Id128).left(10);
-            {
-                QSqlDatabase adminDb = openDatabase(*admin, QStringLiteral("bench_admin"));
-                QSqlQuery(adminDb).exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(pgName));
+    int failed = 0;
+    for (const int count : bench::courseCounts(argc, argv, {20000})) {
+        bench::runOnEngines([&](const QString &engine, QSqlDatabase db) {
+            if (failed || !bench::migrated(db)) {
+                failed = 1;
+                return;
             }
-            closeDatabase(QStringLiteral("bench_admin"));
-            DatabaseConfig config = *admin;
-            config.databaseName = pgName;
-            engines.append({"PostgreSQL", config});
-        }
-        for (const auto &[engine, config] : engines) {
-            const QString connection = QStringLiteral("bench_%1_%2").arg(QString::fromLatin1(engine)).arg(count);
-            {
-                QSqlDatabase db = openDatabase(config, connection);
-                QString error;
-                if (!db.isOpen() || !migrateSchema(db, &error)) {
-                    std::fprintf(stderr, "database: %s\n", qPrintable(error));
-                    return 1;
-                }
-                QElapsedTimer fill;
-                fill.start();
-                if (!fillWaybills(db, count)) {
-                    std::fprintf(stderr, "fill: %s\n", qPrintable(db.lastError().text()));
-                    return 1;
-                }
-                std::printf("%-10s filled %d waybills with %d lines in %.0f ms\n", engine, count, count * 5, ms(fill));
-                benchWaybills(db, engine, count);
+            QElapsedTimer fill;
+            fill.start();
+            if (!fillWaybills(db, count)) {
+                std::fprintf(stderr, "fill: %s\n", qPrintable(db.lastError().text()));
+                failed = 1;
+                return;
             }
-            closeDatabase(connection);
-        }
-        if (!pgName.isEmpty()) {
-            const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
-            {
-                QSqlDatabase adminDb = openDatabase(*admin, QStringLiteral("bench_admin"));
-                QSqlQuery(adminDb).exec(QStringLiteral("DROP DATABASE %1").arg(pgName));
-            }
-            closeDatabase(QStringLiteral("bench_admin"));
-        }
+            std::printf("%-10s filled %d waybills with %d lines in %.0f ms\n", qPrintable(engine), count, count * 5,
+                        ms(fill));
+            benchWaybills(db, qPrintable(engine), count);
+        });
     }
-    return 0;
+    return failed;
 }

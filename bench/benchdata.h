@@ -4,6 +4,7 @@
 // routes and cargoes, nine drivers, spread over two years.
 
 #include "data/database.h"
+#include "data/dialect.h"
 #include "data/schema.h"
 
 #include <QCoreApplication>
@@ -55,94 +56,95 @@ inline bool fillCourses(QSqlDatabase db, int count)
     return db.commit();
 }
 
-// Runs the benchmark once per count of courses given on the command line (default 10,000 and
-// 100,000), each on a fresh SQLite file filled with that many courses. The exit code of the program.
-inline int runOnCourseCounts(int argc, char **argv, const std::function<void(QSqlDatabase db, int count)> &bench)
+// The bench once on a new SQLite file, and once more on a new PostgreSQL database of its own when
+// ZAREK_TEST_PG names a server (dropped afterwards). The databases are empty, not yet migrated;
+// each connection is closed when its bench returns.
+inline void runOnEngines(const std::function<void(const QString &engine, QSqlDatabase db)> &bench, bool sqliteOnly = false)
 {
-    QList<int> sizes;
-    for (int i = 1; i < argc; ++i)
-        sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
-    if (sizes.isEmpty())
-        sizes = {10000, 100000};
-    for (const int count : sizes) {
+    static int run = 0;
+    const QString tag = QStringLiteral("%1_%2").arg(QCoreApplication::applicationPid()).arg(++run);
+    {
         QTemporaryDir dir;
         DatabaseConfig config;
         config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
-        const QString connection = QStringLiteral("bench%1").arg(count);
-        {
-            QSqlDatabase db = openDatabase(config, connection);
-            QString error;
-            if (!db.isOpen() || !migrateSchema(db, &error)) {
-                std::fprintf(stderr, "database: %s\n", qPrintable(error));
-                return 1;
-            }
-            QElapsedTimer fill;
-            fill.start();
-            if (!fillCourses(db, count))
-                return 1;
-            std::printf("filled %d courses in %.0f ms\n", count, ms(fill));
-            bench(db, count);
-        }
+        const QString connection = QStringLiteral("bench_lite_") + tag;
+        bench(QStringLiteral("SQLite"), openDatabase(config, connection));
         closeDatabase(connection);
     }
-    return 0;
+    if (sqliteOnly)
+        return;
+    const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
+    if (!admin) {
+        std::printf("PostgreSQL skipped: set ZAREK_TEST_PG=postgresql://user@host:port/postgres\n");
+        return;
+    }
+    const QString name = QStringLiteral("zarek_bench_") + tag;
+    const QString adminConnection = QStringLiteral("bench_admin_") + tag;
+    QSqlQuery(openDatabase(*admin, adminConnection))
+        .exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(name));
+    DatabaseConfig config = *admin;
+    config.databaseName = name;
+    const QString connection = QStringLiteral("bench_pg_") + tag;
+    bench(QStringLiteral("PostgreSQL"), openDatabase(config, connection));
+    closeDatabase(connection);
+    QSqlQuery(QSqlDatabase::database(adminConnection)).exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(name));
+    closeDatabase(adminConnection);
 }
 
-// As runOnCourseCounts, once on SQLite and once more on PostgreSQL when ZAREK_TEST_PG names a
-// server (a database of its own, dropped afterwards). The bench is told the engine's name.
-inline int runOnEnginesAndCourseCounts(int argc, char **argv,
-                                       const std::function<void(const QString &engine, QSqlDatabase db, int count)> &bench)
+// A new database migrated; false, told on stderr, when it cannot be.
+inline bool migrated(QSqlDatabase db)
+{
+    QString error;
+    if (!db.isOpen() || !migrateSchema(db, &error)) {
+        std::fprintf(stderr, "database: %s\n", qPrintable(error.isEmpty() ? db.lastError().text() : error));
+        return false;
+    }
+    return true;
+}
+
+// The counts of courses given on the command line, or the defaults.
+inline QList<int> courseCounts(int argc, char **argv, QList<int> defaults = {10000, 100000})
 {
     QList<int> sizes;
     for (int i = 1; i < argc; ++i)
         sizes.append(QString::fromLocal8Bit(argv[i]).toInt());
-    if (sizes.isEmpty())
-        sizes = {10000, 100000};
-    const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
-    if (!admin)
-        std::printf("PostgreSQL skipped: set ZAREK_TEST_PG=postgresql://user@host:port/postgres\n");
-    for (const int count : sizes) {
-        for (const bool pg : {false, true}) {
-            if (pg && !admin)
-                continue;
-            QTemporaryDir dir;
-            DatabaseConfig config;
-            const QString connection = QStringLiteral("bench%1%2").arg(count).arg(pg ? "pg" : "lite");
-            const QString pgName = QStringLiteral("zarek_bench_%1_%2").arg(QCoreApplication::applicationPid()).arg(count);
-            if (pg) {
-                QSqlQuery create(openDatabase(*admin, QStringLiteral("benchadmin")));
-                create.exec(QStringLiteral("CREATE DATABASE %1 ENCODING 'UTF8' TEMPLATE template0").arg(pgName));
-                config = *admin;
-                config.databaseName = pgName;
-            } else {
-                config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
+    return sizes.isEmpty() ? defaults : sizes;
+}
+
+// Runs the benchmark once per count of courses given on the command line (default 10,000 and
+// 100,000), each on a new database filled with that many courses: on SQLite, and on PostgreSQL
+// too unless sqliteOnly. The bench is told the engine's name. The exit code of the program.
+inline int runOnEnginesAndCourseCounts(int argc, char **argv,
+                                       const std::function<void(const QString &engine, QSqlDatabase db, int count)> &bench,
+                                       bool sqliteOnly = false)
+{
+    int failed = 0;
+    for (const int count : courseCounts(argc, argv)) {
+        runOnEngines([&](const QString &engine, QSqlDatabase db) {
+            if (failed || !migrated(db)) {
+                failed = 1;
+                return;
             }
-            {
-                QSqlDatabase db = openDatabase(config, connection);
-                QString error;
-                if (!db.isOpen() || !migrateSchema(db, &error)) {
-                    std::fprintf(stderr, "database: %s\n", qPrintable(error));
-                    return 1;
-                }
-                QElapsedTimer fill;
-                fill.start();
-                if (!fillCourses(db, count))
-                    return 1;
-                if (pg) {
-                    QSqlQuery analyze(db);
-                    analyze.exec(QStringLiteral("ANALYZE"));
-                }
-                std::printf("%s: filled %d courses in %.0f ms\n", pg ? "PostgreSQL" : "SQLite", count, ms(fill));
-                bench(pg ? QStringLiteral("PostgreSQL") : QStringLiteral("SQLite"), db, count);
+            QElapsedTimer fill;
+            fill.start();
+            if (!fillCourses(db, count)) {
+                failed = 1;
+                return;
             }
-            closeDatabase(connection);
-            if (pg) {
-                QSqlQuery drop(QSqlDatabase::database(QStringLiteral("benchadmin")));
-                drop.exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(pgName));
-            }
-        }
+            if (dialectOf(db) == Dialect::PostgreSQL)
+                QSqlQuery(db).exec(QStringLiteral("ANALYZE"));
+            std::printf("%s: filled %d courses in %.0f ms\n", qPrintable(engine), count, ms(fill));
+            bench(engine, db, count);
+        }, sqliteOnly);
     }
-    return 0;
+    return failed;
+}
+
+// As runOnEnginesAndCourseCounts, on SQLite alone.
+inline int runOnCourseCounts(int argc, char **argv, const std::function<void(QSqlDatabase db, int count)> &bench)
+{
+    return runOnEnginesAndCourseCounts(
+        argc, argv, [&bench](const QString &, QSqlDatabase db, int count) { bench(db, count); }, true);
 }
 
 }

@@ -1,53 +1,36 @@
 #include "searchlists.h"
 
+#include "data/textlist.h"
+
 #include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek::searchlists {
 
-namespace {
-
-QStringList column(QSqlDatabase db, const QString &sql)
-{
-    QStringList values;
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(sql))
-        return values;
-    while (query.next()) {
-        const QString value = query.value(0).toString();
-        if (!value.trimmed().isEmpty())
-            values.append(value);
-    }
-    return values;
-}
-
-}
-
 // Sorted so both engines give the same order; the indexes make DISTINCT cheap on large tables.
 QStringList trucks(QSqlDatabase db)
 {
-    return column(db, QStringLiteral("SELECT DISTINCT kola FROM tabl ORDER BY kola"));
+    return nonBlankTexts(db, QStringLiteral("SELECT DISTINCT kola FROM tabl ORDER BY kola"));
 }
 
 QStringList clients(QSqlDatabase db)
 {
-    return column(db, QStringLiteral("SELECT DISTINCT Klient FROM tabl ORDER BY Klient"));
+    return nonBlankTexts(db, QStringLiteral("SELECT DISTINCT Klient FROM tabl ORDER BY Klient"));
 }
 
 QStringList routes(QSqlDatabase db)
 {
-    return column(db, QStringLiteral("SELECT DISTINCT Marsh FROM tabl ORDER BY Marsh"));
+    return nonBlankTexts(db, QStringLiteral("SELECT DISTINCT Marsh FROM tabl ORDER BY Marsh"));
 }
 
 QStringList cargoes(QSqlDatabase db)
 {
-    return column(db, QStringLiteral("SELECT DISTINCT Tovar FROM tabl ORDER BY Tovar"));
+    return nonBlankTexts(db, QStringLiteral("SELECT DISTINCT Tovar FROM tabl ORDER BY Tovar"));
 }
 
 QStringList invoiceNumbers(QSqlDatabase db)
 {
-    return column(db, QStringLiteral(
+    return nonBlankTexts(db, QStringLiteral(
                           "SELECT DISTINCT NomFakt FROM tabl WHERE NomFakt <> '0000000000' ORDER BY NomFakt DESC"));
 }
 

@@ -4,6 +4,7 @@
 #include "core/dates.h"
 #include "core/docnumber.h"
 #include "core/formats.h"
+#include "forms/boxfocus.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "forms/waitcursor.h"
@@ -129,10 +130,7 @@ void InsideKurs::setUpForm()
     config.write = [this](const RecordRow &row, bool adding) {
         const Checked<RecordRow> written = TripStore(m_db).save(row, adding, saveCaption);
         if (!written && written.message() == tripNumberTakenMessage())
-            QTimer::singleShot(0, field(0), [box = field(0)] {
-                box->setFocus();
-                box->selectAll();
-            });
+            returnToBox(field(0));
         return written;
     };
     m_form = new RecordForm(TripStore(m_db).trips(), config, this);
@@ -315,16 +313,10 @@ void InsideKurs::numberLeft(QWidget *nextFocus)
     QLineEdit *box = field(0);
     if (!isPending() || box->text().trimmed().isEmpty())
         return;
-    const auto backToBox = [box] {
-        QTimer::singleShot(0, box, [box] {
-            box->setFocus();
-            box->selectAll();
-        });
-    };
     const Checked<QString> number = padDocumentNumber(box->text());
     if (!number) {
         MessageService::instance().inform(number.message());
-        backToBox();
+        returnToBox(box);
         return;
     }
     box->setText(number.value());
@@ -340,7 +332,7 @@ void InsideKurs::numberLeft(QWidget *nextFocus)
     }
     if (taken.value()) {
         MessageService::instance().inform(tripNumberTakenMessage());
-        backToBox();
+        returnToBox(box);
     }
 }
 

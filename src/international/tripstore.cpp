@@ -1,6 +1,7 @@
 #include "tripstore.h"
 
 #include "data/sqlerror.h"
+#include "data/textlist.h"
 #include "data/transaction.h"
 
 #include <QSqlQuery>
@@ -96,17 +97,7 @@ Checked<QList<FirmAddress>> TripStore::firms() const
 
 QStringList TripStore::column(const QString &sql) const
 {
-    QStringList values;
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (!query.exec(sql))
-        return values;
-    while (query.next()) {
-        const QString value = query.value(0).toString();
-        if (!value.trimmed().isEmpty())
-            values.append(value);
-    }
-    return values;
+    return nonBlankTexts(m_db, sql);
 }
 
 QStringList TripStore::driverNames() const

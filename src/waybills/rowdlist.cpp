@@ -6,6 +6,7 @@
 #include "core/docnumber.h"
 #include "core/formats.h"
 #include "core/version.h"
+#include "forms/boxfocus.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "forms/waitcursor.h"
@@ -421,16 +422,10 @@ void RowdList::onNumberLeft()
     if (state == RecordFormState::Browsing || field(4)->text().trimmed().isEmpty())
         return;
     QLineEdit *box = field(4);
-    const auto backToBox = [box] {
-        QTimer::singleShot(0, box, [box] {
-            box->setFocus();
-            box->selectAll();
-        });
-    };
     const Checked<QString> number = padDocumentNumber(box->text());
     if (!number) {
         inform(number.message());
-        backToBox();
+        returnToBox(box);
         return;
     }
     const Checked<bool> taken = m_store.numberTaken(number.value());
@@ -446,7 +441,7 @@ void RowdList::onNumberLeft()
                          && current->values.value(QStringLiteral("ListID")).toString() == number.value()
                          && !m_store.numberTaken(number.value(), current->id).value();
         if (!own)
-            backToBox();
+            returnToBox(box);
     } else if (state == RecordFormState::Adding) {
         linesFollow(number.value());
     }
