@@ -4,6 +4,7 @@
 #include "data/schema.h"
 
 #include <QCoreApplication>
+#include <QDebug>
 #include <QDir>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -11,6 +12,32 @@
 #include <QUuid>
 
 namespace zarek::test {
+
+bool execAll(QSqlDatabase db, const QStringList &statements)
+{
+    QSqlQuery query(db);
+    for (const QString &sql : statements) {
+        if (!query.exec(sql)) {
+            qWarning() << sql << query.lastError().text();
+            return false;
+        }
+    }
+    return true;
+}
+
+bool makePlainSqliteFile(const QString &path, const QStringList &statements)
+{
+    const QString connection = QStringLiteral("plain-file");
+    bool ok = false;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
+        db.setDatabaseName(path);
+        ok = db.open() && execAll(db, statements);
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(connection);
+    return ok;
+}
 
 QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values)
 {

@@ -16,6 +16,13 @@ void addEngineRows();
 // expected value equals) when it fails or gives no row.
 QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values = {});
 
+// Runs each statement in turn; false, with the failing statement and its error in the log, at
+// the first that fails.
+bool execAll(QSqlDatabase db, const QStringList &statements);
+
+// A plain SQLite file at path made with statements (no schema of ours), closed again.
+bool makePlainSqliteFile(const QString &path, const QStringList &statements);
+
 // A fresh, migrated database of its own for one test, removed afterwards. Never the user's.
 class ScratchDatabase {
 public:

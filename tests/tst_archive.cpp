@@ -18,6 +18,8 @@
 
 using namespace zarek;
 using zarek::test::countOf;
+using zarek::test::execAll;
+using zarek::test::makePlainSqliteFile;
 using zarek::test::dumpDatabase;
 using zarek::test::fillEveryTable;
 using zarek::test::insertCourse;
@@ -53,36 +55,10 @@ QString restoreFrom(QSqlDatabase db, const QString &archive, const QString &fold
     return QString();
 }
 
-bool execOn(QSqlDatabase db, const QStringList &statements)
-{
-    QSqlQuery query(db);
-    for (const QString &sql : statements) {
-        if (!query.exec(sql)) {
-            qWarning() << sql << query.lastError().text();
-            return false;
-        }
-    }
-    return true;
-}
-
-// A plain SQLite file made with statements, closed again.
-bool makeSqliteFile(const QString &path, const QStringList &statements)
-{
-    bool ok = false;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("made"));
-        db.setDatabaseName(path);
-        ok = db.open() && execOn(db, statements);
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("made"));
-    return ok;
-}
-
 // Statements on a closed archive file.
 bool alterArchive(const QString &path, const QStringList &statements)
 {
-    return makeSqliteFile(path, statements);
+    return makePlainSqliteFile(path, statements);
 }
 
 bool isPostgres(QSqlDatabase db)
@@ -94,10 +70,10 @@ bool isPostgres(QSqlDatabase db)
 bool forceFailureOn(QSqlDatabase db, const QString &event, const QString &when)
 {
     if (!isPostgres(db))
-        return execOn(db, {QStringLiteral("CREATE TRIGGER forced_failure BEFORE %1 ON tabl WHEN %2 "
+        return execAll(db, {QStringLiteral("CREATE TRIGGER forced_failure BEFORE %1 ON tabl WHEN %2 "
                                           "BEGIN SELECT RAISE(ABORT, 'forced failure'); END")
                                .arg(event, when)});
-    return execOn(db, {QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
+    return execAll(db, {QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
                                       "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql"),
                        QStringLiteral("CREATE TRIGGER forced_failure BEFORE %1 ON tabl FOR EACH ROW WHEN (%2) "
                                       "EXECUTE FUNCTION forced_failure()")
@@ -294,10 +270,10 @@ private slots:
                 bytes[i] = char(0x5a);
             QVERIFY(writeBytes(path, bytes));
         } else if (kind == QLatin1String("foreign")) {
-            QVERIFY(makeSqliteFile(path, {QStringLiteral("CREATE TABLE photos (id INTEGER, name TEXT)"),
+            QVERIFY(makePlainSqliteFile(path, {QStringLiteral("CREATE TABLE photos (id INTEGER, name TEXT)"),
                                           QStringLiteral("INSERT INTO photos VALUES (1, 'море.jpg')")}));
         } else if (kind == QLatin1String("bare")) {
-            QVERIFY(makeSqliteFile(path, {QStringLiteral("PRAGMA user_version = 1")}));
+            QVERIFY(makePlainSqliteFile(path, {QStringLiteral("PRAGMA user_version = 1")}));
         } else if (kind == QLatin1String("newer")) {
             QVERIFY(QFile::copy(good, path));
             QVERIFY(alterArchive(path, {QStringLiteral("INSERT INTO zarek_schema (version) VALUES (999)")}));

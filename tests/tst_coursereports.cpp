@@ -1,3 +1,4 @@
+#include "examplefirm.h"
 #include "courses/coursereports.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
@@ -7,21 +8,9 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::exampleFirm;
 
 namespace {
-
-FirmProfile exampleFirm()
-{
-    FirmProfile firm;
-    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
-    firm.UserCity = QStringLiteral("София");
-    firm.UserAdres = QStringLiteral("ул. Искър 12");
-    firm.UserTel = QStringLiteral("02 987 65 43");
-    firm.UserGSM = QStringLiteral("0888 123 456");
-    firm.UserEmail = QStringLiteral("office@petrov.bg");
-    firm.UserURL = QStringLiteral("www.petrov.bg");
-    return firm;
-}
 
 struct Row {
     QDate data;

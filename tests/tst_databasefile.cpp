@@ -12,6 +12,8 @@
 #include <sys/stat.h>
 
 using namespace zarek;
+using zarek::test::execAll;
+using zarek::test::makePlainSqliteFile;
 
 namespace {
 
@@ -35,18 +37,6 @@ DatabaseConfig sqliteAt(const QString &path)
     return config;
 }
 
-bool execAll(QSqlDatabase db, const QStringList &statements)
-{
-    QSqlQuery query(db);
-    for (const QString &sql : statements) {
-        if (!query.exec(sql)) {
-            qWarning() << sql << query.lastError().text();
-            return false;
-        }
-    }
-    return true;
-}
-
 // A Zarek database at path, closed again (its WAL folded into the file).
 bool makeZarekFile(const QString &path, const QStringList &statements = {})
 {
@@ -56,19 +46,6 @@ bool makeZarekFile(const QString &path, const QStringList &statements = {})
         ok = db && execAll(db.value(), statements);
     }
     closeDatabase(QStringLiteral("make"));
-    return ok;
-}
-
-bool makeForeignFile(const QString &path, const QStringList &statements)
-{
-    bool ok = false;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("foreign"));
-        db.setDatabaseName(path);
-        ok = db.open() && execAll(db, statements);
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(QStringLiteral("foreign"));
     return ok;
 }
 
@@ -112,7 +89,7 @@ private slots:
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("firm.db"));
         if (kind == "foreign") {
-            QVERIFY(makeForeignFile(path, {"CREATE TABLE invoices (id INTEGER, total REAL)",
+            QVERIFY(makePlainSqliteFile(path, {"CREATE TABLE invoices (id INTEGER, total REAL)",
                                            "INSERT INTO invoices VALUES (1, 20.5)"}));
         } else if (kind == "empty") {
             QFile file(path);
@@ -138,7 +115,7 @@ private slots:
             QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
                                                     | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther));
         } else if (kind == "bare") {
-            QVERIFY(makeForeignFile(path, {"PRAGMA user_version = 7"}));
+            QVERIFY(makePlainSqliteFile(path, {"PRAGMA user_version = 7"}));
         }
         const FileState before = stateOf(path);
 

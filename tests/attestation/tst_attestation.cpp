@@ -1,3 +1,4 @@
+#include "examplefirm.h"
 #include "attestation/attestationreport.h"
 #include "attestation/birthdate.h"
 #include "reports/reportlayout.h"
@@ -7,21 +8,6 @@
 using namespace zarek;
 
 namespace {
-
-FirmProfile exampleFirm()
-{
-    FirmProfile firm;
-    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
-    firm.UserAdres = QStringLiteral("ул. Искър 12");
-    firm.UserCity = QStringLiteral("София");
-    firm.UserCountry = QStringLiteral("България");
-    firm.UserTel = QStringLiteral("02 987 65 43");
-    firm.UserGSM = QStringLiteral("0888 123 456");
-    firm.UserEmail = QStringLiteral("office@petrov.bg");
-    firm.UserURL = QStringLiteral("www.petrov.bg");
-    firm.UserMOL = QStringLiteral("Петър Петров");
-    return firm;
-}
 
 AttestationSheet exampleSheet(AttestationForm form, AttestationReason reason = AttestationReason::None)
 {
@@ -41,7 +27,7 @@ const QDate today(2026, 3, 16);
 
 LaidOutReport laidOut(const AttestationSheet &sheet)
 {
-    const Checked<Report> report = ReportDAI(sheet, exampleFirm(), today);
+    const Checked<Report> report = ReportDAI(sheet, test::exampleAttestingFirm(), today);
     if (!report)
         qFatal("%s", qPrintable(report.message().text));
     return layoutReport(report.value());
@@ -49,7 +35,7 @@ LaidOutReport laidOut(const AttestationSheet &sheet)
 
 QString caption(const AttestationSheet &sheet, const char *name)
 {
-    return ReportDAI(sheet, exampleFirm(), today).value().control("PageHeader", QString::fromLatin1(name)).caption;
+    return ReportDAI(sheet, test::exampleAttestingFirm(), today).value().control("PageHeader", QString::fromLatin1(name)).caption;
 }
 
 QList<QRectF> primitives(const LaidOutReport &laid, ReportPrimitive::Kind kind)
@@ -137,7 +123,7 @@ private slots:
         QFETCH(QString, box);
         QFETCH(int, top);
         const AttestationSheet sheet = exampleSheet(form, reason);
-        const Report report = ReportDAI(sheet, exampleFirm(), today).value();
+        const Report report = ReportDAI(sheet, test::exampleAttestingFirm(), today).value();
         const LaidOutReport laid = layoutReport(report);
         const QList<QRectF> lines = primitives(laid, ReportPrimitive::Kind::Line);
         const QList<QRectF> boxes = primitives(laid, ReportPrimitive::Kind::Box);

@@ -1,3 +1,4 @@
+#include "examplefirm.h"
 #include "attestation/dai.h"
 #include "forms/messageservice.h"
 #include "reports/reportpreview.h"
@@ -13,20 +14,6 @@
 using namespace zarek;
 
 namespace {
-
-FirmProfile exampleFirm()
-{
-    FirmProfile firm;
-    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
-    firm.UserAdres = QStringLiteral("ул. Искър 12");
-    firm.UserCity = QStringLiteral("София");
-    firm.UserCountry = QStringLiteral("България");
-    firm.UserTel = QStringLiteral("02 987 65 43");
-    firm.UserGSM = QStringLiteral("0888 123 456");
-    firm.UserEmail = QStringLiteral("office@petrov.bg");
-    firm.UserMOL = QStringLiteral("Петър Петров");
-    return firm;
-}
 
 const QDate today(2026, 3, 16);
 
@@ -75,7 +62,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         QCOMPARE(screen.windowTitle(), QStringLiteral("Удостоверение ДАИ"));
         QCOMPARE(screen.form(), AttestationForm::Decision2007);
         QCOMPARE(label(screen, "lblFirmaName"), QStringLiteral("Транспорт Петров ЕООД"));
@@ -112,7 +99,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         screen.show();
         pickDriver(screen, QStringLiteral("Георги Д'Амато"));
         QVERIFY(messages.shown.isEmpty());
@@ -138,7 +125,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         pickDriver(screen, QStringLiteral("Петър Късия"));
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(messages.shown.first().text.section('\n', 0, 0), QStringLiteral("Грешно ЕГН на шофьора!"));
@@ -155,7 +142,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         const Report report = screen.attestationReport().value();
         for (const char *item : {"Label26", "Label28", "Label30"})
             QCOMPARE(report.control("PageHeader", item).caption, QString());
@@ -167,7 +154,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         screen.show();
         const auto crossTop = [&screen] {
             const Report report = screen.attestationReport().value();
@@ -195,7 +182,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
         auto *from = child<QLineEdit>(screen, "Text1_0");
@@ -219,7 +206,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         screen.show();
         screen.setForm(AttestationForm::Decision2009);
         QCOMPARE(label(screen, "lblTitle"), QStringLiteral("УДОСТОВЕРЕНИЕ ЗА ДЕЙНОСТИ"));
@@ -254,7 +241,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         screen.show();
         QString caption;
         int pages = 0;
@@ -274,7 +261,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
-        DAI screen(scratch.db(), exampleFirm(), nullptr, today);
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(messages.shown.first().text, QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
     }

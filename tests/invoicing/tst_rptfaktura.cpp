@@ -1,3 +1,4 @@
+#include "examplefirm.h"
 #include "core/formats.h"
 #include "data/scratchdatabase.h"
 #include "invoicing/invoicestatement.h"
@@ -10,21 +11,9 @@
 #include <QtTest>
 
 using namespace zarek;
+using zarek::test::exampleFirm;
 
 namespace {
-
-FirmProfile exampleFirm()
-{
-    FirmProfile firm;
-    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
-    firm.UserCity = QStringLiteral("София");
-    firm.UserAdres = QStringLiteral("ул. Искър 12");
-    firm.UserTel = QStringLiteral("02 987 65 43");
-    firm.UserGSM = QStringLiteral("0888 123 456");
-    firm.UserEmail = QStringLiteral("office@petrov.bg");
-    firm.UserURL = QStringLiteral("www.petrov.bg");
-    return firm;
-}
 
 StatementLine line(int red, QDate date, const QString &marsh, qint64 cents)
 {

@@ -2,6 +2,7 @@
 
 // Courses of two drivers over March 2006 for the settlement tests, written straight into tabl.
 
+#include "examplefirm.h"
 #include "core/firmprofile.h"
 #include "courses/searchconditions.h"
 
@@ -79,19 +80,6 @@ inline SearchConditions marchOf(const QString &kod)
     conditions.SeekDriverIme = driverName();
     conditions.period = {QDate(2006, 3, 1), QDate(2006, 3, 31)};
     return conditions;
-}
-
-inline FirmProfile exampleFirm()
-{
-    FirmProfile firm;
-    firm.UserName = QStringLiteral("Транспорт Петров ЕООД");
-    firm.UserCity = QStringLiteral("София");
-    firm.UserAdres = QStringLiteral("ул. Искър 12");
-    firm.UserTel = QStringLiteral("02 987 65 43");
-    firm.UserGSM = QStringLiteral("0888 123 456");
-    firm.UserEmail = QStringLiteral("office@petrov.bg");
-    firm.UserURL = QStringLiteral("www.petrov.bg");
-    return firm;
 }
 
 }
