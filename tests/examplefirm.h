@@ -18,6 +18,24 @@ inline FirmProfile exampleFirm()
     return firm;
 }
 
+// The firm of the balance and statement papers, in Перник; one object, for screens that keep a
+// reference to the firm they print.
+inline const FirmProfile &pernikFirm()
+{
+    static const FirmProfile profile = [] {
+        FirmProfile f;
+        f.UserName = QStringLiteral("Транспорт Петров ЕООД");
+        f.UserCity = QStringLiteral("Перник");
+        f.UserAdres = QStringLiteral("ул. Индустриална 14");
+        f.UserTel = QStringLiteral("076 60 11 22");
+        f.UserGSM = QStringLiteral("0888 11 22 33");
+        f.UserEmail = QStringLiteral("office@petrov.bg");
+        f.UserURL = QStringLiteral("www.petrov.bg");
+        return f;
+    }();
+    return profile;
+}
+
 // The same firm as the attestation asks it: with its country and the person who signs for it.
 inline FirmProfile exampleAttestingFirm()
 {

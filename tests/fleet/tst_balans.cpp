@@ -1,3 +1,4 @@
+#include "examplefirm.h"
 #include "data/scratchdatabase.h"
 #include "fleet/balans.h"
 #include "fleet/balansstore.h"
@@ -91,18 +92,7 @@ bool fill(QSqlDatabase db)
 
 const FirmProfile &firm()
 {
-    static const FirmProfile profile = [] {
-        FirmProfile f;
-        f.UserName = QStringLiteral("Транспорт Петров ЕООД");
-        f.UserCity = QStringLiteral("Перник");
-        f.UserAdres = QStringLiteral("ул. Индустриална 14");
-        f.UserTel = QStringLiteral("076 60 11 22");
-        f.UserGSM = QStringLiteral("0888 11 22 33");
-        f.UserEmail = QStringLiteral("office@petrov.bg");
-        f.UserURL = QStringLiteral("www.petrov.bg");
-        return f;
-    }();
-    return profile;
+    return zarek::test::pernikFirm();
 }
 
 std::function<const FirmProfile &()> firmSource()

@@ -3,6 +3,7 @@
 // Courses of March 2006 for the client statement tests: four of "Д'Аргос ООД" in the period, one on
 // each side of it, and one of another client.
 
+#include "examplefirm.h"
 #include "core/firmprofile.h"
 #include "courses/searchconditions.h"
 
@@ -64,18 +65,7 @@ inline zarek::SearchConditions march()
 
 inline const zarek::FirmProfile &firm()
 {
-    static const zarek::FirmProfile profile = [] {
-        zarek::FirmProfile f;
-        f.UserName = QStringLiteral("Транспорт Петров ЕООД");
-        f.UserCity = QStringLiteral("Перник");
-        f.UserAdres = QStringLiteral("ул. Индустриална 14");
-        f.UserTel = QStringLiteral("076 60 11 22");
-        f.UserGSM = QStringLiteral("0888 11 22 33");
-        f.UserEmail = QStringLiteral("office@petrov.bg");
-        f.UserURL = QStringLiteral("www.petrov.bg");
-        return f;
-    }();
-    return profile;
+    return zarek::test::pernikFirm();
 }
 
 // What the register holds, to tell that nothing changed it.
