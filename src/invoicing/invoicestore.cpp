@@ -145,15 +145,7 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
         return failed(transaction.lastError());
 
     if (invoice.kind == InvoiceRecord::Kind::Issue) {
-        // The number is taken first: a second workstation issuing it meanwhile waits here for the
-        // first one's commit and is then refused by the unique index, before it wrote anything.
-        issued.prepare(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"));
-        issued.addBindValue(invoice.number);
-        issued.addBindValue(invoice.klient);
-        issued.addBindValue(stamp.date());
-        if (!issued.exec())
-            return isUniqueViolation(issued.lastError()) ? numberTaken() : failed(issued.lastError());
-        // Courses may carry it from before numbers were recorded: they are another invoice's.
+        // Courses may carry the number from before numbers were recorded: they are another invoice's.
         taken.prepare(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"));
         taken.addBindValue(invoice.number);
         if (!taken.exec() || !taken.next())
@@ -161,6 +153,14 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
         if (taken.value(0).toLongLong() > 0)
             return numberTaken();
         taken.finish();
+        // The number is taken before any course is written: a second workstation issuing it
+        // meanwhile waits here for the first one's commit and is then refused by the unique index.
+        issued.prepare(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"));
+        issued.addBindValue(invoice.number);
+        issued.addBindValue(invoice.klient);
+        issued.addBindValue(stamp.date());
+        if (!issued.exec())
+            return isUniqueViolation(issued.lastError()) ? numberTaken() : failed(issued.lastError());
     }
 
     // Courses that get the same values from the same version go in one statement; the count of
