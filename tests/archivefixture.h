@@ -119,6 +119,9 @@ inline bool fillEveryTable(QSqlDatabase db)
     ok = ok && insertRow(db, QStringLiteral("SkladLots"),
                          {QStringLiteral("IssueID"), QStringLiteral("ReceiptID"), QStringLiteral("Kol"), QStringLiteral("Edin")},
                          {2, 1, 2.5, 12.35});
+    ok = ok && insertRow(db, QStringLiteral("Fakturi"),
+                         {QStringLiteral("NomFakt"), QStringLiteral("Klient"), QStringLiteral("Data")},
+                         {QStringLiteral("0000000042"), QStringLiteral("Д'Аргос ООД"), day});
     return ok;
 }
 

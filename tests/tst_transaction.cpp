@@ -111,6 +111,36 @@ private slots:
         QVERIFY(writer.commit());
         QCOMPARE(rows(db), 1);
     }
+
+    // A transaction takes SQLite's write lock as it begins, before it reads: a second one waits
+    // for it (and here, with a short wait, gives up as busy) instead of reading rows that the
+    // first may change and then failing on its first write with "database is locked".
+    void aTransactionHoldsTheWriteLockFromItsStart()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        QSqlDatabase other = scratch.openSecondConnection();
+        const bool sqlite = db.driverName() == QLatin1String("QSQLITE");
+        if (sqlite)
+            QVERIFY(QSqlQuery(other).exec(QStringLiteral("PRAGMA busy_timeout = 100")));
+        Transaction first(db);
+        QVERIFY(first.isActive());
+        {
+            Transaction second(other);
+            // PostgreSQL locks the rows a transaction writes, not the database.
+            QCOMPARE(second.isActive(), !sqlite);
+            QCOMPARE(second.timedOut(), sqlite);
+        }
+        QVERIFY(insert(db, QStringLiteral("A")));
+        QVERIFY(first.commit());
+        // Once the first has committed, the second begins and sees its row.
+        Transaction second(other);
+        QVERIFY(second.isActive());
+        QCOMPARE(rows(other), 1);
+        QVERIFY(insert(other, QStringLiteral("B")));
+        QVERIFY(second.commit());
+        QCOMPARE(rows(db), 2);
+    }
 };
 
 QTEST_GUILESS_MAIN(TransactionTest)

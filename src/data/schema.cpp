@@ -111,6 +111,18 @@ const std::vector<Migration> &migrations()
                            "Edin {REAL} NOT NULL)"),
             QStringLiteral("CREATE UNIQUE INDEX evrosklad_receipt ON EvroSklad (ReceiptID)"),
         }},
+        {5, {  // every invoice number issued, once: two workstations can never issue the same number
+            // A number, the client it was issued to and the day; kept when the year close deletes
+            // the courses, so numbering goes on from the last number of the year before.
+            QStringLiteral("CREATE TABLE Fakturi (id {ID}, row_version {VERSION}, NomFakt {TEXT} NOT NULL, "
+                           "Klient {TEXT}, Data {DATE})"),
+            QStringLiteral("CREATE UNIQUE INDEX fakturi_nomfakt ON Fakturi (NomFakt)"),
+            // The invoices issued so far, from their courses (a number found on two clients' courses
+            // stays recorded once, for the first client by name).
+            QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) SELECT NomFakt, MIN(Klient), MAX(DateMod) "
+                           "FROM tabl WHERE NomFakt <> '0000000000' AND TRIM(NomFakt) <> '' GROUP BY NomFakt "
+                           "ORDER BY NomFakt"),
+        }},
     };
     return list;
 }
@@ -141,7 +153,8 @@ QStringList mainTables()
     return {QStringLiteral("tabl"),  QStringLiteral("shof"),     QStringLiteral("Config"),
             QStringLiteral("Tarifi"), QStringLiteral("ZarekCfg"), QStringLiteral("Users"),
             QStringLiteral("Sklad"), QStringLiteral("Nalich"),   QStringLiteral("RowdList"),
-            QStringLiteral("Marsh"), QStringLiteral("ExternalKurs"), QStringLiteral("Firms")};
+            QStringLiteral("Marsh"), QStringLiteral("ExternalKurs"), QStringLiteral("Firms"),
+            QStringLiteral("Fakturi")};
 }
 
 int latestSchemaVersion()

@@ -50,12 +50,15 @@ Transaction::Transaction(QSqlDatabase db, Lock lock) : m_db(std::move(db)), m_co
         return;
     }
 
-    if (lock == Lock::None) {
+    if (dialectOf(m_db) == Dialect::SQLite) {
+        // The write lock before the first read: a transaction that read under a shared lock and
+        // then writes after another copy wrote fails at once with "database is locked" (the busy
+        // timeout cannot help it), while one that waits for the lock here sees the other's rows.
+        m_active = exec(QStringLiteral("BEGIN IMMEDIATE"));
+    } else if (lock == Lock::None) {
         m_active = m_db.transaction();
         if (!m_active)
             m_error = m_db.lastError();
-    } else if (dialectOf(m_db) == Dialect::SQLite) {
-        m_active = exec(QStringLiteral("BEGIN IMMEDIATE"));
     } else {
         m_active = exec(QStringLiteral("BEGIN"));
         if (m_active) {

@@ -6,12 +6,16 @@
 namespace zarek {
 
 // Writes that belong together: begun on construction, rolled back unless commit() succeeds.
+// Every transaction is one that writes: on SQLite it takes the database's write lock as it begins
+// (BEGIN IMMEDIATE), waiting up to the busy timeout while another copy of the program writes, so
+// what it reads stays true until it commits and its writes never meet "database is locked".
 // Transactions nest: one begun while another is open on the same connection is a savepoint of
 // it, so a routine that writes in a transaction of its own can run inside a larger one (the demo
 // firm saves each course through the course store, and all of it is one transaction).
 class Transaction {
 public:
     enum class Lock {
+        // The engine's own locks: SQLite's write lock (as above), PostgreSQL's row locks.
         None,
         // Only one such transaction at a time across every copy of the program: SQLite takes its
         // write lock before anything is read (BEGIN IMMEDIATE, waiting up to the busy timeout),

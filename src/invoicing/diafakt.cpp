@@ -28,18 +28,21 @@ DiaFakt::DiaFakt(QStringList usedNumbers, QWidget *parent)
     m_combo->setObjectName(QStringLiteral("Combo1"));
     m_combo->setEditable(true);
     m_combo->setInsertPolicy(QComboBox::NoInsert);
+    // No inline completion: with the number shown selected it would take Enter for itself.
+    m_combo->setCompleter(nullptr);
     m_combo->setMaxVisibleItems(15);
     m_combo->lineEdit()->setMaxLength(20);  // longer texts are refused with a message, not cut unseen
-    m_combo->addItems(m_used);
-    m_combo->setCurrentIndex(m_used.isEmpty() ? -1 : 0);
+    // The free numbers, the next one shown: a used number would only be refused.
+    m_combo->addItems(offeredInvoiceNumbers(m_used));
+    m_combo->setCurrentIndex(0);
     m_combo->setMinimumWidth(200);
 
     m_ok = new QPushButton(QStringLiteral("OK"), this);
     m_ok->setObjectName(QStringLiteral("OKButton"));
-    m_ok->setAutoDefault(false);
+    m_ok->setDefault(true);  // Enter takes the number shown or typed; Esc is "Отказ"
     m_cancel = new QPushButton(QStringLiteral("Отказ"), this);
     m_cancel->setObjectName(QStringLiteral("CancelButton"));
-    m_cancel->setDefault(true);
+    m_cancel->setAutoDefault(false);
     connect(m_ok, &QPushButton::clicked, this, &DiaFakt::accept);
     connect(m_cancel, &QPushButton::clicked, this, &DiaFakt::reject);
 

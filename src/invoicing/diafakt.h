@@ -9,9 +9,9 @@ class QPushButton;
 
 namespace zarek {
 
-// "Номер на фактурата": the used invoice numbers, highest first, the highest shown for editing
-// into the next one. OK takes a number only when it is a number of up to ten digits that no
-// invoice has yet; "Отказ" is the default button.
+// "Номер на фактурата": the free invoice numbers, the one after the highest used shown, the
+// numbers left free below it listed after it. OK, the default button (Enter), takes a number only
+// when it is a number of up to ten digits that no invoice has yet; "Отказ" or Esc takes none.
 class DiaFakt : public QDialog {
     Q_OBJECT
 public:

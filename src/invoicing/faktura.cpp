@@ -7,11 +7,13 @@
 #include "forms/messageservice.h"
 #include "forms/waitcursor.h"
 #include "invoicing/diafakt.h"
+#include "invoicing/invoicenumber.h"
 #include "invoicing/invoicestatement.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 
 #include <QHash>
+#include <algorithm>
 #include <QPushButton>
 
 namespace zarek {
@@ -146,6 +148,8 @@ void Faktura::chooseNumber()
     // Cancelling keeps a number chosen earlier: a printed invoice never loses its number.
     if (!dialog.FaktChosen())
         return;
+    if (dialog.NomFakt() != m_number)
+        m_statement.clear();  // a statement printed under another number makes no invoice of this one
     m_number = dialog.NomFakt();
     m_chosen = true;
     printButton()->setEnabled(true);
@@ -157,6 +161,7 @@ void Faktura::print()
     m_printed = true;
     const QList<StatementLine> lines = statementLines(model()->rows());
     if (lines.isEmpty()) {
+        m_statement.clear();
         MessageService::instance().inform(
             UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма курсове за фактуриране!")});
         return;
@@ -164,7 +169,6 @@ void Faktura::print()
     const StatementMoney money =
         m_mode == FakturaMode::EditFakt ? statementMoney(lines, std::nullopt, m_invoiceCurrency)
                                         : statementMoney(lines, currencyOn(clock().date()));
-    m_printedCurrency = money.currency;
     Checked<Report> report = [&]() -> Checked<Report> {
         WaitCursor wait;
         if (const auto refusal = fillTempPlaten(m_scratch, lines, money.mixed))
@@ -176,8 +180,22 @@ void Faktura::print()
         MessageService::instance().inform(report.message());
         return;
     }
+    m_statement = markedCourses();
+    m_printedCurrency = money.currency;
     if (showStatement)
         showStatement(report.value());
+}
+
+QList<qint64> Faktura::markedCourses() const
+{
+    const RowSet &rows = model()->rows();
+    const int id = rows.column(QStringLiteral("id"));
+    QList<qint64> ids;
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        if (model()->isMarked(row))
+            ids.append(rows.value(row, id).toLongLong());
+    }
+    return ids;
 }
 
 bool Faktura::settle()
@@ -189,7 +207,8 @@ bool Faktura::settle()
     held.reserve(rows.rowCount());
     for (int row = 0; row < rows.rowCount(); ++row)
         held.append({rows.value(row, id).toLongLong(), rows.value(row, version).toLongLong(), model()->isMarked(row)});
-    const Checked<QList<CourseWrite>> writes = closingWrites({m_mode, changed(), m_printed, m_number}, held);
+    const Checked<QList<CourseWrite>> writes =
+        closingWrites({m_mode, changed(), m_printed, m_number, m_statement}, held);
     if (!writes) {
         MessageService::instance().inform(writes.message());
         return false;
@@ -199,12 +218,31 @@ bool Faktura::settle()
     bool numbering = false;
     for (const CourseWrite &write : writes.value())
         numbering = numbering || write.fakt;
-    const QString guarded = m_mode == FakturaMode::FaktNew && numbering ? m_number : QString();
+    if (m_mode == FakturaMode::FaktNew && !m_statement.isEmpty()) {
+        QList<qint64> marked = markedCourses();
+        QList<qint64> printed = m_statement;
+        std::sort(marked.begin(), marked.end());
+        std::sort(printed.begin(), printed.end());
+        // The invoice is what its client was handed: marks changed since are asked about first.
+        if (marked != printed
+            && !MessageService::instance().askYesNo(UserMessage::twoLines(
+                QStringLiteral("ВНИМАНИЕ!"),
+                QStringLiteral("Маркировката е променена след печата на справката за фактура №%1!").arg(m_number),
+                QStringLiteral("Фактурират се само маркираните курсове от справката. Да затворя ли екрана? "
+                               "(\"Не\": отпечатайте справката отново)"),
+                UserMessage::Icon::Question)))
+            return false;
+    }
+    InvoiceRecord invoice;
+    if (m_mode == FakturaMode::EditFakt)
+        invoice = InvoiceRecord::correct(m_number);
+    else if (numbering)
+        // The invoice's currency is that of the statement its courses stand on.
+        invoice = InvoiceRecord::issue(m_number, m_conditions.SeekKlient, m_printedCurrency == Currency::Euro);
 
     SettleOutcome outcome = [&] {
         WaitCursor wait;
-        // The number of an invoice printed in euro is kept as a euro invoice's.
-        return InvoiceStore(m_db).settle(writes.value(), clock(), guarded, m_printedCurrency == Currency::Euro);
+        return InvoiceStore(m_db).settle(writes.value(), clock(), invoice);
     }();
     switch (outcome.kind) {
     case SettleOutcome::Kind::Written:
@@ -224,23 +262,32 @@ bool Faktura::settle()
         // What was printed no longer matches what can be written: it is printed again.
         const bool printAgain = m_mode == FakturaMode::FaktNew && m_printed;
         m_printed = false;
+        m_statement.clear();
         MessageService::instance().inform(changedCoursesMessage(changedCourses, printAgain));
         readAgain();
         return false;
     }
     case SettleOutcome::Kind::NumberTaken:
+        // Another workstation issued the number meanwhile: nothing is written, the marks stay,
+        // and the invoice gets another number and is printed again.
         m_printed = false;
+        m_statement.clear();
         m_chosen = false;
         m_number = noDocumentNumber();
         printButton()->setEnabled(false);
         setText1(text1());
-        MessageService::instance().inform(UserMessage::twoLines(
-            QStringLiteral("ГРЕШКА при запис!"), QStringLiteral("Друг потребител издаде фактура под този номер!"),
-            QStringLiteral("Нищо не е записано. Изберете нов номер с \"Фактура №\", отпечатайте и затворете."),
-            UserMessage::Icon::Critical));
+        MessageService::instance().inform(invoiceNumberUsedMessage());
         return false;
     case SettleOutcome::Kind::Failed:
         break;
+    }
+    if (invoice.kind == InvoiceRecord::Kind::Issue) {
+        // A printed invoice is never left unrecorded by a question answered in haste.
+        UserMessage failure = outcome.message.value_or(UserMessage{QStringLiteral("ГРЕШКА при запис!"), QString()});
+        failure.text += QStringLiteral("\nНищо не е записано. Опитайте да затворите отново; за да се откажете от "
+                                       "фактурата, махнете маркировката.");
+        MessageService::instance().inform(failure);
+        return false;
     }
     UserMessage question = outcome.message.value_or(UserMessage{QStringLiteral("ГРЕШКА при запис!"), QString()});
     question.text += QStringLiteral("\nНищо не е записано. Да затворя ли екрана без запис?");

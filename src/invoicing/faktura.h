@@ -60,7 +60,12 @@ private:
     QString m_number;
     bool m_chosen = false;
     bool m_printed = false;
+    QList<qint64> markedCourses() const;
+
     std::optional<Currency> m_invoiceCurrency;  // EditFakt: the currency the invoice was issued in
+    // FaktNew: the courses of the last statement printed under the number chosen, and its
+    // currency. Closing numbers only these courses, in this currency.
+    QList<qint64> m_statement;
     Currency m_printedCurrency = Currency::Leva;
     QPushButton *m_fakt = nullptr;
 };

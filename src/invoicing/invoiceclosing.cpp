@@ -10,12 +10,12 @@ Checked<QList<CourseWrite>> closingWrites(const ClosingState &state, const QList
     QList<CourseWrite> writes;
     if (!state.changed)
         return writes;
-    const bool invoicing = state.mode == FakturaMode::EditFakt || state.printed;
+    const bool editing = state.mode == FakturaMode::EditFakt;
     const QString none = noDocumentNumber();
     for (const HeldCourse &course : courses) {
-        if (state.mode == FakturaMode::FaktNew && !course.marked)
+        if (!editing && !course.marked)
             continue;  // never marked, or marked and unmarked again: not touched
-        const bool fakt = invoicing && course.marked;
+        const bool fakt = course.marked && (editing || (state.printed && state.statement.contains(course.id)));
         writes.append({course.id, course.rowVersion, fakt, fakt ? state.number : none});
     }
     const bool numbered = state.number.size() == documentNumberLength && state.number != none;

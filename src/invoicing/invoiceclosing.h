@@ -28,6 +28,9 @@ struct ClosingState {
     bool changed = false;  // Space was pressed at least once
     bool printed = false;  // the statement was asked for at least once
     QString number;        // the invoice's number; "0000000000" while none is chosen
+    // FaktNew: the courses on the last statement printed under this number (none when nothing
+    // was printed, or when the statement had no course). Only they can get the number.
+    QList<qint64> statement;
 };
 
 // One course to write: its new Fakt and NomFakt, on the version it was read at. Every course
@@ -42,9 +45,10 @@ struct CourseWrite {
 
 // The writes of closing, by mode and state:
 //  FaktNew, unchanged: none.
-//  FaktNew, changed, never printed: each marked course stays uninvoiced (Fakt false, no number),
-//    stamped; marks that never reached paper make no invoice.
-//  FaktNew, changed and printed: each marked course gets the invoice's number.
+//  FaktNew, changed: each marked course on the last statement printed under the number gets the
+//    number; each other marked course stays uninvoiced (Fakt false, no number), stamped: marks
+//    that never reached paper make no invoice, so an invoice never holds a course its client
+//    was not shown.
 //  EditFakt, unchanged: none.
 //  EditFakt, changed: each marked course keeps the number, each unmarked one leaves the invoice.
 // A course would never be written as invoiced without a number: that is refused instead.

@@ -4,6 +4,8 @@
 #include "core/sharedroutines.h"
 
 #include <QRegularExpression>
+#include <algorithm>
+#include <set>
 
 namespace zarek {
 
@@ -43,6 +45,40 @@ Checked<QString> checkInvoiceNumber(const QString &typed, const QStringList &use
     if (FindInArray(number, used) == 0)
         return invoiceNumberUsedMessage();
     return number;
+}
+
+QStringList offeredInvoiceNumbers(const QStringList &usedNumbers, int gaps)
+{
+    constexpr qint64 highestNumber = 9'999'999'999LL;
+    std::set<qint64> used;
+    for (const QString &text : usedNumbers) {
+        const QString trimmed = text.trimmed();
+        bool number = false;
+        const qint64 value = trimmed.toLongLong(&number);
+        if (number && trimmed.size() <= documentNumberLength && value > 0 && !trimmed.startsWith(QLatin1Char('-'))
+            && !trimmed.startsWith(QLatin1Char('+')))
+            used.insert(value);
+    }
+    const auto padded = [](qint64 value) {
+        return QString::number(value).rightJustified(documentNumberLength, QLatin1Char('0'));
+    };
+    QStringList offered;
+    if (used.empty())
+        return {padded(1)};
+    const qint64 highest = *used.rbegin();
+    if (highest < highestNumber)
+        offered.append(padded(highest + 1));
+    // Down from the highest: each step passes a used number or finds a free one, so this ends
+    // after at most gaps steps beyond the used numbers.
+    const qint64 lowest = *used.begin();
+    int found = 0;
+    for (qint64 n = highest - 1; n > lowest && found < gaps; --n) {
+        if (!used.count(n)) {
+            offered.append(padded(n));
+            ++found;
+        }
+    }
+    return offered;
 }
 
 }

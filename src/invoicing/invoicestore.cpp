@@ -30,6 +30,21 @@ QString placeholders(qsizetype count)
     return text;
 }
 
+// The engine refused a row because its key is taken: SQLite's SQLITE_CONSTRAINT (19, or 2067 as
+// its extended code), PostgreSQL's unique_violation.
+bool isUniqueViolation(const QSqlError &error)
+{
+    const QString code = error.nativeErrorCode();
+    return code == QLatin1String("23505") || code == QLatin1String("19") || code == QLatin1String("2067");
+}
+
+SettleOutcome numberTaken()
+{
+    SettleOutcome outcome;
+    outcome.kind = SettleOutcome::Kind::NumberTaken;
+    return outcome;
+}
+
 SettleOutcome failed(const QSqlError &error)
 {
     SettleOutcome outcome;
@@ -90,7 +105,9 @@ QStringList InvoiceStore::usedNumbers()
     QStringList numbers;
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT DISTINCT NomFakt FROM tabl WHERE NomFakt <> ? ORDER BY NomFakt DESC"));
+    query.prepare(QStringLiteral("SELECT NomFakt FROM tabl WHERE NomFakt <> ? UNION SELECT NomFakt FROM Fakturi "
+                                 "WHERE NomFakt <> ? ORDER BY 1 DESC"));
+    query.addBindValue(noDocumentNumber());
     query.addBindValue(noDocumentNumber());
     if (!query.exec())
         return numbers;
@@ -102,40 +119,48 @@ QStringList InvoiceStore::usedNumbers()
     return numbers;
 }
 
-SettleOutcome InvoiceStore::settle(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber,
-                                   bool euroInvoice)
+SettleOutcome InvoiceStore::settle(const QList<CourseWrite> &writes, const QDateTime &stamp,
+                                   const InvoiceRecord &invoice)
 {
     if (writes.isEmpty())
         return {};
-    SettleOutcome outcome = writeAll(writes, stamp, newNumber, euroInvoice);
+    SettleOutcome outcome = writeAll(writes, stamp, invoice);
     // Rolled back by now: what changed is read as it stands committed.
     if (outcome.kind == SettleOutcome::Kind::Conflict)
         outcome.changed = changedSince(writes);
     return outcome;
 }
 
-SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber,
-                                     bool euroInvoice)
+SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp,
+                                     const InvoiceRecord &invoice)
 {
     SettleOutcome outcome;
     // The statements are made before the transaction so that they are freed after its rollback.
+    QSqlQuery issued(m_db);
     QSqlQuery taken(m_db);
     QSqlQuery update(m_db);
     QSqlQuery currency(m_db);
     Transaction transaction(m_db);
     if (!transaction.isActive())
-        return failed(m_db.lastError());
+        return failed(transaction.lastError());
 
-    if (!newNumber.isEmpty()) {
-        // The screen read its courses uninvoiced, so any course with this number is another's.
+    if (invoice.kind == InvoiceRecord::Kind::Issue) {
+        // Courses may carry the number from before numbers were recorded: they are another invoice's.
         taken.prepare(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"));
-        taken.addBindValue(newNumber);
+        taken.addBindValue(invoice.number);
         if (!taken.exec() || !taken.next())
             return failed(taken.lastError());
-        if (taken.value(0).toLongLong() > 0) {
-            outcome.kind = SettleOutcome::Kind::NumberTaken;
-            return outcome;
-        }
+        if (taken.value(0).toLongLong() > 0)
+            return numberTaken();
+        taken.finish();
+        // The number is taken before any course is written: a second workstation issuing it
+        // meanwhile waits here for the first one's commit and is then refused by the unique index.
+        issued.prepare(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"));
+        issued.addBindValue(invoice.number);
+        issued.addBindValue(invoice.klient);
+        issued.addBindValue(stamp.date());
+        if (!issued.exec())
+            return isUniqueViolation(issued.lastError()) ? numberTaken() : failed(issued.lastError());
     }
 
     // Courses that get the same values from the same version go in one statement; the count of
@@ -177,21 +202,37 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
         }
     }
     update.finish();
-    if (!newNumber.isEmpty()) {
-        // A number freed by an invoice emptied long ago may be listed still: it is this invoice's now.
+    if (invoice.kind == InvoiceRecord::Kind::Issue) {
+        // The currency goes with the number: a number once emptied may be listed still.
         currency.prepare(QStringLiteral("DELETE FROM EvroFakt WHERE NomFakt = ?"));
-        currency.addBindValue(newNumber);
+        currency.addBindValue(invoice.number);
         if (!currency.exec())
             return failed(currency.lastError());
-        if (euroInvoice) {
+        if (invoice.euro) {
             currency.prepare(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES (?)"));
-            currency.addBindValue(newNumber);
+            currency.addBindValue(invoice.number);
             if (!currency.exec())
-                return failed(currency.lastError());
+                return isUniqueViolation(currency.lastError()) ? numberTaken() : failed(currency.lastError());
+        }
+    } else if (invoice.kind == InvoiceRecord::Kind::Correct) {
+        // An invoice with every course taken off has vanished: its number is free again.
+        taken.prepare(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"));
+        taken.addBindValue(invoice.number);
+        if (!taken.exec() || !taken.next())
+            return failed(taken.lastError());
+        const bool emptied = taken.value(0).toLongLong() == 0;
+        taken.finish();
+        if (emptied) {
+            for (const char *table : {"Fakturi", "EvroFakt"}) {
+                currency.prepare(QStringLiteral("DELETE FROM %1 WHERE NomFakt = ?").arg(QLatin1String(table)));
+                currency.addBindValue(invoice.number);
+                if (!currency.exec())
+                    return failed(currency.lastError());
+            }
         }
     }
     if (!transaction.commit())
-        return failed(m_db.lastError());
+        return failed(transaction.lastError());
     return outcome;
 }
 

@@ -40,6 +40,25 @@ struct SettleOutcome {
     std::optional<UserMessage> message;  // Failed: the error box
 };
 
+// What closing records of the invoice itself, beside the writes of its courses.
+struct InvoiceRecord {
+    enum class Kind {
+        None,
+        Issue,    // a new invoice: its number recorded as issued to the client, with its currency
+        Correct,  // an issued invoice corrected: emptied of every course, its number is free again
+    };
+    Kind kind = Kind::None;
+    QString number;
+    QString klient;     // Issue: the client invoiced
+    bool euro = false;  // Issue: the statement was handed out in euro (else in leva)
+
+    static InvoiceRecord issue(QString number, QString klient, bool euro)
+    {
+        return {Kind::Issue, std::move(number), std::move(klient), euro};
+    }
+    static InvoiceRecord correct(QString number) { return {Kind::Correct, std::move(number), {}, false}; }
+};
+
 // The invoicing store: the courses of the screen, the used numbers and the closing write.
 class InvoiceStore {
 public:
@@ -49,24 +68,24 @@ public:
     // by date and entry.
     Checked<RowSet> courses(const FakturaSelection &selection);
 
-    // The invoice numbers used on courses, highest first ("0000000000" is none and not listed).
+    // The invoice numbers in use, highest first: those issued (Fakturi, kept through the year
+    // close) and those on courses ("0000000000" is none and not listed).
     QStringList usedNumbers();
 
     // Writes the outcome of closing in one transaction: each course only if it is still at the
-    // version it was read at, stamped with DateMod and TimeMod. When newNumber is given, no
-    // course outside these may carry it, and it is kept as a euro invoice's number when the
-    // invoice was issued in euro (as a leva one's otherwise). Any failure leaves every course as
-    // it was.
-    SettleOutcome settle(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber = {},
-                         bool euroInvoice = false);
+    // version it was read at, stamped with DateMod and TimeMod. An issued invoice's number is
+    // recorded in Fakturi, whose unique index refuses a number another workstation issued even
+    // at the same moment (NumberTaken, as for a number found on other courses), and its currency
+    // in EvroFakt (listed when in euro). A corrected invoice left without courses frees its number.
+    // Any failure leaves everything as it was.
+    SettleOutcome settle(const QList<CourseWrite> &writes, const QDateTime &stamp, const InvoiceRecord &invoice = {});
 
     // Writes are sent in groups of at most this many courses per statement.
     static constexpr int batchSize = 400;
 
 private:
     // The writes in one transaction, rolled back unless every course was written.
-    SettleOutcome writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp, const QString &newNumber,
-                           bool euroInvoice);
+    SettleOutcome writeAll(const QList<CourseWrite> &writes, const QDateTime &stamp, const InvoiceRecord &invoice);
     QList<qint64> changedSince(const QList<CourseWrite> &writes);
 
     QSqlDatabase m_db;

@@ -1,3 +1,4 @@
+#include "core/currency.h"
 #include "core/docnumber.h"
 #include "data/dialect.h"
 #include "data/scratchdatabase.h"
@@ -285,24 +286,108 @@ private slots:
         QVERIFY(courseById(db.db(), ids[3]).value(QStringLiteral("DateMod")).isNull());
     }
 
-    void printingWithNothingMarkedStillCountsAsPrinted()
+    // A number lands only on courses of the last statement printed under it: a mark the client's
+    // statement never showed leaves the course uninvoiced.
+    void aCourseOnNoPrintedStatementGetsNoNumber_data()
     {
+        QTest::addColumn<QList<int>>("before");  // marked before the print
+        QTest::addColumn<QList<int>>("after");   // marked after it
+        QTest::addColumn<bool>("asked");         // closing asks first ("Да")
+        QTest::addColumn<QList<int>>("invoiced");
+        QTest::newRow("printed with nothing marked, then marked") << QList<int>{} << QList<int>{1} << false << QList<int>{};
+        QTest::newRow("one more marked after the print") << QList<int>{0} << QList<int>{1} << true << QList<int>{0};
+        QTest::newRow("one taken off after the print") << QList<int>{0, 2} << QList<int>{2} << true << QList<int>{0};
+        QTest::newRow("marks as printed") << QList<int>{0, 2} << QList<int>{} << false << QList<int>{0, 2};
+    }
+    void aCourseOnNoPrintedStatementGetsNoNumber()
+    {
+        QFETCH(QList<int>, before);
+        QFETCH(QList<int>, after);
+        QFETCH(bool, asked);
+        QFETCH(QList<int>, invoiced);
         ZAREK_SCRATCH_DB(db);
         const QList<qint64> ids = fillMarch(db.db());
         Scratch scratch;
         RecordingMessageService messages;
         Screen s(FakturaMode::FaktNew, newConditions(), db.db(), scratch);
+        mark(s.faktura, before);
         QVERIFY(chooseNumber(s.faktura, QStringLiteral("130")));
         s.faktura.printButton()->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first(),
-                 (UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма курсове за фактуриране!")}));
-        QVERIFY(s.statements.isEmpty());
         QVERIFY(s.faktura.FaktPrinted());
-        // A mark made after it is written as invoiced at closing.
-        mark(s.faktura, {1});
+        QCOMPARE(s.statements.size(), before.isEmpty() ? 0 : 1);
+        mark(s.faktura, after);
         s.faktura.close();
-        QCOMPARE(courseById(db.db(), ids[1]).value(QStringLiteral("NomFakt")).toString(), QStringLiteral("0000000130"));
+        QVERIFY(!s.faktura.isVisible());
+        QCOMPARE(messages.asked.size(), asked ? 1 : 0);
+        if (asked)
+            QCOMPARE(messages.asked.first().text.section(QLatin1Char('\n'), 0, 0),
+                     QStringLiteral("Маркировката е променена след печата на справката за фактура №0000000130!"));
+        for (int row = 0; row < 4; ++row) {
+            const QSqlRecord course = courseById(db.db(), ids[row]);
+            QCOMPARE(course.value(QStringLiteral("Fakt")).toBool(), invoiced.contains(row));
+            QCOMPARE(course.value(QStringLiteral("NomFakt")).toString(),
+                     invoiced.contains(row) ? QStringLiteral("0000000130") : noDocumentNumber());
+        }
+        QCOMPARE(countWhere(db.db(), QStringLiteral("SELECT COUNT(*) FROM Fakturi WHERE NomFakt = ?"),
+                            {QStringLiteral("0000000130")}),
+                 invoiced.isEmpty() ? 0 : 1);
+    }
+
+    void aChangedMarkingAnsweredNoKeepsTheScreenOpen()
+    {
+        ZAREK_SCRATCH_DB(db);
+        fillMarch(db.db());
+        Scratch scratch;
+        RecordingMessageService messages;
+        Screen s(FakturaMode::FaktNew, newConditions(), db.db(), scratch);
+        mark(s.faktura, {0});
+        QVERIFY(chooseNumber(s.faktura, QStringLiteral("130")));
+        s.faktura.printButton()->click();
+        mark(s.faktura, {1});
+        const QStringList before = invoiceState(db.db());
+        messages.answers = {false};
+        s.faktura.close();
+        QVERIFY(s.faktura.isVisible());
+        QCOMPARE(invoiceState(db.db()), before);
+        QVERIFY(s.faktura.model()->isMarked(0) && s.faktura.model()->isMarked(1));
+        // Printed again, the statement lists both, and closing numbers both without a question.
+        s.faktura.printButton()->click();
+        s.faktura.close();
+        QVERIFY(!s.faktura.isVisible());
+        QCOMPARE(messages.asked.size(), 1);
+        QCOMPARE(countWhere(db.db(), QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"),
+                            {QStringLiteral("0000000130")}),
+                 2);
+    }
+
+    // The number's currency is recorded with it: the euro when its statement was in euro.
+    void theInvoicesCurrencyIsRecordedWithItsNumber_data()
+    {
+        QTest::addColumn<QDate>("changeover");
+        QTest::addColumn<int>("euroRows");
+        QTest::newRow("leva books") << QDate() << 0;
+        QTest::newRow("handed out after the changeover") << QDate(2006, 4, 1) << 1;
+    }
+    void theInvoicesCurrencyIsRecordedWithItsNumber()
+    {
+        QFETCH(QDate, changeover);
+        QFETCH(int, euroRows);
+        ZAREK_SCRATCH_DB(db);
+        const QList<qint64> ids = fillMarch(db.db());
+        ScopedBooksChangeover books(Changeover{changeover});
+        Scratch scratch;
+        RecordingMessageService messages;
+        Screen s(FakturaMode::FaktNew, newConditions(), db.db(), scratch);
+        mark(s.faktura, {0});
+        QVERIFY(chooseNumber(s.faktura, QStringLiteral("130")));
+        s.faktura.printButton()->click();
+        QCOMPARE(s.statements.size(), 1);
+        s.faktura.close();
+        QVERIFY(!s.faktura.isVisible());
+        QCOMPARE(courseById(db.db(), ids[0]).value(QStringLiteral("NomFakt")).toString(), QStringLiteral("0000000130"));
+        QCOMPARE(countWhere(db.db(), QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"),
+                            {QStringLiteral("0000000130")}),
+                 euroRows);
     }
 
     void aSecondPrintListsTheMarkedCoursesOnce()
@@ -411,8 +496,9 @@ private slots:
     {
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("number");  // empty: refused
-        QTest::newRow("the first item, unedited") << "" << "";
+        QTest::newRow("the number offered, unedited") << "" << "0000000121";
         QTest::newRow("used, without its zeros") << "120" << "";
+        QTest::newRow("used, with them") << "0000000120" << "";
         QTest::newRow("125") << "125" << "0000000125";
         QTest::newRow("eleven digits") << "12345678901" << "";
         QTest::newRow("not a number") << "12/2006" << "";
@@ -426,9 +512,9 @@ private slots:
         RecordingMessageService messages;
         DiaFakt dialog(db.db());
         QCOMPARE(dialog.windowTitle(), QStringLiteral("Номер на фактурата"));
-        QCOMPARE(dialog.combo()->currentText(), QStringLiteral("0000000120"));  // the highest used, to edit
-        QVERIFY(dialog.cancelButton()->isDefault());
-        QVERIFY(!dialog.okButton()->isDefault());
+        QCOMPARE(dialog.combo()->currentText(), QStringLiteral("0000000121"));  // the next free number
+        QVERIFY(dialog.okButton()->isDefault());
+        QVERIFY(!dialog.cancelButton()->isDefault());
         QCOMPARE(dialog.okButton()->text(), QStringLiteral("OK"));
         if (!typed.isEmpty())
             dialog.combo()->setEditText(typed);
@@ -444,6 +530,49 @@ private slots:
             QVERIFY(dialog.FaktChosen());
             QCOMPARE(dialog.NomFakt(), number);
             QVERIFY(!dialog.isVisible());
+            QVERIFY(messages.shown.isEmpty());
+        }
+    }
+
+    // Enter takes the number typed or offered; a used one is refused and the dialog stays.
+    void enterConfirmsTheNumber_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("number");  // empty: refused
+        QTest::newRow("the one offered") << "" << "0000000121";
+        QTest::newRow("typed short") << "1" << "0000000001";
+        QTest::newRow("a used one") << "120" << "";
+    }
+    void enterConfirmsTheNumber()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, number);
+        ZAREK_SCRATCH_DB(db);
+        fillMarch(db.db());
+        insertCourse(db.db(), {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"),
+                               QStringLiteral("СА 1234 ВК"), 1, 1, 1, 1, true, QStringLiteral("0000000117")});
+        RecordingMessageService messages;
+        DiaFakt dialog(db.db());
+        // The free numbers: the next one, then those left free below it, latest first.
+        QCOMPARE(dialog.combo()->itemText(0), QStringLiteral("0000000121"));
+        QCOMPARE(dialog.combo()->itemText(1), QStringLiteral("0000000119"));
+        QCOMPARE(dialog.combo()->itemText(2), QStringLiteral("0000000118"));
+        QCOMPARE(dialog.combo()->count(), 3);
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        if (!typed.isEmpty()) {
+            dialog.combo()->lineEdit()->selectAll();
+            QTest::keyClicks(dialog.combo()->lineEdit(), typed);
+        }
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QCOMPARE(dialog.FaktChosen(), !number.isEmpty());
+        QCOMPARE(dialog.isVisible(), number.isEmpty());
+        if (number.isEmpty()) {
+            QCOMPARE(messages.shown.size(), 1);
+            QCOMPARE(messages.shown.first().text.section(QLatin1Char('\n'), 0, 0),
+                     QStringLiteral("Имате издадена фактура под този номер!"));
+        } else {
+            QCOMPARE(dialog.NomFakt(), number);
             QVERIFY(messages.shown.isEmpty());
         }
     }
@@ -506,14 +635,18 @@ private slots:
         mark(s.faktura, {0});
         QVERIFY(chooseNumber(s.faktura, QStringLiteral("130")));
         s.faktura.printButton()->click();
-        insertCourse(db.openSecondConnection(),
-                     {QDate(2006, 3, 6), beton, QStringLiteral("Друг"), QStringLiteral("Пясък"), QStringLiteral("СА 1234 ВК"),
-                      1, 1, 1, 1, true, QStringLiteral("0000000130")});
+        // Meanwhile another workstation issues 130 to another client.
+        QCOMPARE(int(InvoiceStore(db.openSecondConnection())
+                         .settle({{ids[5], 1, true, QStringLiteral("0000000130")}}, closingTime,
+                                 InvoiceRecord::issue(QStringLiteral("0000000130"), beton, false))
+                         .kind),
+                 int(SettleOutcome::Kind::Written));
         s.faktura.close();
         QVERIFY(s.faktura.isVisible());
         QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().text.section(QLatin1Char('\n'), 0, 0),
-                 QStringLiteral("Друг потребител издаде фактура под този номер!"));
+        QCOMPARE(messages.shown.first().text, QStringLiteral("Имате издадена фактура под този номер!\n"
+                                                             "Моля, сменете номера и опитайте отново."));
+        QVERIFY(s.faktura.model()->isMarked(0));  // the marks stay
         QVERIFY(!s.faktura.printButton()->isEnabled());
         QVERIFY(!s.faktura.FaktChosen());
         QVERIFY(!courseById(db.db(), ids[0]).value(QStringLiteral("Fakt")).toBool());
@@ -544,14 +677,15 @@ private slots:
                                            "WHEN (OLD.id = %1) EXECUTE FUNCTION forced_failure()").arg(ids[2])));
         }
         const QStringList before = invoiceState(db.db());
-        messages.answers = {false};  // "Не": stay
         s.faktura.close();
         QVERIFY(s.faktura.isVisible());
         QCOMPARE(invoiceState(db.db()), before);
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked.first().title, QStringLiteral("ГРЕШКА при запис!"));
-        QVERIFY(messages.asked.first().text.contains(QStringLiteral("forced failure")));
-        QVERIFY(messages.asked.first().text.endsWith(QStringLiteral("Да затворя ли екрана без запис?")));
+        // A printed invoice: told, never offered to be closed unrecorded.
+        QVERIFY(messages.asked.isEmpty());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QVERIFY(messages.shown.first().text.contains(QStringLiteral("forced failure")));
+        QVERIFY(messages.shown.first().text.endsWith(QStringLiteral("махнете маркировката.")));
 
         // Once the database takes writes again, closing writes the whole invoice.
         QVERIFY(db.exec(QStringLiteral("DROP TRIGGER forced_failure") +

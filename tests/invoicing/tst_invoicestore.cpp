@@ -1,10 +1,20 @@
+#include "core/docnumber.h"
+#include "data/database.h"
 #include "data/dialect.h"
+#include "data/schema.h"
+#include "data/yearclose.h"
+#include "invoicing/invoicenumber.h"
 #include "invoicing/invoicestore.h"
 #include "invoicingfixture.h"
 #include "testdatabase.h"
 
+#include <QProcess>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <memory>
+#include <vector>
 
 using namespace zarek;
 using namespace zarek::test;
@@ -41,6 +51,78 @@ void failUpdatesOf(test::ScratchDatabase &scratch, qint64 id)
                                             "WHEN (OLD.id = %1) EXECUTE FUNCTION forced_failure()")
                                  .arg(id)));
     }
+}
+
+// Workstations racing for invoice numbers: each a copy of this program in its racer mode, on one
+// database, issuing invoices for a client of its own as fast as it can.
+constexpr int racers = 8;
+constexpr int invoicesEach = 6;
+const char racerMode[] = "--numbering-racer";
+
+QString racerClient(int racer)
+{
+    return QStringLiteral("Клиент %1").arg(racer);
+}
+
+// A racer: connects, waits for "go" on its input, then issues its invoices one course each, taking
+// the free number the dialog would offer and another one whenever it is refused. Prints a line per
+// outcome; exits 0 when every invoice was issued.
+int runRacer(const QStringList &args)
+{
+    QTextStream out(stdout);
+    if (args.size() != 3)
+        return 9;
+    const QString engine = args.at(0);
+    DatabaseConfig config;
+    if (engine == QLatin1String("postgresql")) {
+        config = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG")).value_or(DatabaseConfig{});
+        config.databaseName = args.at(1);
+    } else {
+        config.sqlitePath = args.at(1);
+    }
+    const int racer = args.at(2).toInt();
+    const QString client = racerClient(racer);
+    QString error;
+    QSqlDatabase db = openDatabase(config, QStringLiteral("racer"), &error);
+    if (!db.isOpen()) {
+        out << "FAILED " << error << Qt::endl;
+        return 3;
+    }
+    QTextStream in(stdin);
+    in.readLine();
+
+    InvoiceStore store(db);
+    int issued = 0;
+    int refused = 0;
+    while (issued < invoicesEach && refused < 500) {
+        const Checked<RowSet> rows = store.courses({FakturaMode::FaktNew, client, march2006, {}, {}, {}, {}});
+        if (!rows || rows.value().rowCount() == 0) {
+            out << "FAILED " << (rows ? QStringLiteral("no course left") : rows.message().text) << Qt::endl;
+            return 4;
+        }
+        const qint64 id = rows.value().value(0, QStringLiteral("id")).toLongLong();
+        const qint64 version = rows.value().value(0, QStringLiteral("row_version")).toLongLong();
+        const QString number = offeredInvoiceNumbers(store.usedNumbers()).value(0);
+        const SettleOutcome outcome = store.settle({{id, version, true, number}}, QDateTime::currentDateTime(),
+                                                   InvoiceRecord::issue(number, client, racer % 2 == 0));
+        switch (outcome.kind) {
+        case SettleOutcome::Kind::Written:
+            ++issued;
+            out << "ISSUED " << number << Qt::endl;
+            break;
+        case SettleOutcome::Kind::NumberTaken:
+            ++refused;
+            break;
+        case SettleOutcome::Kind::Conflict:
+            out << "CONFLICT " << number << Qt::endl;
+            return 5;
+        case SettleOutcome::Kind::Failed:
+            out << "FAILED " << (outcome.message ? outcome.message->text : QString()) << Qt::endl;
+            return 2;
+        }
+    }
+    out << "REFUSED " << refused << Qt::endl;
+    return issued == invoicesEach ? 0 : 6;
 }
 
 }
@@ -123,7 +205,7 @@ private slots:
         const SettleOutcome outcome =
             store.settle({{ids[0], 1, true, QStringLiteral("0000000130")}, {ids[2], 1, true, QStringLiteral("0000000130")},
                           {ids[6], 1, false, QStringLiteral("0000000000")}},
-                         stamp, QStringLiteral("0000000130"));
+                         stamp, InvoiceRecord::issue(QStringLiteral("0000000130"), dargos, false));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
         QCOMPARE(outcome.written, 3);
         const QSqlRecord numbered = courseById(scratch.db(), ids[2]);
@@ -156,7 +238,8 @@ private slots:
         QList<CourseWrite> writes;
         for (const int i : {0, 1, 2, 3})
             writes.append({ids[i], 1, true, QStringLiteral("0000000130")});
-        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(writes, stamp, QStringLiteral("0000000130"));
+        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
+            writes, stamp, InvoiceRecord::issue(QStringLiteral("0000000130"), dargos, false));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Conflict));
         QCOMPARE(outcome.changed, QList<qint64>{ids[2]});
         QCOMPARE(invoiceState(scratch.db()), before);
@@ -182,9 +265,189 @@ private slots:
         const QList<qint64> ids = fillMarch(scratch.db());
         const QStringList before = invoiceState(scratch.db());
         const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
-            {{ids[0], 1, true, QStringLiteral("0000000120")}}, stamp, QStringLiteral("0000000120"));
+            {{ids[0], 1, true, QStringLiteral("0000000120")}}, stamp,
+            InvoiceRecord::issue(QStringLiteral("0000000120"), dargos, false));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::NumberTaken));
         QCOMPARE(invoiceState(scratch.db()), before);
+    }
+
+    void anIssuedNumberIsRecordedWithItsClientDayAndCurrency_data()
+    {
+        QTest::addColumn<bool>("euro");
+        QTest::newRow("leva") << false;
+        QTest::newRow("euro") << true;
+    }
+    void anIssuedNumberIsRecordedWithItsClientDayAndCurrency()
+    {
+        QFETCH(bool, euro);
+        ZAREK_SCRATCH_DB(scratch);
+        const QList<qint64> ids = fillMarch(scratch.db());
+        const QString number = QStringLiteral("0000000130");
+        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
+            {{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, dargos, euro));
+        QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
+        QCOMPARE(scalar(scratch.db(), QStringLiteral("SELECT Klient FROM Fakturi WHERE NomFakt = ?"), {number}).toString(),
+                 dargos);
+        QCOMPARE(scalar(scratch.db(), QStringLiteral("SELECT Data FROM Fakturi WHERE NomFakt = ?"), {number}).toDate(),
+                 QDate(2006, 4, 2));
+        QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"), {number}),
+                 euro ? 1 : 0);
+        QCOMPARE(InvoiceStore(scratch.db()).usedNumbers().value(0), number);
+    }
+
+    // The year close deletes the courses; their numbers stay issued and the numbering goes on.
+    void aNumberIssuedBeforeTheCoursesWereDeletedStaysTaken()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QList<qint64> ids = fillMarch(scratch.db());
+        const QString number = QStringLiteral("0000000130");
+        QCOMPARE(int(InvoiceStore(scratch.db())
+                         .settle({{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, dargos, false))
+                         .kind),
+                 int(SettleOutcome::Kind::Written));
+        QTemporaryDir folder;
+        const auto closed = closeYear(scratch.db(), folder.path(), 2006, false, stamp);
+        QVERIFY2(closed, qPrintable(closed ? QString() : closed.message().text));
+        QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM tabl")), 0);
+        ids = fillMarch(scratch.db());
+        InvoiceStore store(scratch.db());
+        QCOMPARE(store.usedNumbers(), (QStringList{number, QStringLiteral("0000000120")}));
+        QCOMPARE(offeredInvoiceNumbers(store.usedNumbers()).value(0), QStringLiteral("0000000131"));
+        const QStringList before = invoiceState(scratch.db());
+        const SettleOutcome again =
+            store.settle({{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, beton, false));
+        QCOMPARE(int(again.kind), int(SettleOutcome::Kind::NumberTaken));
+        QCOMPARE(invoiceState(scratch.db()), before);
+        QCOMPARE(scalar(scratch.db(), QStringLiteral("SELECT Klient FROM Fakturi WHERE NomFakt = ?"), {number}).toString(),
+                 dargos);
+    }
+
+    // A number another workstation issued: refused with nothing written, never in the engine's
+    // own words, and the other invoice keeps its currency.
+    void aNumberIssuedOnAnotherWorkstationIsRefusedInTheSystemsWords()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const QList<qint64> ids = fillMarch(scratch.db());
+        const QString number = QStringLiteral("0000000130");
+        QSqlDatabase other = scratch.openSecondConnection();
+        const SettleOutcome first =
+            InvoiceStore(other).settle({{ids[5], 1, true, number}}, stamp, InvoiceRecord::issue(number, beton, true));
+        QCOMPARE(int(first.kind), int(SettleOutcome::Kind::Written));
+        const QStringList before = invoiceState(scratch.db());
+        const SettleOutcome second = InvoiceStore(scratch.db()).settle(
+            {{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, dargos, false));
+        QCOMPARE(int(second.kind), int(SettleOutcome::Kind::NumberTaken));
+        QVERIFY(!second.message);
+        QCOMPARE(invoiceState(scratch.db()), before);
+        // The first invoice keeps its euro record.
+        QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"), {number}), 1);
+    }
+
+    void anInvoiceEmptiedByItsCorrectionFreesItsNumber_data()
+    {
+        QTest::addColumn<bool>("emptied");
+        QTest::newRow("one course taken off: kept") << false;
+        QTest::newRow("every course taken off: freed") << true;
+    }
+    void anInvoiceEmptiedByItsCorrectionFreesItsNumber()
+    {
+        QFETCH(bool, emptied);
+        ZAREK_SCRATCH_DB(scratch);
+        const QList<qint64> ids = fillMarch(scratch.db());
+        const QString number = QStringLiteral("0000000120");
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient) VALUES ('0000000120', 'Д''Аргос ООД')")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES ('0000000120')")));
+        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
+            {{ids[6], 1, false, noDocumentNumber()}, {ids[7], 1, !emptied, emptied ? noDocumentNumber() : number}}, stamp,
+            InvoiceRecord::correct(number));
+        QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
+        for (const char *table : {"Fakturi", "EvroFakt"})
+            QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM %1 WHERE NomFakt = ?").arg(table),
+                                {number}),
+                     emptied ? 0 : 1);
+        QCOMPARE(InvoiceStore(scratch.db()).usedNumbers().contains(number), !emptied);
+    }
+
+    // A database of an earlier version: its invoices become issued numbers as it is brought up.
+    void theUpgradeRecordsTheNumbersOfInvoicedCourses()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        QVERIFY(scratch.exec(QStringLiteral("DROP TABLE Fakturi")));
+        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM zarek_schema WHERE version = 5")));
+        fillMarch(db);
+        insertCourse(db, {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"), QStringLiteral("СА 1234 ВК"),
+                          1, 1, 1, 1, true, QStringLiteral("0000000099")});
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET DateMod = '2006-02-28' WHERE NomFakt = '0000000120'")));
+        QString error;
+        QVERIFY2(migrateSchema(db, &error), qPrintable(error));
+        QSqlQuery query(db);
+        QVERIFY(query.exec(QStringLiteral("SELECT NomFakt, Klient, Data FROM Fakturi ORDER BY NomFakt")));
+        QStringList rows;
+        while (query.next())
+            rows << query.value(0).toString() + QLatin1Char(' ') + query.value(1).toString() + QLatin1Char(' ')
+                        + query.value(2).toDate().toString(Qt::ISODate);
+        QCOMPARE(rows, (QStringList{QStringLiteral("0000000099 Бетон АД "), QStringLiteral("0000000120 Д'Аргос ООД 2006-02-28")}));
+        QCOMPARE(schemaVersion(db), latestSchemaVersion());
+    }
+
+    // Eight workstations issue invoices for their own clients at once: every number ends on one
+    // client's courses, every invoice keeps its currency, and no closing fails on a lock.
+    void workstationsRacingForNumbersNeverShareOne()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        for (int racer = 0; racer < racers; ++racer) {
+            for (int i = 0; i < invoicesEach; ++i)
+                insertCourse(scratch.db(), {QDate(2006, 3, 1 + i), racerClient(racer), QStringLiteral("Перник - София")});
+        }
+        const QString target = engine == QLatin1String("postgresql") ? scratch.config().databaseName
+                                                                      : scratch.config().sqlitePath;
+        std::vector<std::unique_ptr<QProcess>> processes;
+        for (int racer = 0; racer < racers; ++racer) {
+            auto process = std::make_unique<QProcess>();
+            process->setProcessChannelMode(QProcess::MergedChannels);
+            process->start(QCoreApplication::applicationFilePath(),
+                           {QString::fromLatin1(racerMode), engine, target, QString::number(racer)});
+            QVERIFY(process->waitForStarted());
+            processes.push_back(std::move(process));
+        }
+        QTest::qWait(300);  // every racer connected and waiting
+        for (auto &process : processes)
+            process->write("go\n");
+        for (auto &process : processes)
+            QVERIFY(process->waitForBytesWritten(5000));
+        int refusals = 0;
+        for (int racer = 0; racer < racers; ++racer) {
+            QProcess &process = *processes[racer];
+            QVERIFY(process.waitForFinished(120000));
+            const QString output = QString::fromUtf8(process.readAll());
+            QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
+                     qPrintable(racerClient(racer) + QStringLiteral(": ") + output));
+            QVERIFY2(!output.contains(QLatin1String("locked")) && !output.contains(QLatin1String("23505")),
+                     qPrintable(output));
+            refusals += output.section(QStringLiteral("REFUSED "), 1).trimmed().toInt();
+        }
+        qInfo("%d numbers taken meanwhile by another workstation were refused and chosen again", refusals);
+
+        QSqlDatabase db = scratch.db();
+        const int invoices = racers * invoicesEach;
+        QCOMPARE(countWhere(db, QStringLiteral("SELECT COUNT(*) FROM tabl WHERE Fakt = ?"), {true}), invoices);
+        QCOMPARE(countWhere(db, QStringLiteral("SELECT COUNT(DISTINCT NomFakt) FROM tabl WHERE Fakt = ?"), {true}), invoices);
+        QCOMPARE(countWhere(db, QStringLiteral("SELECT COUNT(*) FROM (SELECT NomFakt FROM tabl GROUP BY NomFakt "
+                                               "HAVING COUNT(DISTINCT Klient) > 1) shared")),
+                 0);
+        // Each number recorded once, for the client whose course carries it; numbered 1 to 48 without a gap.
+        QCOMPARE(countWhere(db, QStringLiteral("SELECT COUNT(*) FROM Fakturi")), invoices);
+        QCOMPARE(countWhere(db, QStringLiteral("SELECT COUNT(*) FROM Fakturi f WHERE NOT EXISTS (SELECT 1 FROM tabl t "
+                                               "WHERE t.NomFakt = f.NomFakt AND t.Klient = f.Klient)")),
+                 0);
+        QCOMPARE(scalar(db, QStringLiteral("SELECT MAX(NomFakt) FROM Fakturi")).toString(),
+                 QStringLiteral("%1").arg(invoices, 10, 10, QLatin1Char('0')));
+        for (int racer = 0; racer < racers; ++racer)
+            QCOMPARE(countWhere(db, QStringLiteral("SELECT COUNT(*) FROM tabl WHERE Klient = ? AND NomFakt IN "
+                                                   "(SELECT NomFakt FROM EvroFakt)"),
+                                {racerClient(racer)}),
+                     racer % 2 == 0 ? invoicesEach : 0);
     }
 
     void aFailureInTheMiddleOfTheWriteLeavesEveryCourseAsItWas()
@@ -198,7 +461,8 @@ private slots:
         QList<CourseWrite> writes;
         for (const qint64 id : ids)
             writes.append({id, 1, true, QStringLiteral("0000000130")});
-        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(writes, stamp, QStringLiteral("0000000130"));
+        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
+            writes, stamp, InvoiceRecord::issue(QStringLiteral("0000000130"), dargos, false));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Failed));
         QVERIFY(outcome.message);
         QCOMPARE(outcome.message->title, QStringLiteral("ГРЕШКА при запис!"));
@@ -208,5 +472,14 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(InvoiceStoreTest)
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], racerMode) == 0)
+        return runRacer(app.arguments().mid(2));
+    app.setAttribute(Qt::AA_Use96Dpi, true);
+    InvoiceStoreTest test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_invoicestore.moc"

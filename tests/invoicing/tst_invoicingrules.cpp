@@ -74,22 +74,53 @@ private slots:
                                                         "Моля, сменете номера и опитайте отново."));
     }
 
+    void theNextFreeNumberIsOfferedFirstThenTheGaps_data()
+    {
+        QTest::addColumn<QStringList>("usedNumbers");
+        QTest::addColumn<QString>("offered");
+        QTest::newRow("none used: the first") << QStringList{} << "0000000001";
+        QTest::newRow("in a row: the next") << QStringList{"0000000003", "0000000002", "0000000001"} << "0000000004";
+        QTest::newRow("gaps after the next, latest first")
+            << used << "0000000126 0000000123 0000000122 0000000121";
+        QTest::newRow("texts that are no number passed over")
+            << QStringList{"12/2006", "0000000005", " ", "-7"} << "0000000006";
+        QTest::newRow("the last number: no next, the gap")
+            << QStringList{"9999999999", "9999999997"} << "9999999998";
+    }
+    void theNextFreeNumberIsOfferedFirstThenTheGaps()
+    {
+        QFETCH(QStringList, usedNumbers);
+        QFETCH(QString, offered);
+        QCOMPARE(offeredInvoiceNumbers(usedNumbers, 3).join(QLatin1Char(' ')), offered);
+        // Every number offered is taken by the dialog's own check.
+        for (const QString &number : offeredInvoiceNumbers(usedNumbers, 3))
+            QVERIFY2(checkInvoiceNumber(number, usedNumbers), qPrintable(number));
+    }
+
     void closingWritesByModeAndFlags_data()
     {
         QTest::addColumn<int>("mode");
         QTest::addColumn<bool>("changed");
         QTest::addColumn<bool>("printed");
+        QTest::addColumn<QList<qint64>>("statement");  // the courses on the last statement printed
         QTest::addColumn<QString>("writes");
         const int fresh = int(FakturaMode::FaktNew);
         const int edit = int(FakturaMode::EditFakt);
-        QTest::newRow("new, untouched") << fresh << false << true << "";
+        const QList<qint64> none;
+        QTest::newRow("new, untouched") << fresh << false << true << none << "";
         QTest::newRow("new, marked, never printed: undone and stamped")
-            << fresh << true << false << "1:v1:0:0000000000 3:v4:0:0000000000";
+            << fresh << true << false << none << "1:v1:0:0000000000 3:v4:0:0000000000";
         QTest::newRow("new, marked and printed: numbered")
-            << fresh << true << true << "1:v1:1:0000000130 3:v4:1:0000000130";
-        QTest::newRow("edit, untouched") << edit << false << false << "";
+            << fresh << true << true << QList<qint64>{1, 3} << "1:v1:1:0000000130 3:v4:1:0000000130";
+        QTest::newRow("new, printed with nothing marked, marked after: on no statement, undone")
+            << fresh << true << true << none << "1:v1:0:0000000000 3:v4:0:0000000000";
+        QTest::newRow("new, one marked after the print: only the printed one numbered")
+            << fresh << true << true << QList<qint64>{1} << "1:v1:1:0000000130 3:v4:0:0000000000";
+        QTest::newRow("new, printed then unmarked: not numbered")
+            << fresh << true << true << QList<qint64>{1, 2, 3} << "1:v1:1:0000000130 3:v4:1:0000000130";
+        QTest::newRow("edit, untouched") << edit << false << false << none << "";
         QTest::newRow("edit, changed: kept ones keep the number, the rest leave")
-            << edit << true << false
+            << edit << true << false << none
             << "1:v1:1:0000000130 2:v1:0:0000000000 3:v4:1:0000000130 4:v2:0:0000000000";
     }
     void closingWritesByModeAndFlags()
@@ -97,9 +128,10 @@ private slots:
         QFETCH(int, mode);
         QFETCH(bool, changed);
         QFETCH(bool, printed);
+        QFETCH(QList<qint64>, statement);
         QFETCH(QString, writes);
         const Checked<QList<CourseWrite>> result =
-            closingWrites({FakturaMode(mode), changed, printed, QStringLiteral("0000000130")}, fourCourses());
+            closingWrites({FakturaMode(mode), changed, printed, QStringLiteral("0000000130"), statement}, fourCourses());
         QVERIFY(result);
         QCOMPARE(describe(result.value()), writes);
     }
@@ -107,11 +139,11 @@ private slots:
     void noCourseIsWrittenAsInvoicedWithoutANumber()
     {
         const Checked<QList<CourseWrite>> result =
-            closingWrites({FakturaMode::FaktNew, true, true, noDocumentNumber()}, fourCourses());
+            closingWrites({FakturaMode::FaktNew, true, true, noDocumentNumber(), {1, 3}}, fourCourses());
         QVERIFY(!result);
         QCOMPARE(result.message().title, QStringLiteral("ГРЕШКА при запис!"));
         // With nothing marked there is nothing to number, and nothing to refuse.
-        QVERIFY(closingWrites({FakturaMode::FaktNew, true, true, noDocumentNumber()}, {{1, 1, false}}));
+        QVERIFY(closingWrites({FakturaMode::FaktNew, true, true, noDocumentNumber(), {}}, {{1, 1, false}}));
     }
 
     void vatIsAFifthUnroundedShownByTheFormat_data()
