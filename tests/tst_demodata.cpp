@@ -73,6 +73,10 @@ private slots:
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Config WHERE LENGTH(kola) > 12"), 0);
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM shof WHERE LENGTH(kod) <> 3"), 0);
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE AND NomFakt = '0000000000'"), 0);
+        // Every number on a course is held as issued, so numbering goes on after a year close.
+        QCOMPARE(scalar(db, "SELECT COUNT(DISTINCT NomFakt) FROM tabl WHERE Fakt = TRUE AND NomFakt NOT IN "
+                            "(SELECT NomFakt FROM Fakturi)"), 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Fakturi") > 0);
 
         QSqlQuery drivers(db);
         QVERIFY(drivers.exec("SELECT EGN, LKarta FROM shof"));

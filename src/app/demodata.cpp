@@ -325,6 +325,16 @@ bool Generator::history()
             return false;
     }
     m_summary.invoices = int(keys.size());
+    // Every number issued is held once, as the invoicing screen records it at closing.
+    QSqlQuery issued(m_db);
+    issued.prepare(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"));
+    for (const auto &[key, month] : keys) {
+        issued.addBindValue(numbers.value(key));
+        issued.addBindValue(key.section(QLatin1Char('|'), 0, 0));
+        issued.addBindValue(month.addMonths(1));
+        if (!exec(issued))
+            return false;
+    }
     // The invoices issued from the changeover on were issued in euro.
     if (m_changeover.isSet()) {
         QSqlQuery euroInvoice(m_db);
