@@ -1,3 +1,4 @@
+#include "forms/dialog.h"
 #include "forms/messageservice.h"
 #include "courses/coursestore.h"
 #include "forms/recordform.h"
@@ -10,6 +11,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSqlQuery>
+#include <QTimer>
 
 using namespace zarek;
 
@@ -392,6 +394,34 @@ private slots:
         QCOMPARE(screen.form->state(), RecordForm::State::Editing);
         QCOMPARE(QApplication::focusWidget(), screen.boxes[3]);
         QCOMPARE(screen.boxes[3]->selectedText(), QStringLiteral("две"));
+    }
+
+    // "Изтрий", then Enter as the question opens: the row stays. Enter answers "Отказ" there.
+    void enterOnTheDeleteQuestionKeepsTheRow()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addThree(scratch.db());
+        WidgetMessageService boxes;
+        MessageService::setInstance(&boxes);
+        StockScreen screen(scratch.db());
+        screen.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        QStringList asked;
+        QTimer answer;
+        answer.setInterval(20);
+        QObject::connect(&answer, &QTimer::timeout, [&asked] {
+            auto *box = qobject_cast<Dialog *>(QApplication::activeModalWidget());
+            if (!box || !box->isActiveWindow())
+                return;
+            asked.append(box->text());
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        });
+        answer.start();
+        screen.button("cmdDelete")->click();
+        answer.stop();
+        MessageService::setInstance(nullptr);
+        QCOMPARE(asked, QStringList{QStringLiteral("Наистна ли искате да изтриете записа?")});
+        QCOMPARE(stockRows(scratch.db()), 3);
     }
 
     void aNewRowIsWrittenAndStandsLast()
