@@ -939,6 +939,8 @@ private slots:
         type(QStringLiteral("1"));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("За корекция натиснете \"Поправи\""));
         QCOMPARE(messages.beeps, 1);
+        if (const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR"); !dir.isEmpty())
+            screen.grab().save(dir + QStringLiteral("/kurs-typing-while-browsing.png"));
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Browsing);
     }
 
