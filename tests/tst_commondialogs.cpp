@@ -157,6 +157,35 @@ private slots:
         QCOMPARE(yesNo ? boxes.askYesNo(question) : boxes.ask(question), answer);
     }
 
+    // Enter pressed as the box opens goes to the button with the focus: it must be the default.
+    // A Да/Не box opened with the focus on "Да", so Enter dropped what the question was about.
+    void enterOnTheFocusAnswersTheDefault_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<bool>("answer");
+        QTest::newRow("OK/Отказ") << "ask" << true;
+        QTest::newRow("OK/Отказ that deletes") << "destructive" << false;
+        QTest::newRow("Да/Не") << "yesNo" << false;
+    }
+    void enterOnTheFocusAnswersTheDefault()
+    {
+        QFETCH(QString, kind);
+        QFETCH(bool, answer);
+        WidgetMessageService boxes;
+        QString focused;
+        whenShown<Dialog>([&focused](Dialog *box) {
+            QVERIFY(QTest::qWaitForWindowActive(box));
+            focused = QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        });
+        const UserMessage question{QString(), QStringLiteral("Да се откажа ли от промените?"), UserMessage::Icon::Question};
+        const bool answered = kind == QLatin1String("ask")           ? boxes.ask(question)
+                              : kind == QLatin1String("destructive") ? boxes.askDestructive(question)
+                                                                     : boxes.askYesNo(question);
+        QCOMPARE(answered, answer);
+        QCOMPARE(focused, answer ? QStringLiteral("OKButton") : QStringLiteral("CancelButton"));
+    }
+
     void theOkFlagStaysReadableAfterTheDialogCloses()
     {
         Dialog question({QString(), QStringLiteral("Ще загубите данните окончателно")});

@@ -454,6 +454,24 @@ private slots:
         QVERIFY(QCoreApplication::translate("QFileDialog", "File &name:") != QLatin1String("File &name:"));
     }
 
+    // Ctrl+Z, "undo" in every other program, ended this one at once.
+    void ctrlZEndedTheProgramWithoutAQuestion()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        messages.answers = {false};
+        QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(messages.asked.size(), 1);
+        QCOMPARE(messages.asked.first().text, QStringLiteral("Да изляза ли от програмата?"));
+        QVERIFY(window.isVisible());
+        messages.answers = {true};
+        QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+        QVERIFY(!window.isVisible());
+    }
+
     void aMinimisedCloseStoresNoGeometry()
     {
         ZAREK_SCRATCH_DB(scratch);

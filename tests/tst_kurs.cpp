@@ -1,3 +1,4 @@
+#include "forms/dialog.h"
 #include "forms/messageservice.h"
 #include "courses/courseeditorrules.h"
 #include "courses/coursestore.h"
@@ -16,6 +17,7 @@
 #include <QPushButton>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QTimer>
 
 using namespace zarek;
 using zarek::test::scalar;
@@ -156,7 +158,7 @@ private slots:
         press(Qt::Key_Return);
 
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Browsing);
-        QCOMPARE(titles(messages), QStringList(4, QStringLiteral("ВНИМАНИЕ!|") + emptyList));  // the four empty lists
+        QCOMPARE(titles(messages), QStringList(1, QStringLiteral("ВНИМАНИЕ!|") + emptyList));  // once for the four lists
         const QSqlDatabase db = scratch.db();
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM tabl").toInt(), 1);
         QCOMPARE(scalar(db, "SELECT kod || '|' || kola || '|' || Marsh || '|' || Klient || '|' || Tovar FROM tabl")
@@ -368,11 +370,11 @@ private slots:
         QCOMPARE(form->state(), RecordForm::State::Browsing);
         QCOMPARE(field(screen, 2)->text(), QStringLiteral("0000000042"));
         form->edit();
-        field(screen, 12)->setText(QStringLiteral("12"));
+        combo(screen, 4)->setEditText(QStringLiteral("Чакъл"));  // an invoiced course's cargo may change
         QVERIFY(form->update());
         QCOMPARE(scalar(scratch.db(), "SELECT NomFakt FROM tabl").toString(), QStringLiteral("0000000042"));
         QCOMPARE(scalar(scratch.db(), "SELECT Fakt FROM tabl").toBool(), true);
-        QCOMPARE(scalar(scratch.db(), "SELECT ton FROM tabl").toDouble(), 12.0);
+        QCOMPARE(scalar(scratch.db(), "SELECT Tovar FROM tabl").toString(), QStringLiteral("Чакъл"));
         // A new course is still never invoiced.
         form->add();
         fillNewCourse(screen, QStringLiteral("0000000077"));
@@ -643,6 +645,303 @@ private slots:
         QCOMPARE(sum(screen, 15), QStringLiteral("15,98"));
         QCOMPARE(levaToEuro(Money::fromCents(3125)).cents(), qint64(1598));
         QCOMPARE(scalar(scratch.db(), "SELECT bruto FROM tabl WHERE data > '2026-01-01'").toDouble(), 15.98);
+    }
+
+    // A new database: four lists empty, four identical boxes in a row. One says it all.
+    void aNewDatabaseSaysOnceThatTheListsAreEmpty()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        QCOMPARE(titles(messages), QStringList{QStringLiteral("ВНИМАНИЕ!|") + emptyList});
+    }
+
+    // A driver typed as his code and left with Tab is the list's entry; it failed at the save
+    // with "Грешно име на шофьор!".
+    void aDriverTypedByHisCodeIsTheListsEntry_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("code") << "012" << "012,Георги Д'Амато";
+        QTest::newRow("whole name") << "иван петров иванов" << "007,Иван Петров Иванов";
+        QTest::newRow("part found once") << "Амато" << "012,Георги Д'Амато";
+        QTest::newRow("part of two: left as typed") << "0" << "0";
+    }
+    void aDriverTypedByHisCodeIsTheListsEntry()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, shown);
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        fillNewCourse(screen);
+        combo(screen, 5)->setEditText(QString());
+        combo(screen, 5)->setFocus();
+        type(typed);
+        press(Qt::Key_Tab);
+        QCOMPARE(combo(screen, 5)->currentText(), shown);
+        if (shown.contains(QLatin1Char(','))) {
+            QVERIFY(screen.recordForm()->update());
+            QCOMPARE(scalar(scratch.db(), "SELECT kod FROM tabl ORDER BY id DESC").toString(), shown.left(3));
+        }
+    }
+
+    // New course dated 15.11.2026 (euro): 100 km take the euro band. The date retyped as
+    // 15.11.2025 (leva) stored the euro figure as leva: 71,58 лв. instead of 140,00.
+    void theRateIsOfTheCurrencyOfTheDateShown_data()
+    {
+        QTest::addColumn<QString>("firstDate");
+        QTest::addColumn<QString>("savedDate");
+        QTest::addColumn<double>("rate");
+        QTest::addColumn<double>("bruto");
+        QTest::newRow("euro day, then leva") << "15.11.2026" << "15.11.2025" << 0.14 << 140.0;
+        QTest::newRow("leva day, then euro") << "15.11.2025" << "15.11.2026" << 0.07158086 << 71.58;
+        QTest::newRow("same currency") << "15.11.2026" << "16.11.2026" << 0.07158086 << 71.58;
+    }
+    void theRateIsOfTheCurrencyOfTheDateShown()
+    {
+        QFETCH(QString, firstDate);
+        QFETCH(QString, savedDate);
+        QFETCH(double, rate);
+        QFETCH(double, bruto);
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
+        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        fillNewCourse(screen, QStringLiteral("0000000000"), firstDate);
+        child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->clear();
+        field(screen, 4)->setText(QStringLiteral("100"));
+        field(screen, 4)->setFocus();
+        press(Qt::Key_Tab);  // the band of 100 km, in the currency of the first date
+        field(screen, 1)->setFocus();
+        field(screen, 1)->setText(savedDate);
+        press(Qt::Key_Tab);
+        QVERIFY(screen.recordForm()->update());
+        QVERIFY(messages.asked.isEmpty());  // a picked rate is picked again without a question
+        QCOMPARE(scalar(scratch.db(), "SELECT Tarifa FROM tabl ORDER BY id DESC").toDouble(), rate);
+        QCOMPARE(scalar(scratch.db(), "SELECT bruto FROM tabl ORDER BY id DESC").toDouble(), bruto);
+    }
+
+    // A rate typed by hand is replaced only when the user says so; saved straight from the date
+    // box (Ctrl+Enter) the same question comes.
+    void aRateTypedByHandIsReplacedOnlyWhenTheUserSaysSo_data()
+    {
+        QTest::addColumn<bool>("answer");
+        QTest::addColumn<bool>("ctrlEnter");
+        QTest::addColumn<double>("rate");
+        QTest::newRow("Да: the leva band") << true << false << 0.14;
+        QTest::newRow("Не: the typed rate") << false << false << 0.2;
+        QTest::newRow("Да, saved from the date") << true << true << 0.14;
+    }
+    void aRateTypedByHandIsReplacedOnlyWhenTheUserSaysSo()
+    {
+        QFETCH(bool, answer);
+        QFETCH(bool, ctrlEnter);
+        QFETCH(double, rate);
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
+        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        fillNewCourse(screen, QStringLiteral("0000000000"), QStringLiteral("15.11.2026"));
+        field(screen, 4)->setText(QStringLiteral("100"));
+        auto *tarifa = child<QLineEdit>(screen, QStringLiteral("txtTarifa"));
+        tarifa->setFocus();
+        tarifa->selectAll();
+        type(QStringLiteral("0,2"));
+        field(screen, 1)->setFocus();
+        field(screen, 1)->setText(QStringLiteral("15.11.2025"));
+        messages.answers = {answer};
+        if (ctrlEnter)
+            press(Qt::Key_Return, Qt::ControlModifier);
+        else
+            press(Qt::Key_Tab);
+        QCOMPARE(messages.asked.size(), 1);
+        QCOMPARE(messages.asked.first().text,
+                 QStringLiteral("Тарифата 0,2 е въведена ръчно за курс в евро, а курсът от 15.11.2025 е в лева!\n"
+                                "Да се вземе ли тарифата в лева 0,140?"));
+        if (!ctrlEnter)
+            QVERIFY(screen.recordForm()->update());
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Browsing);
+        QCOMPARE(messages.asked.size(), 1);
+        QCOMPARE(scalar(scratch.db(), "SELECT Tarifa FROM tabl ORDER BY id DESC").toDouble(), rate);
+    }
+
+    // "Корекция на курс" on a course of invoice 0000000001: km 10 -> 12 replaced the typed rate and
+    // the gross of an invoice handed out went from 33,33 to 14,00 without a word.
+    void anInvoicedCourseKeepsItsMoney_data()
+    {
+        QTest::addColumn<QString>("box");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("km") << "txtFields_4" << "12" << true;
+        QTest::newRow("tonnes") << "txtFields_12" << "11" << true;
+        QTest::newRow("rate") << "txtTarifa" << "0,3" << true;
+        QTest::newRow("client") << "Combo3" << "Друг клиент" << true;
+        QTest::newRow("route") << "Combo2" << "София - Бургас" << false;
+        QTest::newRow("cargo") << "Combo4" << "Чакъл" << false;
+    }
+    void anInvoicedCourseKeepsItsMoney()
+    {
+        QFETCH(QString, box);
+        QFETCH(QString, typed);
+        QFETCH(bool, refused);
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        // 10 t over 10 km at a rate typed by hand: 33,33, invoiced.
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET km = 10, Tarifa = 0.3333, bruto = 33.33, procent = 1, "
+                                            "neto = 32.33, NomFakt = '0000000001', Fakt = TRUE")));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        screen.recordForm()->edit();
+        auto *target = child(screen, box);
+        target->setFocus();
+        if (auto *c = qobject_cast<QComboBox *>(target))
+            c->setEditText(typed);
+        else
+            static_cast<QLineEdit *>(target)->setText(typed);
+        // Passing through the kilometres as the user tabs on keeps the rate typed for them.
+        field(screen, 4)->setFocus();
+        press(Qt::Key_Tab);
+        if (box != QLatin1String("txtFields_4") && box != QLatin1String("txtTarifa"))
+            QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,3333"));
+        QCOMPARE(screen.recordForm()->update(), !refused);
+        const QSqlDatabase db = scratch.db();
+        QCOMPARE(scalar(db, "SELECT bruto FROM tabl").toDouble(), 33.33);
+        QCOMPARE(scalar(db, "SELECT neto FROM tabl").toDouble(), 32.33);
+        QCOMPARE(scalar(db, "SELECT Tarifa FROM tabl").toDouble(), 0.3333);
+        if (refused) {
+            QCOMPARE(messages.shown.size(), 1);
+            QCOMPARE(messages.shown.first().text,
+                     QStringLiteral("Курсът е по фактура № 0000000001: тонаж, километри, тарифа, сума и клиент не се "
+                                    "променят!\nМоля, първо махнете курса от фактурата с \"Корекция фактури\"! "
+                                    "Маршрут и товар може да се поправят."));
+            QCOMPARE(screen.recordForm()->state(), RecordForm::State::Editing);
+            QCOMPARE(QApplication::focusWidget(), target);  // the box at fault
+        } else {
+            QCOMPARE(messages.shown.size(), 0);
+            QCOMPARE(scalar(db, "SELECT Marsh || '|' || Tovar FROM tabl").toString().contains(typed), true);
+        }
+    }
+
+    // The store refuses what the screen refuses: a write of other money over an invoiced course.
+    void theStoreKeepsAnInvoicedCoursesMoney()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET NomFakt = '0000000001', Fakt = TRUE")));
+        CourseStore store(scratch.db());
+        const qint64 id = scalar(scratch.db(), "SELECT id FROM tabl").toLongLong();
+        Course course = *store.find(id);
+        course.Marsh = QStringLiteral("София - Бургас");
+        QVERIFY(store.write(course, Money()).ok());
+        course = *store.find(id);
+        course.km = 30;
+        course.bruto = Money::fromAmount(37.5);
+        const Checked<Course> written = store.write(course, Money());
+        QVERIFY(!written.ok());
+        QVERIFY(written.message().text.contains(QStringLiteral("0000000001")));
+        QCOMPARE(scalar(scratch.db(), "SELECT km FROM tabl").toDouble(), 25.0);
+        QCOMPARE(scalar(scratch.db(), "SELECT Marsh FROM tabl").toString(), QStringLiteral("София - Бургас"));
+    }
+
+    // Esc in a half-typed course asks whether to drop it; Enter, as the box opens, answers "Не".
+    void escThenEnterKeepsTheHalfTypedCourse()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        WidgetMessageService boxes;
+        MessageService::setInstance(&boxes);
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        combo(screen, 2)->setFocus();
+        combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
+        QString question;
+        QTimer answer;
+        answer.setInterval(20);
+        QObject::connect(&answer, &QTimer::timeout, [&question, &answer] {
+            auto *box = qobject_cast<Dialog *>(QApplication::activeModalWidget());
+            if (!box || !box->isActiveWindow())
+                return;
+            answer.stop();
+            question = box->text();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        });
+        answer.start();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        MessageService::setInstance(nullptr);
+        QCOMPARE(question, QStringLiteral("Въведените данни не са записани!\nДа се откажа ли от промените?"));
+        QVERIFY(screen.isVisible());
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
+        QCOMPARE(combo(screen, 2)->currentText(), QStringLiteral("София - Перник"));
+    }
+
+    // A failing check puts the cursor into the box it is about, ready to be typed over.
+    void aFailingCheckPutsTheCursorInTheBoxAtFault_data()
+    {
+        QTest::addColumn<QString>("blank");
+        QTest::newRow("route") << "Combo2";
+        QTest::newRow("client") << "Combo3";
+        QTest::newRow("tonnes") << "txtFields_12";
+    }
+    void aFailingCheckPutsTheCursorInTheBoxAtFault()
+    {
+        QFETCH(QString, blank);
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db());
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        fillNewCourse(screen);
+        if (auto *c = child<QComboBox>(screen, blank))
+            c->setEditText(QString());
+        else
+            child<QLineEdit>(screen, blank)->clear();
+        button(screen, "cmdUpdate")->setFocus();
+        press(Qt::Key_Return);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(QApplication::focusWidget(), child(screen, blank));
+    }
+
+    // Keys typed while a course is only shown went nowhere: the status line now says how to start.
+    void typingOnABrowsedCourseSaysHowToCorrectIt()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        RecordingMessageService messages;
+        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        button(screen, "cmdEdit")->setFocus();
+        type(QStringLiteral("1"));
+        QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("За корекция натиснете \"Поправи\""));
+        QCOMPARE(messages.beeps, 1);
+        if (const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR"); !dir.isEmpty())
+            screen.grab().save(dir + QStringLiteral("/kurs-typing-while-browsing.png"));
+        QCOMPARE(screen.recordForm()->state(), RecordForm::State::Browsing);
     }
 
     // With ZAREK_SCREENSHOT_DIR set, saves the editor entering a course and correcting one.

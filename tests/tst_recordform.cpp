@@ -1,3 +1,4 @@
+#include "forms/dialog.h"
 #include "forms/messageservice.h"
 #include "courses/coursestore.h"
 #include "forms/recordform.h"
@@ -10,6 +11,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSqlQuery>
+#include <QTimer>
 
 using namespace zarek;
 
@@ -278,7 +280,10 @@ private slots:
         QCOMPARE(screen.form->state(), RecordForm::State::Browsing);
     }
 
-    void cancelGoesBackToTheRowOfTheLastAddOrElseToTheFirst()
+    // "Отказ" after "Поправи" went to the row of the last "Добави" (or the first row), and a
+    // following "Изтрий" deleted a row the user never meant. It stays on the row being corrected;
+    // after "Добави" it goes back to the row current at the add.
+    void cancelReturnsToTheRowBeingCorrectedOrToTheRowOfTheAdd()
     {
         ZAREK_SCRATCH_DB(scratch);
         addThree(scratch.db());
@@ -287,21 +292,136 @@ private slots:
         screen.form->last();
         screen.button("cmdEdit")->click();
         screen.button("cmdCancel")->click();
-        QCOMPARE(screen.form->currentIndex(), 0);  // no add yet: the first row
-        screen.form->next();
+        QCOMPARE(screen.form->currentIndex(), 2);
+        QCOMPARE(screen.name(), QStringLiteral("Артикул 3"));
+        screen.form->previous();
         screen.button("cmdAdd")->click();
         QCOMPARE(screen.name(), QString());
         screen.button("cmdCancel")->click();
         QCOMPARE(screen.form->currentIndex(), 1);
         QCOMPARE(screen.name(), QStringLiteral("Артикул 2"));
-        screen.form->last();
+        screen.form->first();
         screen.button("cmdEdit")->click();
         screen.boxes[2]->setText(QStringLiteral("не се записва"));
         screen.button("cmdCancel")->click();
-        QCOMPARE(screen.form->currentIndex(), 1);  // the row kept by the add
-        screen.form->last();
-        QCOMPARE(screen.name(), QStringLiteral("Артикул 3"));
+        QCOMPARE(screen.form->currentIndex(), 0);  // the row corrected, not the row kept by the add
+        QCOMPARE(screen.name(), QStringLiteral("Артикул 1"));
+        messages.answers = {true, true};
+        screen.button("cmdDelete")->click();
+        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'Артикул 1'")).toInt(), 0);
+        QCOMPARE(stockRows(scratch.db()), 2);
         QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'не се записва'")).toInt(), 0);
+    }
+
+    // Keys typed into a box of a row only shown went nowhere. The first starts "Поправи" on that
+    // row and goes into the box, typing over it; the keys after it follow in order.
+    void typingInAShownRowStartsItsCorrection()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addThree(scratch.db());
+        RecordingMessageService messages;
+        StockScreen screen(scratch.db());
+        screen.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        screen.form->next();
+        screen.boxes[3]->setFocus();
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("17"));
+        QCoreApplication::processEvents();
+        QCOMPARE(screen.form->state(), RecordForm::State::Editing);
+        QCOMPARE(screen.status(), QStringLiteral("Корекция"));
+        QCOMPARE(QApplication::focusWidget(), screen.boxes[3]);
+        QCOMPARE(screen.boxes[3]->text(), QStringLiteral("17"));
+        QVERIFY(screen.form->update());
+        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 2'")).toDouble(), 17.0);
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    // A key on a button of the strip (where it does nothing) says how to start.
+    void aKeyOnTheStripSaysHowToStart()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addThree(scratch.db());
+        RecordingMessageService messages;
+        StockScreen screen(scratch.db());
+        screen.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        screen.button("cmdDelete")->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_A);
+        QCOMPARE(screen.status(), QStringLiteral("За корекция натиснете \"Поправи\", за нов запис \"Добави\""));
+        QCOMPARE(messages.beeps, 1);
+        QCOMPARE(screen.form->state(), RecordForm::State::Browsing);
+        screen.form->next();
+        QCOMPARE(screen.status(), QStringLiteral("Запис №: 2"));
+    }
+
+    // "Запиши" goes as the row is written, and the focus passed on to "Затвори", where Enter or
+    // Space closed the window. It goes to "Добави" (Enter there starts the next row), after a
+    // correction to "Поправи".
+    void afterASaveTheFocusIsNotOnClose()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addThree(scratch.db());
+        RecordingMessageService messages;
+        StockScreen screen(scratch.db());
+        screen.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        screen.button("cmdEdit")->click();
+        screen.boxes[2]->setText(QStringLiteral("Нов артикул"));
+        screen.button("cmdUpdate")->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QCOMPARE(screen.form->state(), RecordForm::State::Browsing);
+        QCOMPARE(QApplication::focusWidget(), screen.button("cmdAdd"));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QCOMPARE(screen.form->state(), RecordForm::State::Adding);
+        QVERIFY(screen.window.isVisible());
+        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'Нов артикул'")).toInt(), 1);
+    }
+
+    // A value its column cannot take: the message closes onto the box at fault.
+    void aRefusedValuePutsTheCursorInItsBox()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addThree(scratch.db());
+        RecordingMessageService messages;
+        StockScreen screen(scratch.db());
+        screen.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        screen.button("cmdEdit")->click();
+        screen.boxes[3]->setText(QStringLiteral("две"));
+        screen.button("cmdUpdate")->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(screen.form->state(), RecordForm::State::Editing);
+        QCOMPARE(QApplication::focusWidget(), screen.boxes[3]);
+        QCOMPARE(screen.boxes[3]->selectedText(), QStringLiteral("две"));
+    }
+
+    // "Изтрий", then Enter as the question opens: the row stays. Enter answers "Отказ" there.
+    void enterOnTheDeleteQuestionKeepsTheRow()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addThree(scratch.db());
+        WidgetMessageService boxes;
+        MessageService::setInstance(&boxes);
+        StockScreen screen(scratch.db());
+        screen.window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        QStringList asked;
+        QTimer answer;
+        answer.setInterval(20);
+        QObject::connect(&answer, &QTimer::timeout, [&asked] {
+            auto *box = qobject_cast<Dialog *>(QApplication::activeModalWidget());
+            if (!box || !box->isActiveWindow())
+                return;
+            asked.append(box->text());
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        });
+        answer.start();
+        screen.button("cmdDelete")->click();
+        answer.stop();
+        MessageService::setInstance(nullptr);
+        QCOMPARE(asked, QStringList{QStringLiteral("Наистна ли искате да изтриете записа?")});
+        QCOMPARE(stockRows(scratch.db()), 3);
     }
 
     void aNewRowIsWrittenAndStandsLast()

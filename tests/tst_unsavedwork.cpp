@@ -266,9 +266,9 @@ private slots:
         QVERIFY(personal && personal->isVisible());
         box(*personal, QStringLiteral("txtFirmaTel"))->setText(QStringLiteral("032 999"));
 
-        messages.answers = {false};
+        messages.answers = {true, false};  // leave the program: yes; drop the typing: no
         main.menuAction(QStringLiteral("mnuFileExit"))->trigger();
-        QCOMPARE(messages.asked.size(), 1);
+        QCOMPARE(messages.asked.size(), 2);
         QVERIFY(main.isVisible());
         QVERIFY(personal->isVisible());
         QCOMPARE(box(*personal, QStringLiteral("txtFirmaTel"))->text(), QStringLiteral("032 999"));

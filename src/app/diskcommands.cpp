@@ -164,7 +164,7 @@ void closeTheYear(CommandRegistry &commands)
 {
     CommandContext &context = commands.context();
     context.setPanel(QStringLiteral("Приключване на годината..."));
-    if (!MessageService::instance().ask(
+    if (!MessageService::instance().askDestructive(
             {QString(), QStringLiteral("Данните ще бъдат изтрити!\n\nДа продължа ли?"), UserMessage::Icon::Question}))
         return;
     if (!commands.closeWindows())

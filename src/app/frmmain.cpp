@@ -384,7 +384,12 @@ void FrmMain::registerShellCommands()
         m_commands->runModal(about, m_commands->context().helpTopic(QStringLiteral("mnuHelpAbout")));
     });
     commands.add(QStringLiteral("mnuHelpContents"), [this] { showHelp(helpContentsTopic); });
-    commands.add(QStringLiteral("mnuFileExit"), [this] { close(); });
+    // Ctrl+Z, the key of "undo" everywhere else, ends the program only when the user says so.
+    commands.add(QStringLiteral("mnuFileExit"), [this] {
+        if (MessageService::instance().askYesNo({QStringLiteral("Изход"), QStringLiteral("Да изляза ли от програмата?"),
+                                                 UserMessage::Icon::Question}))
+            close();
+    });
     commands.add(QStringLiteral("mnuHelpWeb"), [] { QDesktopServices::openUrl(QUrl(version::homePage())); });
 }
 

@@ -29,20 +29,32 @@ struct CourseEntry {
 };
 
 // The editor's situation: the task it serves, whether a new row is being added, and the row
-// being corrected (its id and version) otherwise.
+// being corrected otherwise: its id and version, and its values as stored (an invoiced course
+// keeps its money).
 struct CourseSaveContext {
     CourseMode mode = CourseMode::NewKurs;
     bool adding = true;
     Course original;
 };
 
+// The box a refusal is about, by the column it fills ("razhod" for the expense, "kod" for the
+// driver); the editor puts the cursor there.
 struct CourseCheckResult {
     std::optional<UserMessage> refusal;      // the save stops with this message
     std::optional<UserMessage> dateWarning;  // shown, and the save goes on
     bool focusDate = false;                  // the date box takes focus with its text selected
+    QString faultField;                      // the column of the box at fault, with a refusal
     Course course;                           // ready to write when there is no refusal
     Money expense;
 };
+
+// A course that carries an invoice number (not "0000000000") stands on an invoice handed out.
+bool carriesInvoice(const Course &course);
+// Whether a correction would change what an invoice states of the course: its tonnes,
+// kilometres, rate, money or client.
+bool changesInvoicedFigures(const Course &stored, const Course &corrected);
+// The refusal of such a correction, naming the invoice and the way to take the course off it.
+UserMessage invoicedCourseRefusal(const QString &nomFakt);
 
 inline const QString &saveErrorTitle()
 {

@@ -1,5 +1,7 @@
 #include "courseeditorrules.h"
 
+#include "core/valueformat.h"
+
 namespace zarek::courseeditor {
 
 QStringList columns()
@@ -38,6 +40,51 @@ Course keyOf(const RecordRow &row)
     course.id = row.id;
     course.rowVersion = row.rowVersion;
     return course;
+}
+
+Course courseOf(const RecordRow &row)
+{
+    const QVariantMap &v = row.values;
+    Course course = keyOf(row);
+    course.data = dateOfValue(v.value(QStringLiteral("data")));
+    course.kod = v.value(QStringLiteral("kod")).toString();
+    course.kola = v.value(QStringLiteral("kola")).toString();
+    course.Klient = v.value(QStringLiteral("Klient")).toString();
+    course.Marsh = v.value(QStringLiteral("Marsh")).toString();
+    course.Tovar = v.value(QStringLiteral("Tovar")).toString();
+    course.km = v.value(QStringLiteral("km")).toDouble();
+    course.ton = v.value(QStringLiteral("ton")).toDouble();
+    course.Tarifa = v.value(QStringLiteral("Tarifa")).toDouble();
+    course.bruto = Money::fromAmount(v.value(QStringLiteral("bruto")).toDouble());
+    course.procent = Money::fromAmount(v.value(QStringLiteral("procent")).toDouble());
+    course.neto = Money::fromAmount(v.value(QStringLiteral("neto")).toDouble());
+    course.Fakt = v.value(QStringLiteral("Fakt")).toBool();
+    course.NomFakt = v.value(QStringLiteral("NomFakt")).toString();
+    course.plat = v.value(QStringLiteral("plat")).toBool();
+    course.Doc = v.value(QStringLiteral("Doc")).toBool();
+    return course;
+}
+
+std::optional<QString> resolveDriver(const QStringList &kodIme, const QString &typed)
+{
+    const QString text = typed.trimmed();
+    if (text.isEmpty())
+        return std::nullopt;
+    for (const QString &entry : kodIme) {
+        const qsizetype comma = entry.indexOf(QLatin1Char(','));
+        if (entry.compare(text, Qt::CaseInsensitive) == 0 || (comma >= 0 && entry.left(comma) == text)
+            || (comma >= 0 && entry.mid(comma + 1).compare(text, Qt::CaseInsensitive) == 0))
+            return entry;
+    }
+    std::optional<QString> found;
+    for (const QString &entry : kodIme) {
+        if (!entry.contains(text, Qt::CaseInsensitive))
+            continue;
+        if (found)
+            return std::nullopt;  // more than one: the user chooses
+        found = entry;
+    }
+    return found;
 }
 
 std::optional<QString> driverName(const QStringList &kodIme, const QString &code)

@@ -89,6 +89,23 @@ Checked<Course> CourseStore::write(const Course &course, Money expense)
         saved.rowVersion = query.value(1).toInt();
         query.finish();  // SQLite cannot commit while a RETURNING statement is still open
     } else {
+        // The stored row as this transaction sees it: an invoiced course keeps its figures here
+        // too, whoever asks for the write.
+        QSqlQuery stored(m_db);
+        stored.prepare(QStringLiteral("SELECT * FROM tabl WHERE id = ?"));
+        stored.addBindValue(course.id);
+        if (!stored.exec())
+            return sqlErrorMessage(saveErrorTitle(), stored.lastError());
+        if (!stored.next())
+            return conflictMessage(saveErrorTitle());
+        const Course before = fromRecord(stored.record());
+        stored.finish();
+        if (before.rowVersion != course.rowVersion)
+            return conflictMessage(saveErrorTitle());
+        if (carriesInvoice(before)
+            && (changesInvoicedFigures(before, course) || course.bruto != before.bruto
+                || course.procent != before.procent || course.neto != before.neto))
+            return invoicedCourseRefusal(before.NomFakt);
         query.prepare(QStringLiteral(
             "UPDATE tabl SET data = ?, kod = ?, kola = ?, Klient = ?, Marsh = ?, Tovar = ?, km = ?, ton = ?, "
             "Tarifa = ?, bruto = ?, procent = ?, neto = ?, Fakt = ?, NomFakt = ?, plat = ?, Doc = ?, "

@@ -185,6 +185,11 @@ void Kurs::buildScreen()
     m_tarifa->setObjectName(QStringLiteral("txtTarifa"));
     m_tarifa->setMaxLength(12);
     m_tarifa->installEventFilter(this);
+    connect(m_tarifa, &QLineEdit::textEdited, this, [this] {
+        m_rateByHand = true;
+        m_rateCurrency = courseCurrency();
+        m_kmAtRate = m_fields.value(4)->text();
+    });
     QLineEdit *marsh = makeField(7, QStringLiteral("Marsh"), 40);
     QComboBox *marshCombo = makeCombo(QStringLiteral("Combo2"), marsh);
     QLineEdit *klient = makeField(3, QStringLiteral("Klient"), 40);
@@ -316,12 +321,6 @@ void Kurs::setTabOrder()
 
 void Kurs::fillCombo(QComboBox *combo, const QStringList &items)
 {
-    if (items.isEmpty()) {
-        MessageService::instance().inform({QStringLiteral("ВНИМАНИЕ!"),
-                                           QStringLiteral("Списъка е празен\nЩе се създаде нов!"),
-                                           UserMessage::Icon::Exclamation});
-        return;
-    }
     combo->addItems(items);
 }
 
@@ -337,8 +336,17 @@ void Kurs::loadLists()
     fillCombo(m_valueCombos[1], searchlists::routes(m_db));
     fillCombo(m_valueCombos[2], searchlists::clients(m_db));
     fillCombo(m_valueCombos[3], searchlists::cargoes(m_db));
-    for (QComboBox *combo : std::as_const(m_valueCombos))
+    bool anyEmpty = false;
+    for (QComboBox *combo : std::as_const(m_valueCombos)) {
+        anyEmpty = anyEmpty || combo->count() == 0;
         combo->setEditText(QString());
+    }
+    // One word for all the lists: on a new database every list is empty, and four boxes in a row
+    // told nothing more than one.
+    if (anyEmpty)
+        MessageService::instance().inform({QStringLiteral("ВНИМАНИЕ!"),
+                                           QStringLiteral("Списъка е празен\nЩе се създаде нов!"),
+                                           UserMessage::Icon::Exclamation});
 }
 
 void Kurs::open()
@@ -383,6 +391,8 @@ void Kurs::onAdded()
 {
     showSums(false);
     m_tarifa->clear();
+    m_rateCurrency.reset();
+    m_rateByHand = false;
     m_outsideAtStart = typedOutside();
     m_driverCombo->setFocus();
 }
@@ -391,6 +401,13 @@ void Kurs::onEditStarted()
 {
     m_driverCombo->setEditText(m_fields.value(5)->text());
     showSums(false);
+    // The stored rate is in the currency of the course's day; one other than its band's was typed.
+    m_rateCurrency = courseCurrency();
+    m_kmAtRate = m_fields.value(4)->text();
+    const Checked<double> band = m_tariffBands.rateForText(m_kmAtRate);
+    m_rateByHand = !band
+                   || formatRate(convertRate(band.value(), booksChangeover().priceCurrency(), *m_rateCurrency))
+                          != m_tarifa->text();
     m_outsideAtStart = typedOutside();
     m_valueCombos[0]->setFocus();
 }
@@ -474,8 +491,70 @@ void Kurs::pickRate()
     }
     // The bands stand in euro once the firm has changed over; a course of a day in leva (one
     // corrected after the changeover, say) takes the band's rate back in leva.
-    m_currentTariff = convertRate(rate.value(), booksChangeover().priceCurrency(), courseCurrency());
+    m_rateCurrency = courseCurrency();
+    m_currentTariff = convertRate(rate.value(), booksChangeover().priceCurrency(), *m_rateCurrency);
     m_tarifa->setText(formatRate(m_currentTariff));
+    m_rateByHand = false;
+    m_kmAtRate = m_fields.value(4)->text();
+}
+
+// The rate box holds a rate of the currency of the date shown: a date moved across the firm's
+// changeover takes its band's rate in the new currency. A rate typed by hand is replaced only
+// when the user says so; kept, it counts as the new currency's.
+void Kurs::settleRateCurrency()
+{
+    if (m_form->state() == RecordForm::State::Browsing || !m_rateCurrency || m_tarifa->text().trimmed().isEmpty())
+        return;
+    const Currency now = courseCurrency();
+    if (now == *m_rateCurrency)
+        return;
+    if (m_rateByHand) {
+        const auto words = [](Currency c) { return c == Currency::Euro ? QStringLiteral("евро") : QStringLiteral("лева"); };
+        const Checked<double> band = m_tariffBands.rateForText(m_fields.value(4)->text());
+        const QString offered =
+            band ? QStringLiteral(" %1").arg(formatRate(convertRate(band.value(), booksChangeover().priceCurrency(), now)))
+                 : QString();
+        const UserMessage question = UserMessage::twoLines(
+            QStringLiteral("Тарифа на курса"),
+            QStringLiteral("Тарифата %1 е въведена ръчно за курс в %2, а курсът от %3 е в %4!")
+                .arg(m_tarifa->text().trimmed(), words(*m_rateCurrency), m_date->text().trimmed(), words(now)),
+            QStringLiteral("Да се вземе ли тарифата в %1%2?").arg(words(now), offered), UserMessage::Icon::Question);
+        if (!MessageService::instance().askYesNo(question)) {
+            m_rateCurrency = now;  // the user's rate, for the course's currency
+            return;
+        }
+    }
+    pickRate();
+}
+
+// A driver typed by his code ("001"), his name or a part of "kod,ime" found once is the list's entry.
+void Kurs::resolveDriver()
+{
+    if (m_form->state() != RecordForm::State::Adding)
+        return;
+    const QString typed = m_driverCombo->currentText();
+    if (const auto entry = courseeditor::resolveDriver(m_drivers, typed); entry && *entry != typed)
+        m_driverCombo->setEditText(*entry);
+}
+
+// The box the user types a column's value into while a course is entered or corrected.
+QWidget *Kurs::boxOf(const QString &column) const
+{
+    static const QHash<QString, int> fieldIndex = {{QStringLiteral("data"), 1},  {QStringLiteral("ton"), 12},
+                                                   {QStringLiteral("km"), 4},    {QStringLiteral("NomFakt"), 2}};
+    static const QHash<QString, int> comboIndex = {{QStringLiteral("kola"), 0}, {QStringLiteral("Marsh"), 1},
+                                                   {QStringLiteral("Klient"), 2}, {QStringLiteral("Tovar"), 3}};
+    if (column == QLatin1String("kod"))
+        return m_driverCombo->isEnabled() ? m_driverCombo : nullptr;
+    if (column == QLatin1String("Tarifa"))
+        return m_tarifa;
+    if (column == QLatin1String("razhod"))
+        return m_razhod->isEnabled() ? m_razhod : nullptr;
+    if (fieldIndex.contains(column))
+        return m_fields.value(fieldIndex.value(column));
+    if (comboIndex.contains(column))
+        return m_valueCombos.value(comboIndex.value(column));
+    return nullptr;
 }
 
 CourseEntry Kurs::entryOnScreen() const
@@ -502,17 +581,27 @@ CourseEntry Kurs::entryOnScreen() const
 std::optional<UserMessage> Kurs::check()
 {
     const bool adding = m_form->state() == RecordForm::State::Adding;
+    // Saved straight from a box (Ctrl+Enter): what leaving the boxes would have done.
+    resolveDriver();
+    settleRateCurrency();
     CourseSaveContext context{m_mode, adding, {}};
     if (!adding && m_form->currentRow())
-        context.original = courseeditor::keyOf(*m_form->currentRow());
+        context.original = courseeditor::courseOf(*m_form->currentRow());
     m_checked = checkCourse(entryOnScreen(), context);
     const auto focusDate = [this] {
         m_date->setFocus();
         m_date->selectAll();
     };
     if (m_checked.refusal) {
-        if (m_checked.focusDate)
+        if (m_checked.focusDate) {
             focusDate();
+        } else if (QWidget *box = boxOf(m_checked.faultField)) {
+            box->setFocus(Qt::OtherFocusReason);  // the message closes onto the box at fault
+            if (auto *edit = qobject_cast<QLineEdit *>(box))
+                edit->selectAll();
+            else if (auto *combo = qobject_cast<QComboBox *>(box); combo && combo->lineEdit())
+                combo->lineEdit()->selectAll();
+        }
         return m_checked.refusal;
     }
     if (m_checked.dateWarning) {
@@ -561,10 +650,16 @@ bool Kurs::eventFilter(QObject *watched, QEvent *event)
                                                           : Qt::OtherFocusReason;
     // Only the user leaving a box counts, not a box or a list popping up over it.
     if (event->type() == QEvent::FocusOut && reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
-        if (watched == m_fields.value(4) && pending)
-            pickRate();
-        else if (watched == m_date && pending)
+        if (watched == m_fields.value(4) && pending) {
+            // A rate typed by hand stays while the kilometres it was typed for stay.
+            if (!m_rateByHand || m_fields.value(4)->text() != m_kmAtRate || m_tarifa->text().trimmed().isEmpty())
+                pickRate();
+        } else if (watched == m_date && pending) {
             showUnits();
+            settleRateCurrency();
+        } else if (watched == m_driverCombo && pending) {
+            resolveDriver();
+        }
         else if (watched == m_valueCombos.value(0) && m_mode == CourseMode::NewKurs &&
                  !m_valueCombos[0]->currentText().trimmed().isEmpty())
             m_razhod->setEnabled(true);  // an expense is typed once a truck is named

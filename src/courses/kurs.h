@@ -57,6 +57,9 @@ private:
     void showDriverName(const QString &code);
     void showRate();
     void pickRate();
+    void settleRateCurrency();
+    void resolveDriver();
+    QWidget *boxOf(const QString &column) const;
     void setFieldsEnabled(bool on);
     void onStateChanged();
     void onAdded();
@@ -76,6 +79,11 @@ private:
     TariffBands m_tariffBands;
     QStringList m_drivers;  // "kod,ime" of each driver
     double m_currentTariff = 0;
+    // What the rate box holds: the currency it is in (none while empty), whether it was typed by
+    // hand, and the kilometres it was set for.
+    std::optional<Currency> m_rateCurrency;
+    bool m_rateByHand = false;
+    QString m_kmAtRate;
     CourseCheckResult m_checked;  // the checked course between the checks and the write of a save
     QStringList m_outsideAtStart;  // the unbound boxes as a course's entry or correction began
 

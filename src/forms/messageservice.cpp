@@ -11,9 +11,9 @@ namespace {
 
 MessageService *installed = nullptr;
 
-bool askWith(const UserMessage &message, Dialog::Buttons buttons)
+bool askWith(const UserMessage &message, Dialog::Buttons buttons, Dialog::Default byDefault)
 {
-    Dialog box(message, buttons, QApplication::activeWindow());
+    Dialog box(message, buttons, byDefault, QApplication::activeWindow());
     box.exec();
     return box.OkPressed();
 }
@@ -39,12 +39,17 @@ void WidgetMessageService::inform(const UserMessage &message)
 
 bool WidgetMessageService::ask(const UserMessage &message)
 {
-    return askWith(message, Dialog::Buttons::OkCancel);
+    return askWith(message, Dialog::Buttons::OkCancel, Dialog::Default::Ok);
+}
+
+bool WidgetMessageService::askDestructive(const UserMessage &message)
+{
+    return askWith(message, Dialog::Buttons::OkCancel, Dialog::Default::Cancel);
 }
 
 bool WidgetMessageService::askYesNo(const UserMessage &message)
 {
-    return askWith(message, Dialog::Buttons::YesNo);
+    return askWith(message, Dialog::Buttons::YesNo, Dialog::Default::Cancel);
 }
 
 void WidgetMessageService::beep()

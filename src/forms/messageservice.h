@@ -17,10 +17,13 @@ public:
 
     // A message with one button.
     virtual void inform(const UserMessage &message) = 0;
-    // A question; true when the user answered OK.
+    // A question; true when the user answered OK. Enter answers OK.
     virtual bool ask(const UserMessage &message) = 0;
-    // A question answered "Да" or "Не"; true for "Да". Told as an ask() unless a service shows it
-    // differently.
+    // A question whose OK drops, deletes or overwrites something: Enter answers "Отказ". Told as
+    // an ask() unless a service shows it differently.
+    virtual bool askDestructive(const UserMessage &message) { return ask(message); }
+    // A question answered "Да" or "Не"; true for "Да". Enter answers "Не". Told as an ask() unless
+    // a service shows it differently.
     virtual bool askYesNo(const UserMessage &message) { return ask(message); }
     virtual void beep() = 0;
 
@@ -35,6 +38,7 @@ class WidgetMessageService : public MessageService {
 public:
     void inform(const UserMessage &message) override;
     bool ask(const UserMessage &message) override;
+    bool askDestructive(const UserMessage &message) override;
     bool askYesNo(const UserMessage &message) override;
     void beep() override;
 };

@@ -215,6 +215,7 @@ std::optional<UserMessage> RecordBinder::checkTexts(const QString &errorTitle) c
 
 Checked<QVariantMap> RecordBinder::values(const QString &errorTitle) const
 {
+    m_faultColumn.clear();
     if (auto refused = checkTexts(errorTitle))
         return *refused;
     QVariantMap values;
@@ -229,8 +230,10 @@ Checked<QVariantMap> RecordBinder::values(const QString &errorTitle) const
         }
         const Checked<QVariant> value =
             recordFieldValue(binding.text->text(), binding.options.kind, captionOf(binding.text), errorTitle);
-        if (!value)
+        if (!value) {
+            m_faultColumn = binding.column;
             return value.message();
+        }
         values.insert(binding.column, value.value());
     }
     for (RecordGridModel *grid : m_grids) {
@@ -262,6 +265,26 @@ QWidget *RecordBinder::firstField() const
         QWidget *widget = binding.combo && m_state != RecordFormState::Browsing ? binding.combo : widgetOf(binding);
         if (widget->isEnabled() && !widget->isHidden() && !binding.options.readOnly)
             return widget;
+    }
+    return nullptr;
+}
+
+QWidget *RecordBinder::typingBoxOf(QWidget *widget) const
+{
+    for (const Binding &binding : m_bindings) {
+        if (!binding.text)
+            continue;
+        if (widget == binding.text || (binding.combo && (widget == binding.combo || binding.combo->isAncestorOf(widget))))
+            return binding.combo ? static_cast<QWidget *>(binding.combo) : static_cast<QWidget *>(binding.text);
+    }
+    return nullptr;
+}
+
+QWidget *RecordBinder::typingBoxOfColumn(const QString &column) const
+{
+    for (const Binding &binding : m_bindings) {
+        if (binding.column == column)
+            return binding.combo && m_state != RecordFormState::Browsing ? binding.combo : widgetOf(binding);
     }
     return nullptr;
 }

@@ -60,11 +60,18 @@ public:
     // The message when a text box holds a control character (core/textcheck.h), before any check.
     std::optional<UserMessage> checkTexts(const QString &errorTitle) const;
     // The typed values as the columns take them (numbers, dates); secret columns as typed text.
+    // When one cannot be taken, faultColumn() tells whose box it is.
     Checked<QVariantMap> values(const QString &errorTitle) const;
+    QString faultColumn() const { return m_faultColumn; }
+    // The box a column's value is typed into now (its list where one covers it); none when unbound.
+    QWidget *typingBoxOfColumn(const QString &column) const;
     bool isSecret(const QString &column) const;
 
     QWidget *firstField() const;
     QWidget *lastField() const;
+    // For a bound text box (or the list covering it): the box a value of its column is typed
+    // into while a row is added or corrected (the list where one covers it); none for any other widget.
+    QWidget *typingBoxOf(QWidget *widget) const;
     // The caption a box carries on screen (its label), for messages.
     static QString captionOf(QWidget *field);
     // A click in the box, or coming into it, selects its whole text (for boxes not bound here).
@@ -92,6 +99,7 @@ private:
     QList<RecordGridModel *> m_grids;
     RecordFormState m_state = RecordFormState::Browsing;
     QVariantMap m_untouched;
+    mutable QString m_faultColumn;
 };
 
 }

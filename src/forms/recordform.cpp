@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -125,8 +126,7 @@ RecordForm::RecordForm(std::unique_ptr<RecordStore> store, RecordFormConfig conf
     connect(m_last, &QPushButton::clicked, this, &RecordForm::last);
     setButtons(true);
     // The form sees every key of its window first, as the legacy key preview did.
-    if (m_config.keyboardNavigation)
-        qApp->installEventFilter(this);
+    qApp->installEventFilter(this);
 }
 
 RecordForm::~RecordForm() = default;
@@ -166,6 +166,7 @@ RecordGridModel *RecordForm::bindGrid(QTableView *grid, const QList<RecordGridCo
         kinds.append(fieldOptions(m_config, column.column).kind);
     auto *model = new RecordGridModel(m_rows, columns, kinds, grid);
     auto *delegate = new RecordGridDelegate(grid);
+    m_grid = grid;
     grid->setModel(model);
     grid->setItemDelegate(delegate);
     grid->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -382,6 +383,7 @@ void RecordForm::edit()
         fail(m_config.errorCaptions.edit, noCurrentRow(m_config.errorCaptions.edit));
         return;
     }
+    m_savedBookmark = m_rows->bookmark();  // "Отказ" comes back to the row being corrected
     setState(State::Editing);
     m_binder->loadCovers();
     m_binder->markUntouched();
@@ -404,12 +406,15 @@ bool RecordForm::update()
     // All checks run; the message kept is that of the last one that failed. What was typed stays.
     if (m_config.validate) {
         if (const auto failure = m_config.validate(m_binder->typed())) {
+            if (m_config.faultColumn)
+                focusColumn(m_config.faultColumn());
             fail(caption, *failure);
             return false;
         }
     }
     const Checked<QVariantMap> values = m_binder->values(caption);
     if (!values) {
+        focusColumn(m_binder->faultColumn());
         fail(caption, values.message());
         return false;
     }
@@ -451,12 +456,42 @@ bool RecordForm::update()
     showCurrent();
     // What the boxes held as the row was written, before the screen moves on from it.
     RepeatPrevious::of(window())->remember();
+    focusAfterSave();
     emit saved();
     return true;
 }
 
-// Drops what was typed and goes back to the row that was current when "Добави" was last pressed,
-// or to the first row when there is no such row.
+// The message about a box closes onto that box, its text selected to be typed over.
+void RecordForm::focusColumn(const QString &column)
+{
+    QWidget *box = column.isEmpty() ? nullptr : m_binder->typingBoxOfColumn(column);
+    if (!box || !box->isVisible() || !box->isEnabled())
+        return;
+    box->setFocus(Qt::OtherFocusReason);
+    if (auto *line = qobject_cast<QLineEdit *>(box))
+        line->selectAll();
+    else if (auto *combo = qobject_cast<QComboBox *>(box); combo && combo->lineEdit())
+        combo->lineEdit()->selectAll();
+}
+
+// The strip changes under the cursor as a row is written: "Запиши" goes, and the focus would
+// pass to whatever comes next, "Затвори" say, where Enter or Space closes the window. It goes to
+// the list of rows, or to "Добави" (Enter there starts a new row in its first box), or "Поправи".
+void RecordForm::focusAfterSave()
+{
+    QWidget *next = nullptr;
+    if (m_grid && m_grid->isVisible() && m_grid->isEnabled())
+        next = m_grid;
+    else if (m_add->isVisible() && m_add->isEnabled())
+        next = m_add;
+    else if (m_edit->isVisible() && m_edit->isEnabled())
+        next = m_edit;
+    if (next)
+        next->setFocus(Qt::OtherFocusReason);
+}
+
+// Drops what was typed and goes back to the row being corrected, or to the row that was current
+// when "Добави" was pressed, or to the first row when there is no such row.
 void RecordForm::cancel()
 {
     if (dropPending())
@@ -483,8 +518,9 @@ bool RecordForm::confirmDelete() const
     if (m_config.deleteQuestion)
         return messages.askYesNo(*m_config.deleteQuestion);
     const QString title = QStringLiteral("Изтриване на запис");
-    return messages.ask({title, QStringLiteral("Наистна ли искате да изтриете записа?"), UserMessage::Icon::Question})
-           && messages.ask({title, QStringLiteral("Ще загубите данните окончателно"), UserMessage::Icon::Question});
+    return messages.askDestructive(
+               {title, QStringLiteral("Наистна ли искате да изтриете записа?"), UserMessage::Icon::Question})
+           && messages.askDestructive({title, QStringLiteral("Ще загубите данните окончателно"), UserMessage::Icon::Question});
 }
 
 void RecordForm::remove()
@@ -597,6 +633,69 @@ bool RecordForm::handleKey(QKeyEvent *key)
     return true;
 }
 
+// Typing while a row is only shown: a key in one of the boxes starts "Поправи" on that row and
+// goes into the box; a key on a strip button (where it would do nothing) says in the status line
+// how to start. A key never vanishes without a word.
+// The box selects its whole text once the focus has come (a moment later): the key goes in after
+// that, typing over as in any box entered, and the keys that follow it keep their order.
+void RecordForm::typeLater(QWidget *box, QKeyEvent *key)
+{
+    m_keysToType.append({box, key->key(), key->modifiers(), key->text()});
+    if (m_keysToType.size() > 1)
+        return;
+    QTimer::singleShot(0, this, [this] {
+        const QList<KeyToType> keys = std::exchange(m_keysToType, {});
+        for (const KeyToType &k : keys) {
+            if (!k.box)
+                continue;
+            QKeyEvent press(QEvent::KeyPress, k.key, k.modifiers, k.text);
+            QCoreApplication::sendEvent(k.box, &press);
+        }
+    });
+}
+
+bool RecordForm::handleTyping(QWidget *target, QKeyEvent *key)
+{
+    if (!m_keysToType.isEmpty() && target == QApplication::focusWidget() && target == m_keysToType.last().box
+        && !key->text().isEmpty()) {
+        typeLater(target, key);  // typed on before the first key is in
+        return true;
+    }
+    if (m_state != State::Browsing || target != QApplication::focusWidget())
+        return false;
+    const QString text = key->text();
+    if (text.isEmpty() || !text.at(0).isPrint() || text.at(0).isSpace()
+        || (key->modifiers() & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)))
+        return false;
+    const auto caption = [](QPushButton *b) { return b->text().remove(QLatin1Char('&')); };
+    if (QWidget *box = m_binder->typingBoxOf(target)) {
+        if (!m_rows->hasCurrent() || !m_edit->isVisible() || !m_edit->isEnabled())
+            return false;
+        edit();
+        if (m_state != State::Editing)
+            return true;
+        auto *line = qobject_cast<QLineEdit *>(box);
+        if (!box->isVisible() || !box->isEnabled() || (line && line->isReadOnly()))
+            return true;  // a box that is not corrected here: the correction has begun elsewhere
+        box->setFocus(Qt::OtherFocusReason);
+        typeLater(box, key);
+        return true;
+    }
+    if (!m_actions->isAncestorOf(target) && !m_navigation->isAncestorOf(target))
+        return false;
+    QString hint;
+    if (m_edit->isVisible() && m_edit->isEnabled() && m_rows->hasCurrent())
+        hint = QStringLiteral("За корекция натиснете \"%1\"").arg(caption(m_edit));
+    if (m_add->isVisible() && m_add->isEnabled())
+        hint = hint.isEmpty() ? QStringLiteral("За нов запис натиснете \"%1\"").arg(caption(m_add))
+                              : hint + QStringLiteral(", за нов запис \"%1\"").arg(caption(m_add));
+    if (hint.isEmpty())
+        return false;
+    m_status->setText(hint);
+    MessageService::instance().beep();
+    return true;
+}
+
 bool RecordForm::eventFilter(QObject *watched, QEvent *event)
 {
     if (event->type() != QEvent::KeyPress || !isVisible())
@@ -604,7 +703,18 @@ bool RecordForm::eventFilter(QObject *watched, QEvent *event)
     auto *widget = qobject_cast<QWidget *>(watched);
     if (!widget || widget->window() != window())
         return QWidget::eventFilter(watched, event);
-    return handleKey(static_cast<QKeyEvent *>(event)) || QWidget::eventFilter(watched, event);
+    auto *key = static_cast<QKeyEvent *>(event);
+    if (m_config.keyboardNavigation && handleKey(key))
+        return true;
+    // Enter on a button of the strips presses it, as Space does.
+    if ((key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) && key->modifiers() == Qt::NoModifier) {
+        auto *button = qobject_cast<QPushButton *>(widget);
+        if (button && (m_actions->isAncestorOf(button) || m_navigation->isAncestorOf(button)) && button->isEnabled()) {
+            button->click();
+            return true;
+        }
+    }
+    return handleTyping(widget, key) || QWidget::eventFilter(watched, event);
 }
 
 }

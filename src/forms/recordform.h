@@ -6,6 +6,7 @@
 #include "forms/recordstore.h"
 
 #include <QHash>
+#include <QPointer>
 #include <QWidget>
 #include <functional>
 #include <memory>
@@ -70,6 +71,9 @@ struct RecordFormConfig {
     std::function<std::optional<UserMessage>(const RecordRow &row)> remove;
     // After each of the four moves, e.g. to refresh what is derived from the row.
     std::function<std::optional<UserMessage>()> afterMove;
+    // The column whose box the last failed check of validate is about: the cursor goes there
+    // (empty: it stays where it is).
+    std::function<QString()> faultColumn;
     // Whether typing stands in boxes the form does not bind (a rate or an expense, say): closing
     // the window then asks too.
     std::function<bool()> changedOutside;
@@ -157,6 +161,10 @@ private:
     template <typename Move>
     void navigate(Move move);
     bool handleKey(QKeyEvent *key);
+    bool handleTyping(QWidget *target, QKeyEvent *key);
+    void typeLater(QWidget *box, QKeyEvent *key);
+    void focusAfterSave();
+    void focusColumn(const QString &column);
     bool dropPending();
     std::optional<UserMessage> readRows();
 
@@ -173,6 +181,14 @@ private:
     QPushButton *m_update = nullptr, *m_cancel = nullptr;
     QPushButton *m_first = nullptr, *m_previous = nullptr, *m_next = nullptr, *m_last = nullptr;
     QLabel *m_status = nullptr;
+    QWidget *m_grid = nullptr;  // the rows as a list, when the screen shows them so
+    struct KeyToType {
+        QPointer<QWidget> box;
+        int key;
+        Qt::KeyboardModifiers modifiers;
+        QString text;
+    };
+    QList<KeyToType> m_keysToType;  // keys that started a correction, on their way into the box
 };
 
 }

@@ -437,12 +437,8 @@ void ResultGridScreen::showEvent(QShowEvent *event)
         return;
     m_opened = true;
     // As the screen opens: the focus in the grid with the first row chosen, so keys work at once.
-    QTimer::singleShot(0, this, [this] {
-        if (m_config.focusGridOnOpen)
-            focusFirstRow();
-        else
-            m_close->setFocus();
-    });
+    // Every such screen: its legend's keys (Space, F4) would press "Затвори" otherwise.
+    QTimer::singleShot(0, this, [this] { focusFirstRow(); });
 }
 
 void ResultGridScreen::focusFirstRow()

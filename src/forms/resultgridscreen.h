@@ -37,7 +37,6 @@ struct ResultGridConfig {
                                             // Down/PageDown one row (with Ctrl first/last), a beep at either end
     bool printable = true;                  // shows cmdPrint "Печат"
     QString emptyMessage;                   // shown under "ВНИМАНИЕ!" when there is no row
-    bool focusGridOnOpen = true;            // else the focus goes to cmdClose
     ResultGridModel::RowHighlight highlightRow;  // rows drawn red on white by their values
     // The row's date: its amounts are in the currency of that day. Where the rows come in both
     // currencies, the amount columns show each row's unit and the running total converts.

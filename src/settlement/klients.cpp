@@ -321,7 +321,7 @@ bool Klients::mayClose()
 {
     if (!m_dirty || m_fileSaved)
         return true;
-    return MessageService::instance().ask(UserMessage::twoLines(
+    return MessageService::instance().askDestructive(UserMessage::twoLines(
         QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Корекциите в списъка не са записани във файл!"),
         QStringLiteral("Затваряте ли справката без запис?"), UserMessage::Icon::Question));
 }

@@ -53,7 +53,6 @@ ResultGridConfig Plashtane::config(const QString &driverName, QDate today)
                      {QStringLiteral("Label5"), QStringLiteral("F4")},
                      {QStringLiteral("Label6"), QStringLiteral("- Корекция")}};
     config.emptyMessage = noCoursesToPayMessage().text;
-    config.focusGridOnOpen = false;  // the focus waits on "Затвори"
     return config;
 }
 

@@ -204,7 +204,6 @@ void RowdList::buildRoutes()
         m_ui->tbsOptions->setTabEnabled(0, browsing);
     });
     connect(m_marsh, &RecordForm::saved, this, [this] { m_marsh->button(QStringLiteral("cmdAdd"))->setFocus(); });
-    connect(m_marsh, &RecordForm::cancelled, this, [this] { m_marsh->first(); });
     for (QPushButton *button : m_marsh->findChildren<QPushButton *>())
         button->installEventFilter(this);
 }
