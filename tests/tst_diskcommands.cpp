@@ -1,3 +1,4 @@
+#include "app/demodata.h"
 #include "app/diskcommands.h"
 #include "app/frmmain.h"
 #include "app/qttranslations.h"
@@ -381,6 +382,28 @@ private slots:
             save(box, QStringLiteral("disk-message-%1").arg(++n));
         }
         qInfo() << "asked:" << messages.asked.size() << "shown:" << messages.shown.size();
+    }
+
+    // The demo firm as the program makes it, with every kind of row the screens write, passes the
+    // restore's value checks whole and comes back row for row.
+    void anArchiveOfTheDemoFirmIsTaken()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QTemporaryDir dir;
+        QSqlDatabase db = scratch.db();
+        DemoOptions options;
+        options.courses = 400;
+        options.today = QDate(2026, 11, 22);
+        const auto summary = fillDemoDatabase(db, options);
+        QVERIFY2(summary.ok(), summary.ok() ? "" : qPrintable(summary.message().text));
+        const QStringList before = dumpDatabase(db);
+        const QString path = dir.filePath(QStringLiteral("demo.abd"));
+        QVERIFY(writeArchive(db, path));
+        PreparedArchive prepared;
+        const auto refusal = prepared.prepare(path, dir.path());
+        QVERIFY2(!refusal, qPrintable(refusal ? refusal->text : QString()));
+        QVERIFY(restoreArchive(db, prepared, dir.path(), QDateTime(QDate(2026, 11, 22), QTime(8, 0))));
+        COMPARE_DUMPS(dumpDatabase(db), before);
     }
 
 private:
