@@ -354,6 +354,18 @@ private slots:
             text.close();
             m_chosen = text.fileName();
             window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
+            // An archive with a trigger in it, and one with a value no screen takes.
+            const QString withCode = QDir(folder).filePath(QStringLiteral("Чужд.abd"));
+            QVERIFY(QFile::copy(QDir(folder).filePath(QStringLiteral("Зарек 2025-12-31.abd")), withCode));
+            QVERIFY(test::makePlainSqliteFile(withCode, {QStringLiteral("CREATE TRIGGER t AFTER UPDATE ON Sklad BEGIN "
+                                                                        "SELECT RAISE(ABORT, 'не се показва'); END")}));
+            m_chosen = withCode;
+            window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
+            const QString damaged = QDir(folder).filePath(QStringLiteral("Повреден.abd"));
+            QVERIFY(QFile::copy(QDir(folder).filePath(QStringLiteral("Зарек 2025-12-31.abd")), damaged));
+            QVERIFY(test::makePlainSqliteFile(damaged, {QStringLiteral("UPDATE tabl SET km = -500 WHERE id = 1")}));
+            m_chosen = damaged;
+            window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
             messages.answers = {true, true, true};
             window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
             QVERIFY(insertCourse(scratch.db(), QDate(2025, 12, 31), QStringLiteral("Късен курс")));
