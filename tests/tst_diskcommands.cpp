@@ -1,3 +1,4 @@
+#include "app/demodata.h"
 #include "app/diskcommands.h"
 #include "app/frmmain.h"
 #include "app/qttranslations.h"
@@ -353,6 +354,18 @@ private slots:
             text.close();
             m_chosen = text.fileName();
             window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
+            // An archive with a trigger in it, and one with a value no screen takes.
+            const QString withCode = QDir(folder).filePath(QStringLiteral("Чужд.abd"));
+            QVERIFY(QFile::copy(QDir(folder).filePath(QStringLiteral("Зарек 2025-12-31.abd")), withCode));
+            QVERIFY(test::makePlainSqliteFile(withCode, {QStringLiteral("CREATE TRIGGER t AFTER UPDATE ON Sklad BEGIN "
+                                                                        "SELECT RAISE(ABORT, 'не се показва'); END")}));
+            m_chosen = withCode;
+            window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
+            const QString damaged = QDir(folder).filePath(QStringLiteral("Повреден.abd"));
+            QVERIFY(QFile::copy(QDir(folder).filePath(QStringLiteral("Зарек 2025-12-31.abd")), damaged));
+            QVERIFY(test::makePlainSqliteFile(damaged, {QStringLiteral("UPDATE tabl SET km = -500 WHERE id = 1")}));
+            m_chosen = damaged;
+            window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
             messages.answers = {true, true, true};
             window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
             QVERIFY(insertCourse(scratch.db(), QDate(2025, 12, 31), QStringLiteral("Късен курс")));
@@ -381,6 +394,28 @@ private slots:
             save(box, QStringLiteral("disk-message-%1").arg(++n));
         }
         qInfo() << "asked:" << messages.asked.size() << "shown:" << messages.shown.size();
+    }
+
+    // The demo firm as the program makes it, with every kind of row the screens write, passes the
+    // restore's value checks whole and comes back row for row.
+    void anArchiveOfTheDemoFirmIsTaken()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QTemporaryDir dir;
+        QSqlDatabase db = scratch.db();
+        DemoOptions options;
+        options.courses = 400;
+        options.today = QDate(2026, 11, 22);
+        const auto summary = fillDemoDatabase(db, options);
+        QVERIFY2(summary.ok(), summary.ok() ? "" : qPrintable(summary.message().text));
+        const QStringList before = dumpDatabase(db);
+        const QString path = dir.filePath(QStringLiteral("demo.abd"));
+        QVERIFY(writeArchive(db, path));
+        PreparedArchive prepared;
+        const auto refusal = prepared.prepare(path, dir.path());
+        QVERIFY2(!refusal, qPrintable(refusal ? refusal->text : QString()));
+        QVERIFY(restoreArchive(db, prepared, dir.path(), QDateTime(QDate(2026, 11, 22), QTime(8, 0))));
+        COMPARE_DUMPS(dumpDatabase(db), before);
     }
 
 private:

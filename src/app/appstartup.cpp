@@ -8,6 +8,8 @@
 #include "app/frmmain.h"
 #include "app/userlogin.h"
 #include "core/firmprofile.h"
+#include "data/archive.h"
+#include "data/archivesupport.h"
 #include "data/database.h"
 #include "data/firmstore.h"
 #include "data/schema.h"
@@ -96,6 +98,8 @@ int runZarek(QApplication &app)
         return 1;
     }
     QSqlDatabase db = connection.value();
+    // Work files of restores, archives and year closes that a killed copy left behind.
+    archiving::removeDeadWorkFiles(archiveFolder(db));
     Checked<StartState> state = prepareDatabase(db);
     if (!state) {
         MessageService::instance().inform(state.message());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/money.h"
+#include "core/storedvalues.h"
 #include "core/usermessage.h"
 #include "courses/course.h"
 
@@ -62,11 +63,7 @@ inline const QString &saveErrorTitle()
     return title;
 }
 
-// The limits of a course's figures: a truck's load, a day's driving and a rate per tonne and
-// kilometre, each from 0. Within them the gross sum stays far inside what Money holds.
-inline constexpr double maxCourseTonnes = 100.0;
-inline constexpr double maxCourseKm = 2000.0;
-inline constexpr double maxCourseRate = 100.0;
+// The limits of a course's figures (maxCourseTonnes, maxCourseKm, maxCourseRate): core/storedvalues.h.
 
 // Tonnes, kilometres and rate against their limits: the two-line message of the first beyond one.
 std::optional<UserMessage> checkCourseNumbers(double ton, double km, double rate);

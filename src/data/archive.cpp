@@ -104,6 +104,7 @@ Checked<RowCounts> writeArchive(QSqlDatabase db, const QString &path, const Arch
     if (target.exists() && !target.isFile())
         return refusal(QStringLiteral("%1 не е файл!").arg(shown(target.absoluteFilePath())));
 
+    removeDeadWorkFiles(target.absolutePath());
     Steps steps(progress, schemaTables().size() + 2);
     RowCounts counts;
     if (auto fault = writeArchiveFile(db, target.absoluteFilePath(), steps, &counts)) {

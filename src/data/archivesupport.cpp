@@ -149,6 +149,45 @@ void removeWorkFile(const QString &path)
     QFile::remove(path + QStringLiteral("-journal"));
 }
 
+int removeDeadWorkFiles(const QString &folder)
+{
+    const QDir dir(folder);
+    if (folder.isEmpty() || !dir.exists())
+        return 0;
+    const QString mark = WorkFile::workFileMark();
+    const QString lockSuffix = WorkFile::workLockSuffix();
+    const QString journal = QStringLiteral("-journal");
+    int removed = 0;
+    const QStringList names =
+        dir.entryList({QStringLiteral(".*") + mark + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::System);
+    // The work files themselves: each with a lock its owner no longer holds, or with none at all.
+    for (const QString &name : names) {
+        if (name.endsWith(lockSuffix) || name.endsWith(journal))
+            continue;
+        const QString path = dir.filePath(name);
+        QLockFile lock(path + lockSuffix);
+        lock.setStaleLockTime(0);
+        if (!lock.tryLock(0))
+            continue;  // a running copy's
+        removeWorkFile(path);
+        lock.unlock();
+        ++removed;
+    }
+    // What is left of a dead copy: a journal without its file, a lock without its file.
+    for (const QString &name : names) {
+        const QString path = dir.filePath(name);
+        if (name.endsWith(journal) && !QFileInfo::exists(path.chopped(journal.size()))) {
+            QFile::remove(path);
+        } else if (name.endsWith(lockSuffix) && !QFileInfo::exists(path.chopped(lockSuffix.size()))) {
+            QLockFile lock(path);
+            lock.setStaleLockTime(0);
+            if (lock.tryLock(0))
+                lock.unlock();
+        }
+    }
+    return removed;
+}
+
 void syncToDisk(const QString &path)
 {
 #ifdef Q_OS_UNIX

@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <list>
+#include <memory>
 #include <optional>
 
 // What the archive, the restore and the year close share: connections of their own, files written
@@ -114,19 +116,24 @@ std::optional<Fault> countRows(QSqlDatabase db, const QList<TableNames> &tables,
 std::optional<Fault> createEmptyFile(const QString &path);
 void removeWorkFile(const QString &path);
 
-// A file of ours beside its place, removed unless it was kept.
+// A file of ours beside its place (".name.part-…"), removed unless it was kept. A lock file beside
+// it says, for as long as it lives, that a running copy of the program owns it; the lock is taken
+// before the file is made, so a work file without a live lock was left by a copy that died.
 class WorkFile {
 public:
     explicit WorkFile(const QString &finalPath)
     {
         const QFileInfo target(finalPath);
-        m_path = target.absolutePath() + QStringLiteral("/.") + target.fileName() + QStringLiteral(".part-")
-                 + uniqueSuffix();
+        m_path = target.absolutePath() + QStringLiteral("/.") + target.fileName() + workFileMark() + uniqueSuffix();
+        m_lock = std::make_unique<QLockFile>(m_path + workLockSuffix());
+        m_lock->setStaleLockTime(0);  // only a dead owner makes a lock stale, never its age
+        m_lock->tryLock(0);
     }
     ~WorkFile()
     {
         if (!m_kept)
             removeWorkFile(m_path);
+        m_lock.reset();  // unlocks and removes the lock file, after the work file is gone
     }
     WorkFile(const WorkFile &) = delete;
     WorkFile &operator=(const WorkFile &) = delete;
@@ -134,10 +141,19 @@ public:
     QString path() const { return m_path; }
     void keep() { m_kept = true; }
 
+    static QString workFileMark() { return QStringLiteral(".part-"); }
+    static QString workLockSuffix() { return QStringLiteral(".lock"); }
+
 private:
     QString m_path;
+    std::unique_ptr<QLockFile> m_lock;
     bool m_kept = false;
 };
+
+// Removes from folder the work files (with their journals and locks) of copies of the program
+// that died while writing an archive, restoring or closing a year; those of running copies stay.
+// The files removed.
+int removeDeadWorkFiles(const QString &folder);
 
 // A file or folder's content on disk before it is relied on: SQLite writes the archive unsynced,
 // and a rename lasts only once its folder is synced. Only files of ours that no connection holds.

@@ -1,5 +1,6 @@
 #include "restore.h"
 
+#include "data/archivecheck.h"
 #include "data/archivesnapshot.h"
 #include "data/dialect.h"
 #include "data/schema.h"
@@ -8,6 +9,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
+#include <QMutex>
 #include <QSet>
 #include <QTime>
 #include <QVariant>
@@ -50,32 +52,6 @@ UserMessage readRefusal(const QString &path, const QSqlError &error)
     if (code == QString::number(sqliteCorrupt))
         return damagedArchive(path);
     return restoreRefusal(QStringLiteral("Архивът %1 не може да бъде прочетен: %2").arg(shown(path), engineText(error)));
-}
-
-// The columns each table of the working copy has, by lower-case name.
-QHash<QString, QSet<QString>> columnsOf(QSqlDatabase db)
-{
-    QHash<QString, QSet<QString>> out;
-    QSqlQuery tables(db);
-    tables.setForwardOnly(true);
-    QStringList names;
-    if (tables.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"))) {
-        while (tables.next())
-            names.append(tables.value(0).toString());
-    }
-    tables.finish();
-    QSqlQuery info(db);
-    info.setForwardOnly(true);
-    for (const QString &name : std::as_const(names)) {
-        QSet<QString> columns;
-        if (info.exec(QStringLiteral("PRAGMA table_info(%1)").arg(quoted(name)))) {
-            while (info.next())
-                columns.insert(info.value(1).toString().toLower());
-        }
-        info.finish();
-        out.insert(name.toLower(), columns);
-    }
-    return out;
 }
 
 // A value of the SQLite archive in the type of PostgreSQL's column. A value that does not read
@@ -271,11 +247,15 @@ std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchi
             if (auto fault = execAll(db, indexes))
                 return fault;
 
+            // A counter is only ever moved forward, past the highest id restored: setval is not
+            // undone by a rollback, so a restore that fails after it must leave a counter that
+            // still lies past every id of the data that stays.
             if (table.columns.contains(QStringLiteral("id"))) {
                 QSqlQuery &identity = statements.emplace_back(db);
-                identity.prepare(QStringLiteral("SELECT setval(pg_get_serial_sequence(?, 'id'), COALESCE(MAX(id), 0) + 1, false) "
-                                                "FROM ")
-                                 + quoted(table.table));
+                identity.prepare(QStringLiteral("SELECT setval(seq, next, true) FROM (SELECT seq, GREATEST((SELECT COALESCE(MAX(id), 0) "
+                                                "FROM %1), COALESCE(pg_sequence_last_value(seq), 0)) AS next FROM "
+                                                "(SELECT pg_get_serial_sequence(?, 'id')::regclass AS seq) s) n WHERE next > 0")
+                                     .arg(quoted(table.table)));
                 identity.addBindValue(quoted(table.table));
                 if (!identity.exec())
                     return engineFault(identity.lastError());
@@ -296,6 +276,26 @@ std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchi
     return std::nullopt;
 }
 
+// The program's own schema at the given versions, made once for each set of versions.
+std::optional<Fault> ownSchemaAt(const QList<int> &versions, QList<SchemaObject> &out)
+{
+    static QMutex mutex;
+    static QHash<QList<int>, QList<SchemaObject>> made;
+    const QMutexLocker lock(&mutex);
+    const auto found = made.constFind(versions);
+    if (found != made.cend()) {
+        out = *found;
+        return std::nullopt;
+    }
+    FileConnection reference(QStringLiteral(":memory:"));
+    if (auto fault = makeSchemaAt(reference.db(), versions))
+        return fault;
+    if (auto fault = readSchemaObjects(reference.db(), out))
+        return fault;
+    made.insert(versions, out);
+    return std::nullopt;
+}
+
 }
 
 PreparedArchive::~PreparedArchive()
@@ -303,10 +303,14 @@ PreparedArchive::~PreparedArchive()
     discard();
 }
 
+QString PreparedArchive::workingCopy() const
+{
+    return m_work ? m_work->path() : QString();
+}
+
 void PreparedArchive::discard()
 {
-    removeWorkFile(m_copy);
-    m_copy.clear();
+    m_work.reset();
     m_archive.clear();
     m_counts.clear();
 }
@@ -325,9 +329,15 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
         return restoreRefusal(QStringLiteral("Папката %1 не може да бъде подготвена: %2").arg(shown(workFolder), fault->text),
                               QStringLiteral("Моля, проверете правата за запис! Данните не са променени."));
 
-    // The archive is only read, through SQLite; what is loaded is SQLite's own copy of it, so the
-    // file cannot change between its check and its loading.
-    WorkFile copy(QDir(workFolder).filePath(QStringLiteral("zarek-restore.db")));
+    // The archive is only read, through SQLite, and only as data: its schema is compared with the
+    // program's own at the archive's versions, and its rows alone are copied, value by value, into
+    // a working copy whose schema the program makes itself. Nothing that came in the file is run.
+    auto copy = std::make_unique<WorkFile>(QDir(workFolder).filePath(QStringLiteral("zarek-restore.db")));
+    const QString workRefusalRequest = QStringLiteral("Моля, проверете правата за запис и свободното място! Данните не са променени.");
+    const auto workRefusal = [&](const QString &why) {
+        return restoreRefusal(QStringLiteral("Работното копие на архива не може да бъде записано в %1: %2").arg(shown(workFolder), why),
+                              workRefusalRequest);
+    };
     {
         FileConnection source(file.absoluteFilePath(), readOnlyOptions());
         QSqlDatabase db = source.db();
@@ -340,15 +350,17 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
         if (query.value(0).toString() != QLatin1String("ok"))
             return damagedArchive(archivePath);
         query.finish();
-        if (!query.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'")))
-            return readRefusal(archivePath, query.lastError());
-        QStringList tables;
-        while (query.next())
-            tables.append(query.value(0).toString());
-        query.finish();
-        if (tables.isEmpty())
+        QList<SchemaObject> objects;
+        if (auto fault = readSchemaObjects(db, objects))
+            return readRefusal(archivePath, QSqlError(QString(), fault->text));
+        const bool anyTable = std::any_of(objects.begin(), objects.end(),
+                                          [](const SchemaObject &o) { return o.type == QLatin1String("table"); });
+        if (!anyTable)
             return notAnArchive(archivePath);
-        if (!tables.contains(QStringLiteral("zarek_schema")))
+        const bool versionTable = std::any_of(objects.begin(), objects.end(), [](const SchemaObject &o) {
+            return o.type == QLatin1String("table") && o.name == QLatin1String("zarek_schema");
+        });
+        if (!versionTable)
             return restoreRefusal(QStringLiteral("Файлът %1 е база данни на друга програма, не архив на Зарек!").arg(shown(archivePath)));
         QList<int> versions;
         if (checkRecordedVersions(query, versions))
@@ -363,44 +375,78 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
                                           .arg(latestSchemaVersion()),
                                       QStringLiteral("Моля, заредете го с по-новата версия на програмата. Данните не са променени."));
         }
-        if (auto fault = createEmptyFile(copy.path()))
-            return restoreRefusal(QStringLiteral("Работното копие на архива не може да бъде записано в %1: %2")
-                                      .arg(shown(workFolder), fault->text),
-                                  QStringLiteral("Моля, проверете правата за запис и свободното място! Данните не са променени."));
-        skipSyncs(db);  // VACUUM INTO writes its file as its source connection would
-        query.prepare(QStringLiteral("VACUUM INTO ?"));
-        query.addBindValue(copy.path());
-        if (!query.exec()) {
-            const QSqlError error = query.lastError();
-            if (error.nativeErrorCode() == QString::number(sqliteCorrupt)
-                || error.nativeErrorCode() == QString::number(sqliteNotADatabase))
-                return damagedArchive(archivePath);
-            return restoreRefusal(QStringLiteral("Работното копие на архива не може да бъде записано в %1: %2")
-                                      .arg(shown(workFolder), engineText(error)),
-                                  QStringLiteral("Моля, проверете правата за запис и свободното място! Данните не са променени."));
+
+        // The program's own schema at the archive's versions, to compare with.
+        QList<SchemaObject> own;
+        if (auto fault = ownSchemaAt(versions, own))
+            return workRefusal(fault->text);
+        const QString foreign = foreignObjects(objects, own);
+        if (!foreign.isEmpty())
+            return restoreRefusal(QStringLiteral("Архивът %1 не е такъв, какъвто Зарек го записва: в него има %2!")
+                                      .arg(shown(archivePath), foreign));
+        if (lacksTables(objects, own))
+            return restoreRefusal(QStringLiteral("В архива %1 липсват таблици или полета на Зарек!").arg(shown(archivePath)));
+
+        if (auto fault = createEmptyFile(copy->path()))
+            return workRefusal(fault->text);
+        FileConnection working(copy->path());
+        QSqlDatabase out = working.db();
+        if (!out.isOpen())
+            return workRefusal(engineText(out.lastError()));
+        skipSyncs(out);
+        largeCache(out);
+        if (auto fault = makeSchemaAt(out, versions))
+            return workRefusal(fault->text);
+        std::list<QSqlQuery> statements;
+        Transaction writing(out);
+        if (!writing.isActive())
+            return workRefusal(engineText(writing.lastError()));
+        for (const SchemaObject &object : std::as_const(own)) {
+            if (object.type != QLatin1String("table") || object.name.startsWith(QLatin1String("sqlite_"))
+                || object.name == QLatin1String("zarek_schema"))
+                continue;
+            QStringList columns;
+            {
+                QSqlQuery info(out);
+                info.exec(QStringLiteral("PRAGMA table_info(%1)").arg(quoted(object.name)));
+                while (info.next())
+                    columns.append(info.value(1).toString());
+            }
+            QSqlQuery read(db);
+            read.setForwardOnly(true);
+            if (!read.exec(QStringLiteral("SELECT %1 FROM %2").arg(quotedList(columns), quoted(object.name))))
+                return readRefusal(archivePath, read.lastError());
+            BatchInsert insert(out, object.name, columns, statements);
+            std::optional<Fault> fault;
+            while (!fault && read.next()) {
+                for (int i = 0; !fault && i < columns.size(); ++i)
+                    fault = insert.add(read.value(i));
+            }
+            if (read.lastError().isValid())
+                return readRefusal(archivePath, read.lastError());
+            if (!fault)
+                fault = insert.flush();
+            if (fault)
+                return restoreRefusal(QStringLiteral("В архива %1 има недопустими данни: %2: %3")
+                                          .arg(shown(archivePath), tableCaption(object.name), fault->text));
         }
+        if (!writing.commit())
+            return workRefusal(engineText(writing.lastError()));
     }
 
     RowCounts counts;
     {
-        FileConnection working(copy.path());
+        FileConnection working(copy->path());
         QSqlDatabase db = working.db();
         if (!db.isOpen())
-            return readRefusal(archivePath, db.lastError());
+            return workRefusal(engineText(db.lastError()));
         skipSyncs(db);
         // An archive of an older program takes the steps it lacks, in the copy only.
         if (auto failure = upgradeSchema(db))
             return restoreRefusal(QStringLiteral("Архивът %1 не може да бъде приведен към тази версия: %2")
                                       .arg(shown(archivePath), failure->text.section(QLatin1Char('\n'), 0, 0)));
-        const QHash<QString, QSet<QString>> present = columnsOf(db);
-        for (const SchemaTable &table : schemaTables()) {
-            const auto found = present.constFind(table.name.toLower());
-            bool complete = found != present.cend();
-            for (int i = 0; complete && i < table.columns.size(); ++i)
-                complete = found->contains(table.columns.at(i).toLower());
-            if (!complete)
-                return restoreRefusal(QStringLiteral("В архива %1 липсват таблици или полета на Зарек!").arg(shown(archivePath)));
-        }
+        if (const auto fault = checkStoredValues(db))
+            return restoreRefusal(QStringLiteral("В архива %1 има недопустима стойност: %2!").arg(shown(archivePath), describe(*fault)));
         QList<TableNames> names;
         resolveNames(db, names);
         if (auto fault = countRows(db, names, counts))
@@ -408,9 +454,8 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
         if (counts.value(firmTable) == 0)
             return restoreRefusal(QStringLiteral("В архива %1 няма данни за фирмата!").arg(shown(archivePath)));
     }
-    copy.keep();
     m_archive = file.absoluteFilePath();
-    m_copy = copy.path();
+    m_work = std::move(copy);
     m_counts = counts;
     return std::nullopt;
 }

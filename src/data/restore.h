@@ -1,13 +1,17 @@
 #pragma once
 
 #include "data/archive.h"
+#include "data/archivesupport.h"
+
+#include <memory>
 
 // "Зареждане": an archive checked, then loaded in place of the data after a safety copy of it.
 namespace zarek {
 
-// An archive chosen for a restore, checked and ready: a working copy made by SQLite from the file
-// (the file itself is only read), brought up to this program's schema when it is older, and
-// checked for every table and column of this system and the firm's row. The copy goes with it.
+// An archive chosen for a restore, checked and ready: a working copy in a schema the program makes
+// itself, holding the archive's rows alone (the file itself is only read, and one holding any
+// object the program does not make is refused), brought up to this program's schema when it is
+// older, and checked value by value against the screens' rules. The copy goes with it.
 class PreparedArchive {
 public:
     PreparedArchive() = default;
@@ -19,16 +23,16 @@ public:
     // nothing left behind.
     std::optional<UserMessage> prepare(const QString &archivePath, const QString &workFolder);
 
-    bool isReady() const { return !m_copy.isEmpty(); }
+    bool isReady() const { return m_work != nullptr; }
     QString archivePath() const { return m_archive; }
-    QString workingCopy() const { return m_copy; }
+    QString workingCopy() const;
     const RowCounts &counts() const { return m_counts; }
 
 private:
     void discard();
 
     QString m_archive;
-    QString m_copy;
+    std::unique_ptr<archiving::WorkFile> m_work;
     RowCounts m_counts;
 };
 

@@ -4,23 +4,6 @@
 
 namespace zarek {
 
-std::optional<Quantity> toQuantity(double value)
-{
-    if (!std::isfinite(value) || std::fabs(value) > 1e12)
-        return std::nullopt;
-    const double scaled = value * quantityScale;
-    const double whole = std::round(scaled);
-    // 2.675 typed is 2674.9999… thousandths in binary: what is within rounding noise counts as typed.
-    if (std::fabs(scaled - whole) > 1e-6 * std::max(1.0, std::fabs(scaled)))
-        return std::nullopt;
-    return static_cast<Quantity>(whole);
-}
-
-Quantity storedQuantity(double value)
-{
-    return std::isfinite(value) ? std::llround(value * quantityScale) : 0;
-}
-
 std::optional<double> Consumption::averagePrice() const
 {
     if (taken <= 0)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/storedvalues.h"
+
 #include <QList>
 #include <QtGlobal>
 #include <optional>
@@ -8,17 +10,7 @@
 // needs from the oldest open receipts first, and costs the weighted average of what it took.
 namespace zarek {
 
-// A stock quantity in whole thousandths, the precision the lists print: issues and give-backs
-// then add and subtract exactly, and stock on hand is exactly the sum of what the receipts hold.
-using Quantity = qint64;
-inline constexpr Quantity quantityScale = 1000;
-
-// A typed or stored quantity as thousandths; none when it has more than three decimals or is
-// not a finite number.
-std::optional<Quantity> toQuantity(double value);
-// A stored quantity read back (stored values are whole thousandths already).
-Quantity storedQuantity(double value);
-inline double quantityValue(Quantity quantity) { return static_cast<double>(quantity) / quantityScale; }
+// Quantities in whole thousandths (Quantity, toQuantity): core/storedvalues.h.
 
 // A receipt that can still be issued from (Lipsa false), as read, oldest first.
 struct OpenReceipt {

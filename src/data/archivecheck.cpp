@@ -1,0 +1,394 @@
+#include "archivecheck.h"
+
+#include "core/docnumber.h"
+#include "core/storedvalues.h"
+#include "data/schema.h"
+
+#include <QDate>
+#include <QHash>
+#include <QSet>
+#include <QSqlQuery>
+#include <QTime>
+#include <QVariant>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace zarek::archiving {
+
+namespace {
+
+// SQLite's own tables that ANALYZE may leave in any file: statistics for the planner, never run.
+bool isEngineStatistics(const SchemaObject &object)
+{
+    return object.type == QLatin1String("table") && object.name.startsWith(QLatin1String("sqlite_stat"));
+}
+
+QString kindWords(const QString &type)
+{
+    if (type == QLatin1String("trigger"))
+        return QStringLiteral("тригер");
+    if (type == QLatin1String("view"))
+        return QStringLiteral("изглед");
+    if (type == QLatin1String("index"))
+        return QStringLiteral("индекс");
+    if (type == QLatin1String("table"))
+        return QStringLiteral("таблица");
+    return QStringLiteral("непознат обект");
+}
+
+// How a column's values are checked, from its declared type and its name.
+enum class Kind { Key, Integer, Flag, Number, Text, Date, Time };
+
+struct Column {
+    QString name;
+    Kind kind = Kind::Text;
+    bool notNull = false;
+};
+
+Kind kindOf(const QString &name, const QString &declared, bool primaryKey)
+{
+    const QString type = declared.toUpper();
+    if (primaryKey)
+        return Kind::Key;
+    if (type == QLatin1String("BOOLEAN"))
+        return Kind::Flag;
+    if (type == QLatin1String("DOUBLE PRECISION"))
+        return Kind::Number;
+    if (type == QLatin1String("INTEGER") || type == QLatin1String("BIGINT"))
+        return Kind::Integer;
+    const QString lower = name.toLower();
+    if (lower == QLatin1String("data") || lower == QLatin1String("datemod"))
+        return Kind::Date;
+    if (lower == QLatin1String("timemod"))
+        return Kind::Time;
+    return Kind::Text;
+}
+
+QList<Column> columnsOf(QSqlDatabase db, const QString &table)
+{
+    QList<Column> out;
+    QSqlQuery info(db);
+    info.setForwardOnly(true);
+    if (!info.exec(QStringLiteral("PRAGMA table_info(%1)").arg(quoted(table))))
+        return out;
+    while (info.next()) {
+        const QString name = info.value(1).toString();
+        out.append({name, kindOf(name, info.value(2).toString(), info.value(5).toInt() > 0), info.value(3).toInt() != 0});
+    }
+    return out;
+}
+
+// The limits the screens hold a table's numbers and texts to, where they are narrower than any
+// stored value's.
+struct Limits {
+    double low = -1e12;
+    double high = 1e12;
+    bool cents = false;
+    bool quantity = false;
+    int length = maxStoredTextLength;
+    bool documentNumber = false;
+    bool required = false;  // a number every row has: a course's figures and money
+};
+
+Limits limitsOf(const QString &table, const QString &column)
+{
+    Limits limits;
+    const auto is = [&](const char *t, const char *c) {
+        return table == QLatin1String(t) && column.compare(QLatin1String(c), Qt::CaseInsensitive) == 0;
+    };
+    const auto range = [&](double low, double high) {
+        limits.low = low;
+        limits.high = high;
+    };
+    if (table == QLatin1String("tabl")) {
+        for (const char *figure : {"km", "ton", "Tarifa", "bruto", "procent", "neto"})
+            limits.required = limits.required || is("tabl", figure);
+    }
+    if (is("tabl", "km"))
+        range(0, maxCourseKm);
+    else if (is("tabl", "ton"))
+        range(0, maxCourseTonnes);
+    else if (is("tabl", "Tarifa"))
+        range(0, maxCourseRate);
+    else if (is("tabl", "bruto") || is("tabl", "procent") || is("tabl", "neto")) {
+        range(0, maxCourseAmount);
+        limits.cents = true;
+    } else if (is("tabl", "kola"))
+        limits.length = 12;
+    else if (is("tabl", "Klient") || is("tabl", "Marsh") || is("tabl", "Tovar"))
+        limits.length = 25;
+    else if (is("tabl", "NomFakt") || is("EvroFakt", "NomFakt") || is("RowdList", "ListID") || is("Marsh", "MarshID")
+             || is("ExternalKurs", "KursID"))
+        limits.documentNumber = true;
+    else if (table == QLatin1String("Tarifi") && column.startsWith(QLatin1String("Trf_")))
+        range(0, maxCourseRate);
+    else if (is("Sklad", "DocVid"))
+        limits.length = 15;
+    else if (is("Sklad", "Ostat") || is("Nalich", "Broi")) {
+        range(0, 1e12);
+        limits.quantity = true;
+    } else if (is("SkladLots", "Kol")) {
+        range(0.001, 1e12);
+        limits.quantity = true;
+    } else if (is("Nalich", "Edin") || is("EvroSklad", "Edin") || is("SkladLots", "Edin"))
+        range(0, 1e12);
+    else if (is("Evro", "Kurs"))
+        range(1e-9, 1e6);  // a conversion rate above zero
+    else if (is("Evro", "Nomer"))
+        range(1, 1);
+    else if (is("SkladLots", "IssueID") || is("SkladLots", "ReceiptID") || is("EvroSklad", "ReceiptID"))
+        range(1, 9e15);
+    return limits;
+}
+
+std::optional<QString> valueFault(const Column &column, const Limits &limits, const QString &storage, const QVariant &value)
+{
+    const bool null = storage == QLatin1String("null");
+    if (null) {
+        if (column.notNull || limits.required || column.kind == Kind::Key || column.kind == Kind::Flag)
+            return QStringLiteral("няма стойност");
+        return std::nullopt;
+    }
+    switch (column.kind) {
+    case Kind::Key:
+    case Kind::Integer: {
+        if (storage != QLatin1String("integer"))
+            return QStringLiteral("не е цяло число");
+        const qint64 number = value.toLongLong();
+        if (column.kind == Kind::Key ? number < 1 : !isWithin(double(number), limits.low, limits.high))
+            return QStringLiteral("извън разрешените граници");
+        return std::nullopt;
+    }
+    case Kind::Flag:
+        if (storage != QLatin1String("integer") || (value.toLongLong() != 0 && value.toLongLong() != 1))
+            return QStringLiteral("не е \"да\" или \"не\"");
+        return std::nullopt;
+    case Kind::Number: {
+        if (storage != QLatin1String("real") && storage != QLatin1String("integer"))
+            return QStringLiteral("не е число");
+        const double number = value.toDouble();
+        if (!std::isfinite(number) || !isWithin(number, limits.low, limits.high))
+            return QStringLiteral("извън разрешените граници");
+        if (limits.cents && !isWholeCents(number))
+            return QStringLiteral("сумата не е в цели стотинки");
+        if (limits.quantity && !toQuantity(number))
+            return QStringLiteral("количеството е с повече от три знака след запетаята");
+        return std::nullopt;
+    }
+    case Kind::Date: {
+        const QString text = value.toString();
+        if (storage != QLatin1String("text") || text.size() != 10 || !QDate::fromString(text, Qt::ISODate).isValid())
+            return QStringLiteral("не е дата");
+        return std::nullopt;
+    }
+    case Kind::Time: {
+        const QString text = value.toString();
+        if (storage != QLatin1String("text") || text.size() > 12
+            || !(QTime::fromString(text, Qt::ISODateWithMs).isValid() || QTime::fromString(text, Qt::ISODate).isValid()))
+            return QStringLiteral("не е час");
+        return std::nullopt;
+    }
+    case Kind::Text: {
+        if (storage != QLatin1String("text"))
+            return QStringLiteral("не е текст");
+        const QString text = value.toString();
+        if (!isStorableText(text, std::numeric_limits<int>::max()))
+            return QStringLiteral("съдържа непозволен знак");
+        if (limits.documentNumber && !isStoredDocumentNumber(text))
+            return QStringLiteral("не е номер от %1 знака").arg(documentNumberLength);
+        if (text.size() > maxStoredTextLength || text.trimmed().size() > limits.length)
+            return QStringLiteral("текстът е по-дълъг от %1 знака").arg(limits.length);
+        return std::nullopt;
+    }
+    }
+    return std::nullopt;
+}
+
+// The rules of one row as a whole: the invoicing flag goes with a real number, a receipt holds
+// no more than it took in.
+std::optional<ValueFault> rowFault(const QString &table, qint64 id, const QHash<QString, QVariant> &row)
+{
+    if (table == QLatin1String("tabl")) {
+        const bool invoiced = row.value(QStringLiteral("Fakt")).toLongLong() != 0;
+        const bool numbered = row.value(QStringLiteral("NomFakt")).toString() != noDocumentNumber();
+        if (invoiced && !numbered)
+            return ValueFault{table, id, QStringLiteral("NomFakt"), QStringLiteral("фактуриран курс без номер на фактура")};
+        if (!invoiced && numbered)
+            return ValueFault{table, id, QStringLiteral("NomFakt"), QStringLiteral("номер на фактура на нефактуриран курс")};
+    } else if (table == QLatin1String("Sklad")) {
+        const QString kind = row.value(QStringLiteral("VidKol")).toString();
+        if (kind != QLatin1String("P") && kind != QLatin1String("R"))
+            return ValueFault{table, id, QStringLiteral("VidKol"), QStringLiteral("не е доставка или изписване")};
+        const double kol = row.value(QStringLiteral("Kol")).toDouble();
+        if (kind == QLatin1String("P")) {
+            if (!(kol > 0) || !toQuantity(kol))
+                return ValueFault{table, id, QStringLiteral("Kol"), QStringLiteral("количеството на доставката е недопустимо")};
+            const QVariant ostat = row.value(QStringLiteral("Ostat"));
+            if (!ostat.isNull() && storedQuantity(ostat.toDouble()) > storedQuantity(kol))
+                return ValueFault{table, id, QStringLiteral("Ostat"), QStringLiteral("остатъкът е по-голям от доставеното")};
+        }
+    }
+    return std::nullopt;
+}
+
+// The stock on hand of each name is what its open receipts still hold.
+std::optional<ValueFault> stockFault(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("SELECT n.id, n.Broi, (SELECT TOTAL(s.Ostat) FROM Sklad s WHERE s.Name = n.Name "
+                                   "AND s.VidKol = 'P' AND s.Lipsa = 0) FROM Nalich n ORDER BY n.id")))
+        return ValueFault{QStringLiteral("Nalich"), 0, QString(), engineText(query.lastError())};
+    while (query.next()) {
+        if (storedQuantity(query.value(1).toDouble()) != storedQuantity(query.value(2).toDouble()))
+            return ValueFault{QStringLiteral("Nalich"), query.value(0).toLongLong(), QStringLiteral("Broi"),
+                              QStringLiteral("наличността не отговаря на остатъците на доставките")};
+    }
+    if (!query.exec(QStringLiteral("SELECT s.id FROM Sklad s WHERE s.VidKol = 'P' AND s.Lipsa = 0 AND s.Ostat > 0 "
+                                   "AND NOT EXISTS (SELECT 1 FROM Nalich n WHERE n.Name = s.Name) ORDER BY s.id LIMIT 1")))
+        return ValueFault{QStringLiteral("Sklad"), 0, QString(), engineText(query.lastError())};
+    if (query.next())
+        return ValueFault{QStringLiteral("Sklad"), query.value(0).toLongLong(), QStringLiteral("Ostat"),
+                          QStringLiteral("остатък на доставка без наличност")};
+    return std::nullopt;
+}
+
+}
+
+std::optional<Fault> readSchemaObjects(QSqlDatabase db, QList<SchemaObject> &out)
+{
+    out.clear();
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("SELECT type, name, tbl_name, sql FROM sqlite_master")))
+        return engineFault(query.lastError());
+    while (query.next())
+        out.append({query.value(0).toString(), query.value(1).toString(), query.value(2).toString(),
+                    query.value(3).toString().simplified()});
+    return std::nullopt;
+}
+
+std::optional<Fault> makeSchemaAt(QSqlDatabase db, const QList<int> &versions)
+{
+    // A step runs when its version is not recorded: the others are recorded first, so that only
+    // the archive's own steps run, and are struck off again afterwards.
+    QList<int> others;
+    for (int version = 1; version <= latestSchemaVersion(); ++version) {
+        if (isKnownSchemaVersion(version) && !versions.contains(version))
+            others.append(version);
+    }
+    QSqlQuery query(db);
+    if (!query.exec(QStringLiteral("CREATE TABLE zarek_schema (version INTEGER NOT NULL)")))
+        return engineFault(query.lastError());
+    for (int version : std::as_const(others)) {
+        query.prepare(QStringLiteral("INSERT INTO zarek_schema (version) VALUES (?)"));
+        query.addBindValue(version);
+        if (!query.exec())
+            return engineFault(query.lastError());
+    }
+    if (auto failure = upgradeSchema(db))
+        return Fault{failure->text.section(QLatin1Char('\n'), 0, 0)};
+    for (int version : std::as_const(others)) {
+        query.prepare(QStringLiteral("DELETE FROM zarek_schema WHERE version = ?"));
+        query.addBindValue(version);
+        if (!query.exec())
+            return engineFault(query.lastError());
+    }
+    return std::nullopt;
+}
+
+QString foreignObjects(const QList<SchemaObject> &archive, const QList<SchemaObject> &own)
+{
+    QStringList kinds;
+    for (const SchemaObject &object : archive) {
+        if (own.contains(object) || isEngineStatistics(object))
+            continue;
+        const QString words = kindWords(object.type);
+        if (!kinds.contains(words))
+            kinds.append(words);
+    }
+    return kinds.join(QStringLiteral(", "));
+}
+
+bool lacksTables(const QList<SchemaObject> &archive, const QList<SchemaObject> &own)
+{
+    return std::any_of(own.begin(), own.end(), [&](const SchemaObject &object) {
+        return object.type == QLatin1String("table")
+               && std::none_of(archive.begin(), archive.end(), [&](const SchemaObject &other) {
+                      return other.type == object.type && other.name == object.name;
+                  });
+    });
+}
+
+QString tableCaption(const QString &table)
+{
+    static const QHash<QString, QString> captions = {
+        {QStringLiteral("tabl"), QStringLiteral("Курсове")},
+        {QStringLiteral("shof"), QStringLiteral("Шофьори")},
+        {QStringLiteral("Config"), QStringLiteral("Коли")},
+        {QStringLiteral("Tarifi"), QStringLiteral("Тарифи")},
+        {QStringLiteral("ZarekCfg"), QStringLiteral("Данни за фирмата")},
+        {QStringLiteral("Users"), QStringLiteral("Потребители")},
+        {QStringLiteral("Sklad"), QStringLiteral("Складови документи")},
+        {QStringLiteral("Nalich"), QStringLiteral("Наличност")},
+        {QStringLiteral("RowdList"), QStringLiteral("Пътни листове")},
+        {QStringLiteral("Marsh"), QStringLiteral("Маршрути на пътните листове")},
+        {QStringLiteral("ExternalKurs"), QStringLiteral("Международни курсове")},
+        {QStringLiteral("Firms"), QStringLiteral("Изпращачи и получатели")},
+        {QStringLiteral("SkladLots"), QStringLiteral("Изписани партиди")},
+        {QStringLiteral("Evro"), QStringLiteral("Преминаване към евро")},
+        {QStringLiteral("EvroFakt"), QStringLiteral("Фактури в евро")},
+        {QStringLiteral("EvroSklad"), QStringLiteral("Цени в евро на доставките")},
+    };
+    return captions.value(table, table);
+}
+
+QString describe(const ValueFault &fault)
+{
+    QString where = tableCaption(fault.table);
+    if (fault.id > 0)
+        where += QStringLiteral(", ред № %1").arg(fault.id);
+    if (!fault.column.isEmpty())
+        where += QStringLiteral(", поле %1").arg(fault.column);
+    return where + QStringLiteral(": ") + fault.fault;
+}
+
+std::optional<ValueFault> checkStoredValues(QSqlDatabase db)
+{
+    for (const SchemaTable &table : schemaTables()) {
+        const QList<Column> columns = columnsOf(db, table.name);
+        if (columns.isEmpty())
+            return ValueFault{table.name, 0, QString(), QStringLiteral("таблицата липсва")};
+        QList<Limits> limits;
+        QStringList select;
+        for (const Column &column : columns) {
+            limits.append(limitsOf(table.name, column.name));
+            select << QStringLiteral("typeof(%1)").arg(quoted(column.name)) << quoted(column.name);
+        }
+        QSqlQuery query(db);
+        query.setForwardOnly(true);
+        if (!query.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY rowid").arg(select.join(QStringLiteral(", ")),
+                                                                                quoted(table.name))))
+            return ValueFault{table.name, 0, QString(), engineText(query.lastError())};
+        QHash<QString, QVariant> row;
+        while (query.next()) {
+            row.clear();
+            const qint64 id = query.value(1).toLongLong();
+            for (int i = 0; i < columns.size(); ++i) {
+                const QString storage = query.value(2 * i).toString();
+                const QVariant value = query.value(2 * i + 1);
+                if (auto fault = valueFault(columns.at(i), limits.at(i), storage, value))
+                    return ValueFault{table.name, id, columns.at(i).name, *fault};
+                row.insert(columns.at(i).name, value);
+            }
+            if (auto fault = rowFault(table.name, id, row))
+                return fault;
+        }
+        if (query.lastError().isValid())
+            return ValueFault{table.name, 0, QString(), engineText(query.lastError())};
+    }
+    return stockFault(db);
+}
+
+}
