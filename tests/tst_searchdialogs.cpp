@@ -523,6 +523,10 @@ private slots:
         DiaSeek kola(SearchMode::Kola, scratch.db());
         setPeriod(kola, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         save(kola, QStringLiteral("Търсене - Курсове на кола №"), QStringLiteral("diaseek-kola"));
+        DiaSeek rowd(SearchMode::Kola, scratch.db());
+        rowd.offerEveryTruck();
+        child<QComboBox>(rowd, "Combo1")->showPopup();
+        save(rowd, QStringLiteral("Търсене - Справка пътни листи"), QStringLiteral("diaseek-rowdlist"));
         DiaSeek fakt(SearchMode::EditFakt, scratch.db());
         save(fakt, QStringLiteral("Търсене - Корекция фактури"), QStringLiteral("diaseek-editfakt"));
         DiaSeek stock(SearchMode::NalichSK, scratch.db());

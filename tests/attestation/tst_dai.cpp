@@ -33,6 +33,16 @@ T *child(QWidget &w, const char *name)
 
 QString label(QWidget &w, const char *name) { return child<QLabel>(w, name)->text(); }
 
+// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
+void saveScreenshot(QWidget &widget, const QString &name)
+{
+    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+    if (dir.isEmpty())
+        return;
+    QTest::qWait(50);  // the layout settles first
+    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
+}
+
 // A click on the box itself (a check box reacts to its box and text, not to the rest of its row).
 void tick(QWidget &w, const char *name)
 {
@@ -227,6 +237,8 @@ private slots:
         QVERIFY(to->isHidden());
         QVERIFY(hour->isHidden());
         QCOMPARE(label(screen, "lblDataStop"), QStringLiteral("18:30 на 15.03.2026 г."));
+        child(screen, "lblDataStop")->setFocus();
+        saveScreenshot(screen, QStringLiteral("dai-2009-hours"));
         QCOMPARE(screen.sheet().hourTo, QStringLiteral("18.30"));
         QCOMPARE(screen.attestationReport().value().control("PageHeader", "Label42").caption,
                  QStringLiteral("18:30 на 15.03.2026 г."));

@@ -69,6 +69,16 @@ void space(Plashtane &screen, int row)
     QTest::keyClick(screen.grid(), Qt::Key_Space);
 }
 
+// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
+void saveScreenshot(QWidget &widget, const QString &name)
+{
+    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+    if (dir.isEmpty())
+        return;
+    QTest::qWait(50);  // the layout settles first
+    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
+}
+
 QString sumText(const Plashtane &screen)
 {
     return screen.findChild<QLabel *>(QStringLiteral("Label4"))->text();
@@ -341,6 +351,8 @@ private slots:
         for (const int row : marked)
             space(screen, row);
         QCOMPARE(sumText(screen), sum + amountUnit(Currency::Leva));
+        if (marked.size() == 5)
+            saveScreenshot(screen, QStringLiteral("plashtane-pay"));
         const QStringList lines = printStatement(screen);
         QVERIFY(lines.contains(QStringLiteral("Всичко заработка: ") + sum + QLatin1Char(' ') + amountUnit(Currency::Leva)));
         const QString receipt = QStringLiteral(" получих сумата от ") + sum + QLatin1Char(' ') + amountUnit(Currency::Leva);
