@@ -187,6 +187,8 @@ private slots:
         QSqlDatabase db = scratch.db();
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', "
                                             "'7501010000', '612345678')")));
+        // The whole gross is the driver's here, so his pay is the courses' own sums.
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('СА 1234 ВК', 30, 100, 20)")));
         insertCourse(db, {QDate(2025, 12, 30), dargos, QStringLiteral("София - Варна"), QStringLiteral("Пясък"), truck,
                           450, 2, 1.0, 900.0});
         insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck,

@@ -2,6 +2,7 @@
 #include "courses/diaseek.h"
 #include "courses/diaseekall.h"
 #include "courses/diaseekalt.h"
+#include "courses/searchlists.h"
 #include "core/textcheck.h"
 #include "testdatabase.h"
 
@@ -257,6 +258,76 @@ private slots:
         QVERIFY(dialog.SeekOk());
     }
 
+    // The truck lists offer the fleet with the trucks of earlier courses and waybills: a truck with
+    // waybills and no course, or the fleet after the year's courses were closed, can be chosen.
+    void theTruckListsOfferTheFleetAndEarlierRows_data()
+    {
+        QTest::addColumn<SearchMode>("mode");
+        QTest::addColumn<bool>("seekAll");
+        QTest::newRow("DiaSeek") << SearchMode::Kola << false;
+        QTest::newRow("DiaSeekAll") << SearchMode::FaktNew << true;
+    }
+    void theTruckListsOfferTheFleetAndEarlierRows()
+    {
+        QFETCH(SearchMode, mode);
+        QFETCH(bool, seekAll);
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('ВТ 1111 АА ')")));   // the fleet only
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('СА 1234 ВК')")));    // and a course
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola) "
+                                            "VALUES ('0000000001', '2026-03-05', 'РК 2222 ВВ')")));  // waybills only
+        const QStringList fleet = {QStringLiteral("ВТ 1111 АА"), QStringLiteral("РВ 5678 ТМ"), QStringLiteral("РК 2222 ВВ"),
+                                   QStringLiteral("СА 1234 ВК")};
+        QCOMPARE(searchlists::trucks(scratch.db()), fleet);
+        RecordingMessageService messages;
+        std::unique_ptr<SearchDialog> dialog;
+        if (seekAll)
+            dialog = std::make_unique<DiaSeekAll>(mode, scratch.db());
+        else
+            dialog = std::make_unique<DiaSeek>(mode, scratch.db());
+        QComboBox *trucks = child<QComboBox>(*dialog, seekAll ? "Combo2" : "Combo1");
+        QStringList offered;
+        for (int i = 0; i < trucks->count(); ++i)
+            offered << trucks->itemText(i);
+        QCOMPARE(offered, fleet);
+        setPeriod(*dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
+        trucks->setEditText(QStringLiteral("РК 2222 ВВ"));
+        clickSearch(*dialog);
+        QVERIFY2(dialog->SeekOk(), qPrintable(lastText(messages)));
+        QCOMPARE(dialog->conditions().SeekKola, QStringLiteral("РК 2222 ВВ"));
+    }
+
+    // The waybill report takes "0" for every truck; the other truck searches keep to one truck.
+    void everyTruckIsZeroWhereItIsOffered_data()
+    {
+        QTest::addColumn<bool>("offered");
+        QTest::newRow("the waybill report") << true;
+        QTest::newRow("a course search") << false;
+    }
+    void everyTruckIsZeroWhereItIsOffered()
+    {
+        QFETCH(bool, offered);
+        ZAREK_SCRATCH_DB(scratch);
+        fillSample(scratch);
+        RecordingMessageService messages;
+        DiaSeek dialog(SearchMode::Kola, scratch.db());
+        if (offered)
+            dialog.offerEveryTruck();
+        QComboBox *trucks = child<QComboBox>(dialog, "Combo1");
+        QCOMPARE(trucks->findText(QStringLiteral("0")), offered ? 0 : -1);
+        QCOMPARE(trucks->currentText(), QStringLiteral("РВ 5678 ТМ"));  // the first truck stays shown
+        setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
+        trucks->setEditText(QStringLiteral("0"));
+        clickSearch(dialog);
+        QCOMPARE(dialog.SeekOk(), offered);
+        if (offered)
+            QCOMPARE(dialog.conditions().SeekKola, QStringLiteral("0"));
+        else
+            QCOMPARE(lastText(messages),
+                     QStringLiteral("Въведения номер няма курсове!\nМоля, изберете номер от списъка и опитайте отново."));
+    }
+
     void anEmptyListIsTold()
     {
         ZAREK_SCRATCH_DB(scratch);
@@ -452,6 +523,10 @@ private slots:
         DiaSeek kola(SearchMode::Kola, scratch.db());
         setPeriod(kola, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         save(kola, QStringLiteral("Търсене - Курсове на кола №"), QStringLiteral("diaseek-kola"));
+        DiaSeek rowd(SearchMode::Kola, scratch.db());
+        rowd.offerEveryTruck();
+        child<QComboBox>(rowd, "Combo1")->showPopup();
+        save(rowd, QStringLiteral("Търсене - Справка пътни листи"), QStringLiteral("diaseek-rowdlist"));
         DiaSeek fakt(SearchMode::EditFakt, scratch.db());
         save(fakt, QStringLiteral("Търсене - Корекция фактури"), QStringLiteral("diaseek-editfakt"));
         DiaSeek stock(SearchMode::NalichSK, scratch.db());

@@ -1,5 +1,7 @@
 #include "attestation.h"
 
+#include <QRegularExpression>
+
 namespace zarek {
 
 QList<AttestationReason> attestationReasons(AttestationForm form)
@@ -10,9 +12,43 @@ QList<AttestationReason> attestationReasons(AttestationForm form)
             AttestationReason::ExemptVehicle, AttestationReason::OtherWork,   AttestationReason::Available};
 }
 
-QString attestationPeriodText(const QString &typed)
+QString attestationPeriodText(const QString &hour, const QString &typed)
 {
-    return QStringLiteral("00:00 на ") + typed + QStringLiteral(" г.");
+    return hour + QStringLiteral(" на ") + typed + QStringLiteral(" г.");
+}
+
+std::optional<QString> attestationHour(const QString &typed)
+{
+    static const QRegularExpression hourPattern(QStringLiteral("^(\\d{1,2})(?:[:.](\\d{2}))?$"));
+    const QRegularExpressionMatch match = hourPattern.match(typed.trimmed());
+    if (!match.hasMatch())
+        return std::nullopt;
+    const int hours = match.captured(1).toInt();
+    const int minutes = match.captured(2).isEmpty() ? 0 : match.captured(2).toInt();
+    if (minutes > 59 || hours > 24 || (hours == 24 && minutes > 0))
+        return std::nullopt;
+    return QStringLiteral("%1:%2").arg(hours, 2, 10, QLatin1Char('0')).arg(minutes, 2, 10, QLatin1Char('0'));
+}
+
+std::optional<UserMessage> attestationRefusal(const AttestationSheet &sheet)
+{
+    const auto attention = [](const QString &fault, const QString &request) {
+        return UserMessage{QStringLiteral("ВНИМАНИЕ!"), fault + QLatin1Char('\n') + request,
+                           UserMessage::Icon::Exclamation};
+    };
+    if (sheet.reason == AttestationReason::None || !attestationReasons(sheet.form).contains(sheet.reason))
+        return attention(QStringLiteral("Не е отбелязана причина за удостоверението!"),
+                         QStringLiteral("Моля, отбележете една от клетките."));
+    if (sheet.form == AttestationForm::Decision2009 && sheet.startedOn.trimmed().isEmpty())
+        return attention(QStringLiteral("Няма въведена дата на започване на работа (точка 11)!"),
+                         QStringLiteral("Моля, въведете от кога водачът работи във фирмата."));
+    if (sheet.form == AttestationForm::Decision2007 && sheet.periodFrom.trimmed().isEmpty())
+        return attention(QStringLiteral("Няма въведено начало на периода (точка 11)!"),
+                         QStringLiteral("Моля, въведете от кога започва периодът."));
+    if (!attestationHour(sheet.hourFrom) || !attestationHour(sheet.hourTo))
+        return attention(QStringLiteral("Грешен час на периода!"),
+                         QStringLiteral("Моля, въведете часа като ЧЧ:ММ, от 00:00 до 24:00."));
+    return std::nullopt;
 }
 
 const QHash<QString, QString> &attestationScreenTexts(AttestationForm form)

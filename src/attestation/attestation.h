@@ -1,8 +1,11 @@
 #pragma once
 
+#include "core/usermessage.h"
+
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <optional>
 
 // The attestation of a driver's activities (ДАИ): what the firm declares about a driver for a
 // period in which the tachograph recorded nothing. Nothing of it is stored.
@@ -27,12 +30,23 @@ struct AttestationSheet {
     QString card;        // identity card number
     QString periodFrom;  // as typed
     QString periodTo;
+    QString hourFrom = QStringLiteral("00:00");  // the hour the period begins on its first day
+    QString hourTo = QStringLiteral("24:00");    // and ends on its last: the whole last day by default
     QString startedOn;   // the day the driver started at the firm (the 2009 form only), as typed
     AttestationReason reason = AttestationReason::None;
 };
 
-// "00:00 на " + the typed day + " г.": the start of a day of the period as the sheet writes it.
-QString attestationPeriodText(const QString &typed);
+// hour + " на " + the typed day + " г.": a bound of the period as the sheet writes it.
+QString attestationPeriodText(const QString &hour, const QString &typed);
+
+// A typed hour as the sheet writes it, "HH:MM" from 00:00 to 24:00 ("8" and "8.30" are 08:00 and
+// 08:30); none for anything else.
+std::optional<QString> attestationHour(const QString &typed);
+
+// Why the sheet may not be printed: no reason ticked, no item 11 (the day the driver started at
+// the firm on the form of 2009, the period's first day on that of 2007), or an hour of the
+// period that is not one. The first such fault, as the message that says what to fill in.
+std::optional<UserMessage> attestationRefusal(const AttestationSheet &sheet);
 
 // The texts of the screen for a form, by the name of the label or check box that shows them.
 const QHash<QString, QString> &attestationScreenTexts(AttestationForm form);

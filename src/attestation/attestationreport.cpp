@@ -65,8 +65,8 @@ Checked<Report> ReportDAI(const AttestationSheet &sheet, const FirmProfile &firm
     set("Label26", sheet.driverName);
     set("Label28", sheet.birthDate.isEmpty() ? QString() : sheet.birthDate + QStringLiteral(" г."));
     set("Label30", sheet.card);
-    set("Label36", attestationPeriodText(sheet.periodFrom));
-    set("Label42", attestationPeriodText(sheet.periodTo));
+    set("Label36", attestationPeriodText(attestationHour(sheet.hourFrom).value_or(sheet.hourFrom), sheet.periodFrom));
+    set("Label42", attestationPeriodText(attestationHour(sheet.hourTo).value_or(sheet.hourTo), sheet.periodTo));
     set("Label44", firm.UserCity);
     set("Label46", formatDate(today));
     set("Label50", firm.UserCity);

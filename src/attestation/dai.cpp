@@ -9,6 +9,7 @@
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QAbstractItemView>
 #include <QKeyEvent>
@@ -78,7 +79,8 @@ DAI::DAI(QSqlDatabase db, FirmProfile firm, QWidget *parent, QDate today)
         value->installEventFilter(this);
     }
     for (QWidget *box : {static_cast<QWidget *>(m_ui->Combo1), static_cast<QWidget *>(m_ui->Text1_0),
-                         static_cast<QWidget *>(m_ui->Text1_1)})
+                         static_cast<QWidget *>(m_ui->Text1_1), static_cast<QWidget *>(m_ui->txtHour_0),
+                         static_cast<QWidget *>(m_ui->txtHour_1)})
         box->installEventFilter(this);
 
     // One reason only: ticking a box clears the others, so the one cross printed is the one shown.
@@ -95,6 +97,7 @@ DAI::DAI(QSqlDatabase db, FirmProfile firm, QWidget *parent, QDate today)
 
     m_ui->cboForm->addItem(QStringLiteral("Решение 2007/230/ЕО – 18 точки"));
     m_ui->cboForm->addItem(QStringLiteral("Решение 2009/959/ЕС – 22 точки (в сила от 2010 г.)"));
+    m_ui->cboForm->setCurrentIndex(1);  // the form in use; the older one stays a choice
     connect(m_ui->cboForm, &QComboBox::currentIndexChanged, this, &DAI::applyFormTexts);
     connect(m_ui->cmdPrint, &QPushButton::clicked, this, &DAI::print);
     connect(m_ui->cmdClose, &QPushButton::clicked, this, &QDialog::close);
@@ -138,6 +141,16 @@ QLineEdit *DAI::periodBox(int index) const
 QLabel *DAI::periodLabel(int index) const
 {
     return index == 0 ? m_ui->lblDataStart : m_ui->lblDataStop;
+}
+
+QLineEdit *DAI::hourBox(int index) const
+{
+    return index == 0 ? m_ui->txtHour_0 : m_ui->txtHour_1;
+}
+
+QList<QWidget *> DAI::periodBoxes(int index) const
+{
+    return {hourBox(index), index == 0 ? m_ui->lblHourOn_0 : m_ui->lblHourOn_1, periodBox(index)};
 }
 
 void DAI::showFirm()
@@ -208,17 +221,24 @@ void DAI::showDriverPicker()
     m_ui->Combo1->setFocus();
 }
 
+// The hour and the day of a bound of the period are one entry: going from one box to the other
+// keeps them open; leaving both shows the bound as it prints.
 void DAI::leavePeriodBox(int index)
 {
-    periodLabel(index)->setText(attestationPeriodText(periodBox(index)->text()));
+    if (QApplication::focusWidget() == hourBox(index) || QApplication::focusWidget() == periodBox(index))
+        return;
+    const QString hour = hourBox(index)->text();
+    periodLabel(index)->setText(attestationPeriodText(attestationHour(hour).value_or(hour), periodBox(index)->text()));
     periodLabel(index)->show();
-    periodBox(index)->hide();
+    for (QWidget *box : periodBoxes(index))
+        box->hide();
 }
 
 void DAI::showPeriodBox(int index)
 {
     periodLabel(index)->hide();
-    periodBox(index)->show();
+    for (QWidget *box : periodBoxes(index))
+        box->show();
     periodBox(index)->setFocus();
     periodBox(index)->selectAll();
 }
@@ -288,8 +308,9 @@ void DAI::showEvent(QShowEvent *event)
 
 void DAI::setTabOrder()
 {
-    const QList<QWidget *> order = {m_ui->Combo1,  m_ui->lblDriverName, m_ui->txtStarted, m_ui->Text1_0,
-                                    m_ui->lblDataStart, m_ui->Text1_1,   m_ui->lblDataStop, m_ui->Check1,
+    const QList<QWidget *> order = {m_ui->Combo1,  m_ui->lblDriverName, m_ui->txtStarted, m_ui->txtHour_0,
+                                    m_ui->Text1_0, m_ui->lblDataStart,  m_ui->txtHour_1,  m_ui->Text1_1,
+                                    m_ui->lblDataStop, m_ui->Check1,
                                     m_ui->Check2,  m_ui->Check4,        m_ui->Check3,     m_ui->Check5,
                                     m_ui->Check6,  m_ui->cboForm,       m_ui->cmdPrint,   m_ui->cmdClose};
     for (qsizetype i = 1; i < order.size(); ++i)
@@ -307,6 +328,8 @@ AttestationSheet DAI::sheet() const
     }
     sheet.periodFrom = m_ui->Text1_0->text();
     sheet.periodTo = m_ui->Text1_1->text();
+    sheet.hourFrom = m_ui->txtHour_0->text();
+    sheet.hourTo = m_ui->txtHour_1->text();
     if (sheet.form == AttestationForm::Decision2009)
         sheet.startedOn = m_ui->txtStarted->text();
     for (QCheckBox *box : reasonBoxes()) {
@@ -323,6 +346,11 @@ Checked<Report> DAI::attestationReport() const
 
 void DAI::print()
 {
+    // An attestation without its reason or its item 11 is no attestation: it is not printed.
+    if (const std::optional<UserMessage> refusal = attestationRefusal(sheet())) {
+        MessageService::instance().inform(*refusal);
+        return;
+    }
     const Checked<Report> report = attestationReport();
     if (!report) {
         MessageService::instance().inform(report.message());
@@ -349,6 +377,8 @@ bool DAI::eventFilter(QObject *watched, QEvent *event)
         }
     } else if (userLeft && (watched == m_ui->Text1_0 || watched == m_ui->Text1_1)) {
         leavePeriodBox(watched == m_ui->Text1_0 ? 0 : 1);
+    } else if (userLeft && (watched == m_ui->txtHour_0 || watched == m_ui->txtHour_1)) {
+        leavePeriodBox(watched == m_ui->txtHour_0 ? 0 : 1);
     } else if (event->type() == QEvent::MouseButtonRelease
                || (event->type() == QEvent::KeyPress
                    && QList<int>{Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_F2}.contains(

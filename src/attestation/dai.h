@@ -59,6 +59,8 @@ private:
     AttestationReason reasonOf(const QCheckBox *box) const;
     QLineEdit *periodBox(int index) const;
     QLabel *periodLabel(int index) const;
+    QLineEdit *hourBox(int index) const;
+    QList<QWidget *> periodBoxes(int index) const;  // hour, "на", day
 
     std::unique_ptr<Ui::DAI> m_ui;
     QSqlDatabase m_db;

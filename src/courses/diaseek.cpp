@@ -75,6 +75,16 @@ DiaSeek::DiaSeek(SearchMode mode, QSqlDatabase db, QWidget *parent) : SearchDial
         m_article->setFocus();
 }
 
+void DiaSeek::offerEveryTruck()
+{
+    if (mode() != SearchMode::Kola || m_combo->findText(everyTruckText()) >= 0)
+        return;
+    const QString shown = m_combo->currentText();
+    m_combo->insertItem(0, everyTruckText());
+    m_combo->setEditText(shown.isEmpty() ? everyTruckText() : shown);
+    m_combo->setToolTip(QStringLiteral("0 - всички коли"));
+}
+
 Checked<SearchConditions> DiaSeek::check() const
 {
     return checkSeek(mode(), fromBox()->text(), toBox()->text(), m_combo->currentText(), m_article->text(),

@@ -28,6 +28,10 @@ void addSearchCommand(CommandRegistry &commands, const SearchCommand &command,
         case SearchDialogKind::SeekAlt: dialog = std::make_unique<DiaSeekAlt>(command.mode, context.db, context.window); break;
         case SearchDialogKind::SeekAll: dialog = std::make_unique<DiaSeekAll>(command.mode, context.db, context.window); break;
         }
+        if (command.everyTruck) {
+            if (auto *seek = dynamic_cast<DiaSeek *>(dialog.get()))
+                seek->offerEveryTruck();
+        }
         wait.reset();  // the lists are loaded: the dialog waits for the user
         dialog->setWindowTitle(command.caption);
         dialog->setProperty("helpTopic", context.helpTopic(command.menuItem));

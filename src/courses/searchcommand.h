@@ -22,6 +22,7 @@ struct SearchCommand {
     QString caption;  // the dialog's title
     QString panel;    // the status text once the conditions are given; empty leaves it to the target
     SearchBusy busy = SearchBusy::HourglassAndText;
+    bool everyTruck = false;  // the truck list of DiaSeek offers "0", every truck
 };
 
 // Adds a command that sets the search mode, asks its conditions in the dialog and, when they are

@@ -10,7 +10,9 @@ namespace zarek::searchlists {
 // Sorted so both engines give the same order; the indexes make DISTINCT cheap on large tables.
 QStringList trucks(QSqlDatabase db)
 {
-    return nonBlankTexts(db, QStringLiteral("SELECT DISTINCT kola FROM tabl ORDER BY kola"));
+    return nonBlankTexts(db, QStringLiteral("SELECT kola FROM (SELECT TRIM(kola) AS kola FROM Config "
+                                            "UNION SELECT TRIM(kola) FROM tabl "
+                                            "UNION SELECT TRIM(Kola) FROM RowdList) trucks ORDER BY kola"));
 }
 
 QStringList clients(QSqlDatabase db)

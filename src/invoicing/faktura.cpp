@@ -18,6 +18,8 @@
 
 namespace zarek {
 
+using namespace invoicing;  // the invoice statement
+
 namespace {
 
 // The "a" of "зa" on this line is a Latin letter, as on the firm's screens for years.

@@ -12,7 +12,7 @@
 #include <QSqlQuery>
 #include <QVariant>
 
-namespace zarek {
+namespace zarek::invoicing {
 
 namespace {
 

@@ -13,8 +13,9 @@
 #include <QSqlDatabase>
 
 // The statement of the courses on an invoice (rptFaktura): the marked courses laid out in the
-// scratch table TempPlaten, the sum without VAT, the VAT and the total.
-namespace zarek {
+// scratch table TempPlaten, the sum without VAT, the VAT and the total. The invoicing's own
+// namespace: the client statement has a line of its own.
+namespace zarek::invoicing {
 
 // The VAT rate of the statement; a constant of the law, not a setting.
 inline constexpr double vatRate = 0.2;

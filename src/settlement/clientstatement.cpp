@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-namespace zarek {
+namespace zarek::settlement {
 
 QString StatementLine::sumaText() const
 {

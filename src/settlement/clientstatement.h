@@ -8,7 +8,8 @@
 #include <optional>
 
 // The rules of a client's statement: what a line of the printed statement holds, and its tax summary.
-namespace zarek {
+// The settlement's own namespace: the invoice statement has a line of its own.
+namespace zarek::settlement {
 
 // A printed line, recomputed from the kilometres, tonnes and rate of the working list: a corrected
 // kilometre or rate reaches the money only here. Texts as the statement prints them.

@@ -24,6 +24,8 @@
 
 namespace zarek {
 
+using namespace settlement;  // the client statement's lines and tax
+
 namespace {
 
 // The folder the file dialogs open in: the last one used in this run, at first the documents.

@@ -7,6 +7,8 @@
 
 namespace zarek {
 
+using namespace settlement;  // the client statement's lines and tax
+
 namespace {
 
 const QString header = QStringLiteral("ReportHeader");

@@ -15,6 +15,8 @@
 
 namespace zarek {
 
+using namespace settlement;  // the client statement's lines and tax
+
 namespace {
 
 const QString readTitle = QStringLiteral("ГРЕШКА при четене!");

@@ -11,8 +11,8 @@ namespace {
 
 const QString readErrorTitle = QStringLiteral("ГРЕШКА при четене!");
 const QString saveErrorTitle = QStringLiteral("ГРЕШКА при запис!");
-const QString courseColumns =
-    QStringLiteral("SELECT id, row_version, kod, Data, Marsh, Tovar, kola, KM, Ton, Tarifa, neto, plat FROM tabl ");
+const QString courseColumns = QStringLiteral(
+    "SELECT id, row_version, kod, Data, Marsh, Tovar, kola, KM, Ton, Tarifa, neto, plat, bruto FROM tabl ");
 
 UserMessage attention(const QString &text)
 {
@@ -53,6 +53,20 @@ Checked<RowSet> PaymentStore::courses(const QString &kod, const Period &period, 
     if (!query.exec())
         return sqlErrorMessage(readErrorTitle, query.lastError());
     return RowSet::fromQuery(query, readErrorTitle);
+}
+
+Checked<QList<PayTruck>> PaymentStore::payTrucks()
+{
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("SELECT kola, Procent, Ton FROM Config ORDER BY id")))
+        return sqlErrorMessage(readErrorTitle, query.lastError());
+    QList<PayTruck> trucks;
+    while (query.next())
+        trucks.append({query.value(0).toString().trimmed(), query.value(1).toDouble(), query.value(2).toDouble()});
+    if (query.lastError().isValid())
+        return sqlErrorMessage(readErrorTitle, query.lastError());
+    return trucks;
 }
 
 Checked<RowSet> PaymentStore::storedCourse(qint64 id)

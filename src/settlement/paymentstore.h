@@ -3,6 +3,7 @@
 #include "core/dates.h"
 #include "core/usermessage.h"
 #include "data/rowset.h"
+#include "settlement/paysheet.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -26,8 +27,12 @@ public:
     Checked<DriverPapers> driverPapers(const QString &kod);
 
     // The driver's courses of the period that are paid (or not), by date, then route where asked:
-    // id, row_version, kod, Data, Marsh, Tovar, kola, KM, Ton, Tarifa, neto, plat.
+    // id, row_version, kod, Data, Marsh, Tovar, kola, KM, Ton, Tarifa, neto, plat, bruto.
     Checked<RowSet> courses(const QString &kod, const Period &period, bool paid, bool byRoute);
+
+    // The fleet as pay reads it: each Config row's truck (trimmed), percent and rated load, in the
+    // order the rows were made, so that the later of two rows for one truck counts.
+    Checked<QList<PayTruck>> payTrucks();
 
     // One course as it is stored now, with the columns of courses(); no row when it is gone.
     Checked<RowSet> storedCourse(qint64 id);

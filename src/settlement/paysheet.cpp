@@ -49,6 +49,48 @@ ExactPay coursePay(double bruto, double percent, double ton, double ratedTon)
     return ExactPay::fromParts(0, cents * percentParts * kept);
 }
 
+bool PaySheet::mixed() const
+{
+    for (const PaySheetLine &line : lines) {
+        if (line.currency != currency)
+            return true;
+    }
+    return false;
+}
+
+Money PaySheet::printedTotal() const
+{
+    const Money other = otherTotal.rounded();
+    const Money converted = currency == Currency::Euro ? wagesToEuro(other) : euroToLeva(other);
+    return total.rounded() + converted;
+}
+
+UserMessage noPercentMessage(const QString &kola)
+{
+    return UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма зададен процент за кола № ") + kola
+                                                       + QStringLiteral(" !")};
+}
+
+std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> &trucks, QDate today,
+                                         std::optional<Currency> currency)
+{
+    bool anyEuro = false;
+    for (const PaySheetLine &line : std::as_const(sheet.lines))
+        anyEuro = anyEuro || currencyOn(line.data) == Currency::Euro;
+    sheet.currency = currency ? *currency : totalsCurrency(anyEuro, currencyOn(today));
+    sheet.total = {};
+    sheet.otherTotal = {};
+    for (PaySheetLine &line : sheet.lines) {
+        const PayTruck truck = payTruckFor(trucks, line.kola);
+        if (truck.percent == 0.0)
+            return noPercentMessage(line.kola);
+        line.pay = coursePay(line.bruto, truck.percent, line.ton, truck.ratedTon);
+        line.currency = currencyOn(line.data);
+        (line.currency == sheet.currency ? sheet.total : sheet.otherTotal) += line.pay;
+    }
+    return std::nullopt;
+}
+
 PayTruck payTruckFor(const QList<PayTruck> &trucks, const QString &kola)
 {
     PayTruck found;

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "core/currency.h"
+#include "core/dates.h"
 #include "core/money.h"
+#include "core/usermessage.h"
 
+#include <QDate>
 #include <QList>
 #include <QString>
 #include <QtGlobal>
@@ -53,5 +57,53 @@ struct PayTruck {
 // The percent and rated load of a truck by its trimmed number; of two rows for one truck the later
 // one counts. A truck that is not there has percent 0.
 PayTruck payTruckFor(const QList<PayTruck> &trucks, const QString &kola);
+
+// One course on a driver's pay sheet.
+struct PaySheetLine {
+    int red = 0;  // running number from 1
+    QDate data;
+    QString kola;
+    double ton = 0;
+    double km = 0;
+    double bruto = 0;
+    QString marsh;
+    QString tovar;
+    ExactPay pay;  // as computed, before rounding
+    Currency currency = Currency::Leva;  // of the course's day: its sum and pay
+
+    Money zaplata() const { return pay.rounded(); }
+};
+
+// What a driver earned on his courses, and what his receipt names him by.
+struct PaySheet {
+    QString kod;
+    QString name;
+    QString egn;
+    QString lKarta;
+    Period period;
+    QList<PaySheetLine> lines;
+    // The pay is paid today: in today's currency, and in euro also when any course is.
+    Currency currency = Currency::Leva;
+    ExactPay total;       // the pay of the lines in the sheet's currency added up unrounded: printed,
+                          // it may differ from the printed lines' sum
+    ExactPay otherTotal;  // the pay of the lines in the other currency, added up the same way
+
+    // Lines of both currencies: each amount shows its unit, and a note stands under the total.
+    bool mixed() const;
+    // The total paid: pay earned in leva and paid in euro is converted once for the driver and
+    // rounded up to the cent.
+    Money printedTotal() const;
+};
+
+// The pay of the sheet's lines (data, kola, ton and bruto given) by their trucks' percent and rated
+// load, added up by currency. The sheet is paid on the day today, in its currency, or in the
+// currency given (a screen that already shows its sum in one). Every figure a driver is paid by
+// comes from here: the pay sheet and the running sum of the payment screen. Refused at the first
+// line of a truck without a percent, with "Няма зададен процент за кола № … !".
+std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> &trucks, QDate today,
+                                         std::optional<Currency> currency = std::nullopt);
+
+// "Няма зададен процент за кола № " + number + " !" under "ВНИМАНИЕ!"
+UserMessage noPercentMessage(const QString &kola);
 
 }

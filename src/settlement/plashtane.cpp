@@ -65,12 +65,20 @@ Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, Scratc
     // The driver is paid today, in today's currency.
     totalsCurrencyRule = [this](bool anyEuro) { return zarek::totalsCurrency(anyEuro, currencyOn(m_today)); };
     onPrint = [this](ResultGridScreen &) { print(); };
-    // Any key shows the sum due again.
-    onKey = [this](QKeyEvent *) {
-        setRunningTotal(runningTotal(), true);
+    // Space marks by the pay rule; any key shows the sum due again.
+    onKey = [this](QKeyEvent *key) {
+        if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier)
+            return spacePressed();
+        showPay();
         return false;
     };
     WaitCursor wait;
+    const Checked<QList<PayTruck>> trucks = m_store.payTrucks();
+    if (!trucks) {
+        MessageService::instance().inform(trucks.message());
+        return;
+    }
+    m_trucks = trucks.value();
     const Checked<RowSet> courses = m_store.courses(m_conditions.SeekDriverKod, m_conditions.period, false, false);
     if (!courses) {
         MessageService::instance().inform(courses.message());
@@ -110,6 +118,66 @@ void Plashtane::showStoredState(int row)
     else
         model()->takeRow(row);
     recountTotal();
+    showPay();
+}
+
+PaySheet Plashtane::sheetOf(const QList<int> &rows) const
+{
+    PaySheet sheet;
+    for (const int row : rows) {
+        PaySheetLine line;
+        line.red = static_cast<int>(sheet.lines.size()) + 1;
+        line.data = dateOfValue(model()->value(row, QStringLiteral("Data")));
+        line.kola = model()->value(row, QStringLiteral("kola")).toString();
+        line.ton = model()->value(row, QStringLiteral("Ton")).toDouble();
+        line.km = model()->value(row, QStringLiteral("KM")).toDouble();
+        line.bruto = model()->value(row, QStringLiteral("bruto")).toDouble();
+        line.marsh = model()->value(row, QStringLiteral("Marsh")).toString();
+        line.tovar = model()->value(row, QStringLiteral("Tovar")).toString();
+        sheet.lines.append(line);
+    }
+    return sheet;
+}
+
+QList<int> Plashtane::markedRows() const
+{
+    QList<int> marked;
+    for (int row = 0; row < model()->rowCount(); ++row) {
+        if (model()->isMarked(row))
+            marked.append(row);
+    }
+    return marked;
+}
+
+Checked<Money> Plashtane::markedPay() const
+{
+    PaySheet sheet = sheetOf(markedRows());
+    if (auto refusal = pricePaySheet(sheet, m_trucks, m_today, totalsCurrency()))
+        return *refusal;
+    return sheet.printedTotal();
+}
+
+bool Plashtane::spacePressed()
+{
+    const int row = currentRow();
+    if (row >= 0 && !model()->isMarked(row)) {
+        // A course of a truck without a percent has no pay to be paid by.
+        PaySheet course = sheetOf({row});
+        if (auto refusal = pricePaySheet(course, m_trucks, m_today, totalsCurrency())) {
+            MessageService::instance().inform(*refusal);
+            return true;
+        }
+    }
+    markCurrentRow();
+    showPay();
+    return true;
+}
+
+void Plashtane::showPay()
+{
+    // Marks all passed the rule; a course changed elsewhere to a truck without a percent adds nothing.
+    const Checked<Money> pay = markedPay();
+    setRunningTotal(pay ? pay.value() : Money(), true);
 }
 
 std::optional<LaidOutReport> Plashtane::statement()
@@ -120,11 +188,7 @@ std::optional<LaidOutReport> Plashtane::statement()
         MessageService::instance().inform(papers.message());
         return std::nullopt;
     }
-    QList<int> marked;
-    for (int row = 0; row < model()->rowCount(); ++row) {
-        if (model()->isMarked(row))
-            marked.append(row);
-    }
+    const QList<int> marked = markedRows();
     if (marked.isEmpty()) {
         MessageService::instance().inform(noPaidCoursesMessage());
         return std::nullopt;
@@ -136,9 +200,17 @@ std::optional<LaidOutReport> Plashtane::statement()
         MessageService::instance().inform(written.message());
         return std::nullopt;
     }
-    setRunningTotal(written.value().total, true);
+    // The statement lists the courses with their sums; its total and the receipt state the pay.
+    const Checked<Money> pay = markedPay();
+    if (!pay) {
+        MessageService::instance().inform(pay.message());
+        return std::nullopt;
+    }
+    ScratchStatement statement = written.value();
+    statement.total = pay.value();
+    setRunningTotal(statement.total, true);
     const Checked<Report> report = ReportPlaten(m_conditions.SeekDriverIme, papers.value(), m_conditions.period,
-                                                written.value(), m_firm, m_today);
+                                                statement, m_firm, m_today);
     if (!report) {
         MessageService::instance().inform(report.message());
         return std::nullopt;

@@ -8,6 +8,7 @@
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "forms/recordset.h"
+#include "warehouse/issuecost.h"
 
 #include <QApplication>
 #include <QCompleter>
@@ -91,7 +92,7 @@ QString quantityText(double quantity)
 }
 
 Sklad::Sklad(const QString &vidKol, QSqlDatabase db, QWidget *parent, WarehouseStore::Clock clock)
-    : QWidget(parent, Qt::Window), m_ui(std::make_unique<Ui::Sklad>()), m_vidKol(vidKol), m_store(db, clock)
+    : QWidget(parent, Qt::Window), m_ui(std::make_unique<Ui::Sklad>()), m_vidKol(vidKol), m_db(db), m_store(db, clock)
 {
     m_ui->setupUi(this);
     const bool issues = isIssues();
@@ -190,6 +191,11 @@ Sklad::~Sklad() = default;
 
 void Sklad::showRow()
 {
+    // An issue's price is the average cost of what it took: shown formatted, not as a long fraction.
+    if (isIssues() && m_form->state() == RecordForm::State::Browsing) {
+        if (const RecordRow *row = m_form->currentRow())
+            m_ui->txtFields_5->setText(issuePriceText(row->values.value(QStringLiteral("Edin")).toDouble()));
+    }
     showAmount();
     showStockLine();
     showLots();
@@ -272,6 +278,9 @@ void Sklad::showAmount()
             text = formatAmount(row->values.value(QStringLiteral("Suma")).toDouble());
             date = dateOfValue(row->values.value(QStringLiteral("Data")));
         }
+    } else if (isIssues() && !isRepair(m_ui->Combo2->currentText())) {
+        text = issueAmountText();
+        date = parseDate(m_ui->txtFields_0->text()).value_or(QDate());
     } else {
         const std::optional<double> kol = parseNumber(m_ui->txtFields_4->text());
         const std::optional<double> edin = parseNumber(m_ui->txtFields_5->text());
@@ -283,6 +292,30 @@ void Sklad::showAmount()
     if (!text.isEmpty() && booksChangeover().isSet())
         text += QLatin1Char(' ') + amountUnit(currencyOn(date));
     m_ui->txtFields_6->setText(text);
+}
+
+QString Sklad::issueAmountText() const
+{
+    const std::optional<double> kol = parseNumber(m_ui->txtFields_4->text());
+    const std::optional<double> edin = parseNumber(m_ui->txtFields_5->text());
+    const std::optional<QDate> date = parseDate(m_ui->txtFields_0->text());
+    if (!kol || !edin || !date || m_ui->Combo2->currentText().trimmed().isEmpty())
+        return {};
+    const RecordRow *current = m_form->currentRow();
+    const bool correcting = m_form->state() == RecordForm::State::Editing && current;
+    StockMovement typed = correcting ? movementOf(*current) : StockMovement{};
+    typed.vidKol = m_vidKol;
+    typed.data = *date;
+    typed.docVid = m_ui->Combo1->currentText();
+    typed.docNom = m_ui->txtFields_2->text();
+    typed.kol = *kol;
+    if (!correcting) {
+        typed.name = m_ui->Combo2->currentText();
+        typed.edin = *edin;
+    }
+    const StockMovement read = correcting ? movementOf(*current) : StockMovement{};
+    const Checked<StockMovement> costed = issueCostNow(m_store, m_db, typed, correcting ? &read : nullptr);
+    return costed ? formatAmount(costed.value().suma) : QString();
 }
 
 // Under the quantity: what a receipt shown still holds; while an issue is entered, the stock of its name.

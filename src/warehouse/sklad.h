@@ -47,6 +47,8 @@ private:
     void editStarted();
     void showRow();
     void showAmount();
+    // While an issue is typed: what it would cost, by the store's own issue; empty when refused.
+    QString issueAmountText() const;
     void showStockLine();
     void showLots();
     void showStockOf(const QString &name);
@@ -54,6 +56,7 @@ private:
 
     std::unique_ptr<Ui::Sklad> m_ui;
     QString m_vidKol;
+    QSqlDatabase m_db;
     WarehouseStore m_store;
     RecordForm *m_form = nullptr;
 };

@@ -132,7 +132,6 @@ void RowdList::buildHeader()
     connect(m_rowd, &RecordForm::editStarted, this, &RowdList::onHeaderEditStarted);
     connect(m_rowd, &RecordForm::saved, this, &RowdList::onHeaderSaved);
     connect(m_rowd, &RecordForm::cancelled, this, &RowdList::onHeaderCancelled);
-    connect(m_rowd, &RecordForm::moved, this, [this] { m_linesChanged = false; });
     for (QPushButton *button : m_rowd->findChildren<QPushButton *>())
         button->installEventFilter(this);
     // Once the books hold both currencies, the prices say theirs: that of the waybill's day.
@@ -283,7 +282,6 @@ void RowdList::onHeaderAdded()
     m_rowd->button(QStringLiteral("cmdUpdate"))->setEnabled(false);
     m_addingHeader = true;
     m_newLines.clear();
-    m_linesChanged = false;
     m_listIdCur = field(4)->text();
     field(4)->setFocus();  // a new waybill begins with its number
 }
@@ -301,7 +299,6 @@ void RowdList::onHeaderSaved()
 {
     m_addingHeader = false;
     m_newLines.clear();
-    m_linesChanged = false;
 }
 
 // A new waybill that is not kept takes the lines saved for it along: they would otherwise be
@@ -311,7 +308,6 @@ void RowdList::onHeaderCancelled()
     if (m_addingHeader) {
         if (auto failure = m_store.deleteLines(m_newLines, m_rowd->config().errorCaptions.remove))
             inform(*failure);
-        m_linesChanged = false;
     }
     m_addingHeader = false;
     m_newLines.clear();
@@ -335,8 +331,6 @@ std::optional<UserMessage> RowdList::checkHeader()
         return taken.message();
     if (taken.value())
         return waybills::duplicateNumberMessage();
-    if (m_linesChanged)
-        return waybills::staleSumsMessage();
     for (int index : {5, 7, 8, 9, 10}) {
         if (field(index)->text().trimmed().isEmpty())
             field(index)->setText(QStringLiteral("0"));
@@ -486,7 +480,6 @@ void RowdList::calculate()
         field(6)->setText(
             recordFieldText(stored.value().values.value(QStringLiteral("SumRazhN")), RecordFieldKind::Number));
     }
-    m_linesChanged = false;
     m_marsh->actionStrip()->setEnabled(false);
     m_marsh->actionStrip()->setVisible(false);
 }
@@ -510,22 +503,43 @@ Checked<RecordRow> RowdList::writeLine(const RecordRow &row, bool adding)
     line.values.insert(QStringLiteral("Ton"), ton);
     line.values.insert(QStringLiteral("Koef"), koef);
     line.values.insert(QStringLiteral("RazhN"), fuelnorm::normFuel(*norm.value(), ton, km.value(), koef));
-    RecordStore *store = m_marsh->store();
-    if (auto failure = adding ? store->insert(line, caption) : store->update(line, caption))
-        return *failure;
+    const Checked<WaybillStore::SavedLine> saved = m_store.saveLine(*m_marsh->store(), line, adding, caption);
+    if (!saved)
+        return saved.message();
     if (adding && m_addingHeader)
-        m_newLines.append(line.id);
-    m_linesChanged = true;
-    return line;
+        m_newLines.append(saved.value().line.id);
+    showSums(saved.value().sums);
+    return saved.value().line;
 }
 
 std::optional<UserMessage> RowdList::removeLine(const RecordRow &row)
 {
-    if (auto failure = m_marsh->store()->remove(row, m_marsh->config().errorCaptions.remove))
-        return failure;
+    const Checked<WaybillStore::Sums> sums =
+        m_store.removeLine(*m_marsh->store(), row, m_marsh->config().errorCaptions.remove);
+    if (!sums)
+        return sums.message();
     m_newLines.removeAll(row.id);
-    m_linesChanged = true;
+    showSums(sums.value());
     return std::nullopt;
+}
+
+// The header's totals as the store keeps them after a line was saved or deleted: in its boxes,
+// and in the row read (a correction of the header only overlays what was typed on it).
+void RowdList::showSums(const WaybillStore::Sums &sums)
+{
+    const QVariant km = sums.km.value_or(0.0);
+    const QVariant fuel = sums.fuel.value_or(0.0);
+    if (m_rowd->state() != RecordFormState::Adding) {
+        if (const RecordRow *current = m_rowd->currentRow();
+            current && current->values.value(QStringLiteral("ListID")).toString() == m_listIdCur) {
+            RecordRow row = *current;
+            row.values.insert(QStringLiteral("SumKM"), km);
+            row.values.insert(QStringLiteral("SumRazhN"), fuel);
+            m_rowd->rows()->replaceCurrent(row);
+        }
+    }
+    field(1)->setText(recordFieldText(km, RecordFieldKind::Number));
+    field(6)->setText(recordFieldText(fuel, RecordFieldKind::Number));
 }
 
 void RowdList::reject()

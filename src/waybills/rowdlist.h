@@ -75,6 +75,7 @@ private:
 
     Checked<RecordRow> writeLine(const RecordRow &row, bool adding);
     std::optional<UserMessage> removeLine(const RecordRow &row);
+    void showSums(const WaybillStore::Sums &sums);
 
     std::unique_ptr<Ui::RowdList> m_ui;
     QSqlDatabase m_db;
@@ -87,7 +88,6 @@ private:
     bool m_routesRead = false;      // the route rows were read once (open), later ones reload
     bool m_addingHeader = false;    // a new waybill is being typed
     QList<qint64> m_newLines;       // lines saved for that new waybill in this opening
-    bool m_linesChanged = false;    // lines saved or deleted since the last "Изчисли"
     QStringList m_priceCaptions;    // the two price captions without a unit
 };
 

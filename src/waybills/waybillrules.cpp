@@ -66,12 +66,6 @@ UserMessage deleteQuestion()
                         QStringLiteral("Потвърдете изтриването на пътния лист!"));
 }
 
-UserMessage staleSumsMessage()
-{
-    return attentionBox(QStringLiteral("Маршрутите са променени след последното изчисление!"),
-                        QStringLiteral("Моля, натиснете \"Изчисли\" в раздел \"Маршрути\"."));
-}
-
 QString headerSaveCaption()
 {
     return QStringLiteral("ГРЕШКА при записа на пътния лист!");

@@ -30,7 +30,6 @@ UserMessage noNumberMessage();         // check 2 of the save; the route tab of 
 UserMessage duplicateNumberMessage();  // "   ГРЕШКА!" "Съществува пътен лист със същия номер!"
 UserMessage noNormMessage();           // a route line of a truck without its fuel norm
 UserMessage deleteQuestion();          // the one Yes/No question before a waybill or a line goes
-UserMessage staleSumsMessage();        // lines changed after "Изчисли"
 
 // The error box title of the waybill's save.
 QString headerSaveCaption();

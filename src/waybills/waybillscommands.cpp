@@ -21,7 +21,8 @@ void registerWaybillCommands(CommandRegistry &commands)
     });
     addSearchCommand(commands,
                      {QStringLiteral("mnuSprRowdList"), SearchMode::Kola, SearchDialogKind::Seek,
-                      QStringLiteral("Търсене - Справка пътни листи"), QStringLiteral("Справка пътни листи")},
+                      QStringLiteral("Търсене - Справка пътни листи"), QStringLiteral("Справка пътни листи"),
+                      SearchBusy::HourglassAndText, true},
                      [&context](const SearchConditions &conditions) {
                          Checked<Report> report = UserMessage{};
                          {

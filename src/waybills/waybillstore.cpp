@@ -1,5 +1,6 @@
 #include "waybillstore.h"
 
+#include "courses/searchlists.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 #include "waybills/fuelnorm.h"
@@ -114,7 +115,7 @@ Checked<QStringList> WaybillStore::driverNames() const
 
 Checked<QStringList> WaybillStore::truckNumbers() const
 {
-    return list(m_db, QStringLiteral("SELECT DISTINCT kola FROM Config ORDER BY kola"));
+    return searchlists::trucks(m_db);
 }
 
 Checked<RecordRow> WaybillStore::saveHeader(RecordRow row, bool adding, const QString &linesNumber,
@@ -143,9 +144,91 @@ Checked<RecordRow> WaybillStore::saveHeader(RecordRow row, bool adding, const QS
                                {number, linesNumber, linesNumber, row.id}, title))
             return *failure;
     }
+    // The header holds the sums of the lines stored under its number; one without lines keeps
+    // what it was given.
+    const Checked<Sums> sums = lineSums(number);
+    if (!sums)
+        return sums.message();
+    if (sums.value().km || sums.value().fuel) {
+        const Checked<Sums> stored = refreshSums(number, title);
+        if (!stored)
+            return stored.message();
+        row.values.insert(QStringLiteral("SumKM"), stored.value().km.value_or(0.0));
+        row.values.insert(QStringLiteral("SumRazhN"), stored.value().fuel.value_or(0.0));
+    }
     if (!transaction.commit())
         return sqlErrorMessage(title, m_db.lastError());
     return row;
+}
+
+Checked<WaybillStore::Sums> WaybillStore::refreshSums(const QString &listId, const QString &errorTitle) const
+{
+    Checked<Sums> sums = lineSums(listId);
+    if (!sums)
+        return sums;
+    const double km = sums.value().km.value_or(0.0);
+    const double fuel = sums.value().fuel.value_or(0.0);
+    QSqlQuery query(m_db);
+    if (auto failure = run(query, QStringLiteral("UPDATE RowdList SET SumKM = ?, SumRazhN = ? WHERE ListID = ?"),
+                           {km, fuel, listId}, errorTitle))
+        return *failure;
+    return Sums{km, fuel};
+}
+
+Checked<WaybillStore::SavedLine> WaybillStore::saveLine(const RecordStore &lines, RecordRow line, bool adding,
+                                                        const QString &errorTitle) const
+{
+    Transaction transaction(m_db);
+    if (!transaction.isActive())
+        return sqlErrorMessage(errorTitle, transaction.lastError());
+    // A line moved to another number leaves the sums of its old one behind.
+    QString oldNumber;
+    if (!adding) {
+        QSqlQuery query(m_db);
+        query.setForwardOnly(true);
+        if (auto failure = run(query, QStringLiteral("SELECT MarshID FROM Marsh WHERE id = ?"), {line.id}, errorTitle))
+            return *failure;
+        if (query.next())
+            oldNumber = query.value(0).toString();
+    }
+    if (auto failure = adding ? lines.insert(line, errorTitle) : lines.update(line, errorTitle))
+        return *failure;
+    const QString number = line.values.value(QStringLiteral("MarshID")).toString();
+    const Checked<Sums> sums = refreshSums(number, errorTitle);
+    if (!sums)
+        return sums.message();
+    if (!oldNumber.isEmpty() && oldNumber != number) {
+        if (const Checked<Sums> old = refreshSums(oldNumber, errorTitle); !old)
+            return old.message();
+    }
+    if (!transaction.commit())
+        return sqlErrorMessage(errorTitle, m_db.lastError());
+    return SavedLine{line, sums.value()};
+}
+
+Checked<WaybillStore::Sums> WaybillStore::removeLine(const RecordStore &lines, const RecordRow &line,
+                                                     const QString &errorTitle) const
+{
+    Transaction transaction(m_db);
+    if (!transaction.isActive())
+        return sqlErrorMessage(errorTitle, transaction.lastError());
+    QString number;
+    {
+        QSqlQuery query(m_db);
+        query.setForwardOnly(true);
+        if (auto failure = run(query, QStringLiteral("SELECT MarshID FROM Marsh WHERE id = ?"), {line.id}, errorTitle))
+            return *failure;
+        if (query.next())
+            number = query.value(0).toString();
+    }
+    if (auto failure = lines.remove(line, errorTitle))
+        return *failure;
+    const Checked<Sums> sums = refreshSums(number, errorTitle);
+    if (!sums)
+        return sums;
+    if (!transaction.commit())
+        return sqlErrorMessage(errorTitle, m_db.lastError());
+    return sums;
 }
 
 std::optional<UserMessage> WaybillStore::deleteWaybill(const RecordRow &row, const QString &errorTitle) const

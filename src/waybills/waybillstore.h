@@ -31,7 +31,7 @@ public:
     };
     Checked<Sums> lineSums(const QString &listId) const;
 
-    // The lists of the header's combo boxes, sorted.
+    // The lists of the header's combo boxes, sorted; the trucks are those every truck list offers.
     Checked<QStringList> driverNames() const;
     Checked<QStringList> truckNumbers() const;
 
@@ -41,6 +41,17 @@ public:
                                   const QList<qint64> &newLines) const;
     // Deletes a header with its lines (lines another waybill of the same number still shows stay).
     std::optional<UserMessage> deleteWaybill(const RecordRow &row, const QString &errorTitle) const;
+    // A route line written through the editor's line store, and the sums of the waybills of its
+    // number made anew from their lines, in one transaction: a header's totals always equal its
+    // lines. The sums the header now holds come back with the line.
+    struct SavedLine {
+        RecordRow line;
+        Sums sums;
+    };
+    Checked<SavedLine> saveLine(const RecordStore &lines, RecordRow line, bool adding, const QString &errorTitle) const;
+    // A route line deleted and the sums of its number made anew, in one transaction.
+    Checked<Sums> removeLine(const RecordStore &lines, const RecordRow &line, const QString &errorTitle) const;
+
     // The sums "Изчисли" found, stored on a waybill that is not being corrected.
     Checked<RecordRow> storeSums(RecordRow row, const Sums &sums, const QString &errorTitle) const;
 
@@ -51,6 +62,11 @@ public:
                                          const QString &errorTitle) const;
 
 private:
+    // The headers of the number take the sums of its stored lines (0 without lines). The sums
+    // follow the lines whatever version a header is at, so the row version is left alone: a
+    // header saved from an older reading has its sums made anew in its own transaction.
+    Checked<Sums> refreshSums(const QString &listId, const QString &errorTitle) const;
+
     QSqlDatabase m_db;
 };
 

@@ -189,7 +189,7 @@ private slots:
             "тел:02 987 65 43, факс:0888 123 456, E-mail:office@petrov.bg, URL:http//www.petrov.bg",
             "ул. Искър 12, София, България", "02 987 65 43", "0888 123 456", "office@petrov.bg", "Петър Петров",
             "Управител", "Георги Д'Амато", "02.5.2001 г.", "645123987", "00:00 на 01.03.2026 г.",
-            "00:00 на 15.03.2026 г.", "16.03.2026"};
+            "24:00 на 15.03.2026 г.", "16.03.2026"};
         for (const QString &label : labels)
             QVERIFY2(text.contains(label), qPrintable(label));
         QVERIFY(!text.contains(QChar(0x2026)));  // nothing cut short with "…"
@@ -235,22 +235,103 @@ private slots:
             QVERIFY2(p.rect.bottom() < laid.pageSize.height() - 567 / 20.0 + 0.01, qPrintable(p.text));
     }
 
+    // The days of the period are printed as typed, each after its hour: the period begins at 00:00
+    // of its first day and ends at 24:00 of its last unless other hours are typed, so the last day
+    // is covered.
     void thePeriodIsPrintedAsTyped_data()
     {
         QTest::addColumn<QString>("typed");
-        QTest::newRow("a date") << "1.3.2026";
-        QTest::newRow("words") << "първи март 2026";
-        QTest::newRow("nothing") << "";
-        QTest::newRow("an apostrophe") << "1'3";
+        QTest::addColumn<QString>("hourFrom");
+        QTest::addColumn<QString>("hourTo");
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::newRow("a date") << "1.3.2026" << "00:00" << "24:00" << "00:00" << "24:00";
+        QTest::newRow("words") << "първи март 2026" << "00:00" << "24:00" << "00:00" << "24:00";
+        QTest::newRow("nothing") << "" << "00:00" << "24:00" << "00:00" << "24:00";
+        QTest::newRow("an apostrophe") << "1'3" << "00:00" << "24:00" << "00:00" << "24:00";
+        QTest::newRow("hours typed") << "1.3.2026" << "8" << "17.30" << "08:00" << "17:30";
     }
     void thePeriodIsPrintedAsTyped()
     {
         QFETCH(QString, typed);
-        AttestationSheet sheet = exampleSheet(AttestationForm::Decision2007);
-        sheet.periodFrom = typed;
-        sheet.periodTo = typed + QStringLiteral("!");
-        QCOMPARE(caption(sheet, "Label36"), QStringLiteral("00:00 на ") + typed + QStringLiteral(" г."));
-        QCOMPARE(caption(sheet, "Label42"), QStringLiteral("00:00 на ") + typed + QStringLiteral("! г."));
+        QFETCH(QString, hourFrom);
+        QFETCH(QString, hourTo);
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        for (const AttestationForm form : {AttestationForm::Decision2007, AttestationForm::Decision2009}) {
+            AttestationSheet sheet = exampleSheet(form);
+            sheet.periodFrom = typed;
+            sheet.periodTo = typed + QStringLiteral("!");
+            sheet.hourFrom = hourFrom;
+            sheet.hourTo = hourTo;
+            QCOMPARE(caption(sheet, "Label36"), from + QStringLiteral(" на ") + typed + QStringLiteral(" г."));
+            QCOMPARE(caption(sheet, "Label42"), to + QStringLiteral(" на ") + typed + QStringLiteral("! г."));
+        }
+    }
+
+    void anHourIsWrittenAsHoursAndMinutes_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("hour");  // empty: not an hour
+        QTest::newRow("whole hour") << "8" << "08:00";
+        QTest::newRow("with a colon") << "8:05" << "08:05";
+        QTest::newRow("with a point") << "17.30" << "17:30";
+        QTest::newRow("the end of a day") << "24:00" << "24:00";
+        QTest::newRow("blanks around") << " 07:15 " << "07:15";
+        QTest::newRow("past the end of a day") << "24:01" << "";
+        QTest::newRow("sixty minutes") << "10:60" << "";
+        QTest::newRow("three digits") << "123" << "";
+        QTest::newRow("nothing") << "" << "";
+        QTest::newRow("words") << "обед" << "";
+    }
+    void anHourIsWrittenAsHoursAndMinutes()
+    {
+        QFETCH(QString, typed);
+        QFETCH(QString, hour);
+        QCOMPARE(attestationHour(typed).value_or(QString()), hour);
+    }
+
+    // An attestation is printed only with one reason ticked and its item 11 filled in, and with
+    // hours that are hours.
+    void aSheetWithoutItsReasonOrItemElevenIsRefused_data()
+    {
+        QTest::addColumn<AttestationForm>("form");
+        QTest::addColumn<AttestationReason>("reason");
+        QTest::addColumn<QString>("startedOn");
+        QTest::addColumn<QString>("periodFrom");
+        QTest::addColumn<QString>("hourTo");
+        QTest::addColumn<QString>("fault");  // empty: printed
+        const auto r = AttestationReason::SickLeave;
+        QTest::newRow("2009 complete") << AttestationForm::Decision2009 << r << "01.06.2019" << "01.03.2026" << "24:00" << "";
+        QTest::newRow("2009 without a reason") << AttestationForm::Decision2009 << AttestationReason::None << "01.06.2019"
+                                               << "01.03.2026" << "24:00" << "Не е отбелязана причина за удостоверението!";
+        QTest::newRow("2009 without item 11") << AttestationForm::Decision2009 << r << " " << "01.03.2026" << "24:00"
+                                              << "Няма въведена дата на започване на работа (точка 11)!";
+        QTest::newRow("2007 complete") << AttestationForm::Decision2007 << r << "" << "01.03.2026" << "24:00" << "";
+        QTest::newRow("2007 without item 11") << AttestationForm::Decision2007 << r << "01.06.2019" << "" << "24:00"
+                                              << "Няма въведено начало на периода (точка 11)!";
+        QTest::newRow("2007 without a reason of its own") << AttestationForm::Decision2007 << AttestationReason::OtherWork
+                                                          << "" << "01.03.2026" << "24:00"
+                                                          << "Не е отбелязана причина за удостоверението!";
+        QTest::newRow("an hour that is none") << AttestationForm::Decision2009 << r << "01.06.2019" << "01.03.2026"
+                                              << "25:00" << "Грешен час на периода!";
+    }
+    void aSheetWithoutItsReasonOrItemElevenIsRefused()
+    {
+        QFETCH(AttestationForm, form);
+        QFETCH(AttestationReason, reason);
+        QFETCH(QString, startedOn);
+        QFETCH(QString, periodFrom);
+        QFETCH(QString, hourTo);
+        QFETCH(QString, fault);
+        AttestationSheet sheet = exampleSheet(form, reason);
+        sheet.startedOn = startedOn;
+        sheet.periodFrom = periodFrom;
+        sheet.hourTo = hourTo;
+        const std::optional<UserMessage> refusal = attestationRefusal(sheet);
+        QCOMPARE(refusal ? refusal->text.section(QLatin1Char('\n'), 0, 0) : QString(), fault);
+        if (refusal)
+            QCOMPARE(refusal->title, QStringLiteral("ВНИМАНИЕ!"));
     }
 
     // Printed before a driver is picked, the driver's items stay empty.

@@ -33,6 +33,16 @@ T *child(QWidget &w, const char *name)
 
 QString label(QWidget &w, const char *name) { return child<QLabel>(w, name)->text(); }
 
+// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
+void saveScreenshot(QWidget &widget, const QString &name)
+{
+    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+    if (dir.isEmpty())
+        return;
+    QTest::qWait(50);  // the layout settles first
+    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
+}
+
 // A click on the box itself (a check box reacts to its box and text, not to the rest of its row).
 void tick(QWidget &w, const char *name)
 {
@@ -64,7 +74,12 @@ private slots:
         RecordingMessageService messages;
         DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         QCOMPARE(screen.windowTitle(), QStringLiteral("Удостоверение ДАИ"));
-        QCOMPARE(screen.form(), AttestationForm::Decision2007);
+        // The form in use opens; the program's older one is a choice.
+        QCOMPARE(screen.form(), AttestationForm::Decision2009);
+        QCOMPARE(label(screen, "lblItemFrom"), QStringLiteral("12. от (час/ден/месец/година):"));
+        QCOMPARE(child<QLineEdit>(screen, "txtHour_0")->text(), QStringLiteral("00:00"));
+        QCOMPARE(child<QLineEdit>(screen, "txtHour_1")->text(), QStringLiteral("24:00"));
+        screen.setForm(AttestationForm::Decision2007);
         QCOMPARE(label(screen, "lblFirmaName"), QStringLiteral("Транспорт Петров ЕООД"));
         QCOMPARE(label(screen, "lblFirmaAdres"), QStringLiteral("ул. Искър 12, София, България"));
         QCOMPARE(label(screen, "lblFirmaTel"), QStringLiteral("02 987 65 43"));
@@ -155,6 +170,7 @@ private slots:
         prepare(scratch);
         RecordingMessageService messages;
         DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        screen.setForm(AttestationForm::Decision2007);
         screen.show();
         const auto crossTop = [&screen] {
             const Report report = screen.attestationReport().value();
@@ -197,6 +213,73 @@ private slots:
         QTest::mouseClick(child(screen, "lblDataStart"), Qt::LeftButton);
         QVERIFY(from->isVisible());
         QCOMPARE(QApplication::focusWidget(), from);
+    }
+
+    // The hours of the period are typed beside its days: going from the hour to the day keeps the
+    // entry open; the last day ends at the hour typed, not at 00:00 of that day.
+    void theHoursOfThePeriodAreTyped()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        auto *hour = child<QLineEdit>(screen, "txtHour_1");
+        auto *to = child<QLineEdit>(screen, "Text1_1");
+        hour->setFocus();
+        hour->setText(QStringLiteral("18.30"));
+        QTest::keyClick(hour, Qt::Key_Tab);
+        QVERIFY(to->isVisible());
+        QCOMPARE(QApplication::focusWidget(), to);
+        to->setText(QStringLiteral("15.03.2026"));
+        QTest::keyClick(to, Qt::Key_Tab);
+        QVERIFY(to->isHidden());
+        QVERIFY(hour->isHidden());
+        QCOMPARE(label(screen, "lblDataStop"), QStringLiteral("18:30 на 15.03.2026 г."));
+        child(screen, "lblDataStop")->setFocus();
+        saveScreenshot(screen, QStringLiteral("dai-2009-hours"));
+        QCOMPARE(screen.sheet().hourTo, QStringLiteral("18.30"));
+        QCOMPARE(screen.attestationReport().value().control("PageHeader", "Label42").caption,
+                 QStringLiteral("18:30 на 15.03.2026 г."));
+    }
+
+    // "Печат" without a reason ticked, or without item 11, prints nothing and says what is missing.
+    void printingAnIncompleteSheetIsRefused_data()
+    {
+        QTest::addColumn<bool>("reason");
+        QTest::addColumn<QString>("startedOn");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no reason") << false << "01.06.2019" << "Не е отбелязана причина за удостоверението!";
+        QTest::newRow("no item 11") << true << "" << "Няма въведена дата на започване на работа (точка 11)!";
+    }
+    void printingAnIncompleteSheetIsRefused()
+    {
+        QFETCH(bool, reason);
+        QFETCH(QString, startedOn);
+        QFETCH(QString, message);
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        RecordingMessageService messages;
+        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        screen.show();
+        child<QLineEdit>(screen, "txtStarted")->setText(startedOn);
+        if (reason)
+            tick(screen, "Check1");
+        bool previewed = false;
+        QTimer closePreview;  // goes with the test: a print refused leaves no timer behind
+        closePreview.setSingleShot(true);
+        connect(&closePreview, &QTimer::timeout, [&] {
+            if (auto *preview = qobject_cast<ReportPreview *>(QApplication::activeModalWidget())) {
+                previewed = true;
+                preview->reject();
+            }
+        });
+        closePreview.start(0);
+        child<QPushButton>(screen, "cmdPrint")->click();
+        QVERIFY(!previewed);
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().text.section(QLatin1Char('\n'), 0, 0), message);
     }
 
     // Today's form: its 22 items with their wording, and the reasons it adds; back on the program's
@@ -243,6 +326,8 @@ private slots:
         RecordingMessageService messages;
         DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
         screen.show();
+        child<QLineEdit>(screen, "txtStarted")->setText(QStringLiteral("01.06.2019"));
+        tick(screen, "Check2");
         QString caption;
         int pages = 0;
         QTimer::singleShot(0, [&] {
@@ -253,6 +338,7 @@ private slots:
             }
         });
         child<QPushButton>(screen, "cmdPrint")->click();
+        QVERIFY2(messages.shown.isEmpty(), qPrintable(messages.shown.value(0).text));
         QCOMPARE(caption, QStringLiteral("Зарек 2.3 - Удостоверение за ДАИ"));
         QCOMPARE(pages, 1);
     }

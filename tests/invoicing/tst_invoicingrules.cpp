@@ -7,6 +7,7 @@
 #include <QtTest>
 
 using namespace zarek;
+using namespace zarek::invoicing;
 
 namespace {
 

@@ -11,6 +11,7 @@
 #include <QtTest>
 
 using namespace zarek;
+using namespace zarek::invoicing;
 using zarek::test::exampleFirm;
 
 namespace {

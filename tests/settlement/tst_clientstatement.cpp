@@ -3,6 +3,7 @@
 #include <QtTest>
 
 using namespace zarek;
+using namespace zarek::settlement;
 
 class ClientStatementTest : public QObject {
     Q_OBJECT

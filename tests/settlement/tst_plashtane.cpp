@@ -3,11 +3,13 @@
 #include "data/sqlerror.h"
 #include "forms/messageservice.h"
 #include "reports/reportpreview.h"
+#include "settlement/paysheetstore.h"
 #include "settlement/plashtane.h"
 #include "settlementfixture.h"
 #include "testdatabase.h"
 
 #include <QLabel>
+#include <algorithm>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableView>
@@ -23,10 +25,13 @@ const QString truck = QStringLiteral("СА 1234 ВК");
 const QDate today(2006, 4, 5);
 
 // Driver 007: three unpaid courses in March 2006, one paid; driver 008 and April are elsewhere.
+// The driver earns 20 % of a course of truck СА 1234 ВК (20 t) and 10 % of one of РВ 7777 АА
+// (10 t): 6,25 on the first course, 3,00 on the second (two tonnes over), 20,00 on the third.
 bool fillCourses(QSqlDatabase db)
 {
     return insertDriver(db, QStringLiteral("007"), driverName(), QStringLiteral("7503124567"),
                         QStringLiteral("645123987"))
+           && insertTruck(db, truck, 20, 20) && insertTruck(db, QStringLiteral("РВ 7777 АА"), 10, 10)
            && insertCourse(db, {QDate(2006, 3, 17), "007", truck, "Батановци - Перник", 20, 100, 0.05, 100, 97})
            && insertCourse(db, {QDate(2006, 3, 1), "007", truck, "София - Перник", 10, 25, 0.125, 31.25, 30.31})
            && insertCourse(db, {QDate(2006, 3, 5), "007", "РВ 7777 АА", "Перник - Радомир", 12.5, 40, 0.1, 50, 48.5})
@@ -62,6 +67,16 @@ void space(Plashtane &screen, int row)
 {
     screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
     QTest::keyClick(screen.grid(), Qt::Key_Space);
+}
+
+// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
+void saveScreenshot(QWidget &widget, const QString &name)
+{
+    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+    if (dir.isEmpty())
+        return;
+    QTest::qWait(50);  // the layout settles first
+    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
 }
 
 QString sumText(const Plashtane &screen)
@@ -164,14 +179,14 @@ private slots:
         space(screen, 0);
         QVERIFY(screen.model()->isMarked(0));
         QCOMPARE(screen.model()->index(0, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
-        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit(Currency::Leva));
+        QCOMPARE(sumText(screen), QStringLiteral("6,25") + amountUnit(Currency::Leva));
         QCOMPARE(stored(scratch.db(), QStringLiteral("София - Перник")).plat, true);
         QCOMPARE(stored(scratch.db(), QStringLiteral("София - Перник")).rowVersion, 2);
 
         space(screen, 1);
-        QCOMPARE(sumText(screen), QStringLiteral("78,81") + amountUnit(Currency::Leva));
+        QCOMPARE(sumText(screen), QStringLiteral("9,25") + amountUnit(Currency::Leva));
         space(screen, 1);
-        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit(Currency::Leva));
+        QCOMPARE(sumText(screen), QStringLiteral("6,25") + amountUnit(Currency::Leva));
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, false);
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).rowVersion, 3);
         space(screen, 0);
@@ -198,7 +213,7 @@ private slots:
         space(screen, 2);
         screen.findChild<QLabel *>(QStringLiteral("Label4"))->clear();
         QTest::keyClick(screen.grid(), Qt::Key_A);
-        QCOMPARE(sumText(screen), QStringLiteral("97,00") + amountUnit(Currency::Leva));
+        QCOMPARE(sumText(screen), QStringLiteral("20,00") + amountUnit(Currency::Leva));
     }
 
     void aCourseChangedAtAnotherWorkstationIsNotMarked()
@@ -210,7 +225,7 @@ private slots:
         RecordingMessageService messages;
         Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
         QVERIFY(changeElsewhere(scratch.openSecondConnection(), QStringLiteral("Перник - Радомир"),
-                                QStringLiteral("ton = 15, bruto = 60, neto = 58.2")));
+                                QStringLiteral("ton = 13, bruto = 60, neto = 58.2")));
         space(screen, 1);
         QCOMPARE(messages.shown, (QList<UserMessage>{rowConflictMessage(QStringLiteral("ГРЕШКА при запис!"))}));
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, false);
@@ -221,7 +236,8 @@ private slots:
         space(screen, 1);
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, true);
-        QCOMPARE(sumText(screen), QStringLiteral("58,20") + amountUnit(Currency::Leva));
+        // The pay of the course as stored now: 10 % of 60,00 less three fifths for three tonnes over.
+        QCOMPARE(sumText(screen), QStringLiteral("2,40") + amountUnit(Currency::Leva));
     }
 
     void aCoursePaidAtAnotherWorkstationLeavesTheGridUnpaidTwice()
@@ -241,7 +257,7 @@ private slots:
         QCOMPARE(screen.model()->rowCount(), 2);
         QCOMPARE(routeOf(screen, 0), QStringLiteral("София - Перник"));
         QCOMPARE(routeOf(screen, 1), QStringLiteral("Перник - Радомир"));
-        QCOMPARE(sumText(screen), QStringLiteral("30,31") + amountUnit(Currency::Leva));
+        QCOMPARE(sumText(screen), QStringLiteral("6,25") + amountUnit(Currency::Leva));
         QCOMPARE(stored(scratch.db(), QStringLiteral("Батановци - Перник")).rowVersion, 2);
     }
 
@@ -256,12 +272,12 @@ private slots:
         space(screen, 0);
         space(screen, 2);
         QVERIFY(changeElsewhere(scratch.openSecondConnection(), QStringLiteral("Батановци - Перник"),
-                                QStringLiteral("neto = 90")));
+                                QStringLiteral("bruto = 90, neto = 87.3")));
         space(screen, 2);  // unmarking is refused: the course stays paid, with its new sum
         QCOMPARE(messages.shown.size(), 1);
         QVERIFY(screen.model()->isMarked(2));
         QCOMPARE(stored(scratch.db(), QStringLiteral("Батановци - Перник")).plat, true);
-        QCOMPARE(sumText(screen), QStringLiteral("120,31") + amountUnit(Currency::Leva));
+        QCOMPARE(sumText(screen), QStringLiteral("24,25") + amountUnit(Currency::Leva));
     }
 
     void theStatementListsTheMarkedCoursesOnceWithTheReceipt()
@@ -286,7 +302,8 @@ private slots:
                                              "0,125 | 30,31"));
         QCOMPARE(lines.at(8), QStringLiteral("2 | 17.03.2006 | СА 1234 ВК | Батановци - Перник | Пясък | 20,000 | 100 | "
                                              "0,050 | 97,00"));
-        QCOMPARE(lines.at(9), QStringLiteral("Всичко заработка: 127,31 ") + amountUnit(Currency::Leva));
+        // The courses with their sums; the total and the receipt state what the driver earned on them.
+        QCOMPARE(lines.at(9), QStringLiteral("Всичко заработка: 26,25 ") + amountUnit(Currency::Leva));
         QCOMPARE(lines.at(10), QStringLiteral("Разписка №_____ / 05.04.2006"));
         QVERIFY(lines.contains(QString(76, QLatin1Char(' ')) + QStringLiteral("Подпис: ") + QString(32, QLatin1Char('.'))));
 
@@ -296,11 +313,74 @@ private slots:
         QCOMPARE(lines.at(7).left(14), QStringLiteral("1 | 01.03.2006"));
         QCOMPARE(lines.at(8).left(14), QStringLiteral("2 | 05.03.2006"));
         QCOMPARE(lines.at(9).left(14), QStringLiteral("3 | 17.03.2006"));
-        QCOMPARE(lines.at(10), QStringLiteral("Всичко заработка: 175,81 ") + amountUnit(Currency::Leva));
+        QCOMPARE(lines.at(10), QStringLiteral("Всичко заработка: 29,25 ") + amountUnit(Currency::Leva));
         // The marks stay and the screen stays open.
         QVERIFY(screen.isVisible());
         QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, true);
         QVERIFY(messages.shown.isEmpty());
+    }
+
+    // The sum due and the receipt are the driver's pay of the marked courses as the pay sheet
+    // works it out (the truck's percent, overload, the total added up before rounding), never the
+    // courses' net sums.
+    void theSumDueIsThePayOfThePaySheet_data()
+    {
+        QTest::addColumn<QList<int>>("marked");
+        QTest::addColumn<QString>("sum");
+        QTest::newRow("within the rated load") << QList<int>{3} << QStringLiteral("3,12");          // 10 % of 31,25
+        QTest::newRow("0,9 t over pays in full") << QList<int>{0} << QStringLiteral("100,00");      // 20,9 t on 20 t
+        QTest::newRow("three tonnes over") << QList<int>{1} << QStringLiteral("40,00");             // 23,5 t: 100 − 60 %
+        QTest::newRow("another truck's percent") << QList<int>{4} << QStringLiteral("19,20");       // 12 %, 1 t over
+        QTest::newRow("the whole sheet, added up unrounded") << QList<int>{0, 1, 2, 3, 4} << QStringLiteral("165,45");
+    }
+    void theSumDueIsThePayOfThePaySheet()
+    {
+        QFETCH(QList<int>, marked);
+        QFETCH(QString, sum);
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillPaySheetExample(scratch.db()));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        QCOMPARE(screen.model()->rowCount(), 5);
+        if (marked.size() == 5) {
+            // The pay sheet of the same courses, before they are marked paid.
+            const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), {}, today);
+            QVERIFY(sheet.ok());
+            QCOMPARE(formatAmount(sheet.value().printedTotal()), sum);
+        }
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        for (const int row : marked)
+            space(screen, row);
+        QCOMPARE(sumText(screen), sum + amountUnit(Currency::Leva));
+        if (marked.size() == 5)
+            saveScreenshot(screen, QStringLiteral("plashtane-pay"));
+        const QStringList lines = printStatement(screen);
+        QVERIFY(lines.contains(QStringLiteral("Всичко заработка: ") + sum + QLatin1Char(' ') + amountUnit(Currency::Leva)));
+        const QString receipt = QStringLiteral(" получих сумата от ") + sum + QLatin1Char(' ') + amountUnit(Currency::Leva);
+        QVERIFY2(std::any_of(lines.cbegin(), lines.cend(), [&](const QString &line) { return line.contains(receipt); }),
+                 qPrintable(lines.join('\n')));
+        QVERIFY(messages.shown.isEmpty());
+    }
+
+    // A course of a truck without a percent has no pay: it is not marked, and the message says why.
+    void aCourseOfATruckWithoutAPercentIsNotMarked()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        QVERIFY(scratch.exec(QStringLiteral("UPDATE Config SET Procent = 0 WHERE kola = 'РВ 7777 АА'")));
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        RecordingMessageService messages;
+        Plashtane screen(marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), nullptr, today);
+        space(screen, 1);
+        QCOMPARE(messages.shown, QList<UserMessage>{noPercentMessage(QStringLiteral("РВ 7777 АА"))});
+        QVERIFY(!screen.model()->isMarked(1));
+        QCOMPARE(stored(scratch.db(), QStringLiteral("Перник - Радомир")).plat, false);
+        space(screen, 0);
+        QCOMPARE(sumText(screen), QStringLiteral("6,25") + amountUnit(Currency::Leva));
     }
 
     void printingWithoutTheDriversRowIsRefused()

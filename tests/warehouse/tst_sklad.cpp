@@ -2,6 +2,7 @@
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "testdatabase.h"
+#include "warehouse/issuecost.h"
 #include "warehouse/sklad.h"
 #include "warehouse/stockscreens.h"
 #include "warehouse/warehousecommands.h"
@@ -63,6 +64,16 @@ void twoReceipts(QSqlDatabase db)
         m.edin = edin;
         QVERIFY(store.addReceipt(m));
     }
+}
+
+// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
+void saveScreenshot(QWidget &widget, const QString &name)
+{
+    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+    if (dir.isEmpty())
+        return;
+    QTest::qWait(50);  // the layout settles first
+    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
 }
 
 QStringList texts(const RecordingMessageService &messages)
@@ -159,9 +170,17 @@ private slots:
         enter(screen, "СА 1234 ВК", "Масло", "15", "3");
         QCOMPARE(child<QLabel>(screen, "lblStock")->text(),
                  QStringLiteral("Наличност: 20, цена на последната доставка: 3,00лв."));
+        // Before the save the amount is what the issue will cost, first in, first out: 10 at 2,00
+        // and 5 at 3,00, not the typed 3 × 15. Nothing of it is written yet.
+        QCOMPARE(field(screen, 6)->text(), QStringLiteral("35,00"));
+        saveScreenshot(screen, QStringLiteral("sklad-r-before-save"));
+        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad WHERE VidKol = 'R'").toInt(), 0);
+        QCOMPARE(scalar(scratch.db(), "SELECT Broi FROM Nalich").toDouble(), 20.0);
         QVERIFY(screen.recordForm()->update());
         QCOMPARE(texts(messages), QStringList());
-        QCOMPARE(field(screen, 5)->text(), QStringLiteral("2,3333333333333335"));
+        // The average cost formatted, with four decimals where two would hide part of it.
+        QCOMPARE(field(screen, 5)->text(), QStringLiteral("2,3333"));
+        saveScreenshot(screen, QStringLiteral("sklad-r-saved"));
         QCOMPARE(field(screen, 6)->text(), QStringLiteral("35,00"));
         QVERIFY(child<QCheckBox>(screen, "chkFields")->isChecked());
         auto *lots = child<QTableWidget>(screen, "grdLots");
@@ -185,6 +204,22 @@ private slots:
         QVERIFY(!field(screen, 5)->isReadOnly() || screen.recordForm()->state() == RecordForm::State::Browsing);
     }
 
+    void anIssuePriceIsShownFormatted_data()
+    {
+        QTest::addColumn<double>("price");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("whole") << 2.0 << "2,00";
+        QTest::newRow("cents") << 2.45 << "2,45";
+        QTest::newRow("an average of thirds") << 35.0 / 15.0 << "2,3333";
+        QTest::newRow("below a cent") << 0.004 << "0,0040";
+    }
+    void anIssuePriceIsShownFormatted()
+    {
+        QFETCH(double, price);
+        QFETCH(QString, shown);
+        QCOMPARE(issuePriceText(price), shown);
+    }
+
     void anIssueAtAnOlderPriceIsRefusedAndStaysBeingEntered()
     {
         ZAREK_SCRATCH_DB(scratch);
@@ -194,6 +229,7 @@ private slots:
         enter(screen, "СА 1234 ВК", "Масло", "15", "2,00");
         QVERIFY(!screen.recordForm()->update());
         QCOMPARE(texts(messages), QStringList{"ВНИМАНИЕ!|В склада нямате артикул с такава цена!"});
+        QCOMPARE(field(screen, 6)->text(), QString());  // no cost for an issue the save refuses
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
         QCOMPARE(field(screen, 5)->text(), QStringLiteral("2,00"));
         QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad WHERE VidKol = 'R'").toInt(), 0);

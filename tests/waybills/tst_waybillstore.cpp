@@ -214,6 +214,87 @@ private slots:
         QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM RowdList WHERE SumKM = 300"), 1);
     }
 
+    // The waybill's totals equal its lines after every line saved or deleted, also without "Изчисли";
+    // a line moved to another number leaves the old number's totals right too.
+    void theHeaderTotalsFollowEverySavedOrDeletedLine_data()
+    {
+        QTest::addColumn<QString>("step");
+        QTest::addColumn<double>("km");
+        QTest::addColumn<double>("fuel");
+        QTest::newRow("a line added") << "add" << 850.0 << 306.2;
+        QTest::newRow("a line corrected") << "correct" << 650.0 << 232.7;
+        QTest::newRow("a line deleted") << "delete" << 250.0 << 93.5;
+        QTest::newRow("every line deleted") << "delete all" << 0.0 << 0.0;
+        QTest::newRow("a line moved to another number") << "move" << 250.0 << 93.5;
+    }
+    void theHeaderTotalsFollowEverySavedOrDeletedLine()
+    {
+        QFETCH(QString, step);
+        QFETCH(double, km);
+        QFETCH(double, fuel);
+        ZAREK_SCRATCH_DB(scratch);
+        const QSqlDatabase db = scratch.db();
+        const QString number = QStringLiteral("0000000037");
+        const WaybillStore store(db);
+        const RecordStore lines(db, QStringLiteral("Marsh"), WaybillStore::lineColumns(), QString(),
+                                QStringLiteral("MarshID = ?"), {number});
+        insertLine(db, number, 250, 93.5);
+        insertLine(db, number, 350, 120.2);
+        RecordRow saved = header(number);
+        saved.values.insert(QStringLiteral("SumKM"), 600.0);
+        saved.values.insert(QStringLiteral("SumRazhN"), 213.7);
+        QVERIFY(store.saveHeader(saved, true, number, {}).ok());
+        const QList<RecordRow> stored = lines.load().value();
+        QCOMPARE(stored.size(), 2);
+        const QString title = QStringLiteral("ГРЕШКА при запис!");
+        if (step == QLatin1String("add")) {
+            RecordRow line;
+            line.values = {{QStringLiteral("MarshID"), number}, {QStringLiteral("Marshrut"), QStringLiteral("Перник")},
+                           {QStringLiteral("KM"), 250.0}, {QStringLiteral("Ton"), 0.0}, {QStringLiteral("Koef"), 0.0},
+                           {QStringLiteral("RazhN"), 92.5}};
+            const auto written = store.saveLine(lines, line, true, title);
+            QVERIFY(written.ok());
+            QCOMPARE(written.value().sums.km, std::optional<double>(km));
+        } else if (step == QLatin1String("correct") || step == QLatin1String("move")) {
+            RecordRow line = stored.at(1);  // 350 km, 120.2 l
+            if (step == QLatin1String("move"))
+                line.values.insert(QStringLiteral("MarshID"), QStringLiteral("0000000038"));
+            else {
+                line.values.insert(QStringLiteral("KM"), 400.0);
+                line.values.insert(QStringLiteral("RazhN"), 139.2);
+            }
+            QVERIFY(store.saveLine(lines, line, false, title).ok());
+        } else {
+            const auto sums = store.removeLine(lines, stored.at(1), title);
+            QCOMPARE(sums.value().km, std::optional<double>(250));
+            if (step == QLatin1String("delete all"))
+                QCOMPARE(store.removeLine(lines, stored.at(0), title).value().km, std::optional<double>(0));
+        }
+        QSqlQuery query(db);
+        QVERIFY(query.exec(QStringLiteral("SELECT SumKM, SumRazhN, row_version FROM RowdList WHERE ListID = '0000000037'")));
+        QVERIFY(query.next());
+        QCOMPARE(query.value(0).toDouble(), km);
+        QCOMPARE(query.value(1).toDouble(), fuel);
+        // The totals follow the lines without moving the header's version: a correction of the
+        // header open meanwhile still saves.
+        QCOMPARE(query.value(2).toInt(), 1);
+    }
+
+    // A header saved with totals that are not those of its lines stores its lines' totals.
+    void aSavedHeaderHoldsTheTotalsOfItsLines()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const QSqlDatabase db = scratch.db();
+        insertLine(db, QStringLiteral("0000000037"), 200, 70.0);
+        insertLine(db, QStringLiteral("0000000037"), 450, 162.7);
+        const WaybillStore store(db);
+        const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000037")), true,
+                                                          QStringLiteral("0000000037"), {});
+        QVERIFY(saved.ok());
+        QCOMPARE(saved.value().values.value(QStringLiteral("SumKM")).toDouble(), 650.0);
+        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE SumKM = 650 AND SumRazhN > 232.6 AND SumRazhN < 232.8"), 1);
+    }
+
     void theListsAreSortedWithoutBlanksOrTwins()
     {
         ZAREK_SCRATCH_DB(scratch);
