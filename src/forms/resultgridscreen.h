@@ -39,6 +39,7 @@ struct ResultGridConfig {
     QString emptyMessage;                   // shown under "ВНИМАНИЕ!" when there is no row
     bool focusGridOnOpen = true;            // else the focus goes to cmdClose
     ResultGridModel::RowHighlight highlightRow;  // rows drawn red on white by their values
+    ResultGridModel::RowColors rowColors;        // rows drawn in colours of their own by their values
     // The row's date: its amounts are in the currency of that day. Where the rows come in both
     // currencies, the amount columns show each row's unit and the running total converts.
     QString dateField;
