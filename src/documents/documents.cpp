@@ -397,6 +397,10 @@ void Documents::showHistory()
                                          m_ui->lstHistory);
         line->setData(Qt::UserRole, earlier.id);
     }
+    if (m_ui->lstHistory->count() == 0) {
+        auto *none = new QListWidgetItem(QStringLiteral("Няма по-стари документи от този вид."), m_ui->lstHistory);
+        none->setFlags(Qt::NoItemFlags);
+    }
 }
 
 void Documents::setButtons()

@@ -53,13 +53,13 @@ ResultGridConfig DueDocuments::config(const QDate &today)
     config.caption = QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Изтичащи документи");
     config.text1 = QStringLiteral("Изтекли и изтичащи документи към ") + formatDate(today);
     config.columns = {
-        {QStringLiteral("Sastoianie"), QStringLiteral("Състояние"), 1300},
-        {QStringLiteral("Vid"), QStringLiteral("Вид"), 4200},
-        {QStringLiteral("Pritejatel"), QStringLiteral("Притежател"), 3600},
-        {QStringLiteral("Nomer"), QStringLiteral("Номер"), 1800},
-        {QStringLiteral("Valid"), QStringLiteral("Валиден до"), 1500, {}, Qt::AlignRight},
-        {QStringLiteral("DoKoga"), QStringLiteral("Срок"), 1500, {}, Qt::AlignRight},
-        {QStringLiteral("Ostavat"), QStringLiteral("Дни"), 700, {}, Qt::AlignRight},
+        {QStringLiteral("Sastoianie"), QStringLiteral("Състояние"), 1100},
+        {QStringLiteral("Vid"), QStringLiteral("Вид"), 3400},
+        {QStringLiteral("Pritejatel"), QStringLiteral("Притежател"), 3300},
+        {QStringLiteral("Nomer"), QStringLiteral("Номер"), 1500},
+        {QStringLiteral("Valid"), QStringLiteral("Валиден до"), 1300, {}, Qt::AlignRight},
+        {QStringLiteral("DoKoga"), QStringLiteral("Срок"), 1300, {}, Qt::AlignRight},
+        {QStringLiteral("Ostavat"), QStringLiteral("Дни"), 600, {}, Qt::AlignRight},
     };
     config.legend = {{QStringLiteral("Label2"), QStringLiteral("Enter")},
                      {QStringLiteral("Label3"), QStringLiteral("- отваря документа")}};

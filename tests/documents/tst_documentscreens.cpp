@@ -8,6 +8,8 @@
 #include "reference/driver.h"
 #include "reports/laidoutreport.h"
 #include "reports/reportlayout.h"
+#include "reports/reportrenderer.h"
+#include "documents/documentkinds.h"
 #include "testdatabase.h"
 
 #include <QCheckBox>
@@ -109,6 +111,7 @@ private slots:
         const auto *history = screen.findChild<QListWidget *>("lstHistory");
         QCOMPARE(history->count(), 1);
         QVERIFY(history->item(0)->text().contains(QStringLiteral("CMR-77")));
+        QVERIFY(history->item(0)->text().contains(QStringLiteral("(подновен)")));
     }
 
     // A scan over 10 MB is refused with a message and nothing is written; a picture is shown.
@@ -186,11 +189,28 @@ private slots:
         const QString text = layoutReport(report.value()).textLines().join(QLatin1Char('\n'));
         QVERIFY(text.contains(QStringLiteral("CMR-77")));
         QVERIFY(text.contains(QStringLiteral("Всичко: 3 документа")));
+        if (!qEnvironmentVariable("ZAREK_SHOTS").isEmpty())
+            renderReportPageImage(layoutReport(report.value()), 0, 72)
+                .save(qEnvironmentVariable("ZAREK_SHOTS") + QStringLiteral("/duepaper.png"));
         QTemporaryDir dir;
         QVERIFY(screen.exportTo(dir.filePath(QStringLiteral("документи.csv"))));
         QFile csv(dir.filePath(QStringLiteral("документи.csv")));
         QVERIFY(csv.open(QIODevice::ReadOnly));
         QVERIFY(QString::fromUtf8(csv.readAll()).contains(QStringLiteral("Гражданска отговорност")));
+    }
+
+    // The kinds: the standard ones, the name locked while a kind is corrected.
+    void theKindsFormShowsTheStandardKinds()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        DocumentKinds screen(scratch.db());
+        screen.show();
+        QCOMPARE(screen.recordForm()->rowCount(), standardKinds().size());
+        screen.recordForm()->edit();
+        QVERIFY(screen.findChild<QLineEdit *>("txtFields_0")->isReadOnly());
+        screen.recordForm()->cancel();
+        keepPicture(screen, QStringLiteral("kinds"));
     }
 
     // Deleting a driver who holds documents asks once, with the count; "Не" keeps everything.
