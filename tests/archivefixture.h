@@ -122,6 +122,15 @@ inline bool fillEveryTable(QSqlDatabase db)
     ok = ok && insertRow(db, QStringLiteral("Fakturi"),
                          {QStringLiteral("NomFakt"), QStringLiteral("Klient"), QStringLiteral("Data")},
                          {QStringLiteral("0000000042"), QStringLiteral("Д'Аргос ООД"), day});
+    ok = ok && insertRow(db, QStringLiteral("Dokumenti"),
+                         {QStringLiteral("Vid"), QStringLiteral("Za"), QStringLiteral("Kod"), QStringLiteral("Nomer"),
+                          QStringLiteral("Izdaden"), QStringLiteral("Valid"), QStringLiteral("Izdatel"), QStringLiteral("Smenen")},
+                         {QStringLiteral("Застраховка CMR"), QStringLiteral("K"), QStringLiteral("СА 1234 ВК"),
+                          QStringLiteral("О'Нийл-7"), day, QDate(2026, 3, 4), QStringLiteral("ЗД Бул Инс АД"), true});
+    // A scanned copy: bytes, a zero and a 0xff among them, as they were.
+    ok = ok && insertRow(db, QStringLiteral("DokScan"),
+                         {QStringLiteral("DokID"), QStringLiteral("Ime"), QStringLiteral("Razmer"), QStringLiteral("Danni")},
+                         {1, QStringLiteral("полица.pdf"), 6, QByteArray("%PDF\x00\xff", 6)});
     return ok;
 }
 
@@ -138,6 +147,7 @@ inline QString normalized(const QVariant &value)
     case QMetaType::Double: return QString::number(value.toDouble(), 'g', 17);
     case QMetaType::Int:
     case QMetaType::LongLong: return QString::number(value.toLongLong());
+    case QMetaType::QByteArray: return QString::fromLatin1(value.toByteArray().toHex());
     default: return value.toString();
     }
 }

@@ -21,6 +21,7 @@
 #include <QCommandLineParser>
 
 #include <QSqlDatabase>
+#include <QTimer>
 
 namespace zarek {
 
@@ -135,6 +136,8 @@ int runZarek(QApplication &app)
 
     FrmMain window(*firm.profile, *config, db, login.UserVid());
     window.show();
+    // Once the window stands: the documents due, in a notice that does not stop the user.
+    QTimer::singleShot(0, &window, [&window, user = login.UserName()] { window.showDueNotice(user); });
     return app.exec();
 }
 

@@ -2,6 +2,7 @@
 
 #include "attestation/attestationcommands.h"
 #include "courses/coursecommands.h"
+#include "documents/documentscommands.h"
 #include "fleet/fleetcommands.h"
 #include "international/internationalcommands.h"
 #include "invoicing/invoicingcommands.h"
@@ -23,6 +24,7 @@ void registerSubsystemCommands(CommandRegistry &commands)
     registerWaybillCommands(commands);
     registerWarehouseCommands(commands);
     registerInternationalCommands(commands);
+    documents::registerDocumentCommands(commands);
 }
 
 }

@@ -8,6 +8,7 @@
 #include "courses/coursestore.h"
 #include "courses/tariffbands.h"
 #include "app/firststart.h"
+#include "documents/documentstore.h"
 #include "data/changeoverstore.h"
 #include "data/schema.h"
 #include "data/sqlerror.h"
@@ -74,6 +75,7 @@ private:
     bool warehouse();
     bool waybills();
     bool trips();
+    bool documents();
 
     QString plate();
     QString egn(QDate birth);
@@ -530,10 +532,102 @@ bool Generator::trips()
     return true;
 }
 
+// The documents of every truck and driver, saved as the document form saves them: most valid for
+// a while yet, a few due and one or two expired, so that the due list and the sign-in notice show.
+bool Generator::documents()
+{
+    const documents::DocumentStore store(m_db);
+    const auto kinds = store.kinds();
+    if (!kinds) {
+        m_error = kinds.message();
+        return false;
+    }
+    const QDate today = m_options.today;
+    int count = 0;
+    const auto save = [&](const documents::DocumentKind &kind, const QString &holder, const QString &issuer,
+                          const std::optional<RecordRow> &renewed = std::nullopt, int daysLeft = -1) -> std::optional<RecordRow> {
+        // Mostly far ahead; now and then due (within the warning) or a few days past.
+        if (daysLeft < 0) {
+            const int roll = between(1, 100);
+            daysLeft = roll <= 4 ? -between(1, 9) : roll <= 14 ? between(0, kind.warnDays) : between(kind.warnDays + 1, 360);
+        }
+        QDate valid = today.addDays(daysLeft);
+        QDate issued = kind.months > 0 ? valid.addDays(1).addMonths(-kind.months) : valid.addDays(-kind.days);
+        if (!kind.expires()) {
+            issued = today.addDays(-between(200, 2000));
+            valid = QDate();
+        }
+        RecordRow row;
+        row.values = {{QStringLiteral("Vid"), kind.name},
+                      {QStringLiteral("Kod"), holder},
+                      {QStringLiteral("Nomer"), QString::number(between(100000, 999999))},
+                      {QStringLiteral("Izdaden"), issued},
+                      {QStringLiteral("Valid"), valid.isValid() ? QVariant(valid) : QVariant(QMetaType(QMetaType::QDate))},
+                      {QStringLiteral("Izdatel"), issuer},
+                      {QStringLiteral("Belejka"), QString()}};
+        const Checked<RecordRow> saved = store.save(row, true, kinds.value(), today, renewed, demoTitle);
+        if (!saved) {
+            m_error = saved.message();
+            return std::nullopt;
+        }
+        ++count;
+        return saved.value();
+    };
+    for (const documents::DocumentKind &kind : kinds.value()) {
+        const bool truck = kind.holder == documents::Holder::Truck;
+        const QString issuer = truck ? (kind.name.contains(QStringLiteral("Застраховка")) || kind.name.contains(QStringLiteral("отговорност"))
+                                            ? QStringLiteral("ЗД Бул Инс АД")
+                                            : QStringLiteral("КТП Пловдив"))
+                                     : QStringLiteral("ИА Автомобилна администрация");
+        if (kind.name.contains(QStringLiteral("над 10 г.")) || kind.name.contains(QStringLiteral("ADR")))
+            continue;  // the younger trucks' inspection and the dangerous goods stand apart below
+        if (truck) {
+            for (const Truck &t : m_trucks) {
+                if (!save(kind, t.plate, issuer))
+                    return false;
+            }
+        } else {
+            for (const Driver &d : m_drivers) {
+                if (!save(kind, d.kod, issuer))
+                    return false;
+            }
+        }
+    }
+    // Two drivers carry dangerous goods; one truck's CMR insurance was renewed last year.
+    for (const documents::DocumentKind &kind : kinds.value()) {
+        if (kind.name.contains(QStringLiteral("ADR"))) {
+            for (size_t i = 0; i < std::min<size_t>(2, m_drivers.size()); ++i) {
+                if (!save(kind, m_drivers[i].kod, QStringLiteral("ИА Автомобилна администрация")))
+                    return false;
+            }
+        }
+        if (kind.name == QStringLiteral("Застраховка CMR") && !m_trucks.empty()) {
+            const auto old = save(kind, m_trucks.front().plate, QStringLiteral("ЗД Бул Инс АД"), std::nullopt, 0);
+            if (!old)
+                return false;
+            // The renewal follows on from the old policy's last day.
+            const QDate from = today.addDays(1);
+            RecordRow row = *old;
+            row.id = 0;
+            row.values.insert(QStringLiteral("Izdaden"), from);
+            row.values.insert(QStringLiteral("Valid"), documents::proposedValidUntil(kind, from));
+            row.values.insert(QStringLiteral("Nomer"), QString::number(between(100000, 999999)));
+            const Checked<RecordRow> renewal = store.save(row, true, kinds.value(), today, *old, demoTitle);
+            if (!renewal) {
+                m_error = renewal.message();
+                return false;
+            }
+            ++count;
+        }
+    }
+    m_summary.documents = count;
+    return true;
+}
+
 Checked<DemoSummary> Generator::run()
 {
     const bool done = firmAndUsers() && euro() && trucks() && drivers() && tariffs() && courses() && history()
-                      && warehouse() && waybills() && trips();
+                      && warehouse() && waybills() && trips() && documents();
     if (!done)
         return m_error.value_or(sqlErrorMessage(demoTitle, m_db.lastError()));
     return m_summary;

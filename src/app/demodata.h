@@ -27,11 +27,12 @@ struct DemoSummary {
     int stockRows = 0;
     int waybills = 0;
     int trips = 0;
+    int documents = 0;
 };
 
 // Fills a new, migrated database with a believable firm: its own row, an administrator,
 // trucks, drivers, tariffs, courses saved through the course store, warehouse movements,
-// waybills and international trips. All of it is one transaction under the write lock; a
+// waybills, international trips and the documents of trucks and drivers. All of it is one transaction under the write lock; a
 // database that holds any row already is refused and left as it was.
 Checked<DemoSummary> fillDemoDatabase(QSqlDatabase &db, const DemoOptions &options);
 

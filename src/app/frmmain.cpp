@@ -16,6 +16,7 @@
 #include "data/scratchdatabase.h"
 #include "forms/commands.h"
 #include "forms/messageservice.h"
+#include "documents/documentscommands.h"
 
 #include <QAction>
 #include <QApplication>
@@ -83,6 +84,12 @@ QIcon toolbarIcon(const QString &key)
 void FrmMain::setSettingsFile(const QString &path)
 {
     settingsFile = path;
+}
+
+bool FrmMain::showDueNotice(const QString &user, const QDate &today)
+{
+    const auto store = settings();
+    return documents::showDueNotice(*m_commands, *store, user, today);
 }
 
 std::unique_ptr<QSettings> FrmMain::settings() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QDate>
+
 #include "core/firmprofile.h"
 #include "core/searchmode.h"
 #include "data/databaseconfig.h"
@@ -40,6 +42,9 @@ public:
 
     // The help topic shown now, 0 when the help is closed.
     int shownHelpTopic() const;
+
+    // After sign-in: the short notice of the documents due, unless the user switched it off.
+    bool showDueNotice(const QString &user, const QDate &today = QDate::currentDate());
 
 protected:
     void closeEvent(QCloseEvent *event) override;

@@ -40,6 +40,7 @@ const QList<MenuEntry> &menuTree()
         item("mnuSprPreRazh", "Разход нафта", "", 11),
         bar("mnuBar006"),
         item("mnuSprRowdList", "Пътни листи", "", 12),
+        item("mnuSprDok", "Изтичащи документи", "", 301),  // beyond the firm's old menu
         bar("mnuBar005"),
         item("mnuFileExit", "Изход", "Ctrl+Z"),
         top("mnuData", "Данни", 101),
@@ -49,6 +50,7 @@ const QList<MenuEntry> &menuTree()
         item("mnuDataFakt", "Фактуриране", "Ctrl+F", 16),
         bar("mnuDataBar3"),
         item("mnuDataNewInside", "Международни курсове"),
+        item("mnuDataDok", "Документи", "", 300),  // beyond the firm's old menu
         bar("mnuDataBar1"),
         item("mnuDataKyrc", "Корекция на курс", "", 17),
         item("mnuDataKorКм", "Корекция КМ", "", 18),

@@ -72,6 +72,7 @@ void UserLogin::confirm()
         MessageService::instance().inform(*check.message);
     if (check.LoginOk) {
         m_vid = check.vid;
+        m_user = m_name->text().trimmed();
         m_succeeded = true;
         accept();
         return;

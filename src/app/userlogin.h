@@ -18,6 +18,8 @@ public:
 
     bool LoginSucceeded() const { return m_succeeded; }
     QString UserVid() const { return m_vid; }
+    // The name signed in with.
+    QString UserName() const { return m_user; }
 
 private:
     void confirm();
@@ -30,6 +32,7 @@ private:
     int m_failures = 0;
     bool m_succeeded = false;
     QString m_vid;
+    QString m_user;
 };
 
 }

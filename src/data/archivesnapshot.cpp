@@ -129,6 +129,11 @@ std::optional<Fault> Snapshot::copyRowsInto(const QString &emptyFile, const std:
     if (auto fault = dropIndexes(out, QStringLiteral("main"), QString(), &indexes))
         return fault;
     for (const TableNames &table : m_names) {
+        // A migration may have put rows of its own in the new file (the standard document kinds):
+        // the archive holds the database's rows and no others.
+        QSqlQuery empty(out);
+        if (!empty.exec(QStringLiteral("DELETE FROM ") + quoted(table.key)))
+            return engineFault(empty.lastError());
         QSqlQuery read(m_work->db());
         read.setForwardOnly(true);
         if (!read.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY 1").arg(quotedList(table.columns), quoted(table.table))))

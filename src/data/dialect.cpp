@@ -19,6 +19,7 @@ QString dialectDdl(const QString &ddl, Dialect dialect)
     out.replace(QStringLiteral("{REAL}"), QStringLiteral("DOUBLE PRECISION"));
     out.replace(QStringLiteral("{BOOL}"), QStringLiteral("BOOLEAN NOT NULL DEFAULT FALSE"));
     out.replace(QStringLiteral("{DATE}"), pg ? QStringLiteral("DATE") : QStringLiteral("TEXT"));
+    out.replace(QStringLiteral("{BLOB}"), pg ? QStringLiteral("BYTEA") : QStringLiteral("BLOB"));
     out.replace(QStringLiteral("{TIME}"), pg ? QStringLiteral("TIME") : QStringLiteral("TEXT"));
     return out;
 }

@@ -10,7 +10,7 @@ enum class Dialect { SQLite, PostgreSQL };
 
 Dialect dialectOf(const QSqlDatabase &db);
 
-// Replaces the type placeholders {ID} {VERSION} {TEXT} {REAL} {BOOL} {DATE} {TIME} of a DDL text.
+// Replaces the type placeholders {ID} {VERSION} {TEXT} {REAL} {BOOL} {DATE} {TIME} {BLOB} of a DDL text.
 QString dialectDdl(const QString &ddl, Dialect dialect);
 
 }

@@ -18,7 +18,8 @@ namespace {
 // Text lengths are enforced by the screens, not the columns, so both engines behave alike.
 // A step runs when its version is not yet recorded in zarek_schema, so steps are independent of
 // the order in which they were added; a recorded version the program does not know is a newer
-// program's, and the database is refused. Numbers: 1 the tables, 2 never used, 3 warehouse issue lots, 4 the euro.
+// program's, and the database is refused. Numbers: 1 the tables, 2 never used, 3 warehouse issue lots, 4 the euro,
+// 6 the documents of trucks and drivers.
 struct Migration {
     int version;
     QStringList statements;
@@ -123,6 +124,45 @@ const std::vector<Migration> &migrations()
                            "FROM tabl WHERE NomFakt <> '0000000000' AND TRIM(NomFakt) <> '' GROUP BY NomFakt "
                            "ORDER BY NomFakt"),
         }},
+        {6, {  // the documents of trucks and drivers, their kinds and scanned copies
+            // A kind: its usual validity (months and days; both 0: it does not expire), the days of
+            // warning before the day to act, and the working days ahead a renewal must be requested.
+            QStringLiteral("CREATE TABLE DokVid (id {ID}, row_version {VERSION}, Ime {TEXT} NOT NULL, Za {TEXT} NOT NULL, "
+                           "Meseci INTEGER NOT NULL DEFAULT 0, Dni INTEGER NOT NULL DEFAULT 0, "
+                           "Predi INTEGER NOT NULL DEFAULT 30, RabDni INTEGER NOT NULL DEFAULT 0, "
+                           "Napomnia BOOLEAN NOT NULL DEFAULT TRUE, "
+                           "CHECK (Za IN ('K', 'S')), CHECK (Meseci BETWEEN 0 AND 240), CHECK (Dni BETWEEN 0 AND 3660), "
+                           "CHECK (Predi BETWEEN 0 AND 365), CHECK (RabDni BETWEEN 0 AND 60))"),
+            QStringLiteral("CREATE UNIQUE INDEX dokvid_ime ON DokVid (Ime)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Технически преглед', 'K', 12, 0, 30, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Технически преглед (над 10 г.)', 'K', 6, 0, 30, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Тахограф - периодична проверка', 'K', 24, 0, 30, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Гражданска отговорност', 'K', 12, 0, 30, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Застраховка CMR', 'K', 12, 0, 30, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Сваляне на данни от тахографа', 'K', 0, 90, 14, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Карта на водача', 'S', 60, 0, 30, 15, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Свидетелство за управление C/CE', 'S', 60, 0, 60, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Карта за квалификация (код 95)', 'S', 60, 0, 60, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('ADR свидетелство', 'S', 60, 0, 60, 0, TRUE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Психологическа годност', 'S', 0, 0, 0, 0, FALSE)"),
+            QStringLiteral("INSERT INTO DokVid (Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia) VALUES ('Сваляне на данни от картата на водача', 'S', 0, 28, 7, 0, TRUE)"),
+            // A document of a truck (Za 'K', Kod its number) or a driver (Za 'S', Kod his code); a
+            // renewed one stays as history (Smenen), the new one names it (PredID).
+            QStringLiteral("CREATE TABLE Dokumenti (id {ID}, row_version {VERSION}, Vid {TEXT} NOT NULL, "
+                           "Za {TEXT} NOT NULL, Kod {TEXT} NOT NULL, Nomer {TEXT}, Izdaden {DATE}, Valid {DATE}, "
+                           "Izdatel {TEXT}, Belejka {TEXT}, Smenen {BOOL}, PredID BIGINT, DateMod {DATE}, TimeMod {TIME}, "
+                           "CHECK (Za IN ('K', 'S')), CHECK (Valid IS NULL OR Izdaden IS NULL OR Valid >= Izdaden))"),
+            QStringLiteral("CREATE INDEX dokumenti_due ON Dokumenti (Smenen, Valid)"),
+            QStringLiteral("CREATE INDEX dokumenti_holder ON Dokumenti (Za, Kod)"),
+            QStringLiteral("CREATE INDEX dokumenti_vid ON Dokumenti (Vid)"),
+            // One scanned copy a document, at most 10 MB.
+            QStringLiteral("CREATE TABLE DokScan (id {ID}, row_version {VERSION}, DokID BIGINT NOT NULL, "
+                           "Ime {TEXT} NOT NULL, Razmer BIGINT NOT NULL, Danni {BLOB} NOT NULL, "
+                           "CHECK (Razmer BETWEEN 1 AND 10485760), CHECK (length(Danni) = Razmer))"),
+            QStringLiteral("CREATE UNIQUE INDEX dokscan_dokid ON DokScan (DokID)"),
+            QStringLiteral("CREATE INDEX shof_kod ON shof (kod)"),
+            QStringLiteral("CREATE INDEX config_kola ON Config (kola)"),
+        }},
     };
     return list;
 }
@@ -154,7 +194,9 @@ QStringList mainTables()
             QStringLiteral("Tarifi"), QStringLiteral("ZarekCfg"), QStringLiteral("Users"),
             QStringLiteral("Sklad"), QStringLiteral("Nalich"),   QStringLiteral("RowdList"),
             QStringLiteral("Marsh"), QStringLiteral("ExternalKurs"), QStringLiteral("Firms"),
-            QStringLiteral("Fakturi")};
+            QStringLiteral("Fakturi"),
+            // DokVid is left out: a new database starts with its kinds, and it is no data of the firm's.
+            QStringLiteral("Dokumenti"), QStringLiteral("DokScan")};
 }
 
 int latestSchemaVersion()

@@ -510,11 +510,15 @@ bool RecordForm::dropPending()
     return true;
 }
 
-bool RecordForm::confirmDelete() const
+bool RecordForm::confirmDelete(const RecordRow &row) const
 {
     if (!m_config.confirmDelete)
         return true;
     MessageService &messages = MessageService::instance();
+    if (m_config.deleteQuestionFor) {
+        if (const auto question = m_config.deleteQuestionFor(row))
+            return messages.askYesNo(*question);
+    }
     if (m_config.deleteQuestion)
         return messages.askYesNo(*m_config.deleteQuestion);
     const QString title = QStringLiteral("Изтриване на запис");
@@ -532,9 +536,9 @@ void RecordForm::remove()
         fail(caption, noCurrentRow(caption));
         return;
     }
-    if (!confirmDelete())
-        return;
     const RecordRow row = m_rows->current();
+    if (!confirmDelete(row))
+        return;
     std::optional<UserMessage> failure;
     {
         WaitCursor wait;

@@ -48,6 +48,9 @@ struct RecordFormConfig {
     // question given here, or none at all.
     bool confirmDelete = true;
     std::optional<UserMessage> deleteQuestion;
+    // A Yes/No question of the row's own before it is deleted (telling what goes with it, say), in
+    // place of the usual ones; none: the usual ones.
+    std::function<std::optional<UserMessage>(const RecordRow &row)> deleteQuestionFor;
 
     RecordFormCaptions errorCaptions;
     bool errorDescriptionOnly = false;                // error boxes show the description without its number
@@ -157,7 +160,7 @@ private:
     void showCurrent();
     void showStatus();
     void fail(const QString &caption, UserMessage message) const;
-    bool confirmDelete() const;
+    bool confirmDelete(const RecordRow &row) const;
     template <typename Move>
     void navigate(Move move);
     bool handleKey(QKeyEvent *key);

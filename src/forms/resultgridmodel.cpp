@@ -154,6 +154,12 @@ QVariant ResultGridModel::data(const QModelIndex &index, int role) const
     case Qt::ForegroundRole:
         if (isMarked(index.row()) || isHighlighted(index.row()))
             return m_markColor;
+        if (m_rowColors && m_rowColors(m_rows, index.row()).second.isValid())
+            return m_rowColors(m_rows, index.row()).second;
+        return {};
+    case Qt::BackgroundRole:
+        if (m_rowColors && m_rowColors(m_rows, index.row()).first.isValid())
+            return m_rowColors(m_rows, index.row()).first;
         return {};
     default:
         return {};

@@ -37,6 +37,10 @@ public:
     using RowHighlight = std::function<bool(const RowSet &rows, int row)>;
     void setHighlight(RowHighlight highlight) { m_highlight = std::move(highlight); }
     bool isHighlighted(int row) const;
+    // A row's own colours by its values (an expired document red, a due one amber): background and
+    // text, or invalid colours for the grid's own.
+    using RowColors = std::function<std::pair<QColor, QColor>(const RowSet &rows, int row)>;
+    void setRowColors(RowColors colors) { m_rowColors = std::move(colors); }
 
     // The unit each row's amount columns show, or none (an empty function).
     void setRowUnit(std::function<QString(int row)> unit);
@@ -74,6 +78,7 @@ private:
     bool m_editingAllowed = false;
     EditHook m_editHook;
     RowHighlight m_highlight;
+    RowColors m_rowColors;
     std::function<QString(int row)> m_rowUnit;
 };
 

@@ -44,6 +44,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     m_model = new ResultGridModel(this);
     m_model->setFlagField(m_config.flagField);
     m_model->setHighlight(m_config.highlightRow);
+    m_model->setRowColors(m_config.rowColors);
     m_model->setColumns(m_config.columns);
 
     m_grid = new QTableView(this);

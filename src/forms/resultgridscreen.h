@@ -38,6 +38,7 @@ struct ResultGridConfig {
     bool printable = true;                  // shows cmdPrint "Печат"
     QString emptyMessage;                   // shown under "ВНИМАНИЕ!" when there is no row
     ResultGridModel::RowHighlight highlightRow;  // rows drawn red on white by their values
+    ResultGridModel::RowColors rowColors;        // rows drawn in colours of their own by their values
     // The row's date: its amounts are in the currency of that day. Where the rows come in both
     // currencies, the amount columns show each row's unit and the running total converts.
     QString dateField;

@@ -1,6 +1,7 @@
 #include "driver.h"
 
 #include "core/version.h"
+#include "documents/documentstore.h"
 #include "reference/driverrules.h"
 #include "forms/recordform.h"
 
@@ -19,6 +20,13 @@ Driver::Driver(QSqlDatabase db, QWidget *parent) : QDialog(parent)
 
     RecordFormConfig config;
     config.validate = checkDriver;
+    // A driver holding documents: one question that tells how many go with him; they go in one transaction.
+    config.deleteQuestionFor = [db](const RecordRow &row) {
+        return documents::holderDeleteQuestionFor(db, documents::Holder::Driver, row);
+    };
+    config.remove = [db](const RecordRow &row) {
+        return documents::DocumentStore(db).removeHolder(documents::Holder::Driver, row, QStringLiteral("ГРЕШКА при изтриване!"));
+    };
     m_form = new RecordForm(std::make_unique<RecordStore>(db, QStringLiteral("shof"),
                                                           QStringList{QStringLiteral("kod"), QStringLiteral("ime"),
                                                                       QStringLiteral("adres"), QStringLiteral("tel"),

@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include "core/formats.h"
+#include "documents/documentstore.h"
 #include "forms/messageservice.h"
 #include "core/version.h"
 #include "forms/recordbinder.h"
@@ -34,6 +35,13 @@ Options::Options(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::
     config.closeInStrip = false;
     config.keyboardNavigation = false;
     config.numberColumns = {QStringLiteral("Razhod"), QStringLiteral("Procent"), QStringLiteral("Ton")};
+    // A truck holding documents: one question that tells how many go with it; they go in one transaction.
+    config.deleteQuestionFor = [db = m_db](const RecordRow &row) {
+        return documents::holderDeleteQuestionFor(db, documents::Holder::Truck, row);
+    };
+    config.remove = [db = m_db](const RecordRow &row) {
+        return documents::DocumentStore(db).removeHolder(documents::Holder::Truck, row, QStringLiteral("ГРЕШКА при изтриване!"));
+    };
     m_trucks = new RecordForm(std::make_unique<RecordStore>(m_db, QStringLiteral("Config"),
                                                             QStringList{QStringLiteral("kola"), QStringLiteral("Razhod"),
                                                                         QStringLiteral("Procent"), QStringLiteral("Ton")},
