@@ -340,6 +340,10 @@ QString tableCaption(const QString &table)
         {QStringLiteral("Evro"), QStringLiteral("Преминаване към евро")},
         {QStringLiteral("EvroFakt"), QStringLiteral("Фактури в евро")},
         {QStringLiteral("EvroSklad"), QStringLiteral("Цени в евро на доставките")},
+        {QStringLiteral("Fakturi"), QStringLiteral("Издадени фактури")},
+        {QStringLiteral("DokVid"), QStringLiteral("Видове документи")},
+        {QStringLiteral("Dokumenti"), QStringLiteral("Документи")},
+        {QStringLiteral("DokScan"), QStringLiteral("Сканирани документи")},
     };
     return captions.value(table, table);
 }
