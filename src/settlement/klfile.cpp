@@ -1,6 +1,7 @@
 #include "klfile.h"
 
 #include "core/formats.h"
+#include "core/sharedroutines.h"
 #include "core/textcheck.h"
 #include "core/valueformat.h"
 #include "courses/coursecheck.h"
@@ -186,7 +187,7 @@ Checked<StatementHeading> readHeading(QSqlDatabase db)
     heading.period = {storedDate(query.value(1)), storedDate(query.value(2))};
     const bool second = query.next();
     if (second || klient.typeId() != QMetaType::QString || heading.klient.trimmed().isEmpty()
-        || heading.klient.size() > klientLength || hasControlCharacter(heading.klient) || !heading.period.isValid())
+        || LenCheck(heading.klient, klientLength) == 1 || hasControlCharacter(heading.klient) || !heading.period.isValid())
         return refused(QStringLiteral("Клиентът или периодът, записани във файла, не са верни."));
     return heading;
 }
@@ -208,7 +209,7 @@ std::optional<UserMessage> checkWorkingRow(const QList<QVariant> &cells, int row
         const QString text = value.toString();
         if (hasControlCharacter(text))
             return badValue(row, QStringLiteral("текстът съдържа непозволен знак."));
-        if (text.size() > textLengths.at(i).second)
+        if (LenCheck(text, textLengths.at(i).second) == 1)  // as the course editor measures it
             return badValue(row, QStringLiteral("текстът %1 е по-дълъг от %2 знака.").arg(shownValue(value)).arg(textLengths.at(i).second));
     }
     const std::optional<double> km = storedNumber(cells.at(4));

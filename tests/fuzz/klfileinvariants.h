@@ -31,14 +31,14 @@ inline bool textFits(const QVariant &value, int length)
     if (value.typeId() != QMetaType::QString)
         return false;
     const QString text = value.toString();
-    return text.size() <= length && !hasControlCharacter(text);
+    return text.trimmed().size() <= length && !hasControlCharacter(text);
 }
 
 // The first broken rule of an accepted file, or an empty text.
 inline QString brokenRule(const StatementFile &file)
 {
     const StatementHeading &heading = file.heading;
-    if (heading.klient.trimmed().isEmpty() || heading.klient.size() > 25 || hasControlCharacter(heading.klient))
+    if (heading.klient.trimmed().isEmpty() || heading.klient.trimmed().size() > 25 || hasControlCharacter(heading.klient))
         return QStringLiteral("client \"%1\"").arg(heading.klient);
     if (!heading.period.from.isValid() || !heading.period.to.isValid() || heading.period.to <= heading.period.from)
         return QStringLiteral("period");
