@@ -114,9 +114,12 @@ std::optional<UserMessage> checkTripFigures(const QVariantMap &values)
                 number = read;
         }
         if (!number || !std::isfinite(*number) || *number < 0 || *number > figure.limit) {
+            const QString shown = value.typeId() == QMetaType::QString
+                                      ? value.toString().trimmed()
+                                      : QString::number(value.toDouble(), 'g', 12).replace(QLatin1Char('.'), QLatin1Char(','));
             return UserMessage{QStringLiteral("   ГРЕШКА!"),
-                               QStringLiteral("Стойността в поле \"%1\" трябва да е число от 0 до %2!")
-                                       .arg(QString::fromUtf8(figure.caption), formatNumber(figure.limit, 0, 2))
+                               QStringLiteral("\"%1\" в поле \"%2\": нужно е число от 0 до %3!")
+                                       .arg(shown, QString::fromUtf8(figure.caption), formatNumber(figure.limit, 0, 2))
                                    + QStringLiteral("\n\nМоля, поправете стойността."),
                                UserMessage::Icon::Critical};
         }
