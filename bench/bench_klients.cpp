@@ -25,7 +25,7 @@ constexpr int otherCourses = 95000;
 bool fill(QSqlDatabase db, int clientCourses)
 {
     const QStringList others = {"Д'Аргос ООД", "Стройинвест Юг ЕООД", "Пътстрой ЕАД", "Агрополис ООД"};
-    const QStringList routes = {"Перник - София", "Перник - Радомир - Кюстендил", "Батановци - Перник"};
+    const QStringList routes = {"Перник - София", "Перник - Кюстендил", "Батановци - Перник"};
     if (!db.transaction())
         return false;
     QSqlQuery query(db);
@@ -71,7 +71,7 @@ void benchStatement(QSqlDatabase db, const QString &folder)
 
     const QString unprinted = folder + QStringLiteral("/списък.kl");
     step.restart();
-    const auto saveRefusal = saveStatementFile(screen.scratch()->db(), unprinted);
+    const auto saveRefusal = saveStatementFile(screen.scratch()->db(), {client, conditions.period}, unprinted);
     const double saved = ms(step);
 
     step.restart();
@@ -82,7 +82,7 @@ void benchStatement(QSqlDatabase db, const QString &folder)
 
     const QString both = folder + QStringLiteral("/списък и печат.kl");
     step.restart();
-    const auto bothRefusal = saveStatementFile(screen.scratch()->db(), both);
+    const auto bothRefusal = saveStatementFile(screen.scratch()->db(), {client, conditions.period}, both);
     const double savedBoth = ms(step);
 
     screen.chooseFileToOpen = [&unprinted](QWidget *) { return unprinted; };

@@ -78,6 +78,44 @@ private slots:
         QCOMPARE(lines, expected);
     }
 
+    // A text a spreadsheet would run as a formula stays text; a genuine number stays a number.
+    void csvCellsThatLookLikeFormulasStayText_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<QString>("cell");
+        QTest::newRow("equals") << QString() << QVariant(QStringLiteral("=1+2")) << "\"'=1+2\"";
+        QTest::newRow("plus") << QString() << QVariant(QStringLiteral("+cmd|' /C calc'!A0")) << "\"'+cmd|' /C calc'!A0\"";
+        QTest::newRow("minus") << QString() << QVariant(QStringLiteral("-2+3")) << "\"'-2+3\"";
+        QTest::newRow("at") << QString() << QVariant(QStringLiteral("@SUM(A1)")) << "\"'@SUM(A1)\"";
+        QTest::newRow("tab") << QString() << QVariant(QStringLiteral("\t=1")) << "\"'\t=1\"";
+        QTest::newRow("quote inside") << QString() << QVariant(QStringLiteral("=\"a\"")) << "\"'=\"\"a\"\"\"";
+        QTest::newRow("negative amount") << QStringLiteral("###0.00") << QVariant(-12.5) << "-12,50";
+        QTest::newRow("negative text number") << QString() << QVariant(QStringLiteral("-500")) << "-500";
+        QTest::newRow("signed decimal text") << QString() << QVariant(QStringLiteral("+3,25")) << "+3,25";
+        QTest::newRow("plain text") << QString() << QVariant(QStringLiteral("София - Перник")) << "София - Перник";
+        QTest::newRow("a number column holding a formula") << QStringLiteral("###0.00")
+                                                            << QVariant(QStringLiteral("=HYPERLINK(\"x\")"))
+                                                            << "\"'=HYPERLINK(\"\"x\"\")\"";
+    }
+    void csvCellsThatLookLikeFormulasStayText()
+    {
+        QFETCH(QString, format);
+        QFETCH(QVariant, value);
+        QFETCH(QString, cell);
+        ExportTable table;
+        table.columns = {exportColumnOf(QStringLiteral("Стойност"), format)};
+        table.rowCount = 1;
+        table.cell = [&value](int, int) { return value; };
+        QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("клетка.csv"));
+        QVERIFY(!writeTable(table, file));
+        QFile in(file);
+        QVERIFY(in.open(QIODevice::ReadOnly));
+        const QStringList lines = QString::fromUtf8(in.readAll().mid(3)).split(QStringLiteral("\r\n"));
+        QCOMPARE(lines.value(1), cell);
+    }
+
     void xlsxKeepsNumbersAsNumbersDatesAsDatesAndTheTotalsRow()
     {
         if (QStandardPaths::findExecutable(QStringLiteral("unzip")).isEmpty())

@@ -88,7 +88,9 @@ int runZarek(QApplication &app)
     const QString environment = qEnvironmentVariable(databaseEnvironmentVariable);
     const auto config = resolveDatabaseConfig(options.database, environment);
     if (!config) {
-        MessageService::instance().inform(badDatabaseTextMessage(options.database.isEmpty() ? environment : options.database));
+        const std::optional<UserMessage> password = commandLinePasswordMessage(options.database);
+        MessageService::instance().inform(
+            password ? *password : badDatabaseTextMessage(options.database.isEmpty() ? environment : options.database));
         return 1;
     }
 

@@ -1,5 +1,7 @@
 #include "databaseconfig.h"
 
+#include "data/schema.h"
+
 #include <QDir>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -68,10 +70,37 @@ QString DatabaseConfig::redacted(const QString &text)
     return out;
 }
 
+bool holdsPassword(const QString &text)
+{
+    const QString trimmed = text.trimmed();
+    if (!trimmed.startsWith(QLatin1String("postgresql://"), Qt::CaseInsensitive)
+        && !trimmed.startsWith(QLatin1String("postgres://"), Qt::CaseInsensitive))
+        return false;
+    return DatabaseConfig::redacted(text) != text || text.contains(QLatin1String(":***@"))
+           || text.contains(QLatin1String("password=***"), Qt::CaseInsensitive);
+}
+
+std::optional<UserMessage> commandLinePasswordMessage(const QString &commandLineValue)
+{
+    if (!holdsPassword(commandLineValue))
+        return std::nullopt;
+    return UserMessage::twoLines(
+        databaseOpenTitle(),
+        QStringLiteral("Паролата на базата данни не се пише в командния ред: той се вижда от всички потребители на "
+                       "компютъра!"),
+        QStringLiteral("Моля, задайте адреса без парола (postgresql://потребител@сървър:порт/база), а паролата запишете "
+                       "в ~/.pgpass (ред сървър:порт:база:потребител:парола, файлът с права 0600), във файла, посочен "
+                       "в PGPASSFILE, или в PGPASSWORD (вижте README)."),
+        UserMessage::Icon::Critical);
+}
+
 std::optional<DatabaseConfig> resolveDatabaseConfig(const QString &commandLineValue, const QString &environmentValue)
 {
-    if (!commandLineValue.trimmed().isEmpty())
+    if (!commandLineValue.trimmed().isEmpty()) {
+        if (holdsPassword(commandLineValue))
+            return std::nullopt;
         return DatabaseConfig::fromText(commandLineValue);
+    }
     if (!environmentValue.trimmed().isEmpty())
         return DatabaseConfig::fromText(environmentValue);
     return DatabaseConfig::defaultSqlite();

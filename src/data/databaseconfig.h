@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/usermessage.h"
+
 #include <QString>
 #include <QStringList>
 #include <optional>
@@ -35,7 +37,14 @@ struct DatabaseConfig {
 inline constexpr char databaseEnvironmentVariable[] = "ZAREK_DATABASE";
 
 // --database on the command line wins over the environment variable, which wins over the default.
-// Returns nullopt when the given text names no usable database.
+// Returns nullopt when the given text names no usable database, and when the command line holds a
+// password (see commandLinePasswordMessage).
 std::optional<DatabaseConfig> resolveDatabaseConfig(const QString &commandLineValue, const QString &environmentValue);
+
+// Whether a database address holds a password, as user:password@ or as password=.
+bool holdsPassword(const QString &text);
+// A password in --database is readable by every user of the machine (a command line is public):
+// the refusal that says where the password goes instead, or none when the text holds no password.
+std::optional<UserMessage> commandLinePasswordMessage(const QString &commandLineValue);
 
 }

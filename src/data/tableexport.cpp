@@ -46,8 +46,26 @@ QString csvText(const ExportColumn &column, const QVariant &value)
     return value.toString();
 }
 
+// A spreadsheet reads a cell that begins with = + - @ (or a tab or carriage return) as a formula.
+// Such a text is kept a text by a leading apostrophe inside quotes; a plain number stays a number.
+bool startsLikeFormula(const QString &text)
+{
+    static const QRegularExpression plainNumber(QStringLiteral("^[+-]?\\d+([.,]\\d+)?$"));
+    if (text.isEmpty())
+        return false;
+    const QChar first = text.front();
+    const bool formulaStart = first == QLatin1Char('=') || first == QLatin1Char('+') || first == QLatin1Char('-')
+                              || first == QLatin1Char('@') || first == QLatin1Char('\t') || first == QLatin1Char('\r');
+    return formulaStart && !plainNumber.match(text).hasMatch();
+}
+
 QString csvQuoted(const QString &text)
 {
+    if (startsLikeFormula(text)) {
+        QString quoted = QLatin1Char('\'') + text;
+        quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+        return QLatin1Char('"') + quoted + QLatin1Char('"');
+    }
     // Quoted when it holds a separator, a quote or a line break, or starts or ends with a blank.
     const bool needsQuotes = !text.isEmpty()
                              && (text.front().isSpace() || text.back().isSpace()

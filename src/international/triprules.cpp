@@ -1,5 +1,10 @@
 #include "triprules.h"
 
+#include "core/formats.h"
+#include "core/valueformat.h"
+
+#include <cmath>
+
 namespace zarek {
 
 namespace {
@@ -75,6 +80,49 @@ std::optional<UserMessage> checkTrip(const QVariantMap &typed)
     for (const auto &check : checks) {
         if (text(typed, check.column).trimmed().isEmpty())
             return critical(QStringLiteral("   ВНИМАНИЕ!"), check.fault, check.request);
+    }
+    return checkTripFigures(typed);
+}
+
+const QList<TripFigureLimit> &tripFigureLimits()
+{
+    static const QList<TripFigureLimit> limits = {
+        {"TovarTon", "Тонаж", 100.0},
+        {"TotalFuel", "Total Fuel", 100000.0},
+        {"TotalKM", "Total KM", 100000.0},
+        {"TotalP", "Приход", 99999999.99},
+        {"TotalR", "Общ разход", 99999999.99},
+    };
+    return limits;
+}
+
+std::optional<UserMessage> checkTripFigures(const QVariantMap &values)
+{
+    for (const TripFigureLimit &figure : tripFigureLimits()) {
+        const QVariant value = values.value(QString::fromLatin1(figure.column));
+        if (value.isNull())
+            continue;
+        std::optional<double> number;
+        if (value.typeId() == QMetaType::QString) {
+            if (value.toString().trimmed().isEmpty())
+                continue;
+            number = parseNumber(value.toString());
+        } else {
+            bool ok = false;
+            const double read = value.toDouble(&ok);
+            if (ok)
+                number = read;
+        }
+        if (!number || !std::isfinite(*number) || *number < 0 || *number > figure.limit) {
+            const QString shown = value.typeId() == QMetaType::QString
+                                      ? value.toString().trimmed()
+                                      : QString::number(value.toDouble(), 'g', 12).replace(QLatin1Char('.'), QLatin1Char(','));
+            return UserMessage{QStringLiteral("   ГРЕШКА!"),
+                               QStringLiteral("\"%1\" в поле \"%2\": нужно е число от 0 до %3!")
+                                       .arg(shown, QString::fromUtf8(figure.caption), formatNumber(figure.limit, 0, 2))
+                                   + QStringLiteral("\n\nМоля, поправете стойността."),
+                               UserMessage::Icon::Critical};
+        }
     }
     return std::nullopt;
 }

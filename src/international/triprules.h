@@ -2,6 +2,7 @@
 
 #include "core/usermessage.h"
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
@@ -33,8 +34,19 @@ FirmAddress tripSender(const QVariantMap &values);
 FirmAddress tripReceiver(const QVariantMap &values);
 
 // The five checks of a save in their order: number, date, driver, tractor, trailer. The first
-// box found empty stops the save with its message.
+// box found empty stops the save with its message; then the figures (checkTripFigures).
 std::optional<UserMessage> checkTrip(const QVariantMap &typed);
+
+// The figures of a trip, each blank or a number from 0 to its limit: the cargo's tonnes, the fuel,
+// the kilometres and the two sums. The message of the first beyond its limit (NaN and infinity
+// included), as the screen shows it and the store refuses it.
+struct TripFigureLimit {
+    const char *column;
+    const char *caption;
+    double limit;
+};
+const QList<TripFigureLimit> &tripFigureLimits();
+std::optional<UserMessage> checkTripFigures(const QVariantMap &values);
 
 // "Съществува ЧМР със същия номер!"
 UserMessage tripNumberTakenMessage();

@@ -61,6 +61,9 @@ std::optional<UserMessage> TripStore::addFirm(const FirmAddress &typed, const QS
 Checked<RecordRow> TripStore::save(const RecordRow &typed, bool adding, const QString &errorTitle) const
 {
     RecordRow row = typed;
+    // Refused here as on the screen, whatever path writes the trip.
+    if (auto failure = checkTripFigures(row.values))
+        return *failure;
     Transaction transaction(m_db);
     if (!transaction.isActive())
         return sqlErrorMessage(errorTitle, m_db.lastError());

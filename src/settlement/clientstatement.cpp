@@ -2,6 +2,7 @@
 
 #include "core/formats.h"
 #include "core/rounding.h"
+#include "courses/coursecheck.h"
 
 #include <cmath>
 
@@ -33,6 +34,13 @@ std::optional<qlonglong> statementKm(double typed)
     if (typed != std::floor(typed) || typed < 0 || typed > 32767)
         return std::nullopt;
     return static_cast<qlonglong>(typed);
+}
+
+std::optional<double> statementRate(double typed)
+{
+    if (!std::isfinite(typed) || typed < 0 || typed > maxCourseRate)
+        return std::nullopt;
+    return typed;
 }
 
 

@@ -34,6 +34,8 @@ StatementTax statementTax(Money gross);
 double wholeKm(double km);
 // Kilometres typed into the working list: a whole number from 0 to 32767; empty for anything else.
 std::optional<qlonglong> statementKm(double typed);
+// A rate typed into the working list: a number from 0 to a course's highest rate; empty otherwise.
+std::optional<double> statementRate(double typed);
 
 
 }

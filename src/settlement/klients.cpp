@@ -4,6 +4,7 @@
 #include "core/formats.h"
 #include "core/valueformat.h"
 #include "core/version.h"
+#include "courses/coursecheck.h"
 #include "data/currencyrows.h"
 #include "data/scratchdatabase.h"
 #include "forms/messageservice.h"
@@ -55,6 +56,24 @@ QString askFileToSave(QWidget *parent)
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return {};
     return dialog.selectedFiles().constFirst();
+}
+
+UserMessage rateMessage(const QVariant &value)
+{
+    return UserMessage::twoLines(QStringLiteral("ГРЕШКА при запис!"),
+                                 QStringLiteral("\"%1\" не е тарифа: нужно е число от 0 до %2!")
+                                     .arg(formatReportValue(value, {}), formatFixed(maxCourseRate, 0)),
+                                 QStringLiteral("Моля, въведете тарифата отново."));
+}
+
+UserMessage switchedMessage(const QString &path, const StatementHeading &heading)
+{
+    return UserMessage::twoLines(QStringLiteral("Зареждане на файл"),
+                                 QStringLiteral("Файлът \"%1\" е справка за клиент \"%2\" за периода от %3 до %4.")
+                                     .arg(QFileInfo(path).fileName(), heading.klient, formatDate(heading.period.from),
+                                          formatDate(heading.period.to)),
+                                 QStringLiteral("Справката е превключена към този клиент и период."),
+                                 UserMessage::Icon::Information);
 }
 
 UserMessage kmMessage(const QVariant &value)
@@ -153,13 +172,21 @@ void Klients::load(QSqlDatabase db)
         return;
     }
     setRows(working.value());
-    // The money of courses of both currencies adds up in euro, each leva sum converted.
-    const RowSet &rows = courses.value();
-    const int date = rows.column(QStringLiteral("data"));
+    showSums(courses.value(), QStringLiteral("data"), QStringLiteral("km"), QStringLiteral("ton"), QStringLiteral("bruto"));
+}
+
+// The sums under the grid. The money of courses of both currencies adds up in euro, each leva sum converted.
+void Klients::showSums(const RowSet &rows, const QString &dateColumn, const QString &kmColumn, const QString &tonColumn,
+                       const QString &moneyColumn)
+{
+    m_sumKm = 0;
+    m_sumTon = 0;
+    m_sumBruto = Money();
+    const int date = rows.column(dateColumn);
     for (int row = 0; row < rows.rowCount(); ++row) {
-        m_sumKm += wholeKm(rows.value(row, QStringLiteral("km")).toDouble());
-        m_sumTon += rows.value(row, QStringLiteral("ton")).toDouble();
-        m_sumBruto += convertAmount(Money::fromAmount(rows.value(row, QStringLiteral("bruto")).toDouble()),
+        m_sumKm += wholeKm(rows.value(row, kmColumn).toDouble());
+        m_sumTon += rows.value(row, tonColumn).toDouble();
+        m_sumBruto += convertAmount(Money::fromAmount(rows.value(row, moneyColumn).toDouble()),
                                     zarek::rowCurrency(rows, row, date), totalsCurrency());
     }
     m_sumKmLabel->setText(formatFixed(m_sumKm, 0));
@@ -217,6 +244,11 @@ std::optional<UserMessage> Klients::writeCell(int row, const QString &field, con
         if (!km)
             return kmMessage(value);
         stored = *km;
+    } else if (field == QLatin1String("Tarifa")) {
+        const std::optional<double> rate = statementRate(value.toDouble());
+        if (!rate)
+            return rateMessage(value);
+        stored = *rate;
     }
     KlientsStore store(m_scratch->db());
     return store.setValue(model()->value(row, QStringLiteral("RowKey")).toLongLong(), field, stored);
@@ -237,26 +269,54 @@ void Klients::openFile()
     if (path.isEmpty())
         return;
     rememberFolder(path);
-    WaitCursor wait;
-    const Checked<StatementFileRows> file = readStatementFile(path);
+    Checked<StatementFile> file = statementFileCancelled();
+    {
+        WaitCursor wait;
+        ProgDialog progress(QStringLiteral("Зареждане на данни за клиенти..."), 1, this);
+        progress.setCancelButtonText(QStringLiteral("Отказ"));
+        progress.setCloseEnabled(true);
+        file = readStatementFile(path, [&progress](int done, int total) {
+            progress.setMaximum(std::max(total, 1));
+            progress.setValue(std::min(done, std::max(total, 1)));
+            return !progress.wasCanceled();
+        });
+    }
     if (!file) {
-        MessageService::instance().inform(file.message());
+        // A cancelled reading needs no word: the dispatcher asked for it.
+        if (!(file.message() == statementFileCancelled()))
+            MessageService::instance().inform(file.message());
         return;
     }
+    const StatementHeading &heading = file.value().heading;
+    const bool switched = heading.klient != m_conditions.SeekKlient || heading.period != m_conditions.period;
     KlientsStore store(m_scratch->db());
-    if (auto refusal = store.replaceRows(file.value())) {
+    if (auto refusal = store.replaceRows(file.value().rows)) {
         MessageService::instance().inform(*refusal);
         return;
     }
     m_openPath = path;
     m_fileLoaded = true;
-    // The sums below keep their values: they tell what was read from the register.
     const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
     if (!working) {
         MessageService::instance().inform(working.message());
         return;
     }
-    rebind(working.value());
+    // The screen shows whose statement the file holds: its client and period head the grid, the
+    // sums and the paper, never those of the statement it replaced.
+    m_conditions.SeekKlient = heading.klient;
+    m_conditions.period = heading.period;
+    m_conditions.SeekTovar.clear();
+    m_conditions.SeekMarsh.clear();
+    m_conditions.SeekKola.clear();
+    setWindowTitle(config(heading.klient).caption);
+    setRows(working.value());
+    showSums(working.value(), QStringLiteral("Data"), QStringLiteral("KM"), QStringLiteral("Ton"), QStringLiteral("Suma"));
+    if (model()->rowCount() > 0) {
+        grid()->setCurrentIndex(model()->index(0, 0));
+        grid()->setFocus();
+    }
+    if (switched)
+        MessageService::instance().inform(switchedMessage(path, heading));
 }
 
 void Klients::saveFile()
@@ -269,7 +329,7 @@ void Klients::saveFile()
         std::optional<UserMessage> refusal;
         {
             WaitCursor wait;
-            refusal = saveStatementFile(m_scratch->db(), path);
+            refusal = saveStatementFile(m_scratch->db(), {m_conditions.SeekKlient, m_conditions.period}, path);
         }
         if (refusal) {
             // The corrections stay on screen to be saved elsewhere.

@@ -36,6 +36,8 @@ public:
     QString openPath() const { return m_openPath; }
     QString savePath() const { return m_savePath; }
     ScratchDatabase *scratch() const { return m_scratch.get(); }
+    // The client and period the screen stands for: those of the search, or of the file loaded.
+    const SearchConditions &conditions() const { return m_conditions; }
 
     // The file dialogs; a test puts its own answers here. An empty name means the dialog was dismissed.
     std::function<QString(QWidget *parent)> chooseFileToOpen;
@@ -54,6 +56,8 @@ private:
     std::optional<UserMessage> writeCell(int row, const QString &field, const QVariant &value);
     bool mayClose();
     void rebind(const RowSet &rows);
+    void showSums(const RowSet &rows, const QString &dateColumn, const QString &kmColumn, const QString &tonColumn,
+                  const QString &moneyColumn);
 
     SearchConditions m_conditions;
     std::unique_ptr<ScratchDatabase> m_scratch;

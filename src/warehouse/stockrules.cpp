@@ -31,17 +31,20 @@ std::optional<UserMessage> checkNumber(const QVariant &typed, const QString &cap
                                      UserMessage::Icon::Exclamation);
     if (quantity)
         return checkQuantity(*number);
-    if (*number < 0) {
-        return UserMessage::twoLines(errorTitle, QStringLiteral("Цената не може да е отрицателна!"),
-                                     QStringLiteral("Моля, въведете цена."), UserMessage::Icon::Exclamation);
-    }
-    return std::nullopt;
+    return checkPrice(*number);
 }
 
 }
 
 std::optional<UserMessage> checkQuantity(double quantity)
 {
+    if (!std::isfinite(quantity))
+        return UserMessage::twoLines(errorTitle, QStringLiteral("Количеството не е число!"),
+                                     QStringLiteral("Моля, въведете количество."), UserMessage::Icon::Exclamation);
+    if (quantity > maxStockQuantity)
+        return UserMessage::twoLines(errorTitle,
+                                     QStringLiteral("Количеството е над %1!").arg(formatFixed(maxStockQuantity, 3)),
+                                     QStringLiteral("Моля, въведете по-малко количество."), UserMessage::Icon::Exclamation);
     if (quantity <= 0)
         return UserMessage::twoLines(errorTitle, QStringLiteral("Количеството трябва да е по-голямо от нула!"),
                                      QStringLiteral("Моля, въведете количество."), UserMessage::Icon::Exclamation);
@@ -49,6 +52,20 @@ std::optional<UserMessage> checkQuantity(double quantity)
         return UserMessage::twoLines(errorTitle, QStringLiteral("Количеството е с повече от три знака след запетаята!"),
                                      QStringLiteral("Моля, въведете до три знака след запетаята."),
                                      UserMessage::Icon::Exclamation);
+    return std::nullopt;
+}
+
+std::optional<UserMessage> checkPrice(double price)
+{
+    if (!std::isfinite(price))
+        return UserMessage::twoLines(errorTitle, QStringLiteral("Цената не е число!"), QStringLiteral("Моля, въведете цена."),
+                                     UserMessage::Icon::Exclamation);
+    if (price < 0)
+        return UserMessage::twoLines(errorTitle, QStringLiteral("Цената не може да е отрицателна!"),
+                                     QStringLiteral("Моля, въведете цена."), UserMessage::Icon::Exclamation);
+    if (price > maxStockPrice)
+        return UserMessage::twoLines(errorTitle, QStringLiteral("Цената е над %1!").arg(formatFixed(maxStockPrice, 2)),
+                                     QStringLiteral("Моля, въведете по-малка цена."), UserMessage::Icon::Exclamation);
     return std::nullopt;
 }
 

@@ -47,8 +47,17 @@ QString cutDocumentKind(const QString &text);
 // The message to show, or none.
 std::optional<UserMessage> checkMovement(const QVariantMap &typed, const QString &vidKol);
 
-// A quantity of a receipt or a stock issue: above zero, in whole thousandths.
+// The largest quantity of one movement and the largest unit price. Within them a movement's sum,
+// and the value of the stock of any name, stay far inside what an amount can hold, so no list or
+// paper ever shows a sum it cannot print.
+inline constexpr double maxStockQuantity = 99999.999;
+inline constexpr double maxStockPrice = 999999.99;
+
+// A quantity of a receipt or a stock issue: a number above zero, in whole thousandths, at most
+// maxStockQuantity.
 std::optional<UserMessage> checkQuantity(double quantity);
+// A unit price: a number from zero to maxStockPrice.
+std::optional<UserMessage> checkPrice(double price);
 
 // A stock issue against the stock on hand of its name, as the screen checks it: the name must
 // stand in stock, at the typed price (the latest receipt's), in the quantity asked.

@@ -438,6 +438,8 @@ Checked<StockMovement> WarehouseStore::addReceipt(StockMovement m) const
         return repairIsNoReceiptMessage();
     if (auto refusal = checkQuantity(m.kol))
         return *refusal;
+    if (auto refusal = checkPrice(m.edin))
+        return *refusal;
     const std::optional<Quantity> quantity = toQuantity(m.kol);
     m.kol = quantityValue(*quantity);
     m.ostat = m.kol;
@@ -468,6 +470,8 @@ Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read,
         return work.failure();
     const Quantity before = storedQuantity(m->kol);
     if (auto refusal = checkQuantity(typed.kol))
+        return *refusal;
+    if (auto refusal = checkPrice(typed.edin))
         return *refusal;
     const std::optional<Quantity> after = toQuantity(typed.kol);
     const bool drawn = drawnOn(work, *m);
@@ -538,6 +542,8 @@ Checked<StockMovement> WarehouseStore::addIssue(StockMovement m) const
     m.docVid = cutDocumentKind(m.docVid);
     m.vidKol = StockMovement::issueKind();
     m.lipsa = true;  // an issue never takes part in issuing
+    if (auto refusal = checkPrice(m.edin))
+        return *refusal;
     Work work(m_db, saveTitle, beforeWrite, m_clock());
     const Changeover changeover = readChangeover(work, m_db);
     if (!work.ok())
@@ -586,6 +592,11 @@ Checked<StockMovement> WarehouseStore::correctIssue(const StockMovement &read, c
     m->docNom = typed.docNom;
     if (lots.isEmpty()) {
         // A cost entry (a repair, a course's expense, or an issue of an older database): no stock.
+        // A quantity left as it stood is kept; a changed one is checked as any typed quantity.
+        if (typed.kol != m->kol) {
+            if (auto refusal = checkQuantity(typed.kol))
+                return *refusal;
+        }
         m->kol = typed.kol;
         m->suma = money(m->kol * m->edin);
         updateMovement(work, *m);

@@ -450,6 +450,9 @@ private slots:
         QTest::newRow("date") << 1 << "31.02.2026";
         QTest::newRow("tonnes") << 6 << "двадесет";
         QTest::newRow("income") << 21 << "1.200,50";
+        QTest::newRow("tonnes over 100") << 6 << "120";
+        QTest::newRow("km negative") << 8 << "-500";
+        QTest::newRow("cost over the limit") << 22 << "100000000";
     }
     void aDateOrAFigureThatIsNoneIsRefused()
     {

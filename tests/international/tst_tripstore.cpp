@@ -4,6 +4,7 @@
 
 #include <QSqlError>
 #include <QSqlQuery>
+#include <limits>
 
 using namespace zarek;
 
@@ -159,6 +160,55 @@ private slots:
         QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
         QCOMPARE(store.numberTaken("0000000037").value(), true);
         QCOMPARE(store.numberTaken("0000000038").value(), false);
+    }
+
+    // The store refuses the figures the screen refuses, on a new trip and on a corrected one; a
+    // blank figure and the limits themselves are taken.
+    void aFigureTheScreenRefusesIsNeverStored_data()
+    {
+        QTest::addColumn<QString>("column");
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<bool>("stored");
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        const double inf = std::numeric_limits<double>::infinity();
+        QTest::newRow("tonnes NaN") << "TovarTon" << QVariant(nan) << false;
+        QTest::newRow("tonnes negative") << "TovarTon" << QVariant(-1.0) << false;
+        QTest::newRow("tonnes over 100") << "TovarTon" << QVariant(100.5) << false;
+        QTest::newRow("tonnes 100") << "TovarTon" << QVariant(100.0) << true;
+        QTest::newRow("fuel infinite") << "TotalFuel" << QVariant(inf) << false;
+        QTest::newRow("km -500") << "TotalKM" << QVariant(-500.0) << false;
+        QTest::newRow("km 1e300") << "TotalKM" << QVariant(1e300) << false;
+        QTest::newRow("income minus infinity") << "TotalP" << QVariant(-inf) << false;
+        QTest::newRow("cost over the limit") << "TotalR" << QVariant(1e9) << false;
+        QTest::newRow("cost 1234,50") << "TotalR" << QVariant(1234.5) << true;
+        QTest::newRow("cost text not a number") << "TotalR" << QVariant(QStringLiteral("nan")) << false;
+        QTest::newRow("fuel blank") << "TotalFuel" << QVariant(QMetaType::fromType<double>()) << true;
+    }
+    void aFigureTheScreenRefusesIsNeverStored()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(QString, column);
+        QFETCH(QVariant, value);
+        QFETCH(bool, stored);
+        const TripStore store(scratch.db());
+        RecordRow row = trip("0000000041", dargos, agro);
+        row.values.insert(column, value);
+        QCOMPARE(checkTrip(row.values).has_value(), !stored);
+        const auto added = store.save(row, true, "ГРЕШКА при запис!");
+        QCOMPARE(added.ok(), stored);
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs"), stored ? 1 : 0);
+        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), stored ? 2 : 0);
+        if (!stored) {
+            QCOMPARE(added.message().title, QStringLiteral("   ГРЕШКА!"));
+            // The same figure typed into a trip that stands is refused too, and the trip keeps its values.
+            const auto first = store.save(trip("0000000041", dargos, agro), true, "ГРЕШКА при запис!");
+            QVERIFY(first.ok());
+            RecordRow corrected = first.value();
+            corrected.values.insert(column, value);
+            QVERIFY(!store.save(corrected, false, "ГРЕШКА при запис!").ok());
+            QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs WHERE TovarTon = 10 AND TotalFuel = 10 AND "
+                                         "TotalKM = 10 AND TotalP = 10 AND TotalR = 10"), 1);
+        }
     }
 
     // A trip corrected keeps its own number: that is no duplicate.

@@ -7,6 +7,7 @@
 #include "testdatabase.h"
 
 #include <QCryptographicHash>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QLabel>
 #include <QPushButton>
@@ -67,12 +68,45 @@ bool makeDatabase(const QString &path, const QStringList &statements)
     return ok;
 }
 
+const QString heading = QStringLiteral("CREATE TABLE KlientsFile (Klient TEXT, OtData TEXT, DoData TEXT)");
+const QString marchHeading =
+    QStringLiteral("INSERT INTO KlientsFile VALUES ('Д''Аргос ООД', '2006-03-01', '2006-03-31')");
+
 const QString fullKlients = QStringLiteral(
     "CREATE TABLE TempKlients (Data TEXT, Marsh TEXT, VidTovar TEXT, Kola TEXT, KM INTEGER, Ton DOUBLE PRECISION, "
     "Tarifa DOUBLE PRECISION, Suma DOUBLE PRECISION)");
 const QString fullKlientsNew = QStringLiteral(
     "CREATE TABLE TempKlientsNew (Data TEXT, Marsh TEXT, VidTovar TEXT, Kola TEXT, KM TEXT, Ton TEXT, Tarifa TEXT, "
     "Suma TEXT)");
+
+// A hand-made file loaded into the March statement is refused with the fault as its first line,
+// and the statement on screen, its scratch rows and its client stay as they were.
+void expectRefusal(const QStringList &statements, const QString &fault)
+{
+    ZAREK_SCRATCH_DB(database);
+    QVERIFY(klientstest::fillCourses(database.db()));
+    QTemporaryDir dir;
+    RecordingMessageService messages;
+    const QString path = dir.filePath(QStringLiteral("чужд.kl"));
+    QVERIFY(makeDatabase(path, statements));
+    auto screen = openStatement(database.db(), dir.path());
+    const QStringList listBefore = shownRows(*screen);
+    const QString sumBefore = screen->findChild<QLabel *>(QStringLiteral("Label4"))->text();
+    screen->chooseFileToOpen = [&path](QWidget *) { return path; };
+    screen->openFile();
+    QCOMPARE(messages.shown.size(), 1);
+    QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при зареждане на файл!"));
+    QCOMPARE(messages.shown.first().text.section(QLatin1Char('\n'), 0, 0), fault);
+    QCOMPARE(messages.shown.first().text.section(QLatin1Char('\n'), 1),
+             QStringLiteral("Файлът не е зареден; справката остава както беше."));
+    QVERIFY(!screen->fileLoaded());
+    QCOMPARE(shownRows(*screen), listBefore);
+    QCOMPARE(screen->findChild<QLabel *>(QStringLiteral("Label4"))->text(), sumBefore);
+    QCOMPARE(screen->conditions().SeekKlient, klientstest::client);
+    QSqlQuery count(screen->scratch()->db());
+    QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM TempKlients")) && count.next());
+    QCOMPARE(count.value(0).toInt(), 4);
+}
 
 }
 
@@ -108,6 +142,12 @@ private slots:
             QVERIFY(messages.asked.isEmpty());
         }
         QVERIFY(QFile::exists(path + QStringLiteral(".kl")));
+        // Client data, readable by the user alone, as archives are.
+        const QFile::Permissions permissions = QFile::permissions(path + QStringLiteral(".kl"));
+        QVERIFY(permissions.testFlags(QFile::ReadOwner | QFile::WriteOwner));
+        QCOMPARE(permissions & (QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther
+                                | QFile::WriteOther | QFile::ExeOther),
+                 QFile::Permissions());
         QCOMPARE(QDir(dir.path()).entryList({QStringLiteral("*.tmp")}, QDir::Files | QDir::Hidden).size(), 0);
 
         auto screen = openStatement(database.db(), dir.path());
@@ -119,8 +159,9 @@ private slots:
                                                   QStringLiteral("Перник - София 25"),
                                                   QStringLiteral("София - Перник 60")}));
         QCOMPARE(screen->model()->index(0, 6).data().toString(), QStringLiteral("0,150"));
-        // The sums keep what was read from the register.
-        QCOMPARE(screen->findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("275,00лв."));
+        // The sums are those of the file's rows (the deleted course of 125,00 is gone), not the register's 275,00.
+        QCOMPARE(screen->findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("225,00лв."));
+        QCOMPARE(screen->findChild<QLabel *>(QStringLiteral("Label2"))->text(), QStringLiteral("205"));
         QCOMPARE(digest(path + QStringLiteral(".kl")), fileBefore);  // loading never writes the file
         ReportPreview *preview = screen->print();
         QVERIFY(preview);
@@ -138,8 +179,6 @@ private slots:
         QTest::newRow("truncated statement") << "truncated";
         QTest::newRow("other database") << "other";
         QTest::newRow("a column missing") << "column";
-        QTest::newRow("letters in KM") << "letters";
-        QTest::newRow("no date in Data") << "date";
         QTest::newRow("no such file") << "missing";
     }
     void aFileThatIsNoStatementIsRefusedAndTheListStays()
@@ -157,7 +196,7 @@ private slots:
             if (kind == QLatin1String("text"))
                 file.write("Данни за клиенти\n2006-03-02;София - Перник;100\n");
         } else if (kind == QLatin1String("truncated")) {
-            QVERIFY(!saveStatementFile(screen->scratch()->db(), path));
+            QVERIFY(!saveStatementFile(screen->scratch()->db(), {klientstest::client, klientstest::march().period}, path));
             QFile file(path);
             QVERIFY(file.size() > 4096);
             QVERIFY(file.resize(file.size() / 2));
@@ -167,14 +206,6 @@ private slots:
             QVERIFY(makeDatabase(path, {QStringLiteral("CREATE TABLE TempKlients (Data TEXT, Marsh TEXT, VidTovar TEXT, "
                                                        "Kola TEXT, KM INTEGER, Ton REAL, Suma REAL)"),
                                         fullKlientsNew}));
-        } else if (kind == QLatin1String("letters")) {
-            QVERIFY(makeDatabase(path, {fullKlients, fullKlientsNew,
-                                        QStringLiteral("INSERT INTO TempKlients VALUES ('2006-03-02', 'София', 'Пясък', "
-                                                       "'СА 1234 ВК', 'сто', 10, 0.1, 100)")}));
-        } else if (kind == QLatin1String("date")) {
-            QVERIFY(makeDatabase(path, {fullKlients, fullKlientsNew,
-                                        QStringLiteral("INSERT INTO TempKlients VALUES ('вчера', 'София', 'Пясък', "
-                                                       "'СА 1234 ВК', 100, 10, 0.1, 100)")}));
         }
         const QStringList listBefore = shownRows(*screen);
         screen->chooseFileToOpen = [&path](QWidget *) { return path; };
@@ -201,6 +232,7 @@ private slots:
         const QString path = dir.filePath(QStringLiteral("стар.kl"));
         QVERIFY(makeDatabase(
             path, {QStringLiteral("CREATE TABLE TempBalans (Red INTEGER, Kola TEXT, Prihod TEXT, Razhod TEXT, Ostatak TEXT)"),
+                   heading, marchHeading,
                    QStringLiteral("CREATE TABLE TempKlients (Red INTEGER, Data TEXT, Marsh TEXT, VidTovar TEXT, Kola TEXT, "
                                   "KM INTEGER, Ton REAL, Tarifa REAL, Suma REAL)"),
                    fullKlientsNew,
@@ -217,6 +249,184 @@ private slots:
         QCOMPARE(shownRows(*screen),
                  (QStringList{QStringLiteral("Перник - Брезник 30"), QStringLiteral("Брезник - Перник 30")}));
         QCOMPARE(screen->model()->index(0, 0).data().toString(), QStringLiteral("09.03.2006"));
+    }
+
+    // A file saved for another client and period switches the screen to them, and says so: the
+    // caption, the sums and the paper all speak of the file's client, never of the one before.
+    void aFileOfAnotherClientSwitchesTheScreenToItsClientAndPeriod()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        const QString path = dir.filePath(QStringLiteral("бетон.kl"));
+        QVERIFY(makeDatabase(path, {heading, fullKlients, fullKlientsNew,
+                                    QStringLiteral("INSERT INTO KlientsFile VALUES ('Бетон АД', '2006-02-01', '2006-02-28')"),
+                                    QStringLiteral("INSERT INTO TempKlients VALUES ('2006-02-10', 'Бетон - Перник', "
+                                                   "'Бетон', 'РВ 7777 АА', 50, 20, 0.05, 50)"),
+                                    QStringLiteral("INSERT INTO TempKlients VALUES ('2006-02-11', 'Перник - Бетон', "
+                                                   "'Бетон', 'РВ 7777 АА', 30, 10, 0.1, 30)")}));
+        auto screen = openStatement(database.db(), dir.path());
+        QVERIFY(screen->windowTitle().endsWith(QStringLiteral(" - Курсове на Д'Аргос ООД")));
+        screen->chooseFileToOpen = [&path](QWidget *) { return path; };
+        screen->openFile();
+        QVERIFY(screen->fileLoaded());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().text,
+                 QStringLiteral("Файлът \"бетон.kl\" е справка за клиент \"Бетон АД\" за периода от 01.02.2006 до 28.02.2006.\n"
+                                "Справката е превключена към този клиент и период."));
+        QCOMPARE(screen->conditions().SeekKlient, QStringLiteral("Бетон АД"));
+        QCOMPARE(screen->conditions().period, (Period{QDate(2006, 2, 1), QDate(2006, 2, 28)}));
+        QVERIFY(screen->windowTitle().endsWith(QStringLiteral(" - Курсове на Бетон АД")));
+        QCOMPARE(shownRows(*screen), (QStringList{QStringLiteral("Бетон - Перник 50"), QStringLiteral("Перник - Бетон 30")}));
+        QCOMPARE(screen->findChild<QLabel *>(QStringLiteral("Label2"))->text(), QStringLiteral("80"));
+        QCOMPARE(screen->findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("80,00лв."));
+        ReportPreview *preview = screen->print();
+        QVERIFY(preview);
+        const QStringList lines = preview->report().textLines();
+        QVERIFY2(lines.contains(QStringLiteral("по заявка на Бетон АД")), qPrintable(lines.join(QLatin1Char('\n'))));
+        QVERIFY(lines.contains(QStringLiteral("за периода от 01.02.2006 до 28.02.2006")));
+        QVERIFY(!lines.join(QLatin1Char('\n')).contains(QStringLiteral("Д'Аргос")));
+        delete preview;
+        // Saved again, the file keeps the client it came with.
+        const QString again = dir.filePath(QStringLiteral("отново.kl"));
+        QVERIFY(!saveStatementFile(screen->scratch()->db(), {screen->conditions().SeekKlient, screen->conditions().period},
+                                   again));
+        QCOMPARE(readStatementFile(again).value().heading.klient, QStringLiteral("Бетон АД"));
+    }
+
+    // The file of the statement on screen loads without a word.
+    void aFileOfTheSameClientAndPeriodLoadsWithoutAWord()
+    {
+        ZAREK_SCRATCH_DB(database);
+        QVERIFY(klientstest::fillCourses(database.db()));
+        QTemporaryDir dir;
+        RecordingMessageService messages;
+        const QString path = dir.filePath(QStringLiteral("март.kl"));
+        auto screen = openStatement(database.db(), dir.path());
+        QVERIFY(!saveStatementFile(screen->scratch()->db(), {klientstest::client, klientstest::march().period}, path));
+        auto other = openStatement(database.db(), dir.path());
+        other->chooseFileToOpen = [&path](QWidget *) { return path; };
+        other->openFile();
+        QVERIFY(other->fileLoaded());
+        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(other->conditions().SeekKlient, klientstest::client);
+    }
+
+    // A file that does not tell its client and period, or tells a wrong one, is refused: its rows
+    // could otherwise stand under the name of the statement on screen.
+    void aFileWithoutAValidClientAndPeriodIsRefused_data()
+    {
+        QTest::addColumn<QStringList>("statements");
+        QTest::addColumn<QString>("fault");
+        const QString none = QStringLiteral("Файлът не казва за кой клиент и период е справката.");
+        const QString wrong = QStringLiteral("Клиентът или периодът, записани във файла, не са верни.");
+        const QString row = QStringLiteral("INSERT INTO TempKlients VALUES ('2006-03-02', 'София', 'Пясък', 'СА 1234 ВК', "
+                                           "100, 10, 0.1, 100)");
+        QTest::newRow("no heading table") << QStringList{fullKlients, fullKlientsNew, row} << none;
+        QTest::newRow("an empty heading") << QStringList{heading, fullKlients, fullKlientsNew, row} << none;
+        QTest::newRow("two headings") << QStringList{heading, marchHeading, marchHeading, fullKlients, fullKlientsNew, row}
+                                      << wrong;
+        QTest::newRow("blank client") << QStringList{heading, "INSERT INTO KlientsFile VALUES ('  ', '2006-03-01', '2006-03-31')",
+                                                     fullKlients, fullKlientsNew, row} << wrong;
+        QTest::newRow("client with a control character")
+            << QStringList{heading, "INSERT INTO KlientsFile VALUES ('Д' || char(7) || 'Аргос', '2006-03-01', '2006-03-31')",
+                           fullKlients, fullKlientsNew, row} << wrong;
+        QTest::newRow("client as a blob") << QStringList{heading, "INSERT INTO KlientsFile VALUES (x'41', '2006-03-01', '2006-03-31')",
+                                                           fullKlients, fullKlientsNew, row} << wrong;
+        QTest::newRow("no date") << QStringList{heading, "INSERT INTO KlientsFile VALUES ('Д''Аргос ООД', 'abc', '2006-03-31')",
+                                                fullKlients, fullKlientsNew, row} << wrong;
+        QTest::newRow("end before start")
+            << QStringList{heading, "INSERT INTO KlientsFile VALUES ('Д''Аргос ООД', '2006-03-31', '2006-03-01')",
+                           fullKlients, fullKlientsNew, row} << wrong;
+    }
+    void aFileWithoutAValidClientAndPeriodIsRefused()
+    {
+        QFETCH(QStringList, statements);
+        QFETCH(QString, fault);
+        expectRefusal(statements, fault);
+    }
+
+    // Every value of the working list must be one the screen itself would hold; the first that is
+    // not refuses the whole file, naming its row, and nothing on screen changes.
+    void aValueTheScreenWouldRefuseRefusesTheFile_data()
+    {
+        QTest::addColumn<QString>("values");
+        QTest::addColumn<QString>("fault");
+        QTest::newRow("km -500") << "'2006-03-02', 'София', 'Пясък', 'СА', -500, 10, 0.1, 100"
+                                 << "Ред 2 на файла: \"-500\" не са километри: нужно е цяло число от 0 до 32767.";
+        QTest::newRow("km 40000") << "'2006-03-02', 'София', 'Пясък', 'СА', 40000, 10, 0.1, 100"
+                                  << "Ред 2 на файла: \"40000\" не са километри: нужно е цяло число от 0 до 32767.";
+        QTest::newRow("km 12.5") << "'2006-03-02', 'София', 'Пясък', 'СА', 12.5, 10, 0.1, 100"
+                                 << "Ред 2 на файла: \"12.5\" не са километри: нужно е цяло число от 0 до 32767.";
+        QTest::newRow("km as text") << "'2006-03-02', 'София', 'Пясък', 'СА', 'сто', 10, 0.1, 100"
+                                    << "Ред 2 на файла: \"сто\" не са километри: нужно е цяло число от 0 до 32767.";
+        QTest::newRow("km missing") << "'2006-03-02', 'София', 'Пясък', 'СА', NULL, 10, 0.1, 100"
+                                    << "Ред 2 на файла: (празно) не са километри: нужно е цяло число от 0 до 32767.";
+        QTest::newRow("NaN sum (stored as nothing)") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, 0.1, 0.0/0.0"
+                                                     << "Ред 2 на файла: сумата (празно) не е число от 0 до 20000000.";
+        QTest::newRow("infinite sum") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, 0.1, 9e999"
+                                      << "Ред 2 на файла: сумата \"inf\" не е число от 0 до 20000000.";
+        QTest::newRow("huge tonnes") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 1e300, 0.1, 100"
+                                     << "Ред 2 на файла: тонажът \"1e+300\" не е число от 0 до 100.";
+        QTest::newRow("negative rate") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, -0.1, 100"
+                                       << "Ред 2 на файла: тарифата \"-0.1\" не е число от 0 до 100.";
+        QTest::newRow("rate as blob") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, x'01', 100"
+                                      << "Ред 2 на файла: тарифата \"\uFFFD\" не е число от 0 до 100.";
+        QTest::newRow("control character in a route") << "'2006-03-02', 'Со' || char(0) || 'фия', 'Пясък', 'СА', 100, 10, 0.1, 100"
+                                                       << "Ред 2 на файла: текстът съдържа непозволен знак.";
+        QTest::newRow("line break in a cargo") << "'2006-03-02', 'София', 'Пя' || char(10) || 'сък', 'СА', 100, 10, 0.1, 100"
+                                               << "Ред 2 на файла: текстът съдържа непозволен знак.";
+        QTest::newRow("truck longer than 12") << "'2006-03-02', 'София', 'Пясък', 'СА 1234 ВК 567', 100, 10, 0.1, 100"
+                                              << "Ред 2 на файла: текстът \"СА 1234 ВК 567\" е по-дълъг от 12 знака.";
+        QTest::newRow("a date \"abc\"") << "'abc', 'София', 'Пясък', 'СА', 100, 10, 0.1, 100"
+                                        << "Ред 2 на файла: датата \"abc\" не е дата.";
+        QTest::newRow("a date outside the period") << "'2006-04-02', 'София', 'Пясък', 'СА', 100, 10, 0.1, 100"
+                                                   << "Ред 2 на файла: датата 02.04.2006 е извън периода на справката.";
+    }
+    void aValueTheScreenWouldRefuseRefusesTheFile()
+    {
+        QFETCH(QString, values);
+        QFETCH(QString, fault);
+        expectRefusal({heading, marchHeading, fullKlients, fullKlientsNew,
+                       QStringLiteral("INSERT INTO TempKlients VALUES ('2006-03-03', 'Перник', 'Пясък', 'СА', 10, 1, 1, 10)"),
+                       QStringLiteral("INSERT INTO TempKlients VALUES (%1)").arg(values)},
+                      fault);
+    }
+
+    // A file of more rows than any statement has is refused before its rows are read, at once.
+    void aFileOverTheSizeLimitIsRefusedAtOnce()
+    {
+        QElapsedTimer clock;
+        clock.start();
+        expectRefusal({heading, marchHeading, fullKlients, fullKlientsNew,
+                       QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                                      "INSERT INTO TempKlients SELECT '2006-03-02', 'София', 'Пясък', 'СА', 100, 10, 0.1, "
+                                      "100 FROM n").arg(maxStatementFileRows + 1)},
+                      QStringLiteral("Файлът съдържа 100001 реда, повече от 100000."));
+        QVERIFY2(clock.elapsed() < 20000, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    // The reading can be cancelled from its progress: nothing is taken and nothing is said.
+    void aCancelledReadingTakesNothing()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("голям.kl"));
+        QVERIFY(makeDatabase(path, {heading, marchHeading, fullKlients, fullKlientsNew,
+                                    QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 5000) "
+                                                   "INSERT INTO TempKlients SELECT '2006-03-02', 'София', 'Пясък', 'СА', "
+                                                   "100, 10, 0.1, 100 FROM n")}));
+        QList<int> told;
+        const Checked<StatementFile> cancelled = readStatementFile(path, [&told](int done, int total) {
+            told.append(done);
+            return done < 1000 && total == 5000;
+        });
+        QVERIFY(!cancelled);
+        QCOMPARE(cancelled.message(), statementFileCancelled());
+        QCOMPARE(told.last(), 1000);
+        const Checked<StatementFile> whole = readStatementFile(path, [](int, int) { return true; });
+        QVERIFY(whole);
+        QCOMPARE(whole.value().rows.klients.rowCount(), 5000);
     }
 
     void aSaveThatCannotBeWrittenKeepsTheScreenAndTheOldFile()
@@ -252,11 +462,13 @@ private slots:
         old.write("стар файл");
         old.close();
         auto screen = openStatement(database.db(), dir.path());
-        QVERIFY(!saveStatementFile(screen->scratch()->db(), path));
-        const Checked<StatementFileRows> read = readStatementFile(path);
+        QVERIFY(!saveStatementFile(screen->scratch()->db(), {klientstest::client, klientstest::march().period}, path));
+        const Checked<StatementFile> read = readStatementFile(path);
         QVERIFY(read.ok());
-        QCOMPARE(read.value().klients.rowCount(), 4);
-        QCOMPARE(read.value().klients.value(1, QStringLiteral("Marsh")).toString(), QStringLiteral("София - Перник"));
+        QCOMPARE(read.value().heading.klient, klientstest::client);
+        QCOMPARE(read.value().heading.period, klientstest::march().period);
+        QCOMPARE(read.value().rows.klients.rowCount(), 4);
+        QCOMPARE(read.value().rows.klients.value(1, QStringLiteral("Marsh")).toString(), QStringLiteral("София - Перник"));
         // The file holds the statement's two tables and nothing else.
         QSqlDatabase file = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("check"));
         {
@@ -267,7 +479,8 @@ private slots:
             QStringList names;
             while (tables.next())
                 names << tables.value(0).toString();
-            QCOMPARE(names, (QStringList{QStringLiteral("TempKlients"), QStringLiteral("TempKlientsNew")}));
+            QCOMPARE(names, (QStringList{QStringLiteral("KlientsFile"), QStringLiteral("TempKlients"),
+                                         QStringLiteral("TempKlientsNew")}));
             file.close();
         }
         file = QSqlDatabase();

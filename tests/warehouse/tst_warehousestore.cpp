@@ -4,6 +4,7 @@
 
 #include <QSqlError>
 #include <QSqlQuery>
+#include <limits>
 #include <random>
 
 using namespace zarek;
@@ -196,6 +197,82 @@ private slots:
         const QString before = snapshot(db);
         QTEST(textOf(store.addIssue(movement(name, kol, price, QDate(2026, 3, 5)))), "message");
         QCOMPARE(snapshot(db), before);
+    }
+
+    // The store refuses what the screens refuse, whatever path calls it: no row ever holds a value
+    // that the stock position or the audit could not print.
+    void theStoreRefusesWhatTheScreensRefuse_data()
+    {
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<double>("kol");
+        QTest::addColumn<double>("price");
+        QTest::addColumn<QString>("message");
+        const double nan = std::numeric_limits<double>::quiet_NaN();
+        const double inf = std::numeric_limits<double>::infinity();
+        const QString quantityNaN = QStringLiteral("ГРЕШКА!|Количеството не е число!\nМоля, въведете количество.");
+        const QString quantityBig = QStringLiteral("ГРЕШКА!|Количеството е над 99999,999!\nМоля, въведете по-малко количество.");
+        const QString priceNaN = QStringLiteral("ГРЕШКА!|Цената не е число!\nМоля, въведете цена.");
+        const QString priceBig = QStringLiteral("ГРЕШКА!|Цената е над 999999,99!\nМоля, въведете по-малка цена.");
+        const QString priceNegative = QStringLiteral("ГРЕШКА!|Цената не може да е отрицателна!\nМоля, въведете цена.");
+        QTest::newRow("receipt of 999 999 999 999,999 at 999 999") << "receipt" << 999999999999.999 << 999999.0 << quantityBig;
+        QTest::newRow("receipt NaN quantity") << "receipt" << nan << 2.0 << quantityNaN;
+        QTest::newRow("receipt Inf quantity") << "receipt" << inf << 2.0 << quantityNaN;
+        QTest::newRow("receipt negative quantity") << "receipt" << -5.0 << 2.0
+                                                   << "ГРЕШКА!|Количеството трябва да е по-голямо от нула!\nМоля, въведете количество.";
+        QTest::newRow("receipt NaN price") << "receipt" << 5.0 << nan << priceNaN;
+        QTest::newRow("receipt Inf price") << "receipt" << 5.0 << inf << priceNaN;
+        QTest::newRow("receipt negative price") << "receipt" << 5.0 << -2.0 << priceNegative;
+        QTest::newRow("receipt price over the limit") << "receipt" << 5.0 << 1000000.0 << priceBig;
+        QTest::newRow("corrected receipt NaN quantity") << "correct receipt" << nan << 2.0 << quantityNaN;
+        QTest::newRow("corrected receipt huge price") << "correct receipt" << 5.0 << 1e300 << priceBig;
+        QTest::newRow("issue NaN price") << "issue" << 1.0 << nan << priceNaN;
+        QTest::newRow("issue huge quantity") << "issue" << 1e15 << 2.0 << quantityBig;
+        QTest::newRow("repair NaN price") << "repair" << 1.0 << nan << priceNaN;
+        QTest::newRow("repair Inf price") << "repair" << 1.0 << inf << priceNaN;
+        QTest::newRow("repair negative price") << "repair" << 1.0 << -240.5 << priceNegative;
+        QTest::newRow("repair price over the limit") << "repair" << 1.0 << 1e12 << priceBig;
+        QTest::newRow("corrected repair NaN quantity") << "correct repair" << nan << 240.5 << quantityNaN;
+        QTest::newRow("corrected issue Inf quantity") << "correct issue" << inf << 2.0 << quantityNaN;
+    }
+    void theStoreRefusesWhatTheScreensRefuse()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QFETCH(QString, call);
+        QFETCH(double, kol);
+        QFETCH(double, price);
+        QSqlDatabase db = scratch.db();
+        const WarehouseStore store = storeOf(db);
+        const auto receipt = store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1)));
+        const auto issue = store.addIssue(movement("Масло", 4, 2.00, QDate(2026, 3, 2)));
+        const auto repair = store.addIssue(movement("Ремонт", 1, 240.50, QDate(2026, 3, 3)));
+        QVERIFY(receipt && issue && repair);
+        const QString before = snapshot(db);
+        QString refusal;
+        if (call == QLatin1String("receipt")) {
+            refusal = textOf(store.addReceipt(movement("Масло", kol, price, QDate(2026, 3, 5))));
+        } else if (call == QLatin1String("correct receipt")) {
+            const auto fresh = store.addReceipt(movement("Гуми", 4, 2.00, QDate(2026, 3, 4)));
+            QVERIFY(fresh);
+            const QString withFresh = snapshot(db);
+            refusal = textOf(store.correctReceipt(fresh.value(), movement("Гуми", kol, price, QDate(2026, 3, 4))));
+            QCOMPARE(snapshot(db), withFresh);
+            QTEST(refusal, "message");
+            QVERIFY(brokenInvariants(db).isEmpty());
+            return;
+        } else if (call == QLatin1String("issue")) {
+            refusal = textOf(store.addIssue(movement("Масло", kol, price, QDate(2026, 3, 5))));
+        } else if (call == QLatin1String("repair")) {
+            refusal = textOf(store.addIssue(movement("Ремонт", kol, price, QDate(2026, 3, 5))));
+        } else if (call == QLatin1String("correct repair")) {
+            refusal = textOf(store.correctIssue(repair.value(), movement("Ремонт", kol, price, QDate(2026, 3, 5))));
+        } else if (call == QLatin1String("correct issue")) {
+            refusal = textOf(store.correctIssue(issue.value(), movement("Масло", kol, price, QDate(2026, 3, 5))));
+        }
+        QTEST(refusal, "message");
+        QCOMPARE(snapshot(db), before);
+        QVERIFY(brokenInvariants(db).isEmpty());
+        // Nothing stored that a list could not print.
+        QVERIFY(!scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Kol > 99999.999 OR Edin > 999999.99 OR Edin < 0").toBool());
     }
 
     // The oldest receipt brought exactly to 0 stays open; the next issue passes over it at no cost.
