@@ -23,6 +23,8 @@
 
 namespace zarek {
 
+using namespace settlement;
+
 namespace {
 
 const QString loadTitle = QStringLiteral("ГРЕШКА при зареждане на файл!");
