@@ -46,7 +46,7 @@ lintian --fail-on error "$deb" || fail "lintian found errors"
 
 # The unpacked program uses its own libraries, answers in Bulgarian, and starts to its first window.
 program="$unpacked/usr/bin/zarek"
-ldd "$program" | grep -q "$unpacked/usr/lib/zarek/libzarek_app.so" || fail "the program does not find its own libraries"
+ldd "$program" | grep -q "libzarek_app.so => $unpacked/usr/" || fail "the program does not find its own libraries"
 "$program" --version | grep -qx "Зарек, версия [0-9.]*" || fail "zarek --version"
 "$program" --help | grep -q "^Употреба: zarek" || fail "zarek --help"
 first="$(cd "$unpacked" && QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 timeout 60 "$program" --probe-start \

@@ -447,8 +447,23 @@ private slots:
                     if (QApplication::activeModalWidget() && w != QApplication::activeModalWidget())
                         continue;
                     if (seen.contains(w)) {
-                        // A search that found nothing stays open: it is closed after a while.
-                        if (++waited[w] == 50) {
+                        // A search that found nothing stays open: the next choices are tried, then it
+                        // is closed.
+                        auto *search = qobject_cast<SearchDialog *>(w);
+                        if (search && ++waited[w] % 10 == 0 && waited[w] < 200) {
+                            for (QComboBox *combo : search->findChildren<QComboBox *>()) {
+                                if (combo->isEnabled() && combo->count() > 1)
+                                    combo->setCurrentIndex((combo->currentIndex() + 1) % combo->count());
+                            }
+                            if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
+                                QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
+                        } else if (!search && ++waited[w] == 50) {
+                            qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
+                            if (auto *dialog = qobject_cast<QDialog *>(w))
+                                QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
+                            else
+                                QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+                        } else if (search && waited[w] == 200) {
                             qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
                             if (auto *dialog = qobject_cast<QDialog *>(w))
                                 QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
