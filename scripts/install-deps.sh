@@ -10,6 +10,9 @@ packages=(
 if [ "${1:-}" = "--test" ]; then
   # clang-14 with its runtime libraries: ASan, UBSan and libFuzzer for scripts/test-sanitizers.sh.
   packages+=(postgresql xvfb xauth poppler-utils unzip clang-14 libclang-rt-14-dev)
+  # The package check: the validators of desktop entries and AppStream data, lintian, and
+  # rsvg-convert that draws the icon's pictures from its SVG.
+  packages+=(desktop-file-utils appstream lintian librsvg2-bin)
 fi
 
 missing=()

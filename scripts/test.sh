@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds, and runs every test on SQLite and PostgreSQL, then the
-# sanitizer and fuzz run.
+# Installs what is missing, builds, and runs every test on SQLite and PostgreSQL, then makes and
+# checks the Debian package, then the sanitizer and fuzz run.
 # Uses the server in ZAREK_TEST_PG when set, otherwise starts a throw-away one for the run.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
@@ -17,6 +17,9 @@ if [ -z "${ZAREK_TEST_PG:-}" ]; then
 fi
 echo "PostgreSQL for the tests: $ZAREK_TEST_PG"
 (cd "$build" && ctest --output-on-failure -j2 "$@")
+
+# The Debian package: contents, validators, lintian, and the unpacked program started.
+"$root/scripts/check-package.sh"
 
 # The core's tests again under AddressSanitizer and UndefinedBehaviorSanitizer, and the parsers
 # under libFuzzer for a bounded time; ZAREK_SANITIZE=0 leaves them out of a quick local run.

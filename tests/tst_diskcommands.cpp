@@ -89,6 +89,21 @@ private slots:
         QCOMPARE(open->fileMode(), QFileDialog::ExistingFile);
     }
 
+    // The archive dialogs opened in the documents folder, away from the archives: they open in the
+    // data folder where the database and its archives are kept.
+    void theArchiveDialogsOpenedAwayFromTheArchives()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        setDiskCommandHooks({});
+        const QString data = archiveFolder(scratch.db());
+        const QString expected = QFileInfo(data).isDir() ? data : QDir::homePath();
+        QCOMPARE(archiveDialogFolder(scratch.db()), expected);
+        for (const ArchiveDialog kind : {ArchiveDialog::Save, ArchiveDialog::Open}) {
+            std::unique_ptr<QFileDialog> dialog(makeArchiveFileDialog(kind, nullptr, archiveDialogFolder(scratch.db())));
+            QCOMPARE(QDir(dialog->directory()).canonicalPath(), QDir(expected).canonicalPath());
+        }
+    }
+
     // Cancelling either file dialog copies nothing, replaces nothing and says nothing.
     void aCancelledDialogCopiesNothing()
     {

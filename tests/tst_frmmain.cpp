@@ -79,13 +79,14 @@ private slots:
             "mnuSklad|Склад||104", "mnuSklPrih|Приход||27", "mnuSklRaz|Разход||28", "mnuSepBar0|-",
             "mnuSprPrihod|Справка приходи||29", "mnuSprRazhod|Справка разходи||30", "mnuSprBalans|Справка баланс||0",
             "mnuSepBar1|-", "mnuNal|Наличност||31", "mnuSepBar2|-", "mnuPrihPer|Ревизия||32",
-            "mnuHelp|Помощ||105", "mnuHelpContents|Съдържание||33", "mnuHelpBar1|-", "mnuHelpPerson|Инициализация||0",
+            "mnuHelp|Помощ||105", "mnuHelpContents|Съдържание||33",
+            "mnuHelpGuide|Ръководство||292", "mnuHelpKeys|Клавишни комбинации||291", "mnuHelpBar1|-", "mnuHelpPerson|Инициализация||0",
             "mnuHelpBar0|-", "mnuHelpWeb|Интернет-страница||0", "mnuHelpBar2|-", "mnuHelpAbout|За програмата...||35"};
         const auto describe = [](QAction *action) {
             if (action->isSeparator())
                 return action->objectName() + QStringLiteral("|-");
             return QStringLiteral("%1|%2|%3|%4")
-                .arg(action->objectName(), action->text(), action->shortcut().toString(QKeySequence::PortableText))
+                .arg(action->objectName(), QString(action->text()).remove(QLatin1Char('&')), action->shortcut().toString(QKeySequence::PortableText))
                 .arg(action->data().toInt());
         };
         QStringList built;
@@ -500,8 +501,8 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         About about(scratch.config());
-        QCOMPARE(about.windowTitle(), QStringLiteral("Зарек 2.3.4"));
-        QCOMPARE(about.findChild<QLabel *>(QStringLiteral("lblVersion"))->text(), QStringLiteral("Version 2.3.4"));
+        QCOMPARE(about.windowTitle(), QStringLiteral("Зарек – За програмата"));
+        QCOMPARE(about.findChild<QLabel *>(QStringLiteral("lblVersion"))->text(), QStringLiteral("Версия 2.3.4"));
         const QString info = About::systemInformation(scratch.config());
         QVERIFY(info.contains(QStringLiteral("Qt 6")));
         QVERIFY(info.contains(scratch.config().describe()));

@@ -543,7 +543,7 @@ private slots:
         ReportPreview preview(laid);
         preview.show();
         QVERIFY(QTest::qWaitForWindowExposed(&preview));
-        QCOMPARE(preview.windowTitle(), QStringLiteral("Проба"));
+        QCOMPARE(preview.windowTitle(), QStringLiteral("Зарек – Проба"));  // "Зарек – <screen>", as every window
         QCOMPARE(preview.currentPage(), 0);
         auto *previous = preview.findChild<QToolButton *>(QStringLiteral("cmdPrevious"));
         auto *next = preview.findChild<QToolButton *>(QStringLiteral("cmdNext"));

@@ -46,10 +46,10 @@ QString About::systemInformation(const DatabaseConfig &database)
 About::About(const DatabaseConfig &database, QWidget *parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("About"));
-    setWindowTitle(QStringLiteral("Зарек ") + version::text());
+    setWindowTitle(QStringLiteral("Зарек – За програмата"));
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(label(QStringLiteral("lblTitle"), QStringLiteral("Зарек"), this, 18, true));
-    layout->addWidget(label(QStringLiteral("lblVersion"), QStringLiteral("Version ") + version::text(), this));
+    layout->addWidget(label(QStringLiteral("lblVersion"), QStringLiteral("Версия ") + version::text(), this));
     layout->addWidget(label(QStringLiteral("lblDescription"),
                             QStringLiteral("        Програма за организация на дейността в транспортната фирма"), this));
     QLabel *web = label(QStringLiteral("Label1"),

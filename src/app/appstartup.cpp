@@ -1,6 +1,7 @@
 #include "appstartup.h"
 
 #include "app/about.h"
+#include "app/desktopconventions.h"
 #include "app/databasepassword.h"
 #include "app/demodata.h"
 #include "app/firststart.h"
@@ -16,6 +17,7 @@
 #include "forms/messageservice.h"
 #include "forms/progdialog.h"
 #include "forms/waitcursor.h"
+#include "core/version.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -57,34 +59,98 @@ UserMessage badDatabaseTextMessage(const QString &text)
                                  UserMessage::Icon::Critical);
 }
 
-StartOptions parseStartOptions(const QStringList &arguments)
-{
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("Зарек — регистър на курсовете на транспортна фирма"));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption database(QStringLiteral("database"),
-                                      QStringLiteral("Базата данни: файл на SQLite или postgresql://потребител@сървър:порт/база "
-                                                     "(паролата - от ~/.pgpass, PGPASSWORD или при поискване)"),
-                                      QStringLiteral("база"));
-    // Kept so that older scripts still start: a new database always opens the first-start dialog now.
-    QCommandLineOption empty(QStringLiteral("empty"), QStringLiteral("Без действие: новата база данни винаги пита."));
-    empty.setFlags(QCommandLineOption::HiddenFromHelp);
-    const QCommandLineOption demoCourses(QStringLiteral("demo-courses"),
-                                         QStringLiteral("Брой курсове в нова демонстрационна база."),
-                                         QStringLiteral("брой"), QStringLiteral("6000"));
-    parser.addOptions({database, empty, demoCourses});
-    parser.process(arguments);
+namespace {
 
-    StartOptions options;
-    options.database = parser.value(database);
-    options.demoCourses = qMax(0, parser.value(demoCourses).toInt());
+struct OptionText {
+    QStringList names;
+    QString valueName;
+    QString description;
+};
+
+const QList<OptionText> &optionTexts()
+{
+    static const QList<OptionText> options = {
+        {{QStringLiteral("database")}, QStringLiteral("база"),
+         QStringLiteral("Базата данни: файл на SQLite или postgresql://потребител@сървър:порт/база "
+                        "(паролата - от ~/.pgpass, PGPASSWORD или при поискване).")},
+        {{QStringLiteral("demo-courses")}, QStringLiteral("брой"),
+         QStringLiteral("Брой курсове в нова демонстрационна база (6000, ако не е зададен).")},
+        {{QStringLiteral("h"), QStringLiteral("help")}, {}, QStringLiteral("Показва тази помощ и приключва.")},
+        {{QStringLiteral("v"), QStringLiteral("version")}, {}, QStringLiteral("Показва версията и приключва.")},
+    };
     return options;
 }
 
-int runZarek(QApplication &app)
+QString optionSyntax(const OptionText &option)
 {
-    const StartOptions options = parseStartOptions(app.arguments());
+    QStringList names;
+    for (const QString &name : option.names)
+        names.append((name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name);
+    QString syntax = names.join(QStringLiteral(", "));
+    if (!option.valueName.isEmpty())
+        syntax += QStringLiteral(" <%1>").arg(option.valueName);
+    return syntax;
+}
+
+}
+
+QString commandLineHelp()
+{
+    QString text = QStringLiteral("Употреба: zarek [настройки]\n"
+                                  "Зарек %1 — регистър на курсовете на транспортна фирма.\n\n"
+                                  "Настройки:\n").arg(version::text());
+    int width = 0;
+    for (const OptionText &option : optionTexts())
+        width = qMax(width, int(optionSyntax(option).size()));
+    for (const OptionText &option : optionTexts())
+        text += QStringLiteral("  %1  %2\n").arg(optionSyntax(option).leftJustified(width), option.description);
+    text += QStringLiteral("\nПроменливата на средата ZAREK_DATABASE приема същото като --database; --database е с предимство.\n"
+                           "Без --database: Zarek.db в папката с данни на потребителя.\n"
+                           "Ръководството е в менюто \"Помощ\" на програмата.\n");
+    return text;
+}
+
+StartOptions parseStartOptions(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    const QCommandLineOption database(QStringLiteral("database"), optionTexts()[0].description, QStringLiteral("база"));
+    // Kept so that older scripts still start: a new database always opens the first-start dialog now.
+    const QCommandLineOption empty(QStringLiteral("empty"));
+    const QCommandLineOption demoCourses(QStringLiteral("demo-courses"), optionTexts()[1].description,
+                                         QStringLiteral("брой"), QStringLiteral("6000"));
+    const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
+    const QCommandLineOption versionOption(QStringList{QStringLiteral("v"), QStringLiteral("version")});
+    const QCommandLineOption probe(QStringLiteral("probe-start"));
+    parser.addOptions({database, empty, demoCourses, help, versionOption, probe});
+
+    StartOptions options;
+    if (!parser.parse(arguments)) {
+        const QString wrong = parser.unknownOptionNames().isEmpty() ? QString() : parser.unknownOptionNames().first();
+        options.answer = (wrong.isEmpty() ? QStringLiteral("Непълен команден ред: на настройката липсва стойност.")
+                                          : QStringLiteral("Непозната настройка: %1").arg(wrong))
+                         + QStringLiteral("\n\"zarek --help\" показва настройките.\n");
+        options.answerExitCode = 2;
+        return options;
+    }
+    if (parser.isSet(help)) {
+        options.answer = commandLineHelp();
+        return options;
+    }
+    if (parser.isSet(versionOption)) {
+        options.answer = QStringLiteral("Зарек, версия %1\n").arg(version::text());
+        return options;
+    }
+    options.database = parser.value(database);
+    options.demoCourses = qMax(0, parser.value(demoCourses).toInt());
+    options.probeStart = parser.isSet(probe);
+    return options;
+}
+
+int runZarek(QApplication &app, const StartOptions &options)
+{
+    if (options.probeStart)
+        closeFirstWindowShown(app);
     const QString environment = qEnvironmentVariable(databaseEnvironmentVariable);
     const auto config = resolveDatabaseConfig(options.database, environment);
     if (!config) {

@@ -26,13 +26,10 @@ DiskCommandHooks &hooks()
     return installed;
 }
 
-// The folder of the last file chosen in either dialog, for the next one.
+// The folder of the last file chosen in either dialog, for the next one; empty before the first.
 QString &lastFolder()
 {
-    static QString folder = [] {
-        const QString documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-        return QFileInfo(documents).isDir() ? documents : QDir::homePath();
-    }();
+    static QString folder;
     return folder;
 }
 
@@ -57,7 +54,7 @@ QString chooseFile(ArchiveDialog kind, CommandContext &context)
 {
     if (hooks().chooseFile)
         return hooks().chooseFile(kind);
-    QPointer<QFileDialog> dialog = makeArchiveFileDialog(kind, context.window);
+    QPointer<QFileDialog> dialog = makeArchiveFileDialog(kind, context.window, archiveDialogFolder(context.db));
     // F1 in the dialog tells about its command.
     if (context.helpTopic)
         dialog->setProperty("helpTopic", context.helpTopic(kind == ArchiveDialog::Save ? QStringLiteral("mnuDiskZap")
@@ -200,11 +197,19 @@ void closeTheYear(CommandRegistry &commands)
 
 }
 
-QFileDialog *makeArchiveFileDialog(ArchiveDialog kind, QWidget *parent)
+QString archiveDialogFolder(const QSqlDatabase &db)
+{
+    if (!lastFolder().isEmpty())
+        return lastFolder();
+    const QString folder = dataFolder(db);
+    return QFileInfo(folder).isDir() ? folder : QDir::homePath();  // a shared database kept no file here yet
+}
+
+QFileDialog *makeArchiveFileDialog(ArchiveDialog kind, QWidget *parent, const QString &folder)
 {
     const bool save = kind == ArchiveDialog::Save;
     auto *dialog = new QFileDialog(parent, save ? QStringLiteral("Запис на данни") : QStringLiteral("Зареждане на архивни данни"),
-                                   lastFolder());
+                                   folder);
     dialog->setObjectName(QStringLiteral("CommonDialog1"));
     dialog->setNameFilters({QStringLiteral("Архивни файлове с данни (*.abd)"), QStringLiteral("Всички файлове (*.*)")});
     dialog->setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);

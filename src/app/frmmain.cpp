@@ -119,14 +119,23 @@ FrmMain::FrmMain(const FirmProfile &profile, const DatabaseConfig &database, QSq
 
 void FrmMain::showHelp(int topic)
 {
+    // Over a modal screen the help opens in front of it, as a window of that screen, and can be read
+    // and closed there; the screen waits behind it.
+    QWidget *modal = QApplication::activeModalWidget();
+    QWidget *owner = m_help && modal == m_help.data() ? m_help->parentWidget() : modal ? modal : this;
+    if (m_help && m_help->parentWidget() != owner)
+        m_help->close();
     if (!m_help) {
-        auto *help = new HelpWindow(this);
+        auto *help = new HelpWindow(owner);
         help->setAttribute(Qt::WA_DeleteOnClose);
+        if (owner != this)
+            help->setWindowModality(Qt::ApplicationModal);
         m_help = help;
     }
     static_cast<HelpWindow *>(m_help.data())->showTopic(topic);
     m_help->show();
     m_help->raise();
+    m_help->activateWindow();
 }
 
 int FrmMain::shownHelpTopic() const
@@ -137,6 +146,20 @@ int FrmMain::shownHelpTopic() const
 // F1 shows the topic of the highlighted menu command or of the screen in front.
 bool FrmMain::eventFilter(QObject *watched, QEvent *event)
 {
+    // F10 opens the first menu of the bar, as on the desktop, when the main window has the keys.
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_F10
+        && static_cast<QKeyEvent *>(event)->modifiers() == Qt::NoModifier && !QApplication::activePopupWidget()) {
+        auto *target = qobject_cast<QWidget *>(watched);
+        if (target && target->window() == this && !QApplication::activeModalWidget()) {
+            for (QAction *top : menuBar()->actions()) {
+                if (top->isVisible() && top->isEnabled()) {
+                    menuBar()->setActiveAction(top);
+                    break;
+                }
+            }
+            return true;
+        }
+    }
     if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent *>(event)->key() == Qt::Key_F1) {
         int topic = helpContentsTopic;
         if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget()); menu && menu->activeAction()) {
@@ -159,17 +182,38 @@ FrmMain::~FrmMain() = default;
 
 void FrmMain::buildMenus()
 {
+    // Every menu and item has its Alt letter, unique within its menu.
+    QStringList topCaptions;
+    QHash<QString, QStringList> itemCaptions;
+    QString currentTop;
+    for (const MenuEntry &entry : menuTree()) {
+        if (entry.kind == MenuEntry::Kind::TopMenu) {
+            currentTop = entry.name;
+            topCaptions.append(entry.caption);
+        } else if (entry.kind == MenuEntry::Kind::Item) {
+            itemCaptions[currentTop].append(entry.caption);
+        }
+    }
+    const QStringList topMarked = withMnemonics(topCaptions);
+    QHash<QString, QStringList> itemMarked;
+    for (auto it = itemCaptions.cbegin(); it != itemCaptions.cend(); ++it)
+        itemMarked.insert(it.key(), withMnemonics(it.value()));
+    int topIndex = 0;
+    int itemIndex = 0;
+
     QMenu *current = nullptr;
     for (const MenuEntry &entry : menuTree()) {
         QAction *action = nullptr;
         if (entry.kind == MenuEntry::Kind::TopMenu) {
-            current = menuBar()->addMenu(entry.caption);
+            current = menuBar()->addMenu(topMarked.value(topIndex++));
             current->setObjectName(entry.name);
+            currentTop = entry.name;
+            itemIndex = 0;
             action = current->menuAction();
         } else if (entry.kind == MenuEntry::Kind::Separator) {
             action = current->addSeparator();
         } else {
-            action = current->addAction(entry.caption);
+            action = current->addAction(itemMarked.value(currentTop).value(itemIndex++));
             if (!entry.shortcut.isEmpty())
                 action->setShortcut(QKeySequence(entry.shortcut));
         }
@@ -391,6 +435,8 @@ void FrmMain::registerShellCommands()
         m_commands->runModal(about, m_commands->context().helpTopic(QStringLiteral("mnuHelpAbout")));
     });
     commands.add(QStringLiteral("mnuHelpContents"), [this] { showHelp(helpContentsTopic); });
+    commands.add(QStringLiteral("mnuHelpGuide"), [this] { showHelp(helpGuideTopic); });
+    commands.add(QStringLiteral("mnuHelpKeys"), [this] { showHelp(helpKeysTopic); });
     // Ctrl+Z, the key of "undo" everywhere else, ends the program only when the user says so.
     commands.add(QStringLiteral("mnuFileExit"), [this] {
         if (MessageService::instance().askYesNo({QStringLiteral("Изход"), QStringLiteral("Да изляза ли от програмата?"),

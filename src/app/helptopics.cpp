@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QTextDocument>
 #include <algorithm>
 
 namespace zarek {
@@ -20,8 +21,33 @@ QString readPage(const QString &name)
     return QString::fromUtf8(file.readAll());
 }
 
+// The guide, written in Markdown in docs/guide and shown here with its pictures.
+std::optional<HelpTopic> guideTopic()
+{
+    QFile file(QStringLiteral(":/guide/README.md"));
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    QString markdown = QString::fromUtf8(file.readAll());
+    // The first heading is the topic's title.
+    static const QRegularExpression heading(QStringLiteral("^#\\s+([^\\n]*)\\n"));
+    QString title = QStringLiteral("Ръководство");
+    if (const auto match = heading.match(markdown); match.hasMatch()) {
+        title = match.captured(1).trimmed();
+        markdown.remove(0, match.capturedLength());
+    }
+    QTextDocument document;
+    document.setMarkdown(markdown);
+    QString html = document.toHtml();
+    html.replace(QStringLiteral("src=\"images/"), QStringLiteral("src=\"qrc:/guide/images/"));
+    return HelpTopic{helpGuideTopic, title, html};
+}
+
 std::optional<HelpTopic> topicOfPage(int number)
 {
+    if (number == helpKeysTopic)
+        return HelpTopic{helpKeysTopic, QStringLiteral("Клавишни комбинации"), keyboardShortcutsHtml()};
+    if (number == helpGuideTopic)
+        return guideTopic();
     QString html = readPage(QString::number(number) + QStringLiteral(".html"));
     if (html.isEmpty())
         return std::nullopt;
@@ -34,6 +60,14 @@ std::optional<HelpTopic> topicOfPage(int number)
     return HelpTopic{number, title, html};
 }
 
+}
+
+QString keyboardShortcutsHtml()
+{
+    QString html = QStringLiteral("<table cellpadding=\"3\">");
+    for (const KeyRow &row : keyboardShortcuts())
+        html += QStringLiteral("<tr><td><b>%1</b></td><td>%2</td></tr>").arg(row.keys.toHtmlEscaped(), row.action.toHtmlEscaped());
+    return html + QStringLiteral("</table>");
 }
 
 const QList<HelpTopic> &helpTopics()

@@ -20,5 +20,11 @@ struct HelpTopic {
 const QList<HelpTopic> &helpTopics();
 const HelpTopic *findHelpTopic(int number);
 inline constexpr int helpContentsTopic = 33;
+// "Клавишни комбинации", made from the menu tree's shortcuts, and the guide "Ръководство".
+inline constexpr int helpKeysTopic = 291;
+inline constexpr int helpGuideTopic = 292;
+
+// The keys page as HTML: a table of every shortcut.
+QString keyboardShortcutsHtml();
 
 }

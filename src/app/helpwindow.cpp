@@ -11,7 +11,7 @@ namespace zarek {
 HelpWindow::HelpWindow(QWidget *parent) : QDialog(parent)
 {
     setObjectName(QStringLiteral("HelpWindow"));
-    setWindowTitle(QStringLiteral("Зарек - Помощ"));
+    setWindowTitle(QStringLiteral("Зарек – Помощ"));
     m_browser = new QTextBrowser(this);
     m_browser->setObjectName(QStringLiteral("helpText"));
     m_browser->setOpenLinks(false);
@@ -22,7 +22,7 @@ HelpWindow::HelpWindow(QWidget *parent) : QDialog(parent)
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_browser);
     layout->addWidget(contents, 0, Qt::AlignLeft);
-    resize(560, 480);
+    resize(720, 560);
     showTopic(helpContentsTopic);
 }
 

@@ -1,5 +1,7 @@
 #include "menutree.h"
 
+#include <QKeySequence>
+#include <QSet>
 #include <QStringList>
 
 namespace zarek {
@@ -87,6 +89,8 @@ const QList<MenuEntry> &menuTree()
         item("mnuPrihPer", "Ревизия", "", 32),
         top("mnuHelp", "Помощ", 105),
         item("mnuHelpContents", "Съдържание", "", 33),
+        item("mnuHelpGuide", "Ръководство", "", 292),
+        item("mnuHelpKeys", "Клавишни комбинации", "", 291),
         bar("mnuHelpBar1"),
         item("mnuHelpPerson", "Инициализация"),
         bar("mnuHelpBar0"),
@@ -129,6 +133,57 @@ const QList<ToolbarKey> &toolbarKeys()
         {QStringLiteral("Open"), QStringLiteral("Зареждане от дискета"), QStringLiteral("mnuDiskZar")},
     };
     return keys;
+}
+
+QStringList withMnemonics(const QStringList &captions)
+{
+    QSet<QChar> taken;
+    QStringList marked;
+    const auto freeAt = [&taken](const QString &caption, bool wordStartsOnly) -> qsizetype {
+        for (qsizetype i = 0; i < caption.size(); ++i) {
+            const QChar c = caption[i];
+            const bool wordStart = i == 0 || !caption[i - 1].isLetterOrNumber();
+            if (c.isLetterOrNumber() && (wordStart || !wordStartsOnly) && !taken.contains(c.toLower()))
+                return i;
+        }
+        return -1;
+    };
+    for (const QString &caption : captions) {
+        QString text = caption;
+        text.replace(QLatin1Char('&'), QStringLiteral("&&"));
+        qsizetype at = freeAt(text, true);
+        if (at < 0)
+            at = freeAt(text, false);
+        if (at >= 0) {
+            taken.insert(text[at].toLower());
+            text.insert(at, QLatin1Char('&'));
+        }
+        marked.append(text);
+    }
+    return marked;
+}
+
+QList<KeyRow> keyboardShortcuts()
+{
+    QList<KeyRow> rows;
+    QString menu;
+    for (const MenuEntry &entry : menuTree()) {
+        if (entry.kind == MenuEntry::Kind::TopMenu)
+            menu = entry.caption;
+        else if (entry.kind == MenuEntry::Kind::Item && !entry.shortcut.isEmpty())
+            rows.append({QKeySequence(entry.shortcut).toString(QKeySequence::NativeText), menu + QStringLiteral(" → ") + entry.caption});
+    }
+    rows += {
+        {QStringLiteral("F1"), QStringLiteral("Помощ за командата от менюто или за екрана отпред")},
+        {QStringLiteral("F10"), QStringLiteral("Към менюто (първото меню се отваря)")},
+        {QStringLiteral("Alt+подчертана буква"), QStringLiteral("Отваря менюто или изпълнява командата с тази буква")},
+        {QStringLiteral("Tab, Shift+Tab"), QStringLiteral("Към следващото, предишното поле или бутон")},
+        {QStringLiteral("Enter"), QStringLiteral("Натиска бутона, на който е фокусът; в диалог - основния бутон")},
+        {QStringLiteral("Интервал"), QStringLiteral("Натиска бутона, на който е фокусът; в списъците за фактуриране и "
+                                                 "плащане маркира реда")},
+        {QStringLiteral("Esc"), QStringLiteral("Затваря диалога, без да приеме")},
+    };
+    return rows;
 }
 
 QString weekdayName(int dayOfWeek)

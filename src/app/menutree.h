@@ -30,6 +30,19 @@ struct ToolbarKey {
 };
 const QList<ToolbarKey> &toolbarKeys();
 
+// The captions of one menu (or of the menu bar) with an Alt mnemonic each ("&Справки"): the first
+// letter of a word that no caption before it in the menu took, else the first free letter of the
+// caption. The captions themselves stay as they are.
+QStringList withMnemonics(const QStringList &captions);
+
+// The keys of the program, made from the menu tree's shortcuts and the keys every window knows:
+// rows of key and what it does, in menu order.
+struct KeyRow {
+    QString keys;
+    QString action;
+};
+QList<KeyRow> keyboardShortcuts();
+
 // The weekday name shown in the status bar; Qt's day of week, Monday = 1.
 QString weekdayName(int dayOfWeek);
 

@@ -22,7 +22,7 @@ SearchDialog::SearchDialog(SearchMode mode, QSqlDatabase db, QWidget *parent)
     setWindowTitle(QStringLiteral("Условия за търсене"));
     setModal(true);
 
-    m_periodFrame = new QGroupBox(QStringLiteral("Избор на начална и крайна дата ( ММ/ДД/ГГ )"), this);
+    m_periodFrame = new QGroupBox(QStringLiteral("Избор на начална и крайна дата ( дд.мм.гггг )"), this);
     m_periodFrame->setObjectName(QStringLiteral("Frame1"));
     m_from = new DateEntry(m_periodFrame);
     m_from->setObjectName(QStringLiteral("Text1_0"));

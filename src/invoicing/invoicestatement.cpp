@@ -136,6 +136,8 @@ Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMo
     const QString header = QStringLiteral("ReportHeader");
     report.setWindowCaption(QStringLiteral("Зарек ") + version::majorMinor()
                             + QStringLiteral(" - Справка за курсовете във фактура"));
+    // Saved as "Фактура 0000000125 Клиент.pdf".
+    report.setSuggestedFileName(QStringList{QStringLiteral("Фактура"), heading.number, heading.klient.trimmed()}.join(QLatin1Char(' ')).trimmed());
     fillFirmBlock(report, firm, QStringLiteral("Label11"));
     if (heading.mode == FakturaMode::FaktNew) {
         report.setCaption(header, QStringLiteral("Label4"),

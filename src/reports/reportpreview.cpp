@@ -1,5 +1,6 @@
 #include "reportpreview.h"
 
+#include "core/windowtitle.h"
 #include "forms/messageservice.h"
 #include "forms/waitcursor.h"
 #include "reports/reportlayout.h"
@@ -80,7 +81,7 @@ QToolButton *toolButton(const QString &name, const QString &text, const QString 
 ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(parent), m_report(std::move(report))
 {
     setObjectName(QStringLiteral("ReportPreview"));
-    setWindowTitle(m_report.windowCaption.isEmpty() ? QStringLiteral("Зарек") : m_report.windowCaption);
+    setWindowTitle(screenTitle(m_report.windowCaption));
     setWindowFlag(Qt::WindowMaximizeButtonHint, true);
     setWindowFlag(Qt::WindowMinimizeButtonHint, true);
 
@@ -267,16 +268,14 @@ void ReportPreview::print()
 
 QString ReportPreview::suggestedPdfName() const
 {
-    QString name = !m_report.suggestedFileName.isEmpty() ? m_report.suggestedFileName
-                 : !m_report.name.isEmpty()             ? m_report.name
-                                                        : QStringLiteral("Справка");
-    // Characters no file system takes become a dash.
-    static const QString forbidden = QStringLiteral("/\\:*?\"<>|");
-    for (QChar &c : name) {
-        if (forbidden.contains(c) || c.unicode() < 0x20)
-            c = QLatin1Char('-');
-    }
-    return name.simplified() + QStringLiteral(".pdf");
+    // A name the report gives, else what its window is called ("Справка за курсове"), never the
+    // name of its design.
+    QString name = fileNameOf(m_report.suggestedFileName);
+    if (name.isEmpty())
+        name = fileNameOf(screenOfCaption(m_report.windowCaption));
+    if (name.isEmpty())
+        name = QStringLiteral("Справка");
+    return name + QStringLiteral(".pdf");
 }
 
 void ReportPreview::exportPdf()

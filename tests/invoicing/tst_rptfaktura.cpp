@@ -3,6 +3,7 @@
 #include "data/scratchdatabase.h"
 #include "invoicing/invoicestatement.h"
 #include "reports/reportlayout.h"
+#include "reports/reportpreview.h"
 
 #include <QApplication>
 #include <QSqlQuery>
@@ -122,6 +123,31 @@ private slots:
             font.setBold(laid.fonts.at(p->font).bold);
             QVERIFY(QFontInfo(font).fixedPitch());
         }
+    }
+
+    // The PDF of an invoice was offered as "rptFaktura.pdf": it is offered under the invoice's number
+    // and client.
+    void thePdfWasOfferedUnderTheDesignsName_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<QString>("klient");
+        QTest::addColumn<QString>("fileName");
+        QTest::newRow("new invoice") << int(FakturaMode::FaktNew) << "Д'Аргос ООД" << "Фактура 0000000130 Д'Аргос ООД.pdf";
+        QTest::newRow("a slash becomes a dash") << int(FakturaMode::FaktNew) << "Бетон/Инерт АД"
+                                                << "Фактура 0000000130 Бетон-Инерт АД.pdf";
+        QTest::newRow("corrected, no client") << int(FakturaMode::EditFakt) << "" << "Фактура 0000000130.pdf";
+    }
+    void thePdfWasOfferedUnderTheDesignsName()
+    {
+        QFETCH(int, mode);
+        QFETCH(QString, klient);
+        QFETCH(QString, fileName);
+        const QList<StatementLine> lines = {line(1, QDate(2006, 3, 2), QStringLiteral("София - Перник"), 3125)};
+        QVERIFY(!fillTempPlaten(m_scratch->db(), lines));
+        const StatementHeading heading{FakturaMode(mode), klient, {QDate(2006, 3, 1), QDate(2006, 3, 31)},
+                                       QStringLiteral("0000000130")};
+        const ReportPreview preview(layoutReport(ReportFaktura(heading, statementSum(lines), m_scratch->db(), exampleFirm()).value()));
+        QCOMPARE(preview.suggestedPdfName(), fileName);
     }
 
     void aCorrectedInvoiceHasNoPeriodLine()
