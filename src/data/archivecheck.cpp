@@ -38,7 +38,7 @@ QString kindWords(const QString &type)
 }
 
 // How a column's values are checked, from its declared type and its name.
-enum class Kind { Key, Integer, Flag, Number, Text, Date, Time };
+enum class Kind { Key, Integer, Flag, Number, Text, Date, Time, Bytes };
 
 struct Column {
     QString name;
@@ -53,12 +53,15 @@ Kind kindOf(const QString &name, const QString &declared, bool primaryKey)
         return Kind::Key;
     if (type == QLatin1String("BOOLEAN"))
         return Kind::Flag;
+    if (type == QLatin1String("BLOB"))
+        return Kind::Bytes;
     if (type == QLatin1String("DOUBLE PRECISION"))
         return Kind::Number;
     if (type == QLatin1String("INTEGER") || type == QLatin1String("BIGINT"))
         return Kind::Integer;
     const QString lower = name.toLower();
-    if (lower == QLatin1String("data") || lower == QLatin1String("datemod"))
+    if (lower == QLatin1String("data") || lower == QLatin1String("datemod") || lower == QLatin1String("izdaden")
+        || lower == QLatin1String("valid"))
         return Kind::Date;
     if (lower == QLatin1String("timemod"))
         return Kind::Time;
@@ -118,7 +121,7 @@ Limits limitsOf(const QString &table, const QString &column)
         limits.length = 12;
     else if (is("tabl", "Klient") || is("tabl", "Marsh") || is("tabl", "Tovar"))
         limits.length = 25;
-    else if (is("tabl", "NomFakt") || is("EvroFakt", "NomFakt") || is("RowdList", "ListID") || is("Marsh", "MarshID")
+    else if (is("tabl", "NomFakt") || is("EvroFakt", "NomFakt") || is("Fakturi", "NomFakt") || is("RowdList", "ListID") || is("Marsh", "MarshID")
              || is("ExternalKurs", "KursID"))
         limits.documentNumber = true;
     else if (table == QLatin1String("Tarifi") && column.startsWith(QLatin1String("Trf_")))
@@ -189,6 +192,11 @@ std::optional<QString> valueFault(const Column &column, const Limits &limits, co
             return QStringLiteral("не е час");
         return std::nullopt;
     }
+    case Kind::Bytes:
+        // A scanned copy: any bytes, within the size a document's copy may have.
+        if (storage != QLatin1String("blob") || value.toByteArray().size() > 10 * 1024 * 1024)
+            return QStringLiteral("не е сканирано копие");
+        return std::nullopt;
     case Kind::Text: {
         if (storage != QLatin1String("text"))
             return QStringLiteral("не е текст");

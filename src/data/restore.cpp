@@ -412,6 +412,11 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
                 while (info.next())
                     columns.append(info.value(1).toString());
             }
+            // The program's own schema may come with rows of its own (the standard document kinds):
+            // the copy holds the archive's rows and no others.
+            QSqlQuery empty(out);
+            if (!empty.exec(QStringLiteral("DELETE FROM ") + quoted(object.name)))
+                return workRefusal(engineText(empty.lastError()));
             QSqlQuery read(db);
             read.setForwardOnly(true);
             if (!read.exec(QStringLiteral("SELECT %1 FROM %2").arg(quotedList(columns), quoted(object.name))))
