@@ -8,5 +8,5 @@ build="${ZAREK_BUILD_DIR:-$root/build}"
 [ -f "$build/CMakeCache.txt" ] || cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$build" --target tst_desktop -j"$(nproc)"
 mkdir -p "$root/docs/guide/images"
-(cd "$build/tests" && LC_ALL=C.UTF-8 ZAREK_GUIDE_PICTURES="$root/docs/guide/images" ./tst_desktop guidePictures:sqlite)
+(cd "$build/tests/app" && LC_ALL=C.UTF-8 ZAREK_GUIDE_PICTURES="$root/docs/guide/images" ./tst_desktop guidePictures:sqlite)
 echo "Pictures in $root/docs/guide/images"

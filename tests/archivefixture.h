@@ -9,6 +9,7 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QTemporaryDir>
 #include <QSqlRecord>
 #include <QStringList>
 #include <QTime>
@@ -206,3 +207,11 @@ inline qint64 countOf(QSqlDatabase db, const QString &table)
             QVERIFY2(a_.value(i_) == e_.value(i_),                       \
                      qPrintable(a_.value(i_) + QStringLiteral("\n   expected: ") + e_.value(i_))); \
     } while (false)
+
+// A fresh database of the current engine with rows in every table (db), and a folder for the
+// archives (dir), or the test skips with the reason.
+#define ZAREK_FILLED_DB(scratch, dir, db)  \
+    ZAREK_SCRATCH_DB(scratch);              \
+    QTemporaryDir dir;                      \
+    QSqlDatabase db = scratch.db();         \
+    QVERIFY(zarek::test::fillEveryTable(db));

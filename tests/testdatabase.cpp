@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlField>
+#include <QSqlRecord>
 #include <QTemporaryDir>
 #include <QUuid>
 
@@ -48,6 +50,37 @@ QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values)
     if (!query.exec() || !query.next())
         return QStringLiteral("<%1>").arg(query.lastError().text());
     return query.value(0);
+}
+
+QString rowsText(QSqlDatabase db, const QString &sql, const QVariantList &values)
+{
+    QSqlQuery query(db);
+    query.prepare(sql);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    if (!query.exec())
+        return QStringLiteral("<%1>").arg(query.lastError().text());
+    QStringList rows;
+    while (query.next()) {
+        const QSqlRecord record = query.record();
+        QStringList row;
+        for (int i = 0; i < record.count(); ++i) {
+            const QVariant value = query.value(i);
+            const int type = record.field(i).metaType().id();
+            if (value.isNull())
+                row.append(QString());
+            else if (type == QMetaType::Bool || value.typeId() == QMetaType::Bool)
+                row.append(value.toBool() ? QStringLiteral("1") : QStringLiteral("0"));
+            else if (type == QMetaType::Double || value.typeId() == QMetaType::Double)
+                row.append(QString::number(value.toDouble(), 'g', 12));
+            else if (value.typeId() == QMetaType::QDate || value.typeId() == QMetaType::QDateTime)
+                row.append(value.toDate().toString(Qt::ISODate));
+            else
+                row.append(value.toString());
+        }
+        rows.append(row.join(QLatin1Char('|')));
+    }
+    return rows.join(QLatin1Char(' '));
 }
 
 namespace {

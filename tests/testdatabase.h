@@ -16,6 +16,11 @@ void addEngineRows();
 // expected value equals) when it fails or gives no row.
 QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values = {});
 
+// Every row of a query, its values joined by '|' and the rows by ' ', the same on both engines:
+// numbers as numbers (31.25, 0.125, 10), truth as 1 or 0, dates as 2026-03-05. "<the error>" when
+// it fails: one comparison checks several columns and rows at once.
+QString rowsText(QSqlDatabase db, const QString &sql, const QVariantList &values = {});
+
 // Runs each statement in turn; false, with the failing statement and its error in the log, at
 // the first that fails.
 bool execAll(QSqlDatabase db, const QStringList &statements);

@@ -4,6 +4,7 @@
 #include "courses/kurs.h"
 #include "forms/recordform.h"
 #include "forms/messageservice.h"
+#include "coursesfixture.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -20,27 +21,14 @@ using namespace zarek;
 
 namespace {
 
-struct Course {
-    QDate date;
-    const char *kod;
-    const char *truck;
-    const char *client;
-    const char *route;
-    double ton;
-    double km;
-    double rate;
-    bool invoiced;
-    bool paid;
-};
-
-// Six clients whose Bulgarian order differs from the order of their code points.
-const QList<Course> courses = {
-    {QDate(2026, 3, 1), "007", "СА 1234 ВК", "Бетон АД", "София - Перник", 10, 25, 0.125, true, true},
-    {QDate(2026, 3, 2), "008", "РВ 7777 АА", "вихър ЕТ", "Пловдив - София", 12.5, 40, 0.1, false, false},
-    {QDate(2026, 3, 3), "007", "СА 1234 ВК", "Арго ООД", "Перник - Радомир", 20, 100, 0.05, false, false},
-    {QDate(2026, 3, 4), "007", "СА 1234 ВК", "Яна ЕООД", "софия - Банкя", 7.25, 12, 0.3, false, true},
-    {QDate(2026, 3, 5), "008", "СА 1234 ВК", "Ъгъл ООД", "Русе - Варна", 8, 200, 0.04, true, false},
-    {QDate(2026, 4, 1), "007", "СА 1234 ВК", "Д'Аргос ООД", "София - Перник", 10, 25, 0.125, false, false},
+// Six clients whose Bulgarian order differs from the order of their code points; the net is left 0.
+const QList<test::CourseRow> courses = {
+    {QDate(2026, 3, 1), "007", "СА 1234 ВК", "Бетон АД", 10, 25, 0.125, 31.25, true, true, "София - Перник", 0, 0},
+    {QDate(2026, 3, 2), "008", "РВ 7777 АА", "вихър ЕТ", 12.5, 40, 0.1, 50, false, false, "Пловдив - София", 0, 0},
+    {QDate(2026, 3, 3), "007", "СА 1234 ВК", "Арго ООД", 20, 100, 0.05, 100, false, false, "Перник - Радомир", 0, 0},
+    {QDate(2026, 3, 4), "007", "СА 1234 ВК", "Яна ЕООД", 7.25, 12, 0.3, 26.1, false, true, "софия - Банкя", 0, 0},
+    {QDate(2026, 3, 5), "008", "СА 1234 ВК", "Ъгъл ООД", 8, 200, 0.04, 64, true, false, "Русе - Варна", 0, 0},
+    {QDate(2026, 4, 1), "007", "СА 1234 ВК", "Д'Аргос ООД", 10, 25, 0.125, 31.25, false, false, "София - Перник", 0, 0},
 };
 
 bool fill(QSqlDatabase db)
@@ -54,20 +42,9 @@ bool fill(QSqlDatabase db)
         if (!query.exec())
             return false;
     }
-    for (const Course &c : courses) {
-        query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                     "procent, neto, Fakt, NomFakt, plat, Doc) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, 0, 0, ?, ?, ?, ?)"));
-        const double bruto = std::round(c.ton * c.km * c.rate * 100) / 100;
-        for (const QVariant &v : QVariantList{c.date, QString::fromUtf8(c.kod), QString::fromUtf8(c.truck),
-                                              QString::fromUtf8(c.client), QString::fromUtf8(c.route), QStringLiteral("Пясък"),
-                                              c.km, c.ton, c.rate, bruto, c.invoiced,
-                                              c.invoiced ? QStringLiteral("0000000125") : QStringLiteral("0000000000"),
-                                              c.paid, false})
-            query.addBindValue(v);
-        if (!query.exec()) {
-            qWarning() << query.lastError().text();
+    for (const test::CourseRow &c : courses) {
+        if (!test::insertCourse(db, c))
             return false;
-        }
     }
     return true;
 }
@@ -271,18 +248,9 @@ private slots:
         QVERIFY(fill(scratch.db()));
         // Two leva courses of a stotinka: converted one by one they would add two cents, the
         // month's leva converted once adds one.
-        QSqlQuery query(scratch.db());
-        for (int i = 0; i < 2; ++i) {
-            query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                         "procent, neto, Fakt, NomFakt, plat, Doc) "
-                                         "VALUES (?, '007', 'СА 1234 ВК', 'Арго ООД', 'а', 'б', 1, 1, 0.01, 0.01, 0, 0, ?, "
-                                         "'0000000000', ?, ?)"));
-            query.addBindValue(QDate(2026, 3, 2));
-            query.addBindValue(false);
-            query.addBindValue(false);
-            query.addBindValue(false);
-            QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
-        }
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(test::insertCourse(scratch.db(), {QDate(2026, 3, 2), "007", "СА 1234 ВК", "Арго ООД", 1, 1, 0.01, 0.01,
+                                                      false, false, "а", 0, 0}));
         setBooksChangeover(Changeover{QDate(2026, 3, 3)});
         const auto restore = qScopeGuard([] { setBooksChangeover(Changeover{}); });
         RecordingMessageService messages;

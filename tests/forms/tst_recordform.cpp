@@ -107,6 +107,14 @@ int stockRows(QSqlDatabase db)
 
 }
 
+// A fresh database of the current engine with three stock rows, the messages recorded, and the
+// stock screen on it.
+#define STOCK_SCREEN_ON_THREE_ROWS(screen)   \
+    ZAREK_SCRATCH_DB(scratch);               \
+    addThree(scratch.db());                  \
+    RecordingMessageService messages;        \
+    StockScreen screen(scratch.db())
+
 class RecordFormTest : public QObject {
     Q_OBJECT
 private slots:
@@ -114,10 +122,7 @@ private slots:
 
     void theStripsFollowTheState()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         const auto visible = [&screen](const char *name) { return !screen.button(name)->isHidden(); };
         const auto enabled = [&screen](const char *name) { return screen.button(name)->isEnabled(); };
         const QList<const char *> browseButtons = {"cmdAdd", "cmdEdit", "cmdDelete", "cmdClose"};
@@ -156,10 +161,7 @@ private slots:
     // A screen's own rule locks a box for the row at hand; the next state frees it again.
     void aBoxLockedByTheScreenStaysLockedUntilTheStateChanges()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.button("cmdEdit")->click();
         screen.form->setFieldLocked(QStringLiteral("Kol"), true);
         screen.form->setFieldLocked(QStringLiteral("DocVid"), true);
@@ -183,10 +185,7 @@ private slots:
 
     void keysMoveWhileBrowsingAndCtrlCountsOnlyAlone()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.show();
         const struct {
             int key;
@@ -216,10 +215,7 @@ private slots:
 
     void keysAreDeadWhileARowIsPending()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.show();
         for (const char *start : {"cmdAdd", "cmdEdit"}) {
             screen.button(start)->click();
@@ -285,10 +281,7 @@ private slots:
     // after "Добави" it goes back to the row current at the add.
     void cancelReturnsToTheRowBeingCorrectedOrToTheRowOfTheAdd()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.form->last();
         screen.button("cmdEdit")->click();
         screen.button("cmdCancel")->click();
@@ -317,10 +310,7 @@ private slots:
     // row and goes into the box, typing over it; the keys after it follow in order.
     void typingInAShownRowStartsItsCorrection()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.window.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen.window));
         screen.form->next();
@@ -339,10 +329,7 @@ private slots:
     // A key on a button of the strip (where it does nothing) says how to start.
     void aKeyOnTheStripSaysHowToStart()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.window.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen.window));
         screen.button("cmdDelete")->setFocus();
@@ -359,10 +346,7 @@ private slots:
     // correction to "Поправи".
     void afterASaveTheFocusIsNotOnClose()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.window.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen.window));
         screen.button("cmdEdit")->click();
@@ -380,10 +364,7 @@ private slots:
     // A value its column cannot take: the message closes onto the box at fault.
     void aRefusedValuePutsTheCursorInItsBox()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.window.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen.window));
         screen.button("cmdEdit")->click();
@@ -426,10 +407,7 @@ private slots:
 
     void aNewRowIsWrittenAndStandsLast()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.button("cmdAdd")->click();
         screen.boxes[0]->setText(QStringLiteral("5.3.2006"));
         screen.combo->setEditText(QStringLiteral("  Стокова разписка "));
@@ -490,10 +468,7 @@ private slots:
 
     void aNumberColumnRefusesTextAndWritesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.button("cmdEdit")->click();
         screen.boxes[3]->setText(QStringLiteral("дванадесет"));
         screen.button("cmdUpdate")->click();
@@ -507,10 +482,7 @@ private slots:
 
     void deletingAsksTwiceAndTheNewLastRowBecomesCurrent()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.form->last();
         for (const QList<bool> &answers : {QList<bool>{false}, QList<bool>{true, false}}) {
             messages.answers = answers;
@@ -642,10 +614,7 @@ private slots:
 
     void aClickSelectsTheWholeText()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.show();
         QTest::mouseClick(screen.boxes[2], Qt::LeftButton, {}, QPoint(5, 5));
         QTRY_COMPARE(screen.boxes[2]->selectedText(), QStringLiteral("Артикул 1"));
@@ -670,10 +639,7 @@ private slots:
 
     void aRowChangedByAnotherUserIsNotOverwritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.button("cmdEdit")->click();
         screen.boxes[2]->setText(QStringLiteral("Моят артикул"));
         screen.boxes[3]->setText(QStringLiteral("11"));
@@ -693,10 +659,7 @@ private slots:
 
     void aRowDeletedByAnotherUserIsNeitherWrittenNorDeletedTwice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
-        StockScreen screen(scratch.db());
+        STOCK_SCREEN_ON_THREE_ROWS(screen);
         QSqlQuery other(scratch.openSecondConnection());
         QVERIFY(other.exec(QStringLiteral("DELETE FROM Sklad WHERE Name = 'Артикул 1'")));
         QVERIFY(other.exec(QStringLiteral("UPDATE Sklad SET Kol = 5, row_version = row_version + 1 "

@@ -4,6 +4,7 @@
 #include "courses/coursestore.h"
 #include "courses/kurs.h"
 #include "courseexample.h"
+#include "coursesfixture.h"
 #include "core/currency.h"
 #include "forms/recordform.h"
 #include "testdatabase.h"
@@ -20,29 +21,38 @@
 #include <QTimer>
 
 using namespace zarek;
+using zarek::test::rowsText;
 using zarek::test::scalar;
 
 namespace {
 
 const QString emptyList = QStringLiteral("Списъка е празен\nЩе се създаде нов!");
 
-void prepare(test::ScratchDatabase &scratch)
+// The tariff bands and two drivers, and courses saved through the store as earlier entry would
+// have: "truck date" or "truck date rate" each.
+void prepare(test::ScratchDatabase &scratch, const QStringList &courses = {})
 {
-    QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
-                                        "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.125, 0.18, 0.14, 0.12, 0.1)")));
+    QVERIFY(test::addBands(scratch));
     QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('007', 'Иван Петров Иванов')")));
     QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('012', 'Георги Д''Амато')")));
+    for (const QString &course : courses) {
+        const QStringList parts = course.split(QLatin1Char(' '));
+        CourseEntry entry = test::exampleCourseEntry();
+        entry.kola = parts[0] + QLatin1Char(' ') + parts[1] + QLatin1Char(' ') + parts[2];
+        entry.date = parts[3];
+        entry.tarifa = parts.value(4, QStringLiteral("0,125"));
+        QVERIFY(CourseStore(scratch.db()).save(entry, {}, QDate(2026, 1, 1)).ok());
+    }
 }
 
-// Saves courses through the store, as earlier entry would have: a truck, a date and a rate each.
-void addCourse(QSqlDatabase db, const QString &kola, const QString &date, const QString &tarifa = "0,125")
+// The editor shown and active: for new courses, or on the courses of СА 1234 ВК in a period.
+void show(QWidget &screen)
 {
-    CourseEntry entry = test::exampleCourseEntry();
-    entry.kola = kola;
-    entry.date = date;
-    entry.tarifa = tarifa;
-    QVERIFY(CourseStore(db).save(entry, {}, QDate(2026, 1, 1)).ok());
+    screen.show();
+    QVERIFY(QTest::qWaitForWindowActive(&screen));
 }
+const QString sa1234 = QStringLiteral("СА 1234 ВК");
+const Period february{QDate(2026, 2, 1), QDate(2026, 2, 28)};
 
 template <typename T = QWidget>
 T *child(QWidget &w, const QString &name)
@@ -54,6 +64,10 @@ QLineEdit *field(QWidget &w, int index) { return child<QLineEdit>(w, QStringLite
 QComboBox *combo(QWidget &w, int index) { return child<QComboBox>(w, QStringLiteral("Combo%1").arg(index)); }
 QPushButton *button(QWidget &w, const char *name) { return child<QPushButton>(w, QString::fromLatin1(name)); }
 QString sum(QWidget &w, int index) { return child<QLabel>(w, QStringLiteral("lblLabels_%1").arg(index))->text(); }
+// The gross, the percentage and the net shown.
+QString sums(QWidget &w) { return QStringList{sum(w, 15), sum(w, 16), sum(w, 17)}.join(QLatin1Char('|')); }
+QLineEdit *rateBox(QWidget &w) { return child<QLineEdit>(w, QStringLiteral("txtTarifa")); }
+QCheckBox *invoiced(QWidget &w) { return child<QCheckBox>(w, QStringLiteral("Check1")); }
 
 // Types into the box that has the focus, as the keyboard would (Cyrillic included).
 void type(const QString &text)
@@ -95,7 +109,7 @@ void fillNewCourse(Kurs &screen, const QString &nomFakt = QStringLiteral("000000
     field(screen, 1)->setText(date);
     field(screen, 12)->setText(QStringLiteral("10"));
     field(screen, 4)->setText(QStringLiteral("25"));
-    child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->setText(QStringLiteral("0,125"));
+    rateBox(screen)->setText(QStringLiteral("0,125"));
     combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
     combo(screen, 3)->setEditText(QStringLiteral("Д'Аргос ООД"));
     combo(screen, 4)->setEditText(QStringLiteral("Пясък"));
@@ -103,6 +117,19 @@ void fillNewCourse(Kurs &screen, const QString &nomFakt = QStringLiteral("000000
 }
 
 }
+
+// A fresh database of the current engine prepared with the courses named, the messages recorded,
+// and the editor on it: entering new courses, or correcting those of СА 1234 ВК in February.
+#define ENTERING_COURSES(screen, ...)         \
+    ZAREK_SCRATCH_DB(scratch);                \
+    prepare(scratch, {__VA_ARGS__});          \
+    RecordingMessageService messages;         \
+    Kurs screen(scratch.db())
+#define CORRECTING_COURSES(screen, ...)       \
+    ZAREK_SCRATCH_DB(scratch);                \
+    prepare(scratch, {__VA_ARGS__});          \
+    RecordingMessageService messages;         \
+    Kurs screen(scratch.db(), sa1234, february)
 
 class KursTest : public QObject {
     Q_OBJECT
@@ -113,12 +140,8 @@ private slots:
     // nothing but keys, and the course is stored priced, with its expense row.
     void aCourseEnteredFromTheKeyboardIsStoredPricedWithItsExpense()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        ENTERING_COURSES(screen);
+        show(screen);
         QCOMPARE(screen.windowTitle().endsWith(QStringLiteral(" - Нов курс")), true);
         QCOMPARE(QApplication::focusWidget(), combo(screen, 5));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("Нов курс"));
@@ -140,7 +163,7 @@ private slots:
         QCOMPARE(QApplication::focusWidget(), field(screen, 4));
         type(QStringLiteral("25"));  // over the preset "0", selected on entering
         press(Qt::Key_Tab);
-        QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,125"));
+        QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,125"));
         QCOMPARE(QApplication::focusWidget(), combo(screen, 2));  // the rate takes no tab
         type(QStringLiteral("София - Перник"));
         press(Qt::Key_Tab);
@@ -159,23 +182,11 @@ private slots:
 
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Browsing);
         QCOMPARE(titles(messages), QStringList(1, QStringLiteral("ВНИМАНИЕ!|") + emptyList));  // once for the four lists
-        const QSqlDatabase db = scratch.db();
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM tabl").toInt(), 1);
-        QCOMPARE(scalar(db, "SELECT kod || '|' || kola || '|' || Marsh || '|' || Klient || '|' || Tovar FROM tabl")
-                     .toString(),
-                 QStringLiteral("007|СА 1234 ВК|София - Перник|Д'Аргос ООД|Пясък"));
-        QCOMPARE(scalar(db, "SELECT bruto FROM tabl").toDouble(), 31.25);
-        QCOMPARE(scalar(db, "SELECT procent FROM tabl").toDouble(), 0.94);
-        QCOMPARE(scalar(db, "SELECT neto FROM tabl").toDouble(), 30.31);
-        QCOMPARE(scalar(db, "SELECT Tarifa FROM tabl").toDouble(), 0.125);
-        QCOMPARE(scalar(db, "SELECT data FROM tabl").toDate(), QDate(2026, 3, 5));
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс' AND DocVid = 'СА 1234 ВК' "
-                            "AND Suma = 12.5 AND VidKol = 'R'")
-                     .toInt(),
-                 1);
-        QCOMPARE(sum(screen, 15), QStringLiteral("31,25"));
-        QCOMPARE(sum(screen, 16), QStringLiteral("0,94"));
-        QCOMPARE(sum(screen, 17), QStringLiteral("30,31"));
+        QCOMPARE(rowsText(scratch.db(), "SELECT kod, kola, Marsh, Klient, Tovar, bruto, procent, neto, Tarifa, data FROM tabl"),
+                 QStringLiteral("007|СА 1234 ВК|София - Перник|Д'Аргос ООД|Пясък|31.25|0.94|30.31|0.125|2026-03-05"));
+        QCOMPARE(rowsText(scratch.db(), "SELECT Name, DocVid, Suma, VidKol FROM Sklad"),
+                 QStringLiteral("Разходи за курс|СА 1234 ВК|12.5|R"));
+        QCOMPARE(sums(screen), QStringLiteral("31,25|0,94|30,31"));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("Курс № 1"));
         QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
         QCOMPARE(items(combo(screen, 1)), QStringList{QStringLiteral("СА 1234 ВК")});  // the list learned the truck
@@ -211,13 +222,11 @@ private slots:
         QFETCH(QString, rate);
         QFETCH(int, messages);
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        prepare(scratch, {"СА 1234 ВК 01.02.2026"});
         RecordingMessageService shown;
         Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
-        auto *tarifa = child<QLineEdit>(screen, QStringLiteral("txtTarifa"));
+        show(screen);
+        auto *tarifa = rateBox(screen);
         tarifa->setText(QStringLiteral("9,999"));
         field(screen, 4)->setFocus();
         field(screen, 4)->setText(km);
@@ -246,21 +255,15 @@ private slots:
         QFETCH(QString, nomFakt);
         QFETCH(QString, date);
         QFETCH(QString, message);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
+        show(screen);
         fillNewCourse(screen, nomFakt, date);
         QVERIFY(!screen.recordForm()->update());
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(messages.shown.first().text, message);
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
         QCOMPARE(field(screen, 2)->text(), nomFakt);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 1);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad").toInt(), 1);
+        QCOMPARE(rowsText(scratch.db(), "SELECT (SELECT COUNT(*) FROM tabl), (SELECT COUNT(*) FROM Sklad)"), "1|1");
         if (date.contains(QStringLiteral(".13."))) {
             QCOMPARE(QApplication::focusWidget(), field(screen, 1));
             QCOMPARE(field(screen, 1)->selectedText(), date);
@@ -271,16 +274,8 @@ private slots:
     // the course again and appends a further expense row of 0.
     void aCorrectionIsPricedAgainAndAddsAnExpenseRow()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("03.02.2026"), QStringLiteral("0,2"));
-        addCourse(scratch.db(), QStringLiteral("РК 5678 ВС"), QStringLiteral("02.02.2026"));
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.03.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        CORRECTING_COURSES(screen, "СА 1234 ВК 01.02.2026", "СА 1234 ВК 03.02.2026 0,2", "РК 5678 ВС 02.02.2026", "СА 1234 ВК 01.03.2026");
+        show(screen);
         QVERIFY(screen.windowTitle().endsWith(QStringLiteral(" - Корекция курс")));
         RecordForm *form = screen.recordForm();
         QCOMPARE(form->rowCount(), 2);
@@ -290,10 +285,10 @@ private slots:
         // The first course shows its own figures at once.
         QCOMPARE(sum(screen, 15), QStringLiteral("31,25"));
         QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
-        QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,125"));
+        QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,125"));
         press(Qt::Key_Down);
         QCOMPARE(form->statusLabel()->text(), QStringLiteral("Курс № 2"));
-        QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,200"));
+        QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,200"));
         QCOMPARE(sum(screen, 15), QStringLiteral("50,00"));
         QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
 
@@ -305,20 +300,16 @@ private slots:
         QVERIFY(field(screen, 12)->isEnabled());
         field(screen, 12)->setText(QStringLiteral("20"));
         field(screen, 2)->setText(QStringLiteral("0000000042"));
-        child<QCheckBox>(screen, QStringLiteral("Check1"))->setChecked(true);
+        invoiced(screen)->setChecked(true);
         QVERIFY(form->update());
         QCOMPARE(messages.shown.size(), 0);
-        QCOMPARE(sum(screen, 15), QStringLiteral("100,00"));
-        QCOMPARE(sum(screen, 17), QStringLiteral("97,00"));
+        QCOMPARE(sums(screen), QStringLiteral("100,00|3,00|97,00"));
         QVERIFY(combo(screen, 1)->isHidden());
         QVERIFY(!field(screen, 12)->isEnabled());
-        const QSqlDatabase db = scratch.db();
-        QCOMPARE(scalar(db, "SELECT bruto FROM tabl WHERE data = (SELECT MAX(data) FROM tabl WHERE ton = 20)").toDouble(),
-                 100.0);
-        QCOMPARE(scalar(db, "SELECT NomFakt FROM tabl WHERE ton = 20").toString(), QStringLiteral("0000000042"));
-        QCOMPARE(scalar(db, "SELECT Fakt FROM tabl WHERE ton = 20").toBool(), true);  // kept while correcting
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс'").toInt(), 5);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Suma = 0").toInt(), 5);
+        // The invoice mark is kept while correcting.
+        QCOMPARE(rowsText(scratch.db(), "SELECT data, bruto, NomFakt, Fakt FROM tabl WHERE ton = 20"),
+                 QStringLiteral("2026-02-03|100|0000000042|1"));
+        QCOMPARE(rowsText(scratch.db(), "SELECT COUNT(*), SUM(Suma) FROM Sklad WHERE Name = 'Разходи за курс'"), "5|0");
     }
 
     // A period without courses of the truck starts a new row although "Добави" is off; the save
@@ -326,30 +317,22 @@ private slots:
     void anEmptyPeriodStartsANewRowThatKeepsItsInvoice()
     {
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        prepare(scratch, {"СА 1234 ВК 01.02.2026"});
         RecordingMessageService messages;
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 5, 1), QDate(2026, 5, 31)});
+        Kurs screen(scratch.db(), sa1234, {QDate(2026, 5, 1), QDate(2026, 5, 31)});
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
         QVERIFY(!button(screen, "cmdAdd")->isEnabled());
         fillNewCourse(screen, QStringLiteral("0000000077"));
-        child<QCheckBox>(screen, QStringLiteral("Check1"))->setChecked(true);
+        invoiced(screen)->setChecked(true);
         QVERIFY(screen.recordForm()->update());
-        QCOMPARE(scalar(scratch.db(), "SELECT NomFakt FROM tabl WHERE data = '2026-03-05' OR NomFakt <> '0000000000'")
-                     .toString(),
-                 QStringLiteral("0000000077"));
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE").toInt(), 1);
+        QCOMPARE(rowsText(scratch.db(), "SELECT data, NomFakt FROM tabl WHERE Fakt = TRUE"), "2026-03-05|0000000077");
     }
 
     void newCourseEntryForcesNoInvoice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
+        ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
         fillNewCourse(screen, QStringLiteral("0000000077"));
-        child<QCheckBox>(screen, QStringLiteral("Check1"))->setChecked(true);
+        invoiced(screen)->setChecked(true);
         QVERIFY(screen.recordForm()->update());
         QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl WHERE NomFakt = '0000000000' AND Fakt = FALSE").toInt(),
                  2);
@@ -360,8 +343,7 @@ private slots:
     void anInvoicedCourseCorrectedInNewCourseEntryLostItsInvoice()
     {
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        prepare(scratch, {"СА 1234 ВК 01.02.2026"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET NomFakt = '0000000042', Fakt = TRUE")));
         RecordingMessageService messages;
         Kurs screen(scratch.db());
@@ -372,13 +354,11 @@ private slots:
         form->edit();
         combo(screen, 4)->setEditText(QStringLiteral("Чакъл"));  // an invoiced course's cargo may change
         QVERIFY(form->update());
-        QCOMPARE(scalar(scratch.db(), "SELECT NomFakt FROM tabl").toString(), QStringLiteral("0000000042"));
-        QCOMPARE(scalar(scratch.db(), "SELECT Fakt FROM tabl").toBool(), true);
-        QCOMPARE(scalar(scratch.db(), "SELECT Tovar FROM tabl").toString(), QStringLiteral("Чакъл"));
+        QCOMPARE(rowsText(scratch.db(), "SELECT NomFakt, Fakt, Tovar FROM tabl"), "0000000042|1|Чакъл");
         // A new course is still never invoiced.
         form->add();
         fillNewCourse(screen, QStringLiteral("0000000077"));
-        child<QCheckBox>(screen, QStringLiteral("Check1"))->setChecked(true);
+        invoiced(screen)->setChecked(true);
         QVERIFY(form->update());
         QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl WHERE NomFakt = '0000000000' AND Fakt = FALSE").toInt(), 1);
     }
@@ -386,11 +366,7 @@ private slots:
     // The expense box kept its text after a save, and the next course wrote the same expense again.
     void theExpenseWasWrittenAgainWithTheNextCourse()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
+        ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
         auto *razhod = child<QLineEdit>(screen, QStringLiteral("txtRazhod"));
         fillNewCourse(screen);
         razhod->setEnabled(true);
@@ -400,9 +376,8 @@ private slots:
         screen.recordForm()->add();
         fillNewCourse(screen);
         QVERIFY(screen.recordForm()->update());
-        const QSqlDatabase db = scratch.db();
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс' AND Suma <> 0").toInt(), 1);
-        QCOMPARE(scalar(db, "SELECT SUM(Suma) FROM Sklad").toDouble(), 12.5);
+        QCOMPARE(rowsText(scratch.db(), "SELECT Name, Suma FROM Sklad WHERE Suma <> 0"), "Разходи за курс|12.5");
+        QCOMPARE(scalar(scratch.db(), "SELECT SUM(Suma) FROM Sklad").toDouble(), 12.5);
     }
 
     // Browsing showed the rate and expense of an earlier entry, a deleted course's sums stayed after
@@ -410,27 +385,25 @@ private slots:
     void theEditorShowedAnotherCoursesFigures()
     {
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"), QStringLiteral("0,2"));
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("02.02.2026"), QStringLiteral("0,1"));
+        prepare(scratch, {"СА 1234 ВК 01.02.2026 0,2", "СА 1234 ВК 02.02.2026 0,1"});
         RecordingMessageService messages;
         const auto tarifa = [](Kurs &k) { return child<QLineEdit>(k, QStringLiteral("txtTarifa")); };
         {
             Kurs screen(scratch.db());
             RecordForm *form = screen.recordForm();
-            QCOMPARE(tarifa(screen)->text(), QString());  // a new course has no rate until its km are left
+            QCOMPARE(rateBox(screen)->text(), QString());  // a new course has no rate until its km are left
             fillNewCourse(screen);  // rate 0,125, 10 t, 25 km
             auto *razhod = child<QLineEdit>(screen, QStringLiteral("txtRazhod"));
             razhod->setEnabled(true);
             razhod->setText(QStringLiteral("7"));
             QVERIFY(form->update());
-            QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,125"));
+            QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,125"));
             form->first();
-            QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,200"));
+            QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,200"));
             QCOMPARE(sum(screen, 15), QStringLiteral("50,00"));
             QCOMPARE(razhod->text(), QString());
             form->next();
-            QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,100"));
+            QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,100"));
             QCOMPARE(sum(screen, 15), QStringLiteral("25,00"));
 
             messages.answers = {true, true};
@@ -438,14 +411,14 @@ private slots:
             form->remove();  // the course of 0,2 goes; the next one is shown with its own figures
             QCOMPARE(form->rowCount(), 2);
             QCOMPARE(sum(screen, 15), QStringLiteral("25,00"));
-            QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,100"));
+            QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,100"));
         }
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        Kurs screen(scratch.db(), sa1234, february);
         QCOMPARE(screen.recordForm()->currentIndex(), 0);
         QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
         QCOMPARE(sum(screen, 15), QStringLiteral("25,00"));
         QCOMPARE(sum(screen, 17), QStringLiteral("24,25"));
-        QCOMPARE(tarifa(screen)->text(), QStringLiteral("0,100"));
+        QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,100"));
         // A correction given up shows the course's sums again, not the zeros of the correction.
         screen.recordForm()->edit();
         QCOMPARE(sum(screen, 15), QStringLiteral("0 "));
@@ -457,12 +430,8 @@ private slots:
     // about what was typed.
     void cancelInNewCourseEntryCloses()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        ENTERING_COURSES(screen);
+        show(screen);
         combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
         messages.answers = {false};
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
@@ -477,13 +446,7 @@ private slots:
     // The lists are what earlier courses used, each once; a save adds what they lack, at the end.
     void theListsLearnAtTheSave()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("РК 5678 ВС"), QStringLiteral("01.02.2026"));
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("02.02.2026"));
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("03.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
+        ENTERING_COURSES(screen, "РК 5678 ВС 01.02.2026", "СА 1234 ВК 02.02.2026", "СА 1234 ВК 03.02.2026");
         QVERIFY(messages.shown.isEmpty());
         QCOMPARE(items(combo(screen, 1)), (QStringList{"РК 5678 ВС", "СА 1234 ВК"}));
         QCOMPARE(items(combo(screen, 5)), (QStringList{"007,Иван Петров Иванов", "012,Георги Д'Амато"}));
@@ -528,12 +491,8 @@ private slots:
     // save it does nothing, and a new course still starts with its boxes as they always start.
     void ctrlApostropheRepeatsTheLastSavedCoursesBox()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        ENTERING_COURSES(screen);
+        show(screen);
         field(screen, 1)->setFocus();
         QTest::keyClick(field(screen, 1), Qt::Key_Apostrophe, Qt::ControlModifier);
         QCOMPARE(field(screen, 1)->text(), QString());  // nothing saved yet in this opening
@@ -555,12 +514,7 @@ private slots:
 
     void deletingAsksTwiceAndLeavesTheExpenseRows()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("02.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        CORRECTING_COURSES(screen, "СА 1234 ВК 01.02.2026", "СА 1234 ВК 02.02.2026");
         messages.answers = {true, false};
         screen.recordForm()->remove();
         QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 2);
@@ -570,19 +524,14 @@ private slots:
         QCOMPARE(messages.asked[2].text, QStringLiteral("Наистна ли искате да изтриете записа?"));
         QCOMPARE(messages.asked[3].text, QStringLiteral("Ще загубите данните окончателно"));
         QCOMPARE(messages.asked[3].title, QStringLiteral("Изтриване на запис"));
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 1);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad").toInt(), 2);
+        QCOMPARE(rowsText(scratch.db(), "SELECT (SELECT COUNT(*) FROM tabl), (SELECT COUNT(*) FROM Sklad)"), "1|2");
         QCOMPARE(screen.recordForm()->rowCount(), 1);
     }
 
     // A course changed at another workstation since it was read is not overwritten.
     void aCourseChangedElsewhereIsNotOverwritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        CORRECTING_COURSES(screen, "СА 1234 ВК 01.02.2026");
         screen.recordForm()->edit();
         QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET ton = 99, row_version = row_version + 1")));
         field(screen, 12)->setText(QStringLiteral("20"));
@@ -590,8 +539,7 @@ private slots:
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Editing);
-        QCOMPARE(scalar(scratch.db(), "SELECT ton FROM tabl").toDouble(), 99.0);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad").toInt(), 1);
+        QCOMPARE(rowsText(scratch.db(), "SELECT ton, (SELECT COUNT(*) FROM Sklad) FROM tabl"), "99|1");
     }
 
     // After the changeover the bands stand in euro; a leva course corrected later is priced in leva
@@ -599,17 +547,15 @@ private slots:
     void aLevaCourseCorrectedAfterTheChangeoverIsPricedInLeva()
     {
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
+        prepare(scratch, {"СА 1234 ВК 30.12.2025"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20\" = 0.17895216, \"Trf_20-30\" = 0.06391149")));
         ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
         RecordingMessageService messages;
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2025, 12, 1), QDate(2025, 12, 31)});
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        Kurs screen(scratch.db(), sa1234, {QDate(2025, 12, 1), QDate(2025, 12, 31)});
+        show(screen);
         QCOMPARE(sum(screen, 2), QStringLiteral("лв."));
         screen.recordForm()->edit();
-        auto *tarifa = child<QLineEdit>(screen, QStringLiteral("txtTarifa"));
+        auto *tarifa = rateBox(screen);
         tarifa->setText(QStringLiteral("9,999"));
         field(screen, 4)->setFocus();
         press(Qt::Key_Tab);
@@ -618,28 +564,25 @@ private slots:
         QCOMPARE(messages.shown.size(), 0);
         QCOMPARE(sum(screen, 15), QStringLiteral("31,25"));
         QCOMPARE(sum(screen, 2), QStringLiteral("лв."));
-        QCOMPARE(scalar(scratch.db(), "SELECT bruto FROM tabl").toDouble(), 31.25);
-        QCOMPARE(scalar(scratch.db(), "SELECT Tarifa FROM tabl").toDouble(), 0.125);
+        QCOMPARE(rowsText(scratch.db(), "SELECT bruto, Tarifa FROM tabl"), "31.25|0.125");
     }
 
     void aCourseOfAEuroDayIsPricedWithTheEuroBand()
     {
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
+        prepare(scratch, {"СА 1234 ВК 30.12.2025"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20-30\" = 0.06391149")));
         ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        show(screen);
         fillNewCourse(screen, QStringLiteral("0000000000"), QStringLiteral("05.01.2026"));
         field(screen, 1)->setFocus();
         field(screen, 4)->setFocus();  // leaving the date shows its unit
         QCOMPARE(sum(screen, 2), QStringLiteral("евро"));
         QCOMPARE(sum(screen, 19), QStringLiteral("евро"));
         press(Qt::Key_Tab);  // leaving the kilometres picks the euro band
-        QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,06391149"));
+        QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,06391149"));
         QVERIFY(screen.recordForm()->update());
         // 10 t over 25 km: 15,98 €, which is what 31,25 лв. convert to.
         QCOMPARE(sum(screen, 15), QStringLiteral("15,98"));
@@ -650,10 +593,7 @@ private slots:
     // A new database: four lists empty, four identical boxes in a row. One says it all.
     void aNewDatabaseSaysOnceThatTheListsAreEmpty()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
+        ENTERING_COURSES(screen);
         QCOMPARE(titles(messages), QStringList{QStringLiteral("ВНИМАНИЕ!|") + emptyList});
     }
 
@@ -672,13 +612,8 @@ private slots:
     {
         QFETCH(QString, typed);
         QFETCH(QString, shown);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
+        show(screen);
         fillNewCourse(screen);
         combo(screen, 5)->setEditText(QString());
         combo(screen, 5)->setFocus();
@@ -710,16 +645,14 @@ private slots:
         QFETCH(double, rate);
         QFETCH(double, bruto);
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
+        prepare(scratch, {"СА 1234 ВК 30.12.2025"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
         ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        show(screen);
         fillNewCourse(screen, QStringLiteral("0000000000"), firstDate);
-        child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->clear();
+        rateBox(screen)->clear();
         field(screen, 4)->setText(QStringLiteral("100"));
         field(screen, 4)->setFocus();
         press(Qt::Key_Tab);  // the band of 100 km, in the currency of the first date
@@ -728,8 +661,8 @@ private slots:
         press(Qt::Key_Tab);
         QVERIFY(screen.recordForm()->update());
         QVERIFY(messages.asked.isEmpty());  // a picked rate is picked again without a question
-        QCOMPARE(scalar(scratch.db(), "SELECT Tarifa FROM tabl ORDER BY id DESC").toDouble(), rate);
-        QCOMPARE(scalar(scratch.db(), "SELECT bruto FROM tabl ORDER BY id DESC").toDouble(), bruto);
+        QCOMPARE(rowsText(scratch.db(), "SELECT Tarifa, bruto FROM tabl ORDER BY id DESC LIMIT 1"),
+                 QString::number(rate, 'g', 12) + QLatin1Char('|') + QString::number(bruto, 'g', 12));
     }
 
     // A rate typed by hand is replaced only when the user says so; saved straight from the date
@@ -749,17 +682,15 @@ private slots:
         QFETCH(bool, ctrlEnter);
         QFETCH(double, rate);
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
+        prepare(scratch, {"СА 1234 ВК 30.12.2025"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
         ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        show(screen);
         fillNewCourse(screen, QStringLiteral("0000000000"), QStringLiteral("15.11.2026"));
         field(screen, 4)->setText(QStringLiteral("100"));
-        auto *tarifa = child<QLineEdit>(screen, QStringLiteral("txtTarifa"));
+        auto *tarifa = rateBox(screen);
         tarifa->setFocus();
         tarifa->selectAll();
         type(QStringLiteral("0,2"));
@@ -801,15 +732,13 @@ private slots:
         QFETCH(QString, typed);
         QFETCH(bool, refused);
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        prepare(scratch, {"СА 1234 ВК 01.02.2026"});
         // 10 t over 10 km at a rate typed by hand: 33,33, invoiced.
         QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET km = 10, Tarifa = 0.3333, bruto = 33.33, procent = 1, "
                                             "neto = 32.33, NomFakt = '0000000001', Fakt = TRUE")));
         RecordingMessageService messages;
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        Kurs screen(scratch.db(), sa1234, february);
+        show(screen);
         screen.recordForm()->edit();
         auto *target = child(screen, box);
         target->setFocus();
@@ -821,12 +750,10 @@ private slots:
         field(screen, 4)->setFocus();
         press(Qt::Key_Tab);
         if (box != QLatin1String("txtFields_4") && box != QLatin1String("txtTarifa"))
-            QCOMPARE(child<QLineEdit>(screen, QStringLiteral("txtTarifa"))->text(), QStringLiteral("0,3333"));
+            QCOMPARE(rateBox(screen)->text(), QStringLiteral("0,3333"));
         QCOMPARE(screen.recordForm()->update(), !refused);
         const QSqlDatabase db = scratch.db();
-        QCOMPARE(scalar(db, "SELECT bruto FROM tabl").toDouble(), 33.33);
-        QCOMPARE(scalar(db, "SELECT neto FROM tabl").toDouble(), 32.33);
-        QCOMPARE(scalar(db, "SELECT Tarifa FROM tabl").toDouble(), 0.3333);
+        QCOMPARE(rowsText(db, "SELECT bruto, neto, Tarifa FROM tabl"), "33.33|32.33|0.3333");
         if (refused) {
             QCOMPARE(messages.shown.size(), 1);
             QCOMPARE(messages.shown.first().text,
@@ -845,8 +772,7 @@ private slots:
     void theStoreKeepsAnInvoicedCoursesMoney()
     {
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        prepare(scratch, {"СА 1234 ВК 01.02.2026"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET NomFakt = '0000000001', Fakt = TRUE")));
         CourseStore store(scratch.db());
         const qint64 id = scalar(scratch.db(), "SELECT id FROM tabl").toLongLong();
@@ -859,21 +785,18 @@ private slots:
         const Checked<Course> written = store.write(course, Money());
         QVERIFY(!written.ok());
         QVERIFY(written.message().text.contains(QStringLiteral("0000000001")));
-        QCOMPARE(scalar(scratch.db(), "SELECT km FROM tabl").toDouble(), 25.0);
-        QCOMPARE(scalar(scratch.db(), "SELECT Marsh FROM tabl").toString(), QStringLiteral("София - Бургас"));
+        QCOMPARE(rowsText(scratch.db(), "SELECT km, Marsh FROM tabl"), "25|София - Бургас");
     }
 
     // Esc in a half-typed course asks whether to drop it; Enter, as the box opens, answers "Не".
     void escThenEnterKeepsTheHalfTypedCourse()
     {
         ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
+        prepare(scratch, {"СА 1234 ВК 01.02.2026"});
         WidgetMessageService boxes;
         MessageService::setInstance(&boxes);
         Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        show(screen);
         combo(screen, 2)->setFocus();
         combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
         QString question;
@@ -907,13 +830,8 @@ private slots:
     void aFailingCheckPutsTheCursorInTheBoxAtFault()
     {
         QFETCH(QString, blank);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
+        show(screen);
         fillNewCourse(screen);
         if (auto *c = child<QComboBox>(screen, blank))
             c->setEditText(QString());
@@ -928,13 +846,8 @@ private slots:
     // Keys typed while a course is only shown went nowhere: the status line now says how to start.
     void typingOnABrowsedCourseSaysHowToCorrectIt()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        RecordingMessageService messages;
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        CORRECTING_COURSES(screen, "СА 1234 ВК 01.02.2026");
+        show(screen);
         button(screen, "cmdEdit")->setFocus();
         type(QStringLiteral("1"));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("За корекция натиснете \"Поправи\""));
@@ -953,9 +866,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         if (engine != QLatin1String("sqlite"))
             QSKIP("one set of pictures is enough");
-        prepare(scratch);
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("01.02.2026"));
-        addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("03.02.2026"), QStringLiteral("0,2"));
+        prepare(scratch, {"СА 1234 ВК 01.02.2026", "СА 1234 ВК 03.02.2026 0,2"});
         RecordingMessageService messages;
         {
             Kurs screen(scratch.db());
@@ -968,7 +879,7 @@ private slots:
             QCoreApplication::processEvents();
             screen.grab().save(dir + QStringLiteral("/kurs-new-browsing.png"));
         }
-        Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
+        Kurs screen(scratch.db(), sa1234, february);
         screen.show();
         QVERIFY(QTest::qWaitForWindowExposed(&screen));
         screen.recordForm()->next();

@@ -50,6 +50,14 @@ QStringList filesIn(const QString &folder)
 
 }
 
+// A fresh database of the current engine with rows in every table, the messages recorded, and the
+// main window of the administrator on it.
+#define MAIN_WINDOW_ON_A_FILLED_DATABASE(window)                                  \
+    ZAREK_SCRATCH_DB(scratch);                                                    \
+    QVERIFY(fillEveryTable(scratch.db()));                                        \
+    RecordingMessageService messages;                                             \
+    FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"))
+
 // The three commands of "Дискети" from the main window: their dialogs, questions and messages.
 class DiskCommandsTest : public QObject {
     Q_OBJECT
@@ -107,11 +115,8 @@ private slots:
     // Cancelling either file dialog copies nothing, replaces nothing and says nothing.
     void aCancelledDialogCopiesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
+        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
         const QStringList before = dumpDatabase(scratch.db());
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         window.menuAction(QStringLiteral("mnuDiskZap"))->trigger();
         window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
         QCOMPARE(m_dialogs, (QList<ArchiveDialog>{ArchiveDialog::Save, ArchiveDialog::Open}));
@@ -126,10 +131,7 @@ private slots:
     // "Записване" writes the checked archive, with the default extension, and says where.
     void saveWritesTheArchiveAndSaysWhere()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
         m_chosen = m_dir->filePath(QStringLiteral("копие"));
         window.menuAction(QStringLiteral("mnuDiskZap"))->trigger();
         QCOMPARE(messages.shown.size(), 1);
@@ -144,10 +146,7 @@ private slots:
 
     void aSaveThatCannotBeWrittenSaysWhy()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
         m_chosen = m_dir->filePath(QStringLiteral("zarek.ini/копие.abd"));
         QFile(m_dir->filePath(QStringLiteral("zarek.ini"))).open(QIODevice::WriteOnly);
         window.menuAction(QStringLiteral("mnuDiskZap"))->trigger();
@@ -159,11 +158,8 @@ private slots:
     // A file that is not an archive is refused before anything else happens.
     void loadRefusesATextFileAndKeepsTheData()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
+        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
         const QStringList before = dumpDatabase(scratch.db());
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         m_chosen = m_dir->filePath(QStringLiteral("бележки.abd"));
         QFile text(m_chosen);
         QVERIFY(text.open(QIODevice::WriteOnly));
@@ -258,10 +254,7 @@ private slots:
     // "Нова година" asks first; "Отказ" leaves everything, the status text as it was written.
     void yearCloseCancelledKeepsEverything()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
         messages.answers = {false};
         window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
         QCOMPARE(window.panelText(1), QStringLiteral("Приключване на годината..."));
@@ -275,10 +268,7 @@ private slots:
 
     void yearCloseArchivesDeletesAndSaysSo()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
         window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
         QCOMPARE(messages.asked.size(), 1);
         QCOMPARE(messages.shown.size(), 1);
@@ -295,10 +285,7 @@ private slots:
     // with every course in place, "Да" keeps the earlier archive under another name.
     void aSecondCloseOfTheYearAsksBeforeReplacing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
         window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
         QVERIFY(insertCourse(scratch.db(), QDate(2025, 12, 31), QStringLiteral("Късен курс")));
         const QString archive = QDir(m_data).filePath(QStringLiteral("2025.arh"));

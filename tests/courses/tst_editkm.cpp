@@ -2,6 +2,7 @@
 #include "courses/coursepricing.h"
 #include "courses/coursestore.h"
 #include "courses/editkm.h"
+#include "coursesfixture.h"
 #include "testdatabase.h"
 
 #include <QSqlError>
@@ -16,22 +17,14 @@ namespace {
 const QString truck = QStringLiteral("СА 1234 ВК");
 const Period march{QDate(2006, 3, 1), QDate(2006, 3, 31)};
 
-bool insert(QSqlDatabase db, QDate date, const QString &kola, double km, const QString &marsh)
+// A course of 10 t at 0,125, priced as the editor prices it.
+bool insert(QSqlDatabase db, QDate date, const QString &kola, double km, const QString &marsh, double ton = 10,
+            double tarifa = 0.125)
 {
-    const CourseMoney money = priceCourse(10, km, 0.125);
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
-                                 "VALUES (?, '007', ?, 'Бетон АД', ?, 'Пясък', ?, 10, 0.125, ?, ?, ?, ?, "
-                                 "'0000000000', ?, ?)"));
-    for (const QVariant &value : QList<QVariant>{date, kola, marsh, km, money.bruto.toDouble(),
-                                                 money.procent.toDouble(), money.neto.toDouble(), false, false, false})
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << query.lastError().text();
-        return false;
-    }
-    return true;
+    const CourseMoney money = priceCourse(ton, km, tarifa);
+    return test::insertCourse(db, {.data = date, .kola = kola, .ton = ton, .km = km, .tarifa = tarifa,
+                                   .bruto = money.bruto.toDouble(), .marsh = marsh, .procent = money.procent.toDouble(),
+                                   .neto = money.neto.toDouble()});
 }
 
 bool fill(QSqlDatabase db)
@@ -42,13 +35,6 @@ bool fill(QSqlDatabase db)
            && insert(db, QDate(2006, 3, 5), truck, 25, QStringLiteral("Не е заместител"))
            && insert(db, QDate(2006, 3, 6), QStringLiteral("РК 7777 АА"), 1, QStringLiteral("Друга кола"))
            && insert(db, QDate(2006, 4, 1), truck, 1, QStringLiteral("След периода"));
-}
-
-// The tariff bands: up to 20 km, to 30, to 50, to 100, to 200, above 200.
-bool addBands(test::ScratchDatabase &scratch)
-{
-    return scratch.exec(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "
-                                       "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.125, 0.18, 0.14, 0.12, 0.1)"));
 }
 
 QSqlRecord courseOf(QSqlDatabase db, const QString &marsh)
@@ -104,7 +90,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fill(scratch.db()));
-        QVERIFY(addBands(scratch));
+        QVERIFY(test::addBands(scratch));
         EditKM screen(truck, march, scratch.db());
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
@@ -145,19 +131,9 @@ private slots:
     void aKilometreCorrectionKeptThePlaceholdersRate()
     {
         ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(addBands(scratch));
-        for (const char *marsh : {"Перник - Бургас", "Перник - Варна"}) {
-            const CourseMoney money = priceCourse(12.9, 1, 0.35);
-            QSqlQuery query(scratch.db());
-            query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, "
-                                         "bruto, procent, neto, Fakt, NomFakt, plat, Doc) VALUES ('2006-03-07', '007', "
-                                         "?, 'Бетон АД', ?, 'Пясък', 1, 12.9, 0.35, ?, ?, ?, FALSE, '0000000000', "
-                                         "FALSE, FALSE)"));
-            for (const QVariant &value : QList<QVariant>{truck, QString::fromUtf8(marsh), money.bruto.toDouble(),
-                                                         money.procent.toDouble(), money.neto.toDouble()})
-                query.addBindValue(value);
-            QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
-        }
+        QVERIFY(test::addBands(scratch));
+        for (const char *marsh : {"Перник - Бургас", "Перник - Варна"})
+            QVERIFY(insert(scratch.db(), QDate(2006, 3, 7), truck, 1, QString::fromUtf8(marsh), 12.9, 0.35));
         RecordingMessageService messages;
         EditKM screen(truck, march, scratch.db());
         ResultGridModel *model = screen.model();

@@ -195,10 +195,7 @@ private slots:
     // Every table's rows come back as they were archived, on either engine.
     void archiveThenRestoreGivesBackEveryRow()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         const QStringList archived = dumpDatabase(db);
         const QString archive = dir.filePath(QStringLiteral("копие.abd"));
 
@@ -227,10 +224,7 @@ private slots:
     // cannot be written over the restored one.
     void restoredRowsKeepTheirIdsAndOutrankEarlierReads()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         QVERIFY(writeArchive(db, dir.filePath(QStringLiteral("a.abd"))));
         QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET Klient = 'Нов', row_version = row_version + 1")));
         QSqlQuery query(db);
@@ -338,10 +332,7 @@ private slots:
     {
         QFETCH(QString, kind);
         QFETCH(QString, fault);
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         const QString good = dir.filePath(QStringLiteral("good.abd"));
         QVERIFY(writeArchive(db, good));
         QVERIFY(insertCourse(db, QDate(2026, 1, 2), QStringLiteral("Само в базата")));
@@ -397,10 +388,7 @@ private slots:
     // trim article names), in its working copy only.
     void anOlderArchiveIsBroughtUpToDate()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         const QString path = dir.filePath(QStringLiteral("old.abd"));
         QVERIFY(writeArchive(db, path));
         QVERIFY(alterArchive(path, {QStringLiteral("DROP TABLE SkladLots"), QStringLiteral("DROP INDEX sklad_open"),
@@ -420,10 +408,7 @@ private slots:
     // A restore that fails halfway through its writes leaves every table as it was.
     void aFailureWhileReplacingLeavesTheData()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         QVERIFY(insertCourse(db, QDate(2025, 6, 1), QStringLiteral("ПРОВАЛ")));
         QVERIFY(writeArchive(db, dir.filePath(QStringLiteral("a.abd"))));
         QVERIFY(scratch.exec(QStringLiteral("DELETE FROM tabl")));
@@ -457,10 +442,7 @@ private slots:
     // A place that cannot be written keeps an earlier file of that name and leaves nothing behind.
     void anArchiveThatCannotBeWrittenLeavesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         QVERIFY(writeBytes(dir.filePath(QStringLiteral("not-a-folder")), QByteArray("x")));
         const auto refused = writeArchive(db, dir.filePath(QStringLiteral("not-a-folder/a.abd")));
         QVERIFY(!refused);
@@ -498,10 +480,7 @@ private slots:
     // The year close archives the whole database, then empties the courses alone.
     void yearCloseArchivesThenDeletesOnlyTheCourses()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         const QStringList before = dumpDatabase(db);
         const auto closed = closeYear(db, dir.path(), 2025, false, moment);
         QVERIFY2(closed, qPrintable(closed ? QString() : closed.message().text));
@@ -523,10 +502,7 @@ private slots:
     // then keeps it under another name.
     void yearCloseTwiceKeepsTheFirstArchive()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         QVERIFY(closeYear(db, dir.path(), 2025, false, moment));
         const QByteArray first = bytesOf(dir.filePath(QStringLiteral("2025.arh")));
         QVERIFY(insertCourse(db, QDate(2025, 12, 31), QStringLiteral("Късен курс")));
@@ -551,10 +527,7 @@ private slots:
     // A failure while the courses are deleted deletes none of them.
     void aForcedFailureDuringTheDeletionLeavesEveryCourse()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         QSqlQuery last(db);
         QVERIFY(last.exec(QStringLiteral("SELECT MAX(id) FROM tabl")) && last.next());
         QVERIFY(forceFailureOn(db, QStringLiteral("DELETE"), QStringLiteral("OLD.id = %1").arg(last.value(0).toLongLong())));
@@ -570,10 +543,7 @@ private slots:
     // A year close whose archive cannot be written deletes nothing.
     void aYearCloseWithoutItsArchiveDeletesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         QVERIFY(writeBytes(dir.filePath(QStringLiteral("file")), QByteArray("x")));
         const auto failed = closeYear(db, dir.filePath(QStringLiteral("file/folder")), 2025, false, moment);
         QVERIFY(!failed);
@@ -585,10 +555,7 @@ private slots:
     // left standing: the close waits for that save, then archives and deletes it with the rest.
     void aCourseSavedDuringTheCloseIsArchivedNotLost()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         std::atomic<int> stage = 0;
         const DatabaseConfig config = scratch.config();
         std::thread other([&stage, config] {
@@ -661,10 +628,7 @@ private slots:
     {
         QFETCH(QStringList, statements);
         QFETCH(QString, kind);
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         const QString path = dir.filePath(QStringLiteral("code.abd"));
         QVERIFY(writeArchive(db, path));
         QVERIFY(alterArchive(path, statements));
@@ -690,10 +654,7 @@ private slots:
     // schema of its version, which the program's steps then bring up to date.
     void anOlderArchiveIsCopiedRowsOnly()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         const QString path = dir.filePath(QStringLiteral("old.abd"));
         QVERIFY(writeArchive(db, path));
         QVERIFY(alterArchive(path, {QStringLiteral("DROP TABLE SkladLots"), QStringLiteral("DROP INDEX sklad_open"),
@@ -777,10 +738,7 @@ private slots:
     {
         QFETCH(QString, statement);
         QFETCH(QString, where);
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         const QString path = dir.filePath(QStringLiteral("damaged.abd"));
         QVERIFY(writeArchive(db, path));
         // The undamaged archive is taken: the fault is the one value.
@@ -803,10 +761,7 @@ private slots:
     // transaction is not rolled back with it.
     void aFailedRestoreLeavesTheIdCountersRight()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QTemporaryDir dir;
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
+        ZAREK_FILLED_DB(scratch, dir, db);
         const QString path = dir.filePath(QStringLiteral("few.abd"));
         QVERIFY(writeArchive(db, path));
         for (int day = 1; day <= 20; ++day)

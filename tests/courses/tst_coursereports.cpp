@@ -2,6 +2,7 @@
 #include "courses/coursereports.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
+#include "coursesfixture.h"
 #include "testdatabase.h"
 
 #include <QSqlError>
@@ -12,35 +13,11 @@ using zarek::test::exampleFirm;
 
 namespace {
 
-struct Row {
-    QDate data;
-    QString kod;
-    QString kola;
-    QString klient;
-    double ton;
-    double km;
-    double tarifa;
-    double bruto;
-    bool fakt;
-    bool plat;
-};
+using Row = test::CourseRow;
 
 bool insert(QSqlDatabase db, const Row &row)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
-                                 "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-    for (const QVariant &value :
-         QList<QVariant>{row.data, row.kod, row.kola, row.klient, QStringLiteral("София - Перник"),
-                         QStringLiteral("Пясък"), row.km, row.ton, row.tarifa, row.bruto, 0.0, row.bruto, row.fakt,
-                         row.fakt ? QStringLiteral("0000000125") : QStringLiteral("0000000000"), row.plat, false})
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << query.lastError().text();
-        return false;
-    }
-    return true;
+    return test::insertCourse(db, row);
 }
 
 // Two trucks, two clients, two drivers over March 2006, and one course on each side of it.

@@ -1,0 +1,119 @@
+#include "data/firmstore.h"
+#include "app/firststart.h"
+#include "forms/messageservice.h"
+#include "app/personal.h"
+#include "core/textcheck.h"
+#include "testdatabase.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSqlQuery>
+
+using namespace zarek;
+
+namespace {
+
+void createFirm(test::ScratchDatabase &scratch)
+{
+    FirmProfile firm;
+    firm.UserName = QStringLiteral("Стара Фирма ООД");
+    firm.UserAdres = QStringLiteral("ул. Първа 1");
+    firm.UserCity = QStringLiteral("Пловдив");
+    firm.UserTel = QStringLiteral("032 1");
+    firm.UserGSM = QStringLiteral("0888 1");
+    firm.UserMOL = QStringLiteral("Иван Иванов");
+    QVERIFY(!createFirmAndAdministrator(scratch.db(), firm, QStringLiteral("a"), QStringLiteral("b")));
+}
+
+QString stored(QSqlDatabase db, const QString &column)
+{
+    QSqlQuery query(db);
+    query.exec(QStringLiteral("SELECT ") + column + QStringLiteral(" FROM ZarekCfg"));
+    query.next();
+    return query.value(0).toString();
+}
+
+void type(QWidget &form, const char *name, const QString &text)
+{
+    form.findChild<QLineEdit *>(QString::fromLatin1(name))->setText(text);
+}
+
+}
+
+class PersonalTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase_data() { test::addEngineRows(); }
+
+    void savingWritesTheRowAndTheProfileWithBlankOptionals()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        createFirm(scratch);
+        RecordingMessageService messages;
+        FirmProfile profile = readFirmRow(scratch.db())->profile;
+        Personal form(scratch.db(), profile);
+        QCOMPARE(form.findChild<QLineEdit *>(QStringLiteral("txtFirmaMOL"))->text(), QStringLiteral("Иван Иванов"));
+        type(form, "txtFirmaName", QStringLiteral("  Нова Фирма О'Брайън ЕООД "));
+        type(form, "txtFirmaMOL", QStringLiteral("   "));
+        form.findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(form.result(), int(QDialog::Accepted));
+        QCOMPARE(stored(scratch.db(), QStringLiteral("UserName")), QStringLiteral("Нова Фирма О'Брайън ЕООД"));
+        QCOMPARE(stored(scratch.db(), QStringLiteral("UserMOL")), QStringLiteral(" "));
+        QCOMPARE(profile.UserName, QStringLiteral("Нова Фирма О'Брайън ЕООД"));
+    }
+
+    // A save stopped by a check, by another user's change or by "Отказ" leaves the stored row; a
+    // check's stop leaves the typed name in memory already, as it always did.
+    void aSaveThatDoesNotHappenLeavesTheRow_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("message");  // title|text|icon
+        QTest::addColumn<QString>("inMemory");
+        const UserMessage control = controlCharacterMessage(QStringLiteral("   ВНИМАНИЕ!"));
+        QTest::newRow("no telephone") << "Нова Фирма" << "OKButton"
+                                      << "   ВНИМАНИЕ!|Телефона на фирмата не е въведен!\nМоля, въведете телефона на "
+                                         "фирмата!|3"
+                                      << "Нова Фирма";
+        QTest::newRow("changed by another user") << "Нова Фирма" << "OKButton" << "ГРЕШКА при запис!" << "";
+        // A NUL pasted into the firm's name: SQLite kept it, PostgreSQL refused it with raw SQL.
+        QTest::newRow("control character") << QStringLiteral("AB") + QChar(u'\0') + QStringLiteral("CD") << "OKButton"
+                                           << control.title + '|' + control.text + '|' + QString::number(int(control.icon))
+                                           << "Стара Фирма ООД";
+        QTest::newRow("cancel") << "Друга" << "cmdCancel" << "" << "Стара Фирма ООД";
+    }
+    void aSaveThatDoesNotHappenLeavesTheRow()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, button);
+        QFETCH(QString, message);
+        QFETCH(QString, inMemory);
+        ZAREK_SCRATCH_DB(scratch);
+        createFirm(scratch);
+        RecordingMessageService messages;
+        FirmProfile profile = readFirmRow(scratch.db())->profile;
+        Personal form(scratch.db(), profile);
+        const bool elsewhere = message.startsWith(QStringLiteral("ГРЕШКА"));
+        if (elsewhere) {
+            QSqlQuery other(scratch.openSecondConnection());
+            QVERIFY(other.exec(QStringLiteral("UPDATE ZarekCfg SET UserTel = '02 999', row_version = row_version + 1")));
+        }
+        type(form, "txtFirmaName", name);
+        if (QTest::currentDataTag() == QLatin1String("no telephone"))
+            type(form, "txtFirmaTel", QString());
+        form.findChild<QPushButton *>(button)->click();
+        QStringList said;
+        for (const UserMessage &m : messages.shown)
+            said << (elsewhere ? m.title : m.title + '|' + m.text + '|' + QString::number(int(m.icon)));
+        QCOMPARE(said, message.isEmpty() ? QStringList() : QStringList{message});
+        if (!inMemory.isEmpty())
+            QCOMPARE(profile.UserName, inMemory);
+        QCOMPARE(stored(scratch.db(), QStringLiteral("UserName")), QStringLiteral("Стара Фирма ООД"));
+        QCOMPARE(stored(scratch.db(), QStringLiteral("UserTel")), elsewhere ? QStringLiteral("02 999") : QStringLiteral("032 1"));
+        QVERIFY(form.result() != int(QDialog::Accepted));
+    }
+};
+
+QTEST_MAIN(PersonalTest)
+#include "tst_personal.moc"
