@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTimer>
+#include <memory>
 
 using namespace zarek;
 
@@ -62,17 +63,41 @@ void pickDriver(DAI &screen, const QString &name)
 
 }
 
+// Each test starts on a fresh database with three drivers (one with a short personal number) and a
+// message recorder; open() makes the screen on it.
 class DaiTest : public QObject {
     Q_OBJECT
+    std::unique_ptr<test::ScratchDatabase> scratch;
+    std::unique_ptr<RecordingMessageService> messages;
+    std::unique_ptr<DAI> dai;
+
+    DAI &open()
+    {
+        dai = std::make_unique<DAI>(scratch->db(), test::exampleAttestingFirm(), nullptr, today);
+        return *dai;
+    }
+
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
+    void init()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        scratch = std::make_unique<test::ScratchDatabase>(engine);
+        if (!scratch->isReady())
+            QSKIP(qPrintable(scratch->skipReason()));
+        prepare(*scratch);
+        messages = std::make_unique<RecordingMessageService>();
+    }
+    void cleanup()
+    {
+        dai.reset();
+        messages.reset();
+        scratch.reset();
+    }
 
     void theSheetShowsTheFirmAndWaitsForADriver()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         QCOMPARE(screen.windowTitle(), QStringLiteral("Удостоверение ДАИ"));
         // The form in use opens; the program's older one is a choice.
         QCOMPARE(screen.form(), AttestationForm::Decision2009);
@@ -105,19 +130,16 @@ private slots:
         QCOMPARE(combo->count(), 3);
         QCOMPARE(combo->itemText(0), QStringLiteral("Георги Д'Амато"));  // by code
         QCOMPARE(combo->currentIndex(), -1);
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     // A driver with an apostrophe in the name is found; the birth date comes from the personal number.
     void pickingADriverShowsNameBirthDateAndCard()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         screen.show();
         pickDriver(screen, QStringLiteral("Георги Д'Амато"));
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
         QCOMPARE(label(screen, "lblDriverName"), QStringLiteral("Георги Д'Амато"));
         QCOMPARE(label(screen, "lblDriverBorn"), QStringLiteral("02.5.2001 г."));
         QCOMPARE(label(screen, "lblDriverLK"), QStringLiteral("645123987"));
@@ -137,13 +159,10 @@ private slots:
     // A personal number too short or not digits: no birth date, a message, and the rest works.
     void aWrongPersonalNumberGivesAnEmptyBirthDateAndAMessage()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         pickDriver(screen, QStringLiteral("Петър Късия"));
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().text.section('\n', 0, 0), QStringLiteral("Грешно ЕГН на шофьора!"));
+        QCOMPARE(messages->shown.size(), 1);
+        QCOMPARE(messages->shown.first().text.section('\n', 0, 0), QStringLiteral("Грешно ЕГН на шофьора!"));
         QCOMPARE(label(screen, "lblDriverBorn"), QString());
         QCOMPARE(label(screen, "lblDriverLK"), QStringLiteral("611111111"));
         QCOMPARE(screen.sheet().birthDate, QString());
@@ -154,10 +173,7 @@ private slots:
 
     void printBeforeADriverIsPickedLeavesItemsEightToTenEmpty()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         const Report report = screen.attestationReport().value();
         for (const char *item : {"Label26", "Label28", "Label30"})
             QCOMPARE(report.control("PageHeader", item).caption, QString());
@@ -166,10 +182,7 @@ private slots:
     // Ticking a second box clears the first, and the cross follows it: what prints is what shows.
     void tickingASecondBoxClearsTheFirstAndTheCrossFollowsIt()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         screen.setForm(AttestationForm::Decision2007);
         screen.show();
         const auto crossTop = [&screen] {
@@ -195,10 +208,7 @@ private slots:
     // The period box turns into its "00:00 на … г." once left; the text is not read as a date.
     void aPeriodBoxTurnsIntoItsTextOnLeaving()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
         auto *from = child<QLineEdit>(screen, "Text1_0");
@@ -219,10 +229,7 @@ private slots:
     // entry open; the last day ends at the hour typed, not at 00:00 of that day.
     void theHoursOfThePeriodAreTyped()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
         auto *hour = child<QLineEdit>(screen, "txtHour_1");
@@ -258,10 +265,7 @@ private slots:
         QFETCH(bool, reason);
         QFETCH(QString, startedOn);
         QFETCH(QString, message);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         screen.show();
         child<QLineEdit>(screen, "txtStarted")->setText(startedOn);
         if (reason)
@@ -278,18 +282,15 @@ private slots:
         closePreview.start(0);
         child<QPushButton>(screen, "cmdPrint")->click();
         QVERIFY(!previewed);
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().text.section(QLatin1Char('\n'), 0, 0), message);
+        QCOMPARE(messages->shown.size(), 1);
+        QCOMPARE(messages->shown.first().text.section(QLatin1Char('\n'), 0, 0), message);
     }
 
     // Today's form: its 22 items with their wording, and the reasons it adds; back on the program's
     // form a reason it lacks is cleared.
     void theFormOf2009IsAChoiceBesideTheProgramsOwn()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         screen.show();
         screen.setForm(AttestationForm::Decision2009);
         QCOMPARE(label(screen, "lblTitle"), QStringLiteral("УДОСТОВЕРЕНИЕ ЗА ДЕЙНОСТИ"));
@@ -321,10 +322,7 @@ private slots:
     // "Печат" shows the attestation in the preview, and waits for it.
     void printShowsThePreview()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
+        DAI &screen = open();
         screen.show();
         child<QLineEdit>(screen, "txtStarted")->setText(QStringLiteral("01.06.2019"));
         tick(screen, "Check2");
@@ -338,18 +336,17 @@ private slots:
             }
         });
         child<QPushButton>(screen, "cmdPrint")->click();
-        QVERIFY2(messages.shown.isEmpty(), qPrintable(messages.shown.value(0).text));
+        QVERIFY2(messages->shown.isEmpty(), qPrintable(messages->shown.value(0).text));
         QCOMPARE(caption, QStringLiteral("Зарек 2.3 - Удостоверение за ДАИ"));
         QCOMPARE(pages, 1);
     }
 
     void noDriverAtAllIsTold()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        DAI screen(scratch.db(), test::exampleAttestingFirm(), nullptr, today);
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().text, QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
+        QVERIFY(scratch->exec(QStringLiteral("DELETE FROM shof")));
+        open();
+        QCOMPARE(messages->shown.size(), 1);
+        QCOMPARE(messages->shown.first().text, QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
     }
 };
 

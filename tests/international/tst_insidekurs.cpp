@@ -3,6 +3,7 @@
 #include "international/insidekurs.h"
 #include "international/sendresive.h"
 #include "international/tripstore.h"
+#include "queryrows.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -14,6 +15,7 @@
 #include <QTableView>
 #include <QTableWidget>
 #include <QTimer>
+#include <memory>
 
 using namespace zarek;
 
@@ -120,29 +122,57 @@ void pickFromPanel(InsideKurs &screen, const char *frame, int row)
 
 }
 
+// Each test starts on a fresh database with a driver and a tractor, and a message recorder;
+// open() makes the screen on it.
 class InsideKursTest : public QObject {
     Q_OBJECT
+    std::unique_ptr<test::ScratchDatabase> scratch;
+    std::unique_ptr<RecordingMessageService> messages;
+    std::unique_ptr<InsideKurs> screen;
+    QSqlDatabase db;
+
+    InsideKurs &open()
+    {
+        screen = std::make_unique<InsideKurs>(db);
+        return *screen;
+    }
+
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
+    void init()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        scratch = std::make_unique<test::ScratchDatabase>(engine);
+        if (!scratch->isReady())
+            QSKIP(qPrintable(scratch->skipReason()));
+        db = scratch->db();
+        prepare(*scratch);
+        messages = std::make_unique<RecordingMessageService>();
+    }
+    void cleanup()
+    {
+        screen.reset();
+        messages.reset();
+        db = {};
+        scratch.reset();
+    }
 
     void theScreenOpensOnTheTripsByNumberWithTheFormsCaptions()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000200", agro, hellas);
-        addTrip(scratch.db(), "0000000100", dargos, agro);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        addTrip(db, "0000000200", agro, hellas);
+        addTrip(db, "0000000100", dargos, agro);
+        InsideKurs &screen = open();
         QCOMPARE(screen.windowTitle(), QStringLiteral("Международни курсове"));
         QCOMPARE(screen.field(0)->text(), QStringLiteral("0000000100"));
         QCOMPARE(screen.field(9)->text(), dargos.name);
         QCOMPARE(statusText(screen), QStringLiteral("Запис № 1"));
         QVERIFY(screen.findChild<QWidget *>("picButtonsRazh"));
         QVERIFY(screen.findChild<QLabel *>("lblStatusRazh"));
-        QCOMPARE(screen.findChild<QLabel *>("lblLabels_7")->text(), QStringLiteral("Total  Fuel"));
-        QCOMPARE(screen.findChild<QLabel *>("lblLabels_8")->text(), QStringLiteral("Total     KM"));
-        QCOMPARE(screen.findChild<QLabel *>("lblLabels_21")->text(), QStringLiteral("Приход:                  лв."));
-        QCOMPARE(screen.findChild<QLabel *>("lblLabels_22")->text(), QStringLiteral("Общ разход:                   лв."));
+        QStringList labels;
+        for (const char *name : {"lblLabels_7", "lblLabels_8", "lblLabels_21", "lblLabels_22"})
+            labels << screen.findChild<QLabel *>(name)->text();
+        QCOMPARE(labels, (QStringList{"Total  Fuel", "Total     KM", "Приход:                  лв.",
+                                      "Общ разход:                   лв."}));
         const char *frames[][2] = {{"Frame1", "Общи данни за курса"}, {"Frame2", "Изпращач"}, {"Frame3", "Получател"},
                                    {"Frame4", "Товарен пункт"},      {"Frame5", "Разтоварен пункт"},
                                    {"Frame6", "Общи суми от курса"}};
@@ -155,18 +185,15 @@ private slots:
         button(screen, "cmdNext")->click();
         QCOMPARE(screen.field(0)->text(), QStringLiteral("0000000200"));
         QCOMPARE(statusText(screen), QStringLiteral("Запис № 2"));
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     // While a trip is added the three lists stand over their boxes, and the boxes a save needs are
     // coloured; after a cancel the boxes and the colours are back.
     void addingShowsTheListsAndMarksWhatTheSaveNeeds()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000001", agro, hellas);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        addTrip(db, "0000000001", agro, hellas);
+        InsideKurs &screen = open();
         screen.show();
         const QColor plain = screen.field(0)->palette().color(QPalette::Base);
         button(screen, "cmdAdd")->click();
@@ -194,21 +221,17 @@ private slots:
         // Each opening of the lists adds them again, as the list routine does.
         button(screen, "cmdAdd")->click();
         QCOMPARE(items(combo(screen, "ComboTruckR")), (QStringList{"РВ 0001 ЕЕ", "РВ 0001 ЕЕ"}));
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     // The first trip: no trailer is known yet, the list says so, and the trailer is typed.
     void theFirstTripFindsTheTrailerListEmpty()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        InsideKurs &screen = open();
         QCOMPARE(statusText(screen), QString());
         button(screen, "cmdAdd")->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ВНИМАНИЕ!"));
-        QCOMPARE(messages.shown.first().text, QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
+        QCOMPARE(test::shown(*messages), QStringList{"ВНИМАНИЕ!: Списъка е празен / Ще се създаде нов!"});
+        QCOMPARE(messages->shown.first().text.count(QLatin1Char('\n')), 1);
         fillRequired(screen);
         QVERIFY(screen.recordForm()->update());
         QCOMPARE(screen.field(4)->text(), QStringLiteral("РВ 0001 ЕЕ"));
@@ -218,11 +241,8 @@ private slots:
     // The save checks in their order through the screen: each box filled moves the message on.
     void theSaveChecksRunInOrderAndKeepWhatWasTyped()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000001", agro, hellas);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        addTrip(db, "0000000001", agro, hellas);
+        InsideKurs &screen = open();
         button(screen, "cmdAdd")->click();
         const QStringList faults = {"Няма въведен номер на ЧМР!", "Няма въведена дата на ЧМР!",
                                     "Няма въведено име на шофьор!", "Няма въведен номер на влекач!",
@@ -235,11 +255,11 @@ private slots:
             [&] { combo(screen, "ComboTruckR")->setEditText("  "); },
         };
         for (int i = 0; i < 5; ++i) {
-            messages.shown.clear();
+            messages->shown.clear();
             QVERIFY(!screen.recordForm()->update());
-            QCOMPARE(messages.shown.size(), 1);
-            QCOMPARE(messages.shown.first().title, QStringLiteral("   ВНИМАНИЕ!"));
-            QCOMPARE(messages.shown.first().text.section('\n', 0, 0), faults[i]);
+            QCOMPARE(messages->shown.size(), 1);
+            QCOMPARE(messages->shown.first().title, QStringLiteral("   ВНИМАНИЕ!"));
+            QCOMPARE(messages->shown.first().text.section('\n', 0, 0), faults[i]);
             QCOMPARE(statusText(screen), QStringLiteral("Нов запис"));
             fill[i]();
         }
@@ -266,11 +286,8 @@ private slots:
         QFETCH(QString, typed);
         QFETCH(QString, padded);
         QFETCH(bool, duplicate);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000037", agro, hellas);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        addTrip(db, "0000000037", agro, hellas);
+        InsideKurs &screen = open();
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
         button(screen, "cmdAdd")->click();
@@ -281,18 +298,17 @@ private slots:
         QCOMPARE(QApplication::focusWidget() != screen.field(0), true);
         QCoreApplication::processEvents();
         if (!duplicate) {
-            QVERIFY(messages.shown.isEmpty());
+            QVERIFY(messages->shown.isEmpty());
             return;
         }
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("   ГРЕШКА!"));
-        QCOMPARE(messages.shown.first().text,
-                 QStringLiteral("Съществува ЧМР със същия номер!\n\nМоля, променете номера и опитайте отново."));
+        QCOMPARE(test::shown(*messages),
+                 QStringList{"   ГРЕШКА!: Съществува ЧМР със същия номер! / Моля, променете номера и опитайте отново."});
+        QCOMPARE(messages->shown.first().text.count(QLatin1Char('\n')), 2);
         QCOMPARE(QApplication::focusWidget(), screen.field(0));
         // Saved all the same, the duplicate is refused and the trip stays in entry.
         fillRequired(screen, padded);
         QVERIFY(!screen.recordForm()->update());
-        QCOMPARE(messages.shown.last(), tripNumberTakenMessage());
+        QCOMPARE(messages->shown.last(), tripNumberTakenMessage());
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
     }
 
@@ -300,11 +316,8 @@ private slots:
     // duplicate and held the focus in the box.
     void correctingATripDoesNotCallItsOwnNumberADuplicate()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000037", agro, hellas);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        addTrip(db, "0000000037", agro, hellas);
+        InsideKurs &screen = open();
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
         button(screen, "cmdEdit")->click();
@@ -314,7 +327,7 @@ private slots:
         screen.field(0)->setFocus();
         QTest::keyClick(screen.field(0), Qt::Key_Tab);
         QCoreApplication::processEvents();
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
         screen.field(5)->setText("Пшеница");
         QVERIFY(screen.recordForm()->update());
         QCOMPARE(screen.field(5)->text(), QStringLiteral("Пшеница"));
@@ -324,12 +337,9 @@ private slots:
     // on a second trip make no new rows.
     void savedTripsFillTheAddressBookOnce()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000001", agro, hellas);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
-        QCOMPARE(firmCount(scratch.db()), 2);
+        addTrip(db, "0000000001", agro, hellas);
+        InsideKurs &screen = open();
+        QCOMPARE(firmCount(db), 2);
         for (const char *number : {"2", "3"}) {
             button(screen, "cmdAdd")->click();
             fillRequired(screen, QString::fromLatin1(number));
@@ -337,7 +347,7 @@ private slots:
             screen.fillPanel(InsideKurs::Panel::Resiv, {" Hellas Foods SA", "Odos Lagkada 140", "Thessaloniki", "Гърция "});
             QVERIFY(screen.recordForm()->update());
         }
-        QCOMPARE(firmCount(scratch.db()), 3);
+        QCOMPARE(firmCount(db), 3);
         QCOMPARE(statusText(screen), QStringLiteral("Запис № 3"));
         QCOMPARE(screen.field(9)->text(), dargos.name);
     }
@@ -356,11 +366,8 @@ private slots:
         QFETCH(QString, frame);
         QFETCH(int, filled);
         QFETCH(int, untouched);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000001", hellas, agro);  // the book: Agro Trade SRL, Hellas Foods SA
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        addTrip(db, "0000000001", hellas, agro);  // the book: Agro Trade SRL, Hellas Foods SA
+        InsideKurs &screen = open();
         screen.show();
         button(screen, "cmdAdd")->click();
         screen.field(untouched)->setText("Typed by hand");
@@ -378,11 +385,8 @@ private slots:
     // A browsed trip is never changed by the address book.
     void theBookDoesNotOpenOverABrowsedTrip()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000001", hellas, agro);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        addTrip(db, "0000000001", hellas, agro);
+        InsideKurs &screen = open();
         screen.show();
         bool opened = false;
         QTimer::singleShot(0, [&opened] {
@@ -400,10 +404,9 @@ private slots:
 
     void thePickerListsTheFirmsByName()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addTrip(scratch.db(), "0000000001", hellas, dargos);
-        addTrip(scratch.db(), "0000000002", agro, hellas);
-        SendResive picker(scratch.db());
+        addTrip(db, "0000000001", hellas, dargos);
+        addTrip(db, "0000000002", agro, hellas);
+        SendResive picker(db);
         picker.show();
         QCOMPARE(picker.windowTitle(), QStringLiteral("Данни на фирми"));
         QCOMPARE(picker.grid()->objectName(), QStringLiteral("grdSendResive"));
@@ -423,23 +426,20 @@ private slots:
     // One question; the trip goes, the firms stay.
     void deletingAsksOnceAndKeepsTheFirms()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addTrip(scratch.db(), "0000000001", hellas, agro);
-        addTrip(scratch.db(), "0000000002", dargos, agro);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
-        messages.answers = {false};
+        addTrip(db, "0000000001", hellas, agro);
+        addTrip(db, "0000000002", dargos, agro);
+        InsideKurs &screen = open();
+        messages->answers = {false};
         button(screen, "cmdDelete")->click();
         QCOMPARE(screen.recordForm()->rowCount(), 2);
         button(screen, "cmdDelete")->click();
-        QCOMPARE(messages.asked.size(), 2);
-        QCOMPARE(messages.asked.first().title, QStringLiteral("   ВНИМАНИЕ!"));
-        QCOMPARE(messages.asked.first().text,
+        QCOMPARE(messages->asked.size(), 2);
+        QCOMPARE(messages->asked.first().title, QStringLiteral("   ВНИМАНИЕ!"));
+        QCOMPARE(messages->asked.first().text,
                  QStringLiteral("Изтривате информацията за ЧМР!\n\nПотвърдете изтриването на ЧМР!"));
         QCOMPARE(screen.recordForm()->rowCount(), 1);
         QCOMPARE(screen.field(0)->text(), QStringLiteral("0000000002"));
-        QCOMPARE(firmCount(scratch.db()), 3);
+        QCOMPARE(firmCount(db), 3);
     }
 
     // A date or a figure that is none is refused with a message, and nothing is written.
@@ -458,22 +458,16 @@ private slots:
     {
         QFETCH(int, box);
         QFETCH(QString, typed);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        InsideKurs screen(scratch.db());
+        InsideKurs &screen = open();
         button(screen, "cmdAdd")->click();
         fillRequired(screen);
         screen.field(box)->setText(typed);
-        messages.shown.clear();
+        messages->shown.clear();
         QVERIFY(!screen.recordForm()->update());
-        QCOMPARE(messages.shown.size(), 1);
-        QVERIFY(messages.shown.first().text.contains(typed));
+        QCOMPARE(messages->shown.size(), 1);
+        QVERIFY(messages->shown.first().text.contains(typed));
         QCOMPARE(screen.field(box)->text(), typed);
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec("SELECT COUNT(*) FROM ExternalKurs") && query.next());
-        QCOMPARE(query.value(0).toInt(), 0);
-        QCOMPARE(firmCount(scratch.db()), 0);
+        QCOMPARE(test::scalar(db, "SELECT (SELECT COUNT(*) FROM ExternalKurs) + (SELECT COUNT(*) FROM Firms)").toInt(), 0);
     }
 };
 

@@ -6,6 +6,7 @@
 #include "invoicing/invoicenumber.h"
 #include "invoicing/invoicestore.h"
 #include "invoicingfixture.h"
+#include "queryrows.h"
 #include "testdatabase.h"
 
 #include <QProcess>
@@ -127,17 +128,46 @@ int runRacer(const QStringList &args)
 
 }
 
+// Each test starts on a fresh database; ids holds the courses of fillMarch() once a test fills it.
 class InvoiceStoreTest : public QObject {
     Q_OBJECT
+    std::unique_ptr<test::ScratchDatabase> scratch;
+    QSqlDatabase db;
+    QList<qint64> ids;
+    const QString number = QStringLiteral("0000000130");
+
+    // Numbers the courses of the given indexes with the invoice; the outcome's kind.
+    SettleOutcome::Kind issue(const QList<int> &indexes, const QString &nomFakt, const QString &klient = dargos,
+                              bool euro = false, QSqlDatabase on = {})
+    {
+        QList<CourseWrite> writes;
+        for (const int i : indexes)
+            writes.append({ids[i], 1, true, nomFakt});
+        return InvoiceStore(on.isValid() ? on : db).settle(writes, stamp, InvoiceRecord::issue(nomFakt, klient, euro)).kind;
+    }
+    qint64 count(const QString &sql, const QList<QVariant> &values = {}) { return countWhere(db, sql, values); }
+
 private slots:
     void initTestCase_data() { addEngineRows(); }
+    void init()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        scratch = std::make_unique<test::ScratchDatabase>(engine);
+        if (!scratch->isReady())
+            QSKIP(qPrintable(scratch->skipReason()));
+        db = scratch->db();
+    }
+    void cleanup()
+    {
+        db = {};
+        scratch.reset();
+        ids.clear();
+    }
 
     void theUninvoicedCoursesOfAClientAndPeriod()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillMarch(scratch.db());
-        InvoiceStore store(scratch.db());
-        const Checked<RowSet> rows = store.courses(march());
+        fillMarch(db);
+        const Checked<RowSet> rows = InvoiceStore(db).courses(march());
         QVERIFY(rows);
         QCOMPARE(routesOf(rows.value()),
                  (QStringList{"2006-03-02 София - Перник", "2006-03-05 Перник - Радомир",
@@ -166,22 +196,19 @@ private slots:
         QFETCH(QString, kola);
         QFETCH(QString, marsh);
         QFETCH(QString, tovar);
-        QFETCH(int, count);
-        ZAREK_SCRATCH_DB(scratch);
-        fillMarch(scratch.db());
-        const Checked<RowSet> rows = InvoiceStore(scratch.db()).courses(march(kola, marsh, tovar));
+        fillMarch(db);
+        const Checked<RowSet> rows = InvoiceStore(db).courses(march(kola, marsh, tovar));
         QVERIFY(rows);
-        QCOMPARE(rows.value().rowCount(), count);
+        QTEST(rows.value().rowCount(), "count");
     }
 
     void theCoursesOfAnInvoice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillMarch(scratch.db());
+        fillMarch(db);
         FakturaSelection selection;
         selection.mode = FakturaMode::EditFakt;
         selection.number = QStringLiteral("0000000120");
-        const Checked<RowSet> rows = InvoiceStore(scratch.db()).courses(selection);
+        const Checked<RowSet> rows = InvoiceStore(db).courses(selection);
         QVERIFY(rows);
         QCOMPARE(routesOf(rows.value()), (QStringList{"2006-02-10 София - Перник", "2006-02-12 Перник - София"}));
         QVERIFY(rows.value().value(0, QStringLiteral("Fakt")).toBool());
@@ -189,86 +216,64 @@ private slots:
 
     void theUsedNumbersHighestFirstWithoutTheNone()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillMarch(scratch.db());
-        insertCourse(scratch.db(), {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"),
-                                    QStringLiteral("СА 1234 ВК"), 1, 1, 1, 1, true, QStringLiteral("0000000099")});
-        QCOMPARE(InvoiceStore(scratch.db()).usedNumbers(),
-                 (QStringList{QStringLiteral("0000000120"), QStringLiteral("0000000099")}));
+        fillMarch(db);
+        insertCourse(db, {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"),
+                          QStringLiteral("СА 1234 ВК"), 1, 1, 1, 1, true, QStringLiteral("0000000099")});
+        QCOMPARE(InvoiceStore(db).usedNumbers(), (QStringList{"0000000120", "0000000099"}));
     }
 
     void theClosingWriteStampsAndCountsEveryCourse()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QList<qint64> ids = fillMarch(scratch.db());
-        InvoiceStore store(scratch.db());
+        ids = fillMarch(db);
         const SettleOutcome outcome =
-            store.settle({{ids[0], 1, true, QStringLiteral("0000000130")}, {ids[2], 1, true, QStringLiteral("0000000130")},
-                          {ids[6], 1, false, QStringLiteral("0000000000")}},
-                         stamp, InvoiceRecord::issue(QStringLiteral("0000000130"), dargos, false));
+            InvoiceStore(db).settle({{ids[0], 1, true, number}, {ids[2], 1, true, number},
+                                     {ids[6], 1, false, QStringLiteral("0000000000")}},
+                                    stamp, InvoiceRecord::issue(number, dargos, false));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
         QCOMPARE(outcome.written, 3);
-        const QSqlRecord numbered = courseById(scratch.db(), ids[2]);
-        QVERIFY(numbered.value(QStringLiteral("Fakt")).toBool());
-        QCOMPARE(numbered.value(QStringLiteral("NomFakt")).toString(), QStringLiteral("0000000130"));
-        QCOMPARE(numbered.value(QStringLiteral("row_version")).toInt(), 2);
-        QCOMPARE(numbered.value(QStringLiteral("DateMod")).toDate(), QDate(2006, 4, 2));
-        QCOMPARE(numbered.value(QStringLiteral("TimeMod")).toTime(), QTime(14, 35, 12));
-        const QSqlRecord off = courseById(scratch.db(), ids[6]);
-        QVERIFY(!off.value(QStringLiteral("Fakt")).toBool());
-        QCOMPARE(off.value(QStringLiteral("NomFakt")).toString(), QStringLiteral("0000000000"));
-        // Courses not written are not touched.
-        QCOMPARE(courseById(scratch.db(), ids[1]).value(QStringLiteral("row_version")).toInt(), 1);
-        QVERIFY(courseById(scratch.db(), ids[1]).value(QStringLiteral("DateMod")).isNull());
+        // Fakt, NomFakt, row_version, DateMod; courses not written are not touched.
+        const QString sql = QStringLiteral("SELECT Fakt, NomFakt, row_version, DateMod FROM tabl WHERE id = ?");
+        QCOMPARE(test::row(db, sql, {ids[2]}), QStringLiteral("1|0000000130|2|2006-04-02"));
+        QCOMPARE(test::row(db, sql, {ids[6]}).left(13), QStringLiteral("0|0000000000|"));
+        QCOMPARE(test::row(db, sql, {ids[1]}), QStringLiteral("0|0000000000|1|"));
+        QCOMPARE(courseById(db, ids[2]).value(QStringLiteral("TimeMod")).toTime(), QTime(14, 35, 12));
     }
 
     void aCourseChangedOnAnotherConnectionStopsTheWholeWrite()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QList<qint64> ids = fillMarch(scratch.db());
-        QSqlDatabase other = scratch.openSecondConnection();
-        QSqlQuery change(other);
-        change.prepare(QStringLiteral("UPDATE tabl SET Fakt = ?, NomFakt = '0000000777', row_version = row_version + 1 "
-                                      "WHERE id = ?"));
-        change.addBindValue(true);
-        change.addBindValue(ids[2]);
-        QVERIFY2(change.exec(), qPrintable(change.lastError().text()));
-        const QStringList before = invoiceState(scratch.db());
-
+        ids = fillMarch(db);
+        QCOMPARE(test::rows(scratch->openSecondConnection(),
+                            "UPDATE tabl SET Fakt = ?, NomFakt = '0000000777', row_version = row_version + 1 WHERE id = ?",
+                            {true, ids[2]}),
+                 QStringList());
+        const QStringList before = invoiceState(db);
         QList<CourseWrite> writes;
         for (const int i : {0, 1, 2, 3})
-            writes.append({ids[i], 1, true, QStringLiteral("0000000130")});
-        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
-            writes, stamp, InvoiceRecord::issue(QStringLiteral("0000000130"), dargos, false));
+            writes.append({ids[i], 1, true, number});
+        const SettleOutcome outcome = InvoiceStore(db).settle(writes, stamp, InvoiceRecord::issue(number, dargos, false));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Conflict));
         QCOMPARE(outcome.changed, QList<qint64>{ids[2]});
-        QCOMPARE(invoiceState(scratch.db()), before);
-        QCOMPARE(courseById(scratch.db(), ids[2]).value(QStringLiteral("NomFakt")).toString(),
-                 QStringLiteral("0000000777"));
+        QCOMPARE(invoiceState(db), before);
+        QCOMPARE(courseById(db, ids[2]).value(QStringLiteral("NomFakt")).toString(), QStringLiteral("0000000777"));
     }
 
     void aDeletedCourseCountsAsChanged()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QList<qint64> ids = fillMarch(scratch.db());
-        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM tabl WHERE id = %1").arg(ids[1])));
-        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
+        ids = fillMarch(db);
+        QVERIFY(scratch->exec(QStringLiteral("DELETE FROM tabl WHERE id = %1").arg(ids[1])));
+        const SettleOutcome outcome = InvoiceStore(db).settle(
             {{ids[0], 1, false, QStringLiteral("0000000000")}, {ids[1], 1, false, QStringLiteral("0000000000")}}, stamp);
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Conflict));
         QCOMPARE(outcome.changed, QList<qint64>{ids[1]});
-        QVERIFY(courseById(scratch.db(), ids[0]).value(QStringLiteral("DateMod")).isNull());
+        QVERIFY(courseById(db, ids[0]).value(QStringLiteral("DateMod")).isNull());
     }
 
     void aNumberIssuedMeanwhileIsNotIssuedTwice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QList<qint64> ids = fillMarch(scratch.db());
-        const QStringList before = invoiceState(scratch.db());
-        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
-            {{ids[0], 1, true, QStringLiteral("0000000120")}}, stamp,
-            InvoiceRecord::issue(QStringLiteral("0000000120"), dargos, false));
-        QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::NumberTaken));
-        QCOMPARE(invoiceState(scratch.db()), before);
+        ids = fillMarch(db);
+        const QStringList before = invoiceState(db);
+        QCOMPARE(int(issue({0}, QStringLiteral("0000000120"))), int(SettleOutcome::Kind::NumberTaken));
+        QCOMPARE(invoiceState(db), before);
     }
 
     void anIssuedNumberIsRecordedWithItsClientDayAndCurrency_data()
@@ -280,67 +285,46 @@ private slots:
     void anIssuedNumberIsRecordedWithItsClientDayAndCurrency()
     {
         QFETCH(bool, euro);
-        ZAREK_SCRATCH_DB(scratch);
-        const QList<qint64> ids = fillMarch(scratch.db());
-        const QString number = QStringLiteral("0000000130");
-        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
-            {{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, dargos, euro));
-        QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
-        QCOMPARE(scalar(scratch.db(), QStringLiteral("SELECT Klient FROM Fakturi WHERE NomFakt = ?"), {number}).toString(),
-                 dargos);
-        QCOMPARE(scalar(scratch.db(), QStringLiteral("SELECT Data FROM Fakturi WHERE NomFakt = ?"), {number}).toDate(),
-                 QDate(2006, 4, 2));
-        QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"), {number}),
-                 euro ? 1 : 0);
-        QCOMPARE(InvoiceStore(scratch.db()).usedNumbers().value(0), number);
+        ids = fillMarch(db);
+        QCOMPARE(int(issue({0}, number, dargos, euro)), int(SettleOutcome::Kind::Written));
+        QCOMPARE(test::row(db, "SELECT Klient, Data FROM Fakturi WHERE NomFakt = ?", {number}),
+                 dargos + QStringLiteral("|2006-04-02"));
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"), {number}), euro ? 1 : 0);
+        QCOMPARE(InvoiceStore(db).usedNumbers().value(0), number);
     }
 
     // The year close deletes the courses; their numbers stay issued and the numbering goes on.
     void aNumberIssuedBeforeTheCoursesWereDeletedStaysTaken()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QList<qint64> ids = fillMarch(scratch.db());
-        const QString number = QStringLiteral("0000000130");
-        QCOMPARE(int(InvoiceStore(scratch.db())
-                         .settle({{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, dargos, false))
-                         .kind),
-                 int(SettleOutcome::Kind::Written));
+        ids = fillMarch(db);
+        QCOMPARE(int(issue({0}, number)), int(SettleOutcome::Kind::Written));
         QTemporaryDir folder;
-        const auto closed = closeYear(scratch.db(), folder.path(), 2006, false, stamp);
+        const auto closed = closeYear(db, folder.path(), 2006, false, stamp);
         QVERIFY2(closed, qPrintable(closed ? QString() : closed.message().text));
-        QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM tabl")), 0);
-        ids = fillMarch(scratch.db());
-        InvoiceStore store(scratch.db());
-        QCOMPARE(store.usedNumbers(), (QStringList{number, QStringLiteral("0000000120")}));
-        QCOMPARE(offeredInvoiceNumbers(store.usedNumbers()).value(0), QStringLiteral("0000000131"));
-        const QStringList before = invoiceState(scratch.db());
-        const SettleOutcome again =
-            store.settle({{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, beton, false));
-        QCOMPARE(int(again.kind), int(SettleOutcome::Kind::NumberTaken));
-        QCOMPARE(invoiceState(scratch.db()), before);
-        QCOMPARE(scalar(scratch.db(), QStringLiteral("SELECT Klient FROM Fakturi WHERE NomFakt = ?"), {number}).toString(),
-                 dargos);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM tabl")), 0);
+        ids = fillMarch(db);
+        QCOMPARE(InvoiceStore(db).usedNumbers(), (QStringList{number, QStringLiteral("0000000120")}));
+        QCOMPARE(offeredInvoiceNumbers(InvoiceStore(db).usedNumbers()).value(0), QStringLiteral("0000000131"));
+        const QStringList before = invoiceState(db);
+        QCOMPARE(int(issue({0}, number, beton)), int(SettleOutcome::Kind::NumberTaken));
+        QCOMPARE(invoiceState(db), before);
+        QCOMPARE(scalar(db, QStringLiteral("SELECT Klient FROM Fakturi WHERE NomFakt = ?"), {number}).toString(), dargos);
     }
 
     // A number another workstation issued: refused with nothing written, never in the engine's
     // own words, and the other invoice keeps its currency.
     void aNumberIssuedOnAnotherWorkstationIsRefusedInTheSystemsWords()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QList<qint64> ids = fillMarch(scratch.db());
-        const QString number = QStringLiteral("0000000130");
-        QSqlDatabase other = scratch.openSecondConnection();
-        const SettleOutcome first =
-            InvoiceStore(other).settle({{ids[5], 1, true, number}}, stamp, InvoiceRecord::issue(number, beton, true));
-        QCOMPARE(int(first.kind), int(SettleOutcome::Kind::Written));
-        const QStringList before = invoiceState(scratch.db());
-        const SettleOutcome second = InvoiceStore(scratch.db()).settle(
-            {{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, dargos, false));
+        ids = fillMarch(db);
+        QCOMPARE(int(issue({5}, number, beton, true, scratch->openSecondConnection())), int(SettleOutcome::Kind::Written));
+        const QStringList before = invoiceState(db);
+        const SettleOutcome second =
+            InvoiceStore(db).settle({{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, dargos, false));
         QCOMPARE(int(second.kind), int(SettleOutcome::Kind::NumberTaken));
         QVERIFY(!second.message);
-        QCOMPARE(invoiceState(scratch.db()), before);
+        QCOMPARE(invoiceState(db), before);
         // The first invoice keeps its euro record.
-        QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"), {number}), 1);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"), {number}), 1);
     }
 
     void anInvoiceEmptiedByItsCorrectionFreesItsNumber_data()
@@ -352,42 +336,33 @@ private slots:
     void anInvoiceEmptiedByItsCorrectionFreesItsNumber()
     {
         QFETCH(bool, emptied);
-        ZAREK_SCRATCH_DB(scratch);
-        const QList<qint64> ids = fillMarch(scratch.db());
+        ids = fillMarch(db);
         const QString number = QStringLiteral("0000000120");
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient) VALUES ('0000000120', 'Д''Аргос ООД')")));
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES ('0000000120')")));
-        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
+        QVERIFY(scratch->exec(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient) VALUES ('0000000120', 'Д''Аргос ООД')")));
+        QVERIFY(scratch->exec(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES ('0000000120')")));
+        const SettleOutcome outcome = InvoiceStore(db).settle(
             {{ids[6], 1, false, noDocumentNumber()}, {ids[7], 1, !emptied, emptied ? noDocumentNumber() : number}}, stamp,
             InvoiceRecord::correct(number));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
-        for (const char *table : {"Fakturi", "EvroFakt"})
-            QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM %1 WHERE NomFakt = ?").arg(table),
-                                {number}),
-                     emptied ? 0 : 1);
-        QCOMPARE(InvoiceStore(scratch.db()).usedNumbers().contains(number), !emptied);
+        QCOMPARE(test::row(db, "SELECT (SELECT COUNT(*) FROM Fakturi WHERE NomFakt = ?), "
+                               "(SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?)", {number, number}),
+                 emptied ? QStringLiteral("0|0") : QStringLiteral("1|1"));
+        QCOMPARE(InvoiceStore(db).usedNumbers().contains(number), !emptied);
     }
 
     // A database of an earlier version: its invoices become issued numbers as it is brought up.
     void theUpgradeRecordsTheNumbersOfInvoicedCourses()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(scratch.exec(QStringLiteral("DROP TABLE Fakturi")));
-        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM zarek_schema WHERE version = 5")));
+        QVERIFY(scratch->exec(QStringLiteral("DROP TABLE Fakturi")));
+        QVERIFY(scratch->exec(QStringLiteral("DELETE FROM zarek_schema WHERE version = 5")));
         fillMarch(db);
         insertCourse(db, {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"), QStringLiteral("СА 1234 ВК"),
                           1, 1, 1, 1, true, QStringLiteral("0000000099")});
-        QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET DateMod = '2006-02-28' WHERE NomFakt = '0000000120'")));
+        QVERIFY(scratch->exec(QStringLiteral("UPDATE tabl SET DateMod = '2006-02-28' WHERE NomFakt = '0000000120'")));
         QString error;
         QVERIFY2(migrateSchema(db, &error), qPrintable(error));
-        QSqlQuery query(db);
-        QVERIFY(query.exec(QStringLiteral("SELECT NomFakt, Klient, Data FROM Fakturi ORDER BY NomFakt")));
-        QStringList rows;
-        while (query.next())
-            rows << query.value(0).toString() + QLatin1Char(' ') + query.value(1).toString() + QLatin1Char(' ')
-                        + query.value(2).toDate().toString(Qt::ISODate);
-        QCOMPARE(rows, (QStringList{QStringLiteral("0000000099 Бетон АД "), QStringLiteral("0000000120 Д'Аргос ООД 2006-02-28")}));
+        QCOMPARE(test::rows(db, "SELECT NomFakt, Klient, Data FROM Fakturi ORDER BY NomFakt"),
+                 (QStringList{"0000000099|Бетон АД|", "0000000120|Д'Аргос ООД|2006-02-28"}));
         QCOMPARE(schemaVersion(db), latestSchemaVersion());
     }
 
@@ -395,13 +370,13 @@ private slots:
     // client's courses, every invoice keeps its currency, and no closing fails on a lock.
     void workstationsRacingForNumbersNeverShareOne()
     {
-        ZAREK_SCRATCH_DB(scratch);
+        QFETCH_GLOBAL(QString, engine);
         for (int racer = 0; racer < racers; ++racer) {
             for (int i = 0; i < invoicesEach; ++i)
-                insertCourse(scratch.db(), {QDate(2006, 3, 1 + i), racerClient(racer), QStringLiteral("Перник - София")});
+                insertCourse(db, {QDate(2006, 3, 1 + i), racerClient(racer), QStringLiteral("Перник - София")});
         }
-        const QString target = engine == QLatin1String("postgresql") ? scratch.config().databaseName
-                                                                      : scratch.config().sqlitePath;
+        const QString target = engine == QLatin1String("postgresql") ? scratch->config().databaseName
+                                                                      : scratch->config().sqlitePath;
         std::vector<std::unique_ptr<QProcess>> processes;
         for (int racer = 0; racer < racers; ++racer) {
             auto process = std::make_unique<QProcess>();
@@ -429,7 +404,6 @@ private slots:
         }
         qInfo("%d numbers taken meanwhile by another workstation were refused and chosen again", refusals);
 
-        QSqlDatabase db = scratch.db();
         const int invoices = racers * invoicesEach;
         QCOMPARE(countWhere(db, QStringLiteral("SELECT COUNT(*) FROM tabl WHERE Fakt = ?"), {true}), invoices);
         QCOMPARE(countWhere(db, QStringLiteral("SELECT COUNT(DISTINCT NomFakt) FROM tabl WHERE Fakt = ?"), {true}), invoices);
@@ -452,23 +426,20 @@ private slots:
 
     void aFailureInTheMiddleOfTheWriteLeavesEveryCourseAsItWas()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QList<qint64> ids;
         for (int i = 0; i < 2 * InvoiceStore::batchSize + 50; ++i)
-            ids.append(insertCourse(scratch.db(), {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")}));
-        failUpdatesOf(scratch, ids[InvoiceStore::batchSize + 10]);  // in the second of three statements
-        const QStringList before = invoiceState(scratch.db());
+            ids.append(insertCourse(db, {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")}));
+        failUpdatesOf(*scratch, ids[InvoiceStore::batchSize + 10]);  // in the second of three statements
+        const QStringList before = invoiceState(db);
         QList<CourseWrite> writes;
         for (const qint64 id : ids)
-            writes.append({id, 1, true, QStringLiteral("0000000130")});
-        const SettleOutcome outcome = InvoiceStore(scratch.db()).settle(
-            writes, stamp, InvoiceRecord::issue(QStringLiteral("0000000130"), dargos, false));
+            writes.append({id, 1, true, number});
+        const SettleOutcome outcome = InvoiceStore(db).settle(writes, stamp, InvoiceRecord::issue(number, dargos, false));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Failed));
         QVERIFY(outcome.message);
         QCOMPARE(outcome.message->title, QStringLiteral("ГРЕШКА при запис!"));
         QVERIFY2(outcome.message->text.contains(QStringLiteral("forced failure")), qPrintable(outcome.message->text));
-        QCOMPARE(invoiceState(scratch.db()), before);
-        QCOMPARE(countWhere(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM tabl WHERE Fakt = ?"), {true}), 0);
+        QCOMPARE(invoiceState(db), before);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE Fakt = ?"), {true}), 0);
     }
 };
 

@@ -87,18 +87,47 @@ QStringList previewLines(ReportPreview *preview)
 
 }
 
+// Each test starts on a fresh database holding the client's courses, with a folder for the
+// statement's scratch file and a message recorder; open() makes the statement.
 class KlientsTest : public QObject {
     Q_OBJECT
+    std::unique_ptr<test::ScratchDatabase> database;
+    std::unique_ptr<QTemporaryDir> dir;
+    std::unique_ptr<RecordingMessageService> messages;
+    std::unique_ptr<Klients> klients;
+    QSqlDatabase db;
+
+    Klients *open(const SearchConditions &conditions = klientstest::march())
+    {
+        klients = openStatement(db, dir->path(), conditions);
+        return klients.get();
+    }
+
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
+    void init()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        database = std::make_unique<test::ScratchDatabase>(engine);
+        if (!database->isReady())
+            QSKIP(qPrintable(database->skipReason()));
+        db = database->db();
+        QVERIFY(klientstest::fillCourses(db));
+        dir = std::make_unique<QTemporaryDir>();
+        messages = std::make_unique<RecordingMessageService>();
+    }
+    void cleanup()
+    {
+        klients.reset();
+        messages.reset();
+        dir.reset();
+        db = {};
+        database.reset();
+    }
 
     void theClientsCoursesOfThePeriodAreListedWithTheirSums()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        auto screen = openStatement(database.db(), dir.path());
+        Klients *screen = open();
         QCOMPARE(screen->objectName(), QStringLiteral("Klients"));
         QCOMPARE(screen->windowTitle(), QStringLiteral("Зарек 2.3 - Курсове на Д'Аргос ООД"));
         QCOMPARE(screen->findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
@@ -113,17 +142,17 @@ private slots:
         QCOMPARE(captions, (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума"}));
         QCOMPARE(screen->model()->index(1, 5).data().toString(), QStringLiteral("10,000"));
         QCOMPARE(screen->model()->index(1, sumaColumn).data().toString(), QStringLiteral("125,00"));
-        QCOMPARE(labelText(*screen, QStringLiteral("Label1")), QStringLiteral("Всичко:"));
-        QCOMPARE(labelText(*screen, QStringLiteral("Label2")), QStringLiteral("225"));
-        QCOMPARE(labelText(*screen, QStringLiteral("Label3")), QStringLiteral("40,50"));
-        QCOMPARE(labelText(*screen, QStringLiteral("Label4")), QStringLiteral("275,00лв."));
+        QStringList labels;
+        for (const char *name : {"Label1", "Label2", "Label3", "Label4"})
+            labels << labelText(*screen, QString::fromLatin1(name));
+        QCOMPARE(labels, (QStringList{"Всичко:", "225", "40,50", "275,00лв."}));
         QCOMPARE(scratchCount(*screen, QStringLiteral("TempKlients")), 4);
         // Nothing touched yet: the list cannot be saved, a file can be loaded.
         QVERIFY(!button(*screen, QStringLiteral("cmdSaveFile"))->isEnabled());
         QVERIFY(!button(*screen, QStringLiteral("cmdSaveFile"))->isHidden());
         QVERIFY(button(*screen, QStringLiteral("cmdOpenFile"))->isEnabled());
         QVERIFY(!screen->dirty() && !screen->printed() && !screen->fileSaved() && !screen->fileLoaded());
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     void theSearchPrefixesNarrowTheListWithoutRegardToCase_data()
@@ -140,49 +169,36 @@ private slots:
     }
     void theSearchPrefixesNarrowTheListWithoutRegardToCase()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
         QFETCH(QString, tovar);
         QFETCH(QString, marsh);
         QFETCH(QString, kola);
-        QTemporaryDir dir;
-        RecordingMessageService messages;
         SearchConditions conditions = klientstest::march();
         conditions.SeekTovar = tovar;
         conditions.SeekMarsh = marsh;
         conditions.SeekKola = kola;
-        auto screen = openStatement(database.db(), dir.path(), conditions);
+        Klients *screen = open(conditions);
         QTEST(screen->model()->rowCount(), "rows");
     }
 
     void noCourseTellsSoAndLeavesTheScreenEmpty()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
         SearchConditions conditions = klientstest::march();
         conditions.SeekKlient = QStringLiteral("Никой ООД");
-        auto screen = openStatement(database.db(), dir.path(), conditions);
+        Klients *screen = open(conditions);
         QCOMPARE(screen->model()->rowCount(), 0);
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ВНИМАНИЕ!"));
-        QCOMPARE(messages.shown.first().text,
-                 QStringLiteral("Няма курсове при тези условия!\n\nПроверете си условията за търсене!"));
+        QCOMPARE(messages->shown, (QList<UserMessage>{{QStringLiteral("ВНИМАНИЕ!"),
+                                                       QStringLiteral("Няма курсове при тези условия!\n\n"
+                                                                      "Проверете си условията за търсене!")}}));
         // Printing an empty list says so and shows no report.
         QCOMPARE(screen->print(), nullptr);
-        QCOMPARE(messages.shown.last().text, QStringLiteral("Няма!!!!!!!!"));
+        QCOMPARE(messages->shown.last().text, QStringLiteral("Няма!!!!!!!!"));
     }
 
     // A row's km changed from 100 to 120 prints 120 × Ton × Tarifa; the screen keeps the old money.
     void aCorrectedKmPrintsTheNewSumWhileTheScreenKeepsTheOld()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        const QString before = klientstest::registerFingerprint(database.db());
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        auto screen = openStatement(database.db(), dir.path());
+        const QString before = klientstest::registerFingerprint(db);
+        Klients *screen = open();
         QVERIFY(showAndWait(*screen));
         QTRY_COMPARE(screen->currentRow(), 0);
         screen->grid()->setCurrentIndex(screen->model()->index(1, kmColumn));  // 02.03 София - Перник, 100 km
@@ -216,18 +232,14 @@ private slots:
         // The grid now follows the statement: route, then date.
         QCOMPARE(shownRows(*screen).first(), QStringLiteral("02.03.2006 Батановци - Перник 40"));
         QCOMPARE(shownRows(*screen).at(2), QStringLiteral("02.03.2006 София - Перник 120"));
-        QCOMPARE(klientstest::registerFingerprint(database.db()), before);
-        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(klientstest::registerFingerprint(db), before);
+        QVERIFY(messages->shown.isEmpty());
     }
 
     // Printing twice in one opening lists every row once.
     void aSecondPrintListsTheRowsOnce()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        auto screen = openStatement(database.db(), dir.path());
+        Klients *screen = open();
         const QStringList first = previewLines(screen->print());
         const QStringList second = previewLines(screen->print());
         QVERIFY(!first.isEmpty());
@@ -251,12 +263,8 @@ private slots:
     }
     void f4AllowsEditingUntilPageOrEndKeys()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
         QFETCH(QList<int>, keys);
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        auto screen = openStatement(database.db(), dir.path());
+        Klients *screen = open();
         QVERIFY(showAndWait(*screen));
         QTRY_COMPARE(screen->currentRow(), 0);
         for (const int key : keys)
@@ -271,11 +279,7 @@ private slots:
 
     void withoutF4TypingChangesNothing()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        auto screen = openStatement(database.db(), dir.path());
+        Klients *screen = open();
         QVERIFY(showAndWait(*screen));
         QTRY_COMPARE(screen->currentRow(), 0);
         screen->grid()->setCurrentIndex(screen->model()->index(0, kmColumn));
@@ -287,12 +291,8 @@ private slots:
 
     void deleteRemovesTheRowFromTheWorkingList()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        const QString before = klientstest::registerFingerprint(database.db());
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        auto screen = openStatement(database.db(), dir.path());
+        const QString before = klientstest::registerFingerprint(db);
+        Klients *screen = open();
         QVERIFY(showAndWait(*screen));
         QTRY_COMPARE(screen->currentRow(), 0);
         QTest::keyClick(screen->grid(), Qt::Key_F4);
@@ -303,15 +303,14 @@ private slots:
                                                   QStringLiteral("31.03.2006 София - Перник 60")}));
         QCOMPARE(screen->currentRow(), 1);
         QCOMPARE(scratchCount(*screen, QStringLiteral("TempKlients")), 3);
-        QVERIFY(!screen->editingAllowed());
-        QVERIFY(screen->dirty());
-        QVERIFY(button(*screen, QStringLiteral("cmdSaveFile"))->isEnabled());
-        QVERIFY(button(*screen, QStringLiteral("cmdOpenFile"))->isHidden());
+        QVERIFY(!screen->editingAllowed() && screen->dirty());
+        QVERIFY(button(*screen, QStringLiteral("cmdSaveFile"))->isEnabled()
+                && button(*screen, QStringLiteral("cmdOpenFile"))->isHidden());
         // The sums tell what was read from the register; the print tells the list.
         QCOMPARE(labelText(*screen, QStringLiteral("Label4")), QStringLiteral("275,00лв."));
         const QStringList lines = previewLines(screen->print());
         QVERIFY(lines.contains(QStringLiteral("Общо | 150,00лв.")));
-        QCOMPARE(klientstest::registerFingerprint(database.db()), before);
+        QCOMPARE(klientstest::registerFingerprint(db), before);
     }
 
     void kilometresThatAreNotAWholeNumberAreRefused_data()
@@ -324,63 +323,49 @@ private slots:
     }
     void kilometresThatAreNotAWholeNumberAreRefused()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
         QFETCH(QString, typed);
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        auto screen = openStatement(database.db(), dir.path());
+        Klients *screen = open();
         screen->setEditingAllowed(true);
         QVERIFY(!screen->model()->setData(screen->model()->index(0, kmColumn), typed));
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(messages->shown.size(), 1);
+        QCOMPARE(messages->shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
         QCOMPARE(screen->model()->index(0, kmColumn).data().toString(), QStringLiteral("40"));
-        QSqlQuery query(screen->scratch()->db());
-        QVERIFY(query.exec(QStringLiteral("SELECT SUM(KM) FROM TempKlients")) && query.next());
-        QCOMPARE(query.value(0).toInt(), 225);
+        QCOMPARE(test::scalar(screen->scratch()->db(), QStringLiteral("SELECT SUM(KM) FROM TempKlients")).toInt(), 225);
     }
 
     void closingWithUnsavedCorrectionsAsksFirst()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        auto untouched = openStatement(database.db(), dir.path());
+        auto untouched = openStatement(db, dir->path());
         QVERIFY(showAndWait(*untouched));
         QVERIFY(untouched->close());
-        QVERIFY(messages.asked.isEmpty());
+        QVERIFY(messages->asked.isEmpty());
 
-        auto screen = openStatement(database.db(), dir.path());
+        Klients *screen = open();
         QVERIFY(showAndWait(*screen));
         QTRY_COMPARE(screen->currentRow(), 0);
         QTest::keyClick(screen->grid(), Qt::Key_Delete);
-        messages.answers = {false};
+        messages->answers = {false};
         QVERIFY(!screen->close());
         QVERIFY(screen->isVisible());
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked.first().text,
+        QCOMPARE(messages->asked.size(), 1);
+        QCOMPARE(messages->asked.first().text,
                  QStringLiteral("Корекциите в списъка не са записани във файл!\nЗатваряте ли справката без запис?"));
         // The save dialog dismissed: saving ends the screen, but not without the question.
         screen->chooseFileToSave = [](QWidget *) { return QString(); };
-        messages.answers = {false};
+        messages->answers = {false};
         screen->saveFile();
         QVERIFY(screen->isVisible());
-        messages.answers = {true};
+        messages->answers = {true};
         QVERIFY(screen->close());
-        QCOMPARE(messages.asked.size(), 3);
+        QCOMPARE(messages->asked.size(), 3);
     }
 
     void theCommandAsksAClientSearchAndOpensTheStatementBesideTheMainWindow()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
-        ScratchDatabase shared(dir.path());
+        ScratchDatabase shared(dir->path());
         QString panel;
         CommandContext context;
-        context.db = database.db();
+        context.db = db;
         context.scratch = &shared;
         context.firm = []() -> const FirmProfile & { return klientstest::firm(); };
         context.setPanel = [&panel](const QString &text) { panel = text; };
@@ -414,7 +399,7 @@ private slots:
         QCOMPARE(panel, QStringLiteral("Справка за курсове..."));
         // The statement's working list is not in the shared scratch file.
         QVERIFY(screen->scratch()->filePath() != shared.filePath());
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
         delete screen;
     }
 };

@@ -1,6 +1,7 @@
 #include "forms/commands.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
+#include "queryrows.h"
 #include "testdatabase.h"
 #include "waybills/rowdlist.h"
 #include "waybills/waybillscommands.h"
@@ -15,7 +16,10 @@
 #include <QTabWidget>
 #include <QTableView>
 
+#include <memory>
+
 using namespace zarek;
+using zarek::test::row;
 using zarek::test::scalar;
 
 namespace {
@@ -23,6 +27,7 @@ namespace {
 const QString truck = QStringLiteral("СА 1234 ВК");      // norm 30 l/100 km
 const QString otherTruck = QStringLiteral("РВ 7777 АА");  // norm 25.5
 const QString driver = QStringLiteral("Георги Д'Амато");
+const QString taken = QStringLiteral("Съществува пътен лист със същия номер!");
 
 void prepare(test::ScratchDatabase &scratch)
 {
@@ -32,19 +37,18 @@ void prepare(test::ScratchDatabase &scratch)
     QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('012', 'Георги Д''Амато')")));
 }
 
-// A waybill written as earlier entry would have left it, with its lines (km, ton, fuel).
-void addWaybill(QSqlDatabase db, const QString &listId, const QDate &date, const QString &kola,
-                const QList<std::tuple<double, double, double>> &lines = {})
+// A waybill written as earlier entry would have left it, with its lines (km, ton, fuel); by
+// default waybill 0000000040 of 02.03.2026 with one line of 100 km.
+void addWaybill(QSqlDatabase db, const QString &listId = QStringLiteral("0000000040"),
+                const QDate &date = QDate(2026, 3, 2), const QString &kola = truck,
+                const QList<std::tuple<double, double, double>> &lines = {{100, 0, 30}})
 {
     double km = 0, fuel = 0;
     for (const auto &[lineKm, ton, razhN] : lines) {
         QSqlQuery query(db);
         query.prepare(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) VALUES (?, ?, ?, ?, 0, ?)"));
-        query.addBindValue(listId);
-        query.addBindValue(QStringLiteral("София - Перник"));
-        query.addBindValue(lineKm);
-        query.addBindValue(ton);
-        query.addBindValue(razhN);
+        for (const QVariant &value : QVariantList{listId, QStringLiteral("София - Перник"), lineKm, ton, razhN})
+            query.addBindValue(value);
         QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
         km += lineKm;
         fuel += razhN;
@@ -59,10 +63,7 @@ void addWaybill(QSqlDatabase db, const QString &listId, const QDate &date, const
 
 QStringList texts(const RecordingMessageService &messages)
 {
-    QStringList list;
-    for (const UserMessage &m : messages.shown)
-        list.append(m.text.section(QLatin1Char('\n'), 0, 0));
-    return list;
+    return test::firstLines(messages.shown);
 }
 
 void type(const QString &text)
@@ -119,6 +120,15 @@ void addLine(RowdList &screen, const QString &route, const QString &km, const QS
     QVERIFY(saveLine(screen, route, km, ton, koef));
 }
 
+// A new waybill 37 with its first line (250 km, 10 t, +10 %: 93,5 l) saved.
+void startWithALine(RowdList &screen)
+{
+    fillHeader(screen, QStringLiteral("37"));
+    screen.tabs()->setCurrentIndex(1);
+    QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
+                     QStringLiteral("10")));
+}
+
 QStringList gridRows(RowdList &screen)
 {
     QStringList rows;
@@ -132,26 +142,60 @@ QStringList gridRows(RowdList &screen)
     return rows;
 }
 
+// What the header shows: the number, km and fuel totals.
+QString totals(RowdList &screen)
+{
+    return screen.field(1)->text() + QLatin1Char(' ') + screen.field(6)->text();
 }
 
+}
+
+// Each test gets a fresh database with two trucks and two drivers, and a message recorder;
+// open() shows the screen on it.
 class RowdListTest : public QObject {
     Q_OBJECT
+    std::unique_ptr<test::ScratchDatabase> scratch;
+    std::unique_ptr<RecordingMessageService> messages;
+    std::unique_ptr<RowdList> screen;
+    QSqlDatabase db;
+
+    RowdList &open()
+    {
+        screen = std::make_unique<RowdList>(db);
+        show(*screen);
+        return *screen;
+    }
+    QString sums() { return row(db, "SELECT SumKM, SumRazhN FROM RowdList"); }
+    int count(const char *sql) { return scalar(db, QString::fromLatin1(sql)).toInt(); }
+
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
+    void init()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        scratch = std::make_unique<test::ScratchDatabase>(engine);
+        if (!scratch->isReady())
+            QSKIP(qPrintable(scratch->skipReason()));
+        db = scratch->db();
+        prepare(*scratch);
+        messages = std::make_unique<RecordingMessageService>();
+    }
+    void cleanup()
+    {
+        screen.reset();
+        messages.reset();
+        db = {};
+        scratch.reset();
+    }
 
     void anEmptyRegisterOpensReadyForItsFirstWaybill()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        RowdList &screen = open();
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3.4 - Пътни листи"));
         QCOMPARE(screen.header()->state(), RecordFormState::Adding);
         QCOMPARE(screen.header()->statusLabel()->text(), QStringLiteral("Нов запис"));
         QCOMPARE(QApplication::focusWidget(), screen.field(4));
-        QVERIFY(screen.driverCombo()->isVisible());
-        QVERIFY(!screen.field(2)->isVisible());
+        QVERIFY(screen.driverCombo()->isVisible() && !screen.field(2)->isVisible());
         QCOMPARE(screen.driverCombo()->count(), 2);
         QCOMPARE(screen.truckCombo()->count(), 2);
         // Nothing to save before the route tab was opened.
@@ -160,27 +204,21 @@ private slots:
         QCOMPARE(screen.tabs()->tabToolTip(1), QStringLiteral("Маршрути от пътния лист"));
         QCOMPARE(screen.field(4)->palette().color(QPalette::Base), QColor(0xFF, 0xFF, 0x80));
         QCOMPARE(screen.field(8)->palette().color(QPalette::Base), QApplication::palette(screen.field(8)).color(QPalette::Base));
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     void theNewestNumberShowsFirstAndBrowsingShowsTheBoxes()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck);
-        addWaybill(scratch.db(), QStringLiteral("0000000052"), QDate(2026, 3, 4), otherTruck, {{120, 10, 40.8}});
-        addWaybill(scratch.db(), QStringLiteral("0000000041"), QDate(2026, 3, 3), truck);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db, QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {});
+        addWaybill(db, QStringLiteral("0000000052"), QDate(2026, 3, 4), otherTruck, {{120, 10, 40.8}});
+        addWaybill(db, QStringLiteral("0000000041"), QDate(2026, 3, 3), truck, {});
+        RowdList &screen = open();
         QCOMPARE(screen.header()->state(), RecordFormState::Browsing);
         QCOMPARE(screen.field(4)->text(), QStringLiteral("0000000052"));
         QCOMPARE(screen.header()->statusLabel()->text(), QStringLiteral("Запис № 3"));
         QCOMPARE(screen.field(3)->text(), otherTruck);
-        QCOMPARE(screen.field(1)->text(), QStringLiteral("120"));
-        QCOMPARE(screen.field(6)->text(), QStringLiteral("40,8"));
-        QVERIFY(screen.field(3)->isVisible());
-        QVERIFY(!screen.truckCombo()->isVisible());
+        QCOMPARE(totals(screen), QStringLiteral("120 40,8"));
+        QVERIFY(screen.field(3)->isVisible() && !screen.truckCombo()->isVisible());
         QVERIFY(screen.field(1)->isReadOnly());
         QCOMPARE(screen.field(1)->focusPolicy(), Qt::NoFocus);
         screen.header()->previous();
@@ -197,8 +235,7 @@ private slots:
         QTest::newRow("37") << "37" << "0000000037" << QString() << false;
         QTest::newRow("blanks around") << "  37 " << "0000000037" << QString() << false;
         QTest::newRow("ten already") << "1234567890" << "1234567890" << QString() << false;
-        QTest::newRow("taken, in its padded form") << "40" << "0000000040"
-                                                   << "Съществува пътен лист със същия номер!" << true;
+        QTest::newRow("taken, in its padded form") << "40" << "0000000040" << taken << true;
         QTest::newRow("eleven: told, not fatal") << "12345678901" << "12345678901"
                                                  << "Номера на документа е по-дълъг от разрешения!" << true;
     }
@@ -208,79 +245,64 @@ private slots:
         QFETCH(QString, shown);
         QFETCH(QString, message);
         QFETCH(bool, focusBack);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db, QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {});
+        RowdList &screen = open();
         screen.header()->add();
         QCOMPARE(QApplication::focusWidget(), screen.field(4));
         type(typed);
         press(Qt::Key_Tab);
         QCOMPARE(screen.field(4)->text(), shown);
-        QCOMPARE(texts(messages), message.isEmpty() ? QStringList() : QStringList{message});
+        QCOMPARE(texts(*messages), message.isEmpty() ? QStringList() : QStringList{message});
         QCOMPARE(QApplication::focusWidget(), focusBack ? static_cast<QWidget *>(screen.field(4)) : screen.field(0));
-        if (!message.isEmpty() && message.startsWith(QStringLiteral("Съществува")))
-            QCOMPARE(messages.shown.first().title, QStringLiteral("   ГРЕШКА!"));
+        if (message == taken)
+            QCOMPARE(messages->shown.first().title, QStringLiteral("   ГРЕШКА!"));
     }
 
     // While a waybill is corrected its own number is reported too, and it may still be saved.
     void correctingAWaybillReportsItsOwnNumberAndSaves()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}});
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db);
+        RowdList &screen = open();
         screen.header()->edit();
         QCOMPARE(screen.header()->statusLabel()->text(), QStringLiteral("Корекция на запис"));
         QCOMPARE(QApplication::focusWidget(), screen.field(0));
         QCOMPARE(screen.truckCombo()->currentText(), truck);
         screen.field(4)->setFocus();
         press(Qt::Key_Tab);
-        QCOMPARE(texts(messages), QStringList{QStringLiteral("Съществува пътен лист със същия номер!")});
+        QCOMPARE(texts(*messages), QStringList{taken});
         QCOMPARE(QApplication::focusWidget(), screen.field(0));  // not held in the box
         screen.field(7)->setText(QStringLiteral("2,5"));
         QVERIFY(screen.header()->update());
-        QCOMPARE(scalar(scratch.db(), "SELECT ZarM FROM RowdList").toDouble(), 2.5);
-        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(scalar(db, "SELECT ZarM FROM RowdList").toDouble(), 2.5);
+        QCOMPARE(messages->shown.size(), 1);
     }
 
     // The path of a new waybill: number, date, driver, truck, routes typed into the grid, "Изчисли",
     // back to the header, saved. Each line has its norm fuel.
     void aNewWaybillWithThreeLinesIsStoredWithItsNormAndSums()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        RowdList &screen = open();
         fillHeader(screen, QStringLiteral("37"));
         QCOMPARE(screen.field(4)->text(), QStringLiteral("0000000037"));
 
         screen.tabs()->setCurrentIndex(1);
         QCOMPARE(screen.tabs()->currentIndex(), 1);
-        QCOMPARE(screen.currentListId(), QStringLiteral("0000000037"));
-        QCOMPARE(screen.currentKola(), truck);
+        QCOMPARE(screen.currentListId() + QLatin1Char(' ') + screen.currentKola(), "0000000037 " + truck);
         QVERIFY(button(screen, "cmdUpdateRowd")->isEnabledTo(screen.tabs()->widget(0)));
         // No lines yet: the first one is typed at once, from the keyboard.
         QCOMPARE(screen.routes()->state(), RecordFormState::Adding);
         QCOMPARE(screen.routes()->statusLabel()->text(), QStringLiteral("Корекция..."));
         QVERIFY(!screen.tabs()->isTabEnabled(0));
         QVERIFY(screen.grid()->isAncestorOf(QApplication::focusWidget()));
-        type(QStringLiteral("София - Перник"));
-        press(Qt::Key_Tab);
-        type(QStringLiteral("250"));
-        press(Qt::Key_Tab);
-        type(QStringLiteral("10"));
-        press(Qt::Key_Tab);
-        type(QStringLiteral("10"));
-        press(Qt::Key_Return);
+        const QStringList cells{QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
+                                QStringLiteral("10")};
+        for (int i = 0; i < 4; ++i) {
+            type(cells[i]);
+            press(i < 3 ? Qt::Key_Tab : Qt::Key_Return);
+        }
         QTRY_COMPARE(screen.routes()->state(), RecordFormState::Browsing);
         QCOMPARE(QApplication::focusWidget(), button(screen, "cmdAddMarsh"));
-        QCOMPARE(scalar(scratch.db(), "SELECT RazhN FROM Marsh WHERE MarshID = '0000000037'").toDouble(), 93.5);
+        QCOMPARE(scalar(db, "SELECT RazhN FROM Marsh WHERE MarshID = '0000000037'").toDouble(), 93.5);
 
         // Enter on "Добави" starts the next line.
         press(Qt::Key_Return);
@@ -295,42 +317,29 @@ private slots:
         QVERIFY(button(screen, "cmdCloseMarsh")->isVisible());
         button(screen, "cmdCloseMarsh")->click();
         QVERIFY(!screen.routes()->actionStrip()->isVisible());
-        QCOMPARE(screen.field(1)->text(), QStringLiteral("450"));  // 250 + 99.5 + 100.5
-        // 93.5 + 30.0 (99.5 counts as 100) + (5 + 30) * 100 / 100 * 0.9 = 31.5
-        QCOMPARE(screen.field(6)->text(), QStringLiteral("155"));
+        // 250 + 99.5 + 100.5 km; 93.5 + 30.0 (99.5 counts as 100) + (5 + 30) * 100 / 100 * 0.9 = 31.5
+        QCOMPARE(totals(screen), QStringLiteral("450 155"));
 
         screen.tabs()->setCurrentIndex(0);
         QVERIFY(screen.header()->update());
         QCOMPARE(screen.header()->state(), RecordFormState::Browsing);
-        QVERIFY(messages.shown.isEmpty());
-        const QSqlDatabase db = scratch.db();
-        QCOMPARE(scalar(db, "SELECT ListID || '|' || Kola || '|' || NameDriver FROM RowdList").toString(),
-                 QStringLiteral("0000000037|СА 1234 ВК|Георги Д'Амато"));
-        QCOMPARE(scalar(db, "SELECT SumKM FROM RowdList").toDouble(), 450.0);
-        QCOMPARE(scalar(db, "SELECT SumRazhN FROM RowdList").toDouble(), 155.0);
-        QCOMPARE(scalar(db, "SELECT ZarN FROM RowdList").toDouble(), 120.0);
-        QCOMPARE(scalar(db, "SELECT ZarM FROM RowdList").toDouble(), 0.0);  // a blank is saved as 0
-        QCOMPARE(scalar(db, "SELECT Data FROM RowdList").toDate(), QDate(2026, 3, 5));
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000037'").toInt(), 3);
-        QCOMPARE(scalar(db, "SELECT SUM(RazhN) FROM Marsh").toDouble(), 155.0);
-        QCOMPARE(screen.field(0)->text(), QStringLiteral("05.03.2026"));
-        QCOMPARE(screen.field(8)->text(), QStringLiteral("120"));
+        QVERIFY(messages->shown.isEmpty());
+        // A blank ZarM is saved as 0.
+        QCOMPARE(row(db, "SELECT ListID, Kola, NameDriver, SumKM, SumRazhN, ZarN, ZarM, Data FROM RowdList"),
+                 QStringLiteral("0000000037|СА 1234 ВК|Георги Д'Амато|450|155|120|0|2026-03-05"));
+        QCOMPARE(row(db, "SELECT COUNT(*), SUM(RazhN) FROM Marsh WHERE MarshID = '0000000037'"), QStringLiteral("3|155"));
+        QCOMPARE(screen.field(0)->text() + QLatin1Char(' ') + screen.field(8)->text(), QStringLiteral("05.03.2026 120"));
     }
 
     void theRouteTabNeedsATruck()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        RowdList &screen = open();
         fillHeader(screen, QStringLiteral("37"), QString());
         screen.tabs()->setCurrentIndex(1);
         QCOMPARE(screen.tabs()->currentIndex(), 0);  // the page stays as it is
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("   ВНИМАНИЕ!"));
-        QCOMPARE(messages.shown.first().text,
-                 QStringLiteral("Няма въведен номер на кола в пътния лист!\n\nМоля, въведете номера на колата."));
+        QCOMPARE(test::shown(*messages), QStringList{QStringLiteral(
+            "   ВНИМАНИЕ!: Няма въведен номер на кола в пътния лист! / Моля, въведете номера на колата.")});
+        QCOMPARE(messages->shown.first().text.count(QLatin1Char('\n')), 2);
         QVERIFY(!button(screen, "cmdUpdateRowd")->isEnabled());
     }
 
@@ -340,44 +349,34 @@ private slots:
         QTest::addColumn<QString>("number");
         QTest::addColumn<QString>("message");
         QTest::newRow("none") << "" << "Няма въведен номер на пътния лист!";
-        QTest::newRow("taken") << "0000000040" << "Съществува пътен лист със същия номер!";
+        QTest::newRow("taken") << "0000000040" << taken;
     }
     void theRouteTabOfANewWaybillNeedsAFreeNumber()
     {
         QFETCH(QString, number);
         QFETCH(QString, message);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}});
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db);
+        RowdList &screen = open();
         screen.header()->add();
         screen.truckCombo()->setEditText(truck);
         screen.field(4)->setText(number);  // typed, the box not left
         screen.tabs()->setCurrentIndex(1);
         QCOMPARE(screen.tabs()->currentIndex(), 0);
-        QCOMPARE(texts(messages).value(0), message);
+        QCOMPARE(texts(*messages).value(0), message);
     }
 
     void aTruckWithoutANormGetsNoLines()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        RowdList &screen = open();
         fillHeader(screen, QStringLiteral("37"), QStringLiteral("ВТ 0001 ХХ"));
         screen.tabs()->setCurrentIndex(1);
         QVERIFY(!saveLine(screen, QStringLiteral("Търново - Русе"), QStringLiteral("100"), QStringLiteral("0"),
                           QStringLiteral("0")));
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("   ВНИМАНИЕ!"));
-        QCOMPARE(messages.shown.first().text,
-                 QStringLiteral("Колата няма въведена разходната норма!\n\nМоля, въведете разходната норма на колата."));
+        QCOMPARE(test::shown(*messages), QStringList{QStringLiteral(
+            "   ВНИМАНИЕ!: Колата няма въведена разходната норма! / Моля, въведете разходната норма на колата.")});
         QCOMPARE(screen.routes()->state(), RecordFormState::Adding);  // the line stays as typed
         QCOMPARE(gridRows(screen).value(0), QStringLiteral("Търново - Русе|100|0|0"));
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh").toInt(), 0);
+        QCOMPARE(count("SELECT COUNT(*) FROM Marsh"), 0);
     }
 
     void badFiguresInALineAreToldAndNothingIsWritten_data()
@@ -398,55 +397,39 @@ private slots:
         QFETCH(QString, ton);
         QFETCH(QString, koef);
         QFETCH(QString, message);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        RowdList &screen = open();
         fillHeader(screen, QStringLiteral("37"));
         screen.tabs()->setCurrentIndex(1);
         QVERIFY(!saveLine(screen, QStringLiteral("София - Перник"), km, ton, koef));
-        QCOMPARE(texts(messages), QStringList{message});
+        QCOMPARE(texts(*messages), QStringList{message});
         QCOMPARE(screen.routes()->state(), RecordFormState::Adding);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh").toInt(), 0);
+        QCOMPARE(count("SELECT COUNT(*) FROM Marsh"), 0);
     }
 
     // The header's totals follow its lines as each is saved or deleted, without "Изчисли", so the
     // waybill report and the fuel balance never read a stale total; a header saved later keeps them.
     void theHeaderTotalsFollowItsLines()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
-        fillHeader(screen, QStringLiteral("37"));
-        screen.tabs()->setCurrentIndex(1);
-        QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
-                         QStringLiteral("10")));
-        QCOMPARE(screen.field(1)->text(), QStringLiteral("250"));
-        QCOMPARE(screen.field(6)->text(), QStringLiteral("93,5"));
+        RowdList &screen = open();
+        startWithALine(screen);
+        QCOMPARE(totals(screen), QStringLiteral("250 93,5"));
         screen.tabs()->setCurrentIndex(0);
         QVERIFY(screen.header()->update());
-        QCOMPARE(scalar(scratch.db(), "SELECT SumKM FROM RowdList").toDouble(), 250.0);
+        QCOMPARE(sums(), QStringLiteral("250|93.5"));
 
         // Browsing the waybill: a line added, corrected (KM 30 → 80), then deleted.
         screen.tabs()->setCurrentIndex(1);
         addLine(screen, QStringLiteral("Перник - София"), QStringLiteral("30"), QStringLiteral("0"), QStringLiteral("0"));
-        QCOMPARE(scalar(scratch.db(), "SELECT SumKM FROM RowdList").toDouble(), 280.0);
-        QCOMPARE(scalar(scratch.db(), "SELECT SumRazhN FROM RowdList").toDouble(), 102.5);
+        QCOMPARE(sums(), QStringLiteral("280|102.5"));
         screen.routes()->last();
         screen.routes()->edit();
         QVERIFY(saveLine(screen, QStringLiteral("Перник - София"), QStringLiteral("80"), QStringLiteral("0"),
                          QStringLiteral("0")));
-        QCOMPARE(scalar(scratch.db(), "SELECT SumKM FROM RowdList").toDouble(), 330.0);
-        QCOMPARE(scalar(scratch.db(), "SELECT SumRazhN FROM RowdList").toDouble(), 117.5);
-        QCOMPARE(screen.field(1)->text(), QStringLiteral("330"));
-        QCOMPARE(screen.field(6)->text(), QStringLiteral("117,5"));
+        QCOMPARE(sums(), QStringLiteral("330|117.5"));
+        QCOMPARE(totals(screen), QStringLiteral("330 117,5"));
         screen.routes()->last();
         button(screen, "cmdDeleteMarsh")->click();
-        QCOMPARE(scalar(scratch.db(), "SELECT SumKM FROM RowdList").toDouble(), 250.0);
-        QCOMPARE(scalar(scratch.db(), "SELECT SumRazhN FROM RowdList").toDouble(), 93.5);
+        QCOMPARE(sums(), QStringLiteral("250|93.5"));
         QCOMPARE(screen.field(1)->text(), QStringLiteral("250"));
 
         // A correction of the header saved afterwards keeps the totals of the lines.
@@ -454,9 +437,8 @@ private slots:
         screen.header()->edit();
         screen.field(8)->setText(QStringLiteral("150"));
         QVERIFY(screen.header()->update());
-        QCOMPARE(scalar(scratch.db(), "SELECT SumKM FROM RowdList").toDouble(), 250.0);
-        QCOMPARE(scalar(scratch.db(), "SELECT ZarN FROM RowdList").toDouble(), 150.0);
-        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(row(db, "SELECT SumKM, ZarN FROM RowdList"), QStringLiteral("250|150"));
+        QVERIFY(messages->shown.isEmpty());
     }
 
     void theHeaderChecksStopTheSaveInOrder_data()
@@ -476,85 +458,57 @@ private slots:
         QFETCH(QString, kola);
         QFETCH(QString, driverName);
         QFETCH(QString, message);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}});
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db);
+        RowdList &screen = open();
         screen.header()->edit();
         screen.field(0)->setText(date);
         screen.truckCombo()->setEditText(kola);
         screen.driverCombo()->setEditText(driverName);
         QVERIFY(!screen.header()->update());
-        QCOMPARE(texts(messages), QStringList{message});
+        QCOMPARE(texts(*messages), QStringList{message});
         QCOMPARE(screen.header()->state(), RecordFormState::Editing);
-        QCOMPARE(scalar(scratch.db(), "SELECT row_version FROM RowdList").toInt(), 1);
+        QCOMPARE(count("SELECT row_version FROM RowdList"), 1);
     }
 
     // A new waybill saved under a number another waybill took meanwhile is refused.
     void aTakenNumberIsRefusedAtTheSave()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
-        fillHeader(screen, QStringLiteral("37"));
-        screen.tabs()->setCurrentIndex(1);
-        QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
-                         QStringLiteral("10")));
+        RowdList &screen = open();
+        startWithALine(screen);
         button(screen, "cmdCloseMarsh")->click();
         screen.tabs()->setCurrentIndex(0);
-        addWaybill(scratch.db(), QStringLiteral("0000000037"), QDate(2026, 3, 2), otherTruck);  // another workstation
+        addWaybill(db, QStringLiteral("0000000037"), QDate(2026, 3, 2), otherTruck, {});  // another workstation
         QVERIFY(!screen.header()->update());
-        QCOMPARE(texts(messages), QStringList{QStringLiteral("Съществува пътен лист със същия номер!")});
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM RowdList").toInt(), 1);
+        QCOMPARE(texts(*messages), QStringList{taken});
+        QCOMPARE(count("SELECT COUNT(*) FROM RowdList"), 1);
     }
 
     // Cancelled, a new waybill takes the lines saved for it along; the lines of others stay.
     void cancellingANewWaybillLeavesNoLinesBehind()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}});
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db);
+        RowdList &screen = open();
         screen.header()->add();
-        fillHeader(screen, QStringLiteral("37"));
-        screen.tabs()->setCurrentIndex(1);
-        QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
-                         QStringLiteral("10")));
+        startWithALine(screen);
         addLine(screen, QStringLiteral("Перник - София"), QStringLiteral("30"), QStringLiteral("0"), QStringLiteral("0"));
         screen.tabs()->setCurrentIndex(0);
         button(screen, "cmdCancelRowd")->click();
         QCOMPARE(screen.header()->state(), RecordFormState::Browsing);
         QCOMPARE(screen.field(4)->text(), QStringLiteral("0000000040"));
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000037'").toInt(), 0);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh").toInt(), 1);
+        QCOMPARE(test::rows(db, "SELECT MarshID FROM Marsh"), QStringList{QStringLiteral("0000000040")});
         QCOMPARE(screen.field(4)->palette().color(QPalette::Base), QApplication::palette(screen.field(4)).color(QPalette::Base));
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     // Closed while a new waybill is typed: the same as cancelling it.
     void closingDuringANewWaybillLeavesNoLinesBehind()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        {
-            RowdList screen(scratch.db());
-            show(screen);
-            fillHeader(screen, QStringLiteral("37"));
-            screen.tabs()->setCurrentIndex(1);
-            QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
-                             QStringLiteral("10")));
-            screen.routes()->add();  // a second line half typed
-            screen.reject();
-        }
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh").toInt(), 0);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM RowdList").toInt(), 0);
+        RowdList &screen = open();
+        startWithALine(screen);
+        screen.routes()->add();  // a second line half typed
+        screen.reject();
+        this->screen.reset();
+        QCOMPARE(row(db, "SELECT (SELECT COUNT(*) FROM Marsh), (SELECT COUNT(*) FROM RowdList)"), QStringLiteral("0|0"));
     }
 
     void deletingAWaybillDeletesItsLines_data()
@@ -566,68 +520,50 @@ private slots:
     void deletingAWaybillDeletesItsLines()
     {
         QFETCH(bool, yes);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}});
-        addWaybill(scratch.db(), QStringLiteral("0000000041"), QDate(2026, 3, 3), truck, {{100, 0, 30}, {50, 0, 15}});
-        RecordingMessageService messages;
-        messages.answers = {yes};
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db);
+        addWaybill(db, QStringLiteral("0000000041"), QDate(2026, 3, 3), truck, {{100, 0, 30}, {50, 0, 15}});
+        messages->answers = {yes};
+        RowdList &screen = open();
         QCOMPARE(screen.field(4)->text(), QStringLiteral("0000000041"));
         button(screen, "cmdDeleteRowd")->click();
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked.first().title, QStringLiteral("   ВНИМАНИЕ!"));
-        QCOMPARE(messages.asked.first().text,
+        QCOMPARE(messages->asked.size(), 1);
+        QCOMPARE(messages->asked.first().title, QStringLiteral("   ВНИМАНИЕ!"));
+        QCOMPARE(messages->asked.first().text,
                  QStringLiteral("Изтривате информацията за пътния лист!\n\nПотвърдете изтриването на пътния лист!"));
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM RowdList").toInt(), yes ? 1 : 2);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000041'").toInt(), yes ? 0 : 2);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'").toInt(), 1);
+        QCOMPARE(test::rows(db, "SELECT MarshID, COUNT(*) FROM Marsh GROUP BY MarshID ORDER BY MarshID"),
+                 (yes ? QStringList{"0000000040|1"} : QStringList{"0000000040|1", "0000000041|2"}));
+        QCOMPARE(count("SELECT COUNT(*) FROM RowdList"), yes ? 1 : 2);
         QCOMPARE(screen.field(4)->text(), yes ? QStringLiteral("0000000040") : QStringLiteral("0000000041"));
     }
 
     void deletingALineAsksTheWaybillQuestionAndTakesOnlyTheLine()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000041"), QDate(2026, 3, 3), truck, {{100, 0, 30}, {50, 0, 15}});
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db, QStringLiteral("0000000041"), QDate(2026, 3, 3), truck, {{100, 0, 30}, {50, 0, 15}});
+        RowdList &screen = open();
         screen.tabs()->setCurrentIndex(1);
         QCOMPARE(gridRows(screen).size(), 2);
         QCOMPARE(screen.routes()->statusLabel()->text(), QStringLiteral("Запис № 1"));
         screen.routes()->next();
         button(screen, "cmdDeleteMarsh")->click();
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked.first().text.section(QLatin1Char('\n'), 0, 0),
-                 QStringLiteral("Изтривате информацията за пътния лист!"));
+        QCOMPARE(test::firstLines(messages->asked), QStringList{QStringLiteral("Изтривате информацията за пътния лист!")});
         QCOMPARE(gridRows(screen), QStringList{QStringLiteral("София - Перник|100|0|0")});
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM RowdList").toInt(), 1);
+        QCOMPARE(count("SELECT COUNT(*) FROM RowdList"), 1);
         // "Изчисли" on a waybill that is only browsed stores its sums at once.
         button(screen, "cmdCloseMarsh")->click();
-        QCOMPARE(screen.field(1)->text(), QStringLiteral("100"));
-        QCOMPARE(screen.field(6)->text(), QStringLiteral("30"));
-        QCOMPARE(scalar(scratch.db(), "SELECT SumKM FROM RowdList").toDouble(), 100.0);
-        QCOMPARE(scalar(scratch.db(), "SELECT SumRazhN FROM RowdList").toDouble(), 30.0);
-        QCOMPARE(scalar(scratch.db(), "SELECT row_version FROM RowdList").toInt(), 2);
+        QCOMPARE(totals(screen), QStringLiteral("100 30"));
+        QCOMPARE(row(db, "SELECT SumKM, SumRazhN, row_version FROM RowdList"), QStringLiteral("100|30|2"));
     }
 
     // The lines are the waybill's: a corrected number takes them along.
     void aCorrectedNumberTakesTheLinesAlong()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}, {50, 0, 15}});
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db, QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}, {50, 0, 15}});
+        RowdList &screen = open();
         screen.header()->edit();
         screen.field(4)->setText(QStringLiteral("48"));
         QVERIFY(screen.header()->update());
-        QCOMPARE(scalar(scratch.db(), "SELECT ListID FROM RowdList").toString(), QStringLiteral("0000000048"));
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000048'").toInt(), 2);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh").toInt(), 2);
+        QCOMPARE(scalar(db, "SELECT ListID FROM RowdList").toString(), QStringLiteral("0000000048"));
+        QCOMPARE(test::rows(db, "SELECT MarshID FROM Marsh"), QStringList(2, QStringLiteral("0000000048")));
         screen.tabs()->setCurrentIndex(1);
         QCOMPARE(gridRows(screen).size(), 2);
     }
@@ -635,15 +571,8 @@ private slots:
     // A new waybill whose number changes after lines were saved for it keeps them.
     void theLinesOfANewWaybillFollowItsNumber()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
-        fillHeader(screen, QStringLiteral("37"));
-        screen.tabs()->setCurrentIndex(1);
-        QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
-                         QStringLiteral("10")));
+        RowdList &screen = open();
+        startWithALine(screen);
         button(screen, "cmdCloseMarsh")->click();
         screen.tabs()->setCurrentIndex(0);
         screen.field(4)->setFocus();
@@ -651,47 +580,35 @@ private slots:
         press(Qt::Key_Tab);
         QCOMPARE(screen.currentListId(), QStringLiteral("0000000038"));
         QVERIFY(screen.header()->update());
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000038'").toInt(), 1);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh").toInt(), 1);
-        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(test::rows(db, "SELECT MarshID FROM Marsh"), QStringList{QStringLiteral("0000000038")});
+        QVERIFY(messages->shown.isEmpty());
     }
 
     // Another workstation corrected the waybill meanwhile: the save is refused, nothing typed is lost.
     void aWaybillChangedElsewhereIsNotOverwritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}});
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db);
+        RowdList &screen = open();
         screen.header()->edit();
         screen.field(8)->setText(QStringLiteral("88"));
-        QVERIFY(scratch.exec(QStringLiteral("UPDATE RowdList SET ZarN = 77, row_version = row_version + 1")));
+        QVERIFY(scratch->exec(QStringLiteral("UPDATE RowdList SET ZarN = 77, row_version = row_version + 1")));
         QVERIFY(!screen.header()->update());
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при записа на пътния лист!"));
+        QCOMPARE(messages->shown.size(), 1);
+        QCOMPARE(messages->shown.first().title, QStringLiteral("ГРЕШКА при записа на пътния лист!"));
         QCOMPARE(screen.header()->state(), RecordFormState::Editing);
         QCOMPARE(screen.field(8)->text(), QStringLiteral("88"));
-        QCOMPARE(scalar(scratch.db(), "SELECT ZarN FROM RowdList").toDouble(), 77.0);
+        QCOMPARE(scalar(db, "SELECT ZarN FROM RowdList").toDouble(), 77.0);
     }
 
     // Esc among the routes while a new waybill is typed does not close the window.
     void escapeAmongTheRoutesKeepsANewWaybill()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
-        fillHeader(screen, QStringLiteral("37"));
-        screen.tabs()->setCurrentIndex(1);
-        QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
-                         QStringLiteral("10")));
+        RowdList &screen = open();
+        startWithALine(screen);
         QTest::keyClick(screen.grid(), Qt::Key_Escape);
         QVERIFY(screen.isVisible());
         QCOMPARE(screen.header()->state(), RecordFormState::Adding);
-        QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Marsh").toInt(), 1);
+        QCOMPARE(count("SELECT COUNT(*) FROM Marsh"), 1);
     }
 
     void theMenuCommandsAreRegistered()
@@ -705,12 +622,8 @@ private slots:
     // Each new waybill lists the drivers and trucks once more.
     void theListsAreAddedToAtEachNewWaybill()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        addWaybill(scratch.db(), QStringLiteral("0000000040"), QDate(2026, 3, 2), truck, {{100, 0, 30}});
-        RecordingMessageService messages;
-        RowdList screen(scratch.db());
-        show(screen);
+        addWaybill(db);
+        RowdList &screen = open();
         screen.header()->add();
         QCOMPARE(screen.truckCombo()->count(), 2);
         QCOMPARE(screen.truckCombo()->itemText(0), otherTruck);  // sorted
