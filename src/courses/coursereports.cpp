@@ -4,6 +4,7 @@
 #include "core/version.h"
 #include "data/currencyrows.h"
 #include "data/sqlerror.h"
+#include "reports/reportrows.h"
 
 #include <QSqlQuery>
 #include <QVariant>
@@ -19,12 +20,8 @@ const QString reportFooter = QStringLiteral("ReportFooter");
 
 const QString courseColumns =
     QStringLiteral("SELECT data, kola, ton, km, Tarifa, bruto, Marsh, Klient, Tovar, plat, Fakt FROM tabl ");
-const QString periodAndOrder = QStringLiteral("data BETWEEN ? AND ? ORDER BY data, id");
-
-UserMessage readErrorTitleMessage(const QSqlQuery &query)
-{
-    return sqlErrorMessage(QStringLiteral("ГРЕШКА при четене!"), query.lastError());
-}
+const QString period = QStringLiteral("data BETWEEN ? AND ? ");
+const QString order = QStringLiteral("ORDER BY data, id");
 
 // The search dialogs always give a period; one without both ends is refused, not guessed.
 std::optional<UserMessage> checkPeriod(const Period &period)
@@ -35,19 +32,6 @@ std::optional<UserMessage> checkPeriod(const Period &period)
                                  QStringLiteral("Проверете си датите!"));
 }
 
-Checked<RowSet> runQuery(QSqlDatabase db, const QString &sql, const QList<QVariant> &values)
-{
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.prepare(sql))
-        return readErrorTitleMessage(query);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        return readErrorTitleMessage(query);
-    return RowSet::fromQuery(query, QStringLiteral("ГРЕШКА при четене!"));
-}
-
 // Landscape A4 with the margins and preview window of the course reports.
 void landscapeSetUp(Report &report)
 {
@@ -56,18 +40,41 @@ void landscapeSetUp(Report &report)
     report.setWindowSize(14800, 10050);
 }
 
-// The courses' rows with their money in the currency of each course's day: rows of both
+// The courses of the condition (a WHERE clause ending in " AND ", then the period), read as the
+// report is laid out, with their money in the currency of each course's day: rows of both
 // currencies show each sum with its unit, and the total, in euro, says how it was made.
-void setCourseRows(Report &report, RowSet rows, const QString &amountBox = QStringLiteral("Text105"))
+Checked<StreamedReport> courseRows(Report report, QSqlDatabase db, const QString &condition, QList<QVariant> values,
+                                   const Period &dates, const QString &amountBox = QStringLiteral("Text105"))
 {
-    const DatedAmounts amounts = datedAmounts(rows, QStringLiteral("data"));
-    prepareDatedAmounts(rows, QStringLiteral("data"), {QStringLiteral("bruto")}, amounts);
-    report.setDataSource(std::move(rows));
-    report.control(reportFooter, QStringLiteral("Function105")).format = totalFormat(amounts.totals);
+    values << dates.from << dates.to;
+    const QString where = QStringLiteral("WHERE ") + condition + period;
+    // Which currencies the courses are in, asked only where the period runs over the changeover.
+    const auto rowsExist = [&](const QString &comparison, const QDate &day) {
+        QSqlQuery query(db);
+        query.setForwardOnly(true);
+        query.prepare(QStringLiteral("SELECT 1 FROM tabl ") + where + QStringLiteral("AND data ") + comparison
+                      + QStringLiteral(" ? LIMIT 1"));
+        for (const QVariant &value : values)
+            query.addBindValue(value);
+        query.addBindValue(day);
+        return query.exec() && query.next();
+    };
+    const DatedAmounts amounts = datedAmountsOverPeriod(dates.from, dates.to, rowsExist);
+    const Checked<std::shared_ptr<RowStream>> rows =
+        queryRowStream(db, courseColumns + where + order, values, QStringLiteral("ГРЕШКА при четене!"));
+    if (!rows)
+        return rows.message();
+    const QStringList columns = rows.value()->columns();
+    const QStringList amountColumns = {QStringLiteral("bruto")};
+    StreamedReport streamed{std::move(report),
+                            changedRows(rows.value(), datedAmountColumns(columns, amountColumns),
+                                        datedAmountsChange(columns, QStringLiteral("data"), amountColumns, amounts))};
+    streamed.report.control(reportFooter, QStringLiteral("Function105")).format = totalFormat(amounts.totals);
     if (amounts.mixed) {
-        report.setFontSize(detail, amountBox, amountWithUnitFontSize);
-        report.addFooterNote(conversionNote(booksChangeover(), amounts.totals));
+        streamed.report.setFontSize(detail, amountBox, amountWithUnitFontSize);
+        streamed.report.addFooterNote(conversionNote(booksChangeover(), amounts.totals));
     }
+    return streamed;
 }
 
 void fillCommon(Report &report, const FirmProfile &firm, const QString &subject, const Period &period,
@@ -140,77 +147,76 @@ void fillFirmBlock(Report &report, const FirmProfile &firm, const QString &conta
     report.setCaption(header, contactLabel, firmContactLine(firm));
 }
 
-Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<StreamedReport> streamReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptKola"));
     if (!loaded)
-        return loaded;
+        return loaded.message();
     Report report = loaded.value();
-    const Checked<RowSet> rows = runQuery(db, courseColumns + QStringLiteral("WHERE kola = ? AND ") + periodAndOrder,
-                                          {conditions.SeekKola, conditions.period.from, conditions.period.to});
-    if (!rows)
-        return rows.message();
     landscapeSetUp(report);
-    setCourseRows(report, rows.value());
-    fillCommon(report, firm, QStringLiteral("за курсовете на кола №") + conditions.SeekKola, conditions.period,
-               truckFields());
-    report.setSuggestedFileName(
+    Checked<StreamedReport> rows =
+        courseRows(report, db, QStringLiteral("kola = ? AND "), {conditions.SeekKola}, conditions.period);
+    if (!rows)
+        return rows;
+    StreamedReport streamed = rows.value();
+    fillCommon(streamed.report, firm, QStringLiteral("за курсовете на кола №") + conditions.SeekKola,
+               conditions.period, truckFields());
+    streamed.report.setSuggestedFileName(
         fileName(QStringLiteral("Справка за курсовете на кола №") + conditions.SeekKola, conditions.period));
-    return report;
+    return streamed;
 }
 
-Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<StreamedReport> streamReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptAll"));
     if (!loaded)
-        return loaded;
+        return loaded.message();
     Report report = loaded.value();
-    QString sql = courseColumns + QStringLiteral("WHERE ");
+    QString condition;
     QList<QVariant> values;
     QString subject = QStringLiteral("за курсовете на фирма ");
     if (conditions.SeekChoice == QLatin1String("Yes")) {
-        sql += QStringLiteral("Fakt = ? AND ");
+        condition = QStringLiteral("Fakt = ? AND ");
         values.append(true);
         subject = QStringLiteral("за фактурираните курсове на фирма ");
     } else if (conditions.SeekChoice == QLatin1String("No")) {
-        sql += QStringLiteral("Fakt = ? AND ");
+        condition = QStringLiteral("Fakt = ? AND ");
         values.append(false);
         subject = QStringLiteral("за нефактурираните курсове на фирма ");
     }
-    values << conditions.period.from << conditions.period.to;
-    const Checked<RowSet> rows = runQuery(db, sql + periodAndOrder, values);
-    if (!rows)
-        return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсове")));
     landscapeSetUp(report);
-    setCourseRows(report, rows.value());
-    fillCommon(report, firm, subject + firm.UserName, conditions.period, firmFields());
-    report.setSuggestedFileName(fileName(QStringLiteral("Обща справка ") + subject + firm.UserName, conditions.period));
-    return report;
+    Checked<StreamedReport> rows = courseRows(report, db, condition, values, conditions.period);
+    if (!rows)
+        return rows;
+    StreamedReport streamed = rows.value();
+    fillCommon(streamed.report, firm, subject + firm.UserName, conditions.period, firmFields());
+    streamed.report.setSuggestedFileName(
+        fileName(QStringLiteral("Обща справка ") + subject + firm.UserName, conditions.period));
+    return streamed;
 }
 
-Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<StreamedReport> streamReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptKlient"));
     if (!loaded)
-        return loaded;
+        return loaded.message();
     Report report = loaded.value();
-    const Checked<RowSet> rows =
-        runQuery(db, courseColumns + QStringLiteral("WHERE Klient = ? AND ") + periodAndOrder,
-                 {conditions.SeekKlient, conditions.period.from, conditions.period.to});
-    if (!rows)
-        return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
-    setCourseRows(report, rows.value(), QStringLiteral("Text104"));
-    report.setCaption(header, QStringLiteral("Label3"),
-                      QStringLiteral("Извършени от ") + firm.UserName + QStringLiteral(" курсове"));
-    fillCommon(report, firm, QStringLiteral("по заявка на ") + conditions.SeekKlient, conditions.period,
+    Checked<StreamedReport> rows = courseRows(report, db, QStringLiteral("Klient = ? AND "), {conditions.SeekKlient},
+                                              conditions.period, QStringLiteral("Text104"));
+    if (!rows)
+        return rows;
+    StreamedReport streamed = rows.value();
+    streamed.report.setCaption(header, QStringLiteral("Label3"),
+                               QStringLiteral("Извършени от ") + firm.UserName + QStringLiteral(" курсове"));
+    fillCommon(streamed.report, firm, QStringLiteral("по заявка на ") + conditions.SeekKlient, conditions.period,
                {{QStringLiteral("Text100"), QStringLiteral("Data")},
                 {QStringLiteral("Text101"), QStringLiteral("kola")},
                 {QStringLiteral("Text102"), QStringLiteral("ton")},
@@ -218,35 +224,56 @@ Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db
                 {QStringLiteral("Text104"), QStringLiteral("bruto")},
                 {QStringLiteral("Text107"), QStringLiteral("Marsh")},
                 {QStringLiteral("Text108"), QStringLiteral("Tovar")}});
-    report.setSuggestedFileName(
+    streamed.report.setSuggestedFileName(
         fileName(QStringLiteral("Справка за курсовете по заявка на ") + conditions.SeekKlient, conditions.period));
-    return report;
+    return streamed;
 }
 
-Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<StreamedReport> streamReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptDriver"));
     if (!loaded)
-        return loaded;
+        return loaded.message();
     Report report = loaded.value();
-    const Checked<RowSet> rows = runQuery(db, courseColumns + QStringLiteral("WHERE kod = ? AND ") + periodAndOrder,
-                                          {conditions.SeekDriverKod, conditions.period.from, conditions.period.to});
-    if (!rows)
-        return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
     landscapeSetUp(report);
-    setCourseRows(report, rows.value());
+    Checked<StreamedReport> rows =
+        courseRows(report, db, QStringLiteral("kod = ? AND "), {conditions.SeekDriverKod}, conditions.period);
+    if (!rows)
+        return rows;
+    StreamedReport streamed = rows.value();
     // Each date cell tells that course's own payment: white when paid, grey while unpaid.
-    report.setBackColorByField(detail, QStringLiteral("Text100"), QStringLiteral("plat"), colorWhite, colorGrey);
+    streamed.report.setBackColorByField(detail, QStringLiteral("Text100"), QStringLiteral("plat"), colorWhite,
+                                        colorGrey);
     Fields fields = firmFields();
     fields.append({QStringLiteral("Text111"), QStringLiteral("plat")});
-    fillCommon(report, firm, QStringLiteral("за курсовете извършени от ") + conditions.SeekDriverIme,
+    fillCommon(streamed.report, firm, QStringLiteral("за курсовете извършени от ") + conditions.SeekDriverIme,
                conditions.period, fields);
-    report.setSuggestedFileName(
+    streamed.report.setSuggestedFileName(
         fileName(QStringLiteral("Справка за курсовете извършени от ") + conditions.SeekDriverIme, conditions.period));
-    return report;
+    return streamed;
+}
+
+Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+{
+    return withAllRows(streamReportKola(conditions, db, firm));
+}
+
+Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+{
+    return withAllRows(streamReportAll(conditions, db, firm));
+}
+
+Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+{
+    return withAllRows(streamReportKlient(conditions, db, firm));
+}
+
+Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+{
+    return withAllRows(streamReportDriver(conditions, db, firm));
 }
 
 }

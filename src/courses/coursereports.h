@@ -4,6 +4,7 @@
 #include "core/usermessage.h"
 #include "courses/searchconditions.h"
 #include "reports/report.h"
+#include "reports/reportrows.h"
 
 #include <QSqlDatabase>
 
@@ -19,6 +20,13 @@ Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, c
 Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm);
 // rptDriver: the courses of conditions.SeekDriverKod, each date cell grey while that course is unpaid.
 Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm);
+
+// The same reports with their rows read as they are laid out, for the preview: the first page
+// shows before the last course is read.
+Checked<StreamedReport> streamReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm);
+Checked<StreamedReport> streamReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm);
+Checked<StreamedReport> streamReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm);
+Checked<StreamedReport> streamReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm);
 
 // "тел:… , факс:… , E-mail:… , URL:http//…", the firm's contact line on paper.
 QString firmContactLine(const FirmProfile &firm);

@@ -33,26 +33,86 @@ QString rowAmountText(Money amount, Currency currency, bool withUnit)
     return withUnit ? formatAmount(amount) + QLatin1Char(' ') + amountUnit(currency) : formatAmount(amount);
 }
 
+DatedAmounts datedAmountsOverPeriod(const QDate &from, const QDate &to,
+                                    const std::function<bool(const QString &comparison, const QDate &day)> &rowsExist,
+                                    std::optional<Currency> handedOut)
+{
+    const Changeover &changeover = booksChangeover();
+    bool anyEuro = false;
+    bool anyLeva = false;
+    if (changeover.isSet() && to >= changeover.date) {
+        anyEuro = rowsExist(QStringLiteral(">="), changeover.date);
+        anyLeva = from < changeover.date && rowsExist(QStringLiteral("<"), changeover.date);
+    }
+    DatedAmounts amounts;
+    amounts.totals = totalsCurrency(anyEuro, handedOut);
+    amounts.mixed = amounts.totals == Currency::Euro ? anyLeva : anyEuro;
+    return amounts;
+}
+
+QStringList datedAmountColumns(const QStringList &columns, const QStringList &amountColumns)
+{
+    const RowSet shape(columns);
+    QStringList added;
+    for (const QString &name : amountColumns) {
+        if (shape.column(name) >= 0)
+            added.append(name + QStringLiteral("Total"));
+    }
+    return added;
+}
+
+std::function<void(QList<QVariant> &cells)> datedAmountsChange(const QStringList &columns, const QString &dateColumn,
+                                                               const QStringList &amountColumns,
+                                                               const DatedAmounts &amounts)
+{
+    const RowSet shape(columns);
+    const int date = shape.column(dateColumn);
+    QList<QPair<int, int>> sourceAndTotal;
+    int total = static_cast<int>(columns.size());
+    for (const QString &name : amountColumns) {
+        const int source = shape.column(name);
+        if (source >= 0)
+            sourceAndTotal.append({source, total++});
+    }
+    return [date, sourceAndTotal, amounts](QList<QVariant> &cells) {
+        bool known = false;
+        Currency currency = Currency::Leva;
+        for (const auto &[source, total] : sourceAndTotal) {
+            const QVariant value = cells.at(source);
+            if (value.isNull())
+                continue;
+            if (!known) {
+                currency = currencyOn(date >= 0 ? dateOfValue(cells.at(date)) : QDate());
+                known = true;
+            }
+            const Money amount = Money::fromAmount(value.toDouble());
+            cells[total] = convertAmount(amount, currency, amounts.totals).toDouble();
+            if (amounts.mixed)
+                cells[source] = rowAmountText(amount, currency, true);
+        }
+    };
+}
+
 void prepareDatedAmounts(RowSet &rows, const QString &dateColumn, const QStringList &amountColumns,
                          const DatedAmounts &amounts)
 {
-    const int date = rows.column(dateColumn);
-    for (const QString &name : amountColumns) {
-        const int source = rows.column(name);
-        if (source < 0)
-            continue;
-        const int total = rows.addColumn(name + QStringLiteral("Total"));
-        for (int row = 0; row < rows.rowCount(); ++row) {
-            const QVariant value = rows.value(row, source);
-            if (value.isNull())
-                continue;
-            const Currency currency = rowCurrency(rows, row, date);
-            const Money amount = Money::fromAmount(value.toDouble());
-            rows.setValue(row, total, convertAmount(amount, currency, amounts.totals).toDouble());
-            if (amounts.mixed)
-                rows.setValue(row, source, rowAmountText(amount, currency, true));
-        }
+    const QStringList added = datedAmountColumns(rows.columns(), amountColumns);
+    const auto change = datedAmountsChange(rows.columns(), dateColumn, amountColumns, amounts);
+    // Row by row into a set with the added columns, not a copy of the whole set per column.
+    RowSet prepared(rows.columns() + added);
+    prepared.reserveRows(rows.rowCount());
+    QList<QVariant> cells;
+    const int width = rows.columnCount();
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        cells.resize(width + added.size());
+        for (int c = 0; c < width; ++c)
+            cells[c] = rows.value(row, c);
+        for (qsizetype c = width; c < cells.size(); ++c)
+            cells[c] = QVariant();
+        change(cells);
+        prepared.appendRow(cells);
     }
+    rows = std::move(prepared);
 }
 
 QString totalFormat(Currency totals)

@@ -4,6 +4,7 @@
 #include "data/rowset.h"
 
 #include <QStringList>
+#include <functional>
 #include <optional>
 
 // The amounts of rows dated by one of their columns, made ready to show together: each row's
@@ -26,6 +27,12 @@ DatedAmounts datedAmounts(const RowSet &rows, const QString &dateColumn,
                           std::optional<Currency> handedOut = std::nullopt,
                           std::optional<Currency> fixed = std::nullopt);
 
+// The same for rows of a query over a period, read later: the database is asked (rowsExist with
+// ">=" or "<" and the changeover day) only where the period runs over the changeover.
+DatedAmounts datedAmountsOverPeriod(const QDate &from, const QDate &to,
+                                    const std::function<bool(const QString &comparison, const QDate &day)> &rowsExist,
+                                    std::optional<Currency> handedOut = std::nullopt);
+
 // An amount as a row of such a set shows it: the number, and its unit where the set is mixed.
 QString rowAmountText(Money amount, Currency currency, bool withUnit);
 
@@ -34,6 +41,13 @@ QString rowAmountText(Money amount, Currency currency, bool withUnit);
 // as its text with its unit ("100,00 лв.").
 void prepareDatedAmounts(RowSet &rows, const QString &dateColumn, const QStringList &amountColumns,
                          const DatedAmounts &amounts);
+
+// What prepareDatedAmounts does, for one row at a time as it is read: the rows have the columns
+// given, and the added ones (datedAmountColumns) after them.
+QStringList datedAmountColumns(const QStringList &columns, const QStringList &amountColumns);
+std::function<void(QList<QVariant> &cells)> datedAmountsChange(const QStringList &columns, const QString &dateColumn,
+                                                               const QStringList &amountColumns,
+                                                               const DatedAmounts &amounts);
 
 // The number format of a total: "0,00", with " евро" behind it when the totals are in euro.
 QString totalFormat(Currency totals);

@@ -47,8 +47,16 @@ const ReportControl *above(const QList<const ReportControl *> &candidates, const
 
 ExportTable exportTableOf(const Report &report)
 {
+    const RowSet rows = report.data();
+    return exportTableOf(report, rows.columns(), rows.rowCount(),
+                         [rows](int row, int column) { return rows.value(row, column); });
+}
+
+ExportTable exportTableOf(const Report &report, const QStringList &rowColumns, int rowCount,
+                          std::function<QVariant(int row, int column)> cell)
+{
     const ReportDesign &design = report.design();
-    const RowSet &rows = report.data();
+    const RowSet rows(rowColumns);  // finds columns by name, as the rows themselves would
     ExportTable table;
 
     QList<const ReportControl *> titles = visibleControls(design, QStringLiteral("ReportHeader"), ReportControlKind::Label);
@@ -72,10 +80,10 @@ ExportTable exportTableOf(const Report &report)
         table.columns.append(exportColumnOf(header ? header->caption.trimmed() : column->dataField, column->format));
         dataColumns.append(rows.column(column->dataField));
     }
-    table.rowCount = rows.rowCount();
-    table.cell = [rows, dataColumns](int row, int column) {
+    table.rowCount = rowCount;
+    table.cell = [cell, dataColumns](int row, int column) {
         const int source = dataColumns.at(column);
-        return source >= 0 ? rows.value(row, source) : QVariant();
+        return source >= 0 ? cell(row, source) : QVariant();
     };
 
     // Totals as the report prints them: each row counted as shown, to its column's decimals.
@@ -105,8 +113,8 @@ ExportTable exportTableOf(const Report &report)
                                      : 2;
             const double factor = std::pow(10.0, decimals);
             qint64 units = 0;
-            for (int r = 0; r < rows.rowCount(); ++r) {
-                const QVariant &value = rows.value(r, source);
+            for (int r = 0; r < rowCount; ++r) {
+                const QVariant value = cell(r, source);
                 if (!value.isNull())
                     units += std::llround(roundHalfEven(value.toDouble(), decimals) * factor);
             }

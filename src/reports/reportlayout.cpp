@@ -9,9 +9,12 @@
 #include <QFont>
 #include <QFontMetricsF>
 #include <QImage>
+#include <QDataStream>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 
 namespace zarek {
@@ -113,18 +116,215 @@ struct Aggregate {
     int count = 0;
 };
 
-class LayoutEngine {
-public:
-    explicit LayoutEngine(const Report &report) : m_report(report), m_measure(m_out.fonts) {}
+QString aggregateKey(const QString &section, const QString &control) { return section + QLatin1Char('.') + control; }
 
-    LaidOutReport run();
+// Rows kept compactly, a chunk per page: each cell a tag byte and its value, texts that repeat
+// (names, routes, dates) stored once and referred to by number.
+class PackedRows {
+public:
+    explicit PackedRows(QStringList columns) : m_columns(std::move(columns)) {}
+
+    const QStringList &columns() const { return m_columns; }
+    int rowCount() const { return m_rowCount; }
+    int chunkCount() const { return static_cast<int>(m_chunks.size()); }
+    int chunkRowCount(int chunk) const { return m_chunks.at(chunk).rowCount; }
+
+    // Starts the chunk the next rows go to; its index.
+    int startChunk()
+    {
+        m_chunks.append(Chunk{m_rowCount, 0, {}});
+        return chunkCount() - 1;
+    }
+    void append(const QList<QVariant> &cells)
+    {
+        Chunk &chunk = m_chunks.last();
+        for (const QVariant &cell : cells)
+            pack(chunk.bytes, cell);
+        ++chunk.rowCount;
+        ++m_rowCount;
+    }
+    void squeeze() { m_chunks.last().bytes.squeeze(); }
+
+    RowSet rowsOf(int chunk) const
+    {
+        RowSet rows(m_columns);
+        const Chunk &c = m_chunks.at(chunk);
+        rows.reserveRows(c.rowCount);
+        const char *at = c.bytes.constData();
+        QList<QVariant> cells(m_columns.size());
+        for (int r = 0; r < c.rowCount; ++r) {
+            for (QVariant &cell : cells)
+                cell = unpack(at);
+            rows.appendRow(cells);
+        }
+        return rows;
+    }
+    // The chunk that holds the row (0-based over all chunks).
+    int chunkOfRow(int row) const
+    {
+        const auto found = std::upper_bound(m_chunks.cbegin(), m_chunks.cend(), row,
+                                            [](int r, const Chunk &c) { return r < c.firstRow; });
+        return static_cast<int>(found - m_chunks.cbegin()) - 1;
+    }
+    int firstRowOf(int chunk) const { return m_chunks.at(chunk).firstRow; }
 
 private:
-    void computeAggregates();
+    enum Tag : char { Null, False, True, Int, LongLong, Double, Date, Shared, Text, Other };
+    struct Chunk {
+        int firstRow = 0;
+        int rowCount = 0;
+        QByteArray bytes;
+    };
+
+    template <typename T>
+    static void put(QByteArray &out, T value)
+    {
+        out.append(reinterpret_cast<const char *>(&value), sizeof value);
+    }
+    template <typename T>
+    static T take(const char *&at)
+    {
+        T value;
+        std::memcpy(&value, at, sizeof value);
+        at += sizeof value;
+        return value;
+    }
+
+    void pack(QByteArray &out, const QVariant &cell)
+    {
+        if (cell.isNull()) {
+            // A null keeps its type, as a report formats an empty cell by it.
+            out.append(Null);
+            put<qint32>(out, cell.typeId());
+            return;
+        }
+        switch (cell.typeId()) {
+        case QMetaType::Bool:
+            out.append(cell.toBool() ? True : False);
+            return;
+        case QMetaType::Int:
+            out.append(Int);
+            put<qint32>(out, cell.toInt());
+            return;
+        case QMetaType::LongLong:
+            out.append(LongLong);
+            put<qint64>(out, cell.toLongLong());
+            return;
+        case QMetaType::Double:
+            out.append(Double);
+            put<double>(out, cell.toDouble());
+            return;
+        case QMetaType::QDate:
+            out.append(Date);
+            put<qint64>(out, cell.toDate().toJulianDay());
+            return;
+        case QMetaType::QString: {
+            const QString text = cell.toString();
+            if (text.size() <= 80 && m_texts.size() < 1'000'000) {
+                auto found = m_shared.constFind(text);
+                if (found == m_shared.constEnd()) {
+                    found = m_shared.insert(text, static_cast<quint32>(m_texts.size()));
+                    m_texts.append(text);
+                }
+                out.append(Shared);
+                put<quint32>(out, *found);
+                return;
+            }
+            out.append(Text);
+            put<quint32>(out, static_cast<quint32>(text.size()));
+            out.append(reinterpret_cast<const char *>(text.constData()), text.size() * qsizetype(sizeof(QChar)));
+            return;
+        }
+        default:
+            packOther(out, cell);
+            return;
+        }
+    }
+    static void packOther(QByteArray &out, const QVariant &cell)
+    {
+        QByteArray bytes;
+        QDataStream stream(&bytes, QIODevice::WriteOnly);
+        stream << cell;
+        out.append(Other);
+        put<quint32>(out, static_cast<quint32>(bytes.size()));
+        out.append(bytes);
+    }
+    QVariant unpack(const char *&at) const
+    {
+        const char tag = *at++;
+        switch (tag) {
+        case Null: {
+            const auto type = take<qint32>(at);
+            return type == QMetaType::UnknownType ? QVariant() : QVariant(QMetaType(type));
+        }
+        case False: return false;
+        case True: return true;
+        case Int: return take<qint32>(at);
+        case LongLong: return take<qint64>(at);
+        case Double: return take<double>(at);
+        case Date: return QDate::fromJulianDay(take<qint64>(at));
+        case Shared: return m_texts.at(take<quint32>(at));
+        case Text: {
+            const auto size = take<quint32>(at);
+            QString text(reinterpret_cast<const QChar *>(at), size);
+            at += size * sizeof(QChar);
+            return text;
+        }
+        default: {
+            const auto size = take<quint32>(at);
+            QByteArray bytes = QByteArray::fromRawData(at, size);
+            at += size;
+            QDataStream stream(bytes);
+            QVariant value;
+            stream >> value;
+            return value;
+        }
+        }
+    }
+
+    QStringList m_columns;
+    QList<Chunk> m_chunks;
+    int m_rowCount = 0;
+    QHash<QString, quint32> m_shared;
+    QList<QString> m_texts;
+};
+
+}
+
+// One page as kept: its rows, and whether the report's header or footer stands on it.
+struct PageRecord {
+    int chunk = -1;           // its rows in the packed rows
+    bool reportHeader = false;
+    bool reportFooter = false;
+    int picture = -1;         // a page of one of the report's pictures
+};
+
+class ReportLayouter::Engine {
+public:
+    Engine(const Report &report, std::shared_ptr<RowStream> rows);
+
+    bool layoutNextPage();
+    ReportPage page(int index);
+    std::shared_ptr<const ExportTable> table();
+
+    Report m_report;
+    std::shared_ptr<RowStream> m_stream;
+    std::shared_ptr<PackedRows> m_packed;
+    LaidOutReport m_out;
+    QList<PageRecord> m_pages;
+    int m_textPages = 0;  // pages of the report itself, before its pictures
+    bool m_complete = false;
+    bool m_needsAllRows = false;
+    std::optional<UserMessage> m_error;
+    std::shared_ptr<const ExportTable> m_table;
+
+private:
+    void computeColumns();
     // Every bound field must be a column of the rows, or the report would print blanks unseen.
     void checkDataFields() const;
+    void addToAggregates(const QList<QVariant> &cells);
     QString aggregateText(const ReportControl &control) const;
-    Band buildBand(const ReportSection &section, int row);
+    Band buildBand(const ReportSection &section, const RowSet &rows, int row);
     // Adds a control moved down by shift; returns the height it took.
     double addControl(Band &band, const ReportControl &control, const QString &text, qint64 backColor,
                       bool pageNumber, double shift);
@@ -132,68 +332,119 @@ private:
     // line breaks.
     QStringList wrapKeepingBlanks(const QString &paragraph, int font, double width);
     const QList<int> &topOrder(const ReportSection &section);
-    void place(const Band &band, double y);
-    void startPage(bool first);
-    void endPage();
-    void fillPageNumbers();
+    // Reads the next row into m_row; false at the end.
+    bool readRow();
+    double headerHeight();
+    void place(ReportPage &page, const Band &band, double y);
 
-    const Report &m_report;
-    LaidOutReport m_out;
     Measurer m_measure;
+    const ReportSection *m_header = nullptr;
+    const ReportSection *m_detail = nullptr;
+    const ReportSection *m_footer = nullptr;
     QHash<QString, Aggregate> m_aggregates;  // by section + control name
     QList<int> m_dataColumns;                // Detail controls: column of the row set
     QHash<QString, QList<int>> m_topOrder;   // each section's controls from the top down
     double m_left = 0;
     double m_top = 0;
     double m_contentBottom = 0;
-    double m_y = 0;
-    bool m_pageHasRows = false;
     Band m_pageHeader;
     Band m_pageFooter;
+    RowSet m_firstRow;             // the report header's row
+    RowSet m_row;                  // the row being laid out
+    QList<QVariant> m_cells;
+    bool m_started = false;
+    bool m_carried = false;        // m_row did not fit its page and opens the next
+    bool m_rowsEnded = false;
     struct PageNumberSlot {
-        int page;
         qsizetype primitive;
         ReportAlign align;
     };
-    QList<PageNumberSlot> m_pageNumbers;
+    QList<PageNumberSlot> m_pageNumbers;  // of the page being drawn
 };
 
-QString aggregateKey(const QString &section, const QString &control) { return section + QLatin1Char('.') + control; }
-
-void LayoutEngine::computeAggregates()
+ReportLayouter::Engine::Engine(const Report &report, std::shared_ptr<RowStream> rows)
+    : m_report(report), m_stream(std::move(rows)), m_measure(m_out.fonts)
 {
-    const RowSet &rows = m_report.data();
+    if (!m_stream)
+        m_stream = rowStreamOf(m_report.data());
+    m_report.setDataSource(RowSet(m_stream->columns()));  // the rows go through the stream alone
+    m_packed = std::make_shared<PackedRows>(m_stream->columns());
+    m_firstRow = RowSet(m_stream->columns());
+    m_row = RowSet(m_stream->columns());
+    m_row.appendRow({});
+
+    const ReportDesign &design = m_report.design();
+    const ReportPageSetup &setup = design.page;
+    m_out.name = design.name;
+    m_out.windowCaption = design.caption;
+    m_out.suggestedFileName = m_report.suggestedFileName();
+    m_out.orientation = setup.orientation;
+    m_out.pageSize = reportPageSize(setup.orientation);
+    m_out.windowSize = QSize(setup.windowWidth / 15, setup.windowHeight / 15);
+    m_left = setup.leftMargin * pointsPerTwip;
+    m_top = setup.topMargin * pointsPerTwip;
+
+    const auto visibleSection = [&design](const QString &name) {
+        const ReportSection *section = design.section(name);
+        return section && section->visible ? section : nullptr;
+    };
+    m_header = visibleSection(QStringLiteral("ReportHeader"));
+    m_detail = design.section(QStringLiteral("Detail"));
+    m_footer = visibleSection(QStringLiteral("ReportFooter"));
+    computeColumns();
+    checkDataFields();
+
+    const RowSet none(m_stream->columns());
+    if (const ReportSection *pageHeader = visibleSection(QStringLiteral("PageHeader")))
+        m_pageHeader = buildBand(*pageHeader, none, -1);
+    if (const ReportSection *pageFooter = visibleSection(QStringLiteral("PageFooter")))
+        m_pageFooter = buildBand(*pageFooter, none, -1);
+    m_contentBottom = m_out.pageSize.height() - setup.bottomMargin * pointsPerTwip - m_pageFooter.height;
+}
+
+void ReportLayouter::Engine::computeColumns()
+{
+    const RowSet &rows = m_row;
     for (const ReportSection &section : m_report.design().sections) {
         for (const ReportControl &control : section.controls) {
             if (control.kind != ReportControlKind::Function)
                 continue;
+            if (section.name != QLatin1String("ReportFooter"))
+                m_needsAllRows = true;
             Aggregate aggregate;
             aggregate.column = rows.column(control.dataField);
             aggregate.decimals = formatDecimals(control.format);
-            if (aggregate.column >= 0) {
-                const double factor = aggregate.decimals ? std::pow(10.0, *aggregate.decimals) : 1.0;
-                for (int r = 0; r < rows.rowCount(); ++r) {
-                    const QVariant &cell = rows.value(r, aggregate.column);
-                    if (cell.isNull())
-                        continue;
-                    const double value = cell.toDouble();
-                    // Each row counts as printed, so the total always equals the sum of the column.
-                    if (aggregate.decimals)
-                        aggregate.units += std::llround(roundHalfEven(value, *aggregate.decimals) * factor);
-                    aggregate.sum += value;
-                    aggregate.minimum = aggregate.count == 0 ? value : std::min(aggregate.minimum, value);
-                    aggregate.maximum = aggregate.count == 0 ? value : std::max(aggregate.maximum, value);
-                    ++aggregate.count;
-                }
-            }
             m_aggregates.insert(aggregateKey(section.name, control.name), aggregate);
         }
     }
+    if (m_detail) {
+        for (const ReportControl &control : m_detail->controls)
+            m_dataColumns.append(control.kind == ReportControlKind::Text ? rows.column(control.dataField) : -1);
+    }
 }
 
-void LayoutEngine::checkDataFields() const
+void ReportLayouter::Engine::addToAggregates(const QList<QVariant> &cells)
 {
-    const RowSet &rows = m_report.data();
+    for (Aggregate &aggregate : m_aggregates) {
+        if (aggregate.column < 0)
+            continue;
+        const QVariant &cell = cells.at(aggregate.column);
+        if (cell.isNull())
+            continue;
+        const double value = cell.toDouble();
+        // Each row counts as printed, so the total always equals the sum of the column.
+        if (aggregate.decimals)
+            aggregate.units += std::llround(roundHalfEven(value, *aggregate.decimals) * std::pow(10.0, *aggregate.decimals));
+        aggregate.sum += value;
+        aggregate.minimum = aggregate.count == 0 ? value : std::min(aggregate.minimum, value);
+        aggregate.maximum = aggregate.count == 0 ? value : std::max(aggregate.maximum, value);
+        ++aggregate.count;
+    }
+}
+
+void ReportLayouter::Engine::checkDataFields() const
+{
+    const RowSet &rows = m_row;
     if (rows.columnCount() == 0)
         return;
     for (const ReportSection &section : m_report.design().sections) {
@@ -209,7 +460,7 @@ void LayoutEngine::checkDataFields() const
     }
 }
 
-QString LayoutEngine::aggregateText(const ReportControl &control) const
+QString ReportLayouter::Engine::aggregateText(const ReportControl &control) const
 {
     // Reached only for Function controls; the section is looked up by name.
     for (const ReportSection &section : m_report.design().sections) {
@@ -231,8 +482,7 @@ QString LayoutEngine::aggregateText(const ReportControl &control) const
     }
     return {};
 }
-
-double LayoutEngine::addControl(Band &band, const ReportControl &control, const QString &text, qint64 backColor,
+double ReportLayouter::Engine::addControl(Band &band, const ReportControl &control, const QString &text, qint64 backColor,
                                 bool pageNumber, double shift)
 {
     const QRectF box(control.left * pointsPerTwip, control.top * pointsPerTwip + shift, control.width * pointsPerTwip,
@@ -320,7 +570,7 @@ double LayoutEngine::addControl(Band &band, const ReportControl &control, const 
     return grownHeight;
 }
 
-QStringList LayoutEngine::wrapKeepingBlanks(const QString &paragraph, int font, double width)
+QStringList ReportLayouter::Engine::wrapKeepingBlanks(const QString &paragraph, int font, double width)
 {
     // Most cells fit on their one line: measured once, they need no breaking.
     if (m_measure.width(font, paragraph) <= width)
@@ -346,7 +596,7 @@ QStringList LayoutEngine::wrapKeepingBlanks(const QString &paragraph, int font, 
     return lines;
 }
 
-const QList<int> &LayoutEngine::topOrder(const ReportSection &section)
+const QList<int> &ReportLayouter::Engine::topOrder(const ReportSection &section)
 {
     auto found = m_topOrder.find(section.name);
     if (found != m_topOrder.end())
@@ -359,12 +609,11 @@ const QList<int> &LayoutEngine::topOrder(const ReportSection &section)
     return *m_topOrder.insert(section.name, order);
 }
 
-Band LayoutEngine::buildBand(const ReportSection &section, int row)
+Band ReportLayouter::Engine::buildBand(const ReportSection &section, const RowSet &rows, int row)
 {
     Band band;
     band.height = section.height * pointsPerTwip;
     band.designHeight = band.height;
-    const RowSet &rows = m_report.data();
     // A control that grew pushes down what stands below it, as far as it grew.
     struct Growth {
         double designBottom;
@@ -433,9 +682,92 @@ Band LayoutEngine::buildBand(const ReportSection &section, int row)
     return band;
 }
 
-void LayoutEngine::place(const Band &band, double y)
+bool ReportLayouter::Engine::readRow()
 {
-    ReportPage &page = m_out.pages.last();
+    if (m_rowsEnded)
+        return false;
+    if (!m_stream->next(m_cells)) {
+        m_rowsEnded = true;
+        m_error = m_stream->error();
+        m_stream.reset();  // the query and its connection are let go
+        return false;
+    }
+    for (int c = 0; c < m_row.columnCount(); ++c)
+        m_row.setValue(0, c, c < m_cells.size() ? m_cells.at(c) : QVariant());
+    addToAggregates(m_cells);
+    return true;
+}
+
+double ReportLayouter::Engine::headerHeight()
+{
+    if (!m_header)
+        return 0;
+    return buildBand(*m_header, m_firstRow, m_firstRow.isEmpty() ? -1 : 0).height;
+}
+
+bool ReportLayouter::Engine::layoutNextPage()
+{
+    if (m_complete)
+        return false;
+    PageRecord record;
+    double y = m_top;
+    if (!m_started) {
+        m_started = true;
+        // The report header shows the first row's fields.
+        if (readRow()) {
+            m_firstRow.appendRow(m_cells);
+            m_carried = true;
+        }
+        record.reportHeader = true;
+        y += headerHeight();
+    }
+    y += m_pageHeader.height;
+    record.chunk = m_packed->startChunk();
+    bool pageHasRows = false;
+    const bool detailShown = m_detail && m_detail->visible;
+    while (m_carried || readRow()) {
+        m_carried = false;
+        if (!detailShown)
+            continue;
+        const double height = buildBand(*m_detail, m_row, 0).height;
+        if (y + height > m_contentBottom + 0.01 && pageHasRows) {
+            m_carried = true;  // opens the next page
+            break;
+        }
+        m_packed->append(m_cells);
+        y += height;
+        pageHasRows = true;
+    }
+    m_packed->squeeze();
+    m_pages.append(record);
+    ++m_textPages;
+    if (m_carried)
+        return true;
+
+    if (m_footer) {
+        const RowSet none(m_row.columns());
+        const double height = buildBand(*m_footer, none, -1).height;
+        if (y + height > m_contentBottom + 0.01) {
+            PageRecord last;
+            last.chunk = m_packed->startChunk();
+            last.reportFooter = true;
+            m_pages.append(last);
+            ++m_textPages;
+        } else {
+            m_pages.last().reportFooter = true;
+        }
+    }
+    for (int i = 0; i < m_report.pictures().size(); ++i) {
+        PageRecord picture;
+        picture.picture = i;
+        m_pages.append(picture);
+    }
+    m_complete = true;
+    return true;
+}
+
+void ReportLayouter::Engine::place(ReportPage &page, const Band &band, double y)
+{
     const QPointF offset(m_left, y);
     const qsizetype first = page.primitives.size();
     for (ReportPrimitive p : band.primitives) {
@@ -444,38 +776,53 @@ void LayoutEngine::place(const Band &band, double y)
         page.primitives.append(p);
     }
     for (const auto &[index, align] : band.pageNumberTexts)
-        m_pageNumbers.append({static_cast<int>(m_out.pages.size() - 1), first + index, align});
+        m_pageNumbers.append({first + index, align});
 }
 
-void LayoutEngine::startPage(bool first)
+ReportPage ReportLayouter::Engine::page(int index)
 {
-    m_out.pages.append(ReportPage{});
-    m_y = m_top;
-    m_pageHasRows = false;
-    if (first) {
-        const ReportSection *header = m_report.design().section(QStringLiteral("ReportHeader"));
-        if (header && header->visible) {
-            const Band band = buildBand(*header, m_report.data().isEmpty() ? -1 : 0);
-            place(band, m_y);
-            m_y += band.height;
+    if (index < 0 || index >= m_pages.size())
+        return {};
+    const PageRecord &record = m_pages.at(index);
+    if (record.picture >= 0) {
+        LaidOutReport picture;
+        picture.pageSize = m_out.pageSize;
+        picture.fonts = m_out.fonts;
+        const auto &[title, png] = m_report.pictures().at(record.picture);
+        picture.appendPicturePage(title, png);
+        m_out.fonts = picture.fonts;
+        return picture.pages.constLast();
+    }
+    ReportPage page;
+    m_pageNumbers.clear();
+    double y = m_top;
+    if (record.reportHeader && m_header) {
+        const Band band = buildBand(*m_header, m_firstRow, m_firstRow.isEmpty() ? -1 : 0);
+        place(page, band, y);
+        y += band.height;
+    }
+    place(page, m_pageHeader, y);
+    y += m_pageHeader.height;
+    if (m_detail && m_detail->visible && record.chunk >= 0) {
+        const RowSet rows = m_packed->rowsOf(record.chunk);
+        for (int row = 0; row < rows.rowCount(); ++row) {
+            const Band band = buildBand(*m_detail, rows, row);
+            place(page, band, y);
+            y += band.height;
         }
     }
-    place(m_pageHeader, m_y);
-    m_y += m_pageHeader.height;
-}
+    if (record.reportFooter && m_footer) {
+        const Band band = buildBand(*m_footer, RowSet(m_row.columns()), -1);
+        place(page, band, y);
+    }
+    place(page, m_pageFooter, m_contentBottom);
 
-void LayoutEngine::endPage()
-{
-    place(m_pageFooter, m_contentBottom);
-}
-
-void LayoutEngine::fillPageNumbers()
-{
-    const QString pages = QString::number(m_out.pageCount());
-    for (const PageNumberSlot &slot : m_pageNumbers) {
-        ReportPrimitive &p = m_out.pages[slot.page].primitives[slot.primitive];
+    // "Page of pages": the count so far and "…" while more are to come.
+    const QString pages = m_complete ? QString::number(m_textPages) : QString::number(m_textPages) + QChar(0x2026);
+    for (const PageNumberSlot &slot : std::as_const(m_pageNumbers)) {
+        ReportPrimitive &p = page.primitives[slot.primitive];
         const double oldWidth = p.rect.width();
-        p.text = p.text.arg(slot.page + 1).arg(pages);
+        p.text = p.text.arg(index + 1).arg(pages);
         const double width = m_measure.width(p.font, p.text);
         // Keep the alignment the text had with its placeholders.
         if (slot.align == ReportAlign::Right)
@@ -484,70 +831,78 @@ void LayoutEngine::fillPageNumbers()
             p.origin.rx() -= (width - oldWidth) / 2;
         p.rect = QRectF(p.origin.x(), p.rect.top(), width, p.rect.height());
     }
+    m_pageNumbers.clear();
+    return page;
 }
 
-LaidOutReport LayoutEngine::run()
+std::shared_ptr<const ExportTable> ReportLayouter::Engine::table()
 {
-    const ReportDesign &design = m_report.design();
-    const ReportPageSetup &setup = design.page;
-    m_out.name = design.name;
-    m_out.windowCaption = design.caption;
-    m_out.suggestedFileName = m_report.suggestedFileName();
-    m_out.table = std::make_shared<const ExportTable>(exportTableOf(m_report));
-    m_out.orientation = setup.orientation;
-    m_out.pageSize = reportPageSize(setup.orientation);
-    m_out.windowSize = QSize(setup.windowWidth / 15, setup.windowHeight / 15);
-    m_left = setup.leftMargin * pointsPerTwip;
-    m_top = setup.topMargin * pointsPerTwip;
-
-    computeAggregates();
-
-    const ReportSection *pageHeader = design.section(QStringLiteral("PageHeader"));
-    const ReportSection *detail = design.section(QStringLiteral("Detail"));
-    const ReportSection *pageFooter = design.section(QStringLiteral("PageFooter"));
-    const ReportSection *reportFooter = design.section(QStringLiteral("ReportFooter"));
-    if (pageHeader && pageHeader->visible)
-        m_pageHeader = buildBand(*pageHeader, -1);
-    if (pageFooter && pageFooter->visible)
-        m_pageFooter = buildBand(*pageFooter, -1);
-    m_contentBottom = m_out.pageSize.height() - setup.bottomMargin * pointsPerTwip - m_pageFooter.height;
-
-    const RowSet &rows = m_report.data();
-    if (detail) {
-        for (const ReportControl &control : detail->controls)
-            m_dataColumns.append(control.kind == ReportControlKind::Text ? rows.column(control.dataField) : -1);
+    if (m_table)
+        return m_table;
+    while (layoutNextPage()) {
     }
-    checkDataFields();
-
-    startPage(true);
-    if (detail && detail->visible) {
-        for (int row = 0; row < rows.rowCount(); ++row) {
-            const Band band = buildBand(*detail, row);
-            if (m_y + band.height > m_contentBottom + 0.01 && m_pageHasRows) {
-                endPage();
-                startPage(false);
-            }
-            place(band, m_y);
-            m_y += band.height;
-            m_pageHasRows = true;
+    // The rows are read back page by page; the last page read stays at hand.
+    struct Reader {
+        std::shared_ptr<PackedRows> packed;
+        int chunk = -1;
+        RowSet rows;
+    };
+    auto reader = std::make_shared<Reader>();
+    reader->packed = m_packed;
+    const auto cell = [reader](int row, int column) -> QVariant {
+        const int chunk = reader->packed->chunkOfRow(row);
+        if (chunk < 0)
+            return {};
+        if (chunk != reader->chunk) {
+            reader->rows = reader->packed->rowsOf(chunk);
+            reader->chunk = chunk;
         }
-    }
-    if (reportFooter && reportFooter->visible) {
-        const Band band = buildBand(*reportFooter, -1);
-        if (m_y + band.height > m_contentBottom + 0.01) {
-            endPage();
-            startPage(false);
-        }
-        place(band, m_y);
-        m_y += band.height;
-    }
-    endPage();
-    fillPageNumbers();
-    for (const auto &[title, png] : m_report.pictures())
-        m_out.appendPicturePage(title, png);
-    return std::move(m_out);
+        return reader->rows.value(row - reader->packed->firstRowOf(chunk), column);
+    };
+    m_table = std::make_shared<const ExportTable>(exportTableOf(m_report, m_packed->columns(), m_packed->rowCount(), cell));
+    return m_table;
 }
 
+ReportLayouter::ReportLayouter(const Report &report) : d(std::make_unique<Engine>(report, nullptr)) {}
+
+ReportLayouter::ReportLayouter(const StreamedReport &report) : d(std::make_unique<Engine>(report.report, report.rows))
+{
+}
+
+ReportLayouter::~ReportLayouter() = default;
+
+const LaidOutReport &ReportLayouter::frame() const { return d->m_out; }
+int ReportLayouter::pageCount() const { return static_cast<int>(d->m_pages.size()); }
+bool ReportLayouter::isComplete() const { return d->m_complete; }
+int ReportLayouter::rowCount() const { return d->m_packed->rowCount(); }
+bool ReportLayouter::needsAllRowsFirst() const { return d->m_needsAllRows; }
+bool ReportLayouter::layoutNextPage() { return d->layoutNextPage(); }
+
+void ReportLayouter::layoutThrough(int page)
+{
+    while (pageCount() <= page && d->layoutNextPage()) {
+    }
+}
+
+void ReportLayouter::layoutAll()
+{
+    while (d->layoutNextPage()) {
+    }
+}
+
+ReportPage ReportLayouter::page(int index) { return d->page(index); }
+std::shared_ptr<const ExportTable> ReportLayouter::table() { return d->table(); }
+std::optional<UserMessage> ReportLayouter::error() const { return d->m_error; }
+
+LaidOutReport ReportLayouter::whole()
+{
+    layoutAll();
+    LaidOutReport out = d->m_out;
+    out.table = table();
+    for (int i = 0; i < pageCount(); ++i)
+        out.pages.append(page(i));
+    out.fonts = d->m_out.fonts;  // drawing the pages may have added some
+    return out;
 }
 
 QSizeF reportPageSize(ReportOrientation orientation)
@@ -558,8 +913,8 @@ QSizeF reportPageSize(ReportOrientation orientation)
 
 LaidOutReport layoutReport(const Report &report)
 {
-    LayoutEngine engine(report);
-    return engine.run();
+    ReportLayouter layouter(report);
+    return layouter.whole();
 }
 
 }

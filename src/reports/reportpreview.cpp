@@ -7,6 +7,8 @@
 #include "reports/reportrenderer.h"
 
 #include <QComboBox>
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QDir>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -15,10 +17,12 @@
 #include <QPainter>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QProgressDialog>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSpinBox>
 #include <QStandardPaths>
+#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -29,39 +33,97 @@ namespace zarek {
 // The paper: one page drawn at the preview's scale, with a thin frame.
 class ReportPageView : public QWidget {
 public:
-    explicit ReportPageView(const LaidOutReport &report, QWidget *parent) : QWidget(parent), m_report(report)
+    explicit ReportPageView(QWidget *parent) : QWidget(parent)
     {
         setObjectName(QStringLiteral("picPage"));
         setAttribute(Qt::WA_OpaquePaintEvent);
     }
 
-    void show(int page, double pixelsPerPoint)
+    void show(ReportPage page, const LaidOutReport &frame, double pixelsPerPoint)
     {
-        m_page = page;
+        m_page = std::move(page);
+        m_frame = &frame;
         m_scale = pixelsPerPoint;
-        const QSize paper(static_cast<int>(std::ceil(m_report.pageSize.width() * m_scale)),
-                          static_cast<int>(std::ceil(m_report.pageSize.height() * m_scale)));
+        const QSize paper(static_cast<int>(std::ceil(frame.pageSize.width() * m_scale)),
+                          static_cast<int>(std::ceil(frame.pageSize.height() * m_scale)));
         setFixedSize(paper + QSize(2 * margin, 2 * margin));
         update();
     }
+    const ReportPage &page() const { return m_page; }
 
 protected:
     void paintEvent(QPaintEvent *) override
     {
         QPainter painter(this);
         painter.fillRect(rect(), palette().color(QPalette::Dark));
-        const QRectF paper(margin, margin, m_report.pageSize.width() * m_scale, m_report.pageSize.height() * m_scale);
+        if (!m_frame)
+            return;
+        const QRectF paper(margin, margin, m_frame->pageSize.width() * m_scale, m_frame->pageSize.height() * m_scale);
         painter.fillRect(paper.translated(3, 3), QColor(0, 0, 0, 60));
         painter.fillRect(paper, Qt::white);
-        renderReportPage(painter, m_report, m_page, paper);
+        renderReportPage(painter, m_page, *m_frame, paper);
     }
 
 private:
     static constexpr int margin = 12;
-    const LaidOutReport &m_report;
-    int m_page = 0;
+    ReportPage m_page;
+    const LaidOutReport *m_frame = nullptr;
     double m_scale = 1;
 };
+
+namespace {
+
+// The widget progress box: a bar that moves while the total is not known, and "Отказ".
+class ProgressWork : public ReportWork {
+public:
+    ProgressWork(const QString &text, QWidget *parent) : m_box(text, QStringLiteral("Отказ"), 0, 0, parent)
+    {
+        m_box.setWindowTitle(screenTitle(QStringLiteral("Обработка")));
+        m_box.setWindowModality(Qt::WindowModal);
+        m_box.setMinimumDuration(400);
+        m_box.setAutoReset(false);
+        m_box.setAutoClose(false);
+    }
+    bool step(int done, int total) override
+    {
+        if (m_box.maximum() != total)
+            m_box.setMaximum(total);
+        m_box.setValue(total > 0 ? done : 0);
+        QCoreApplication::processEvents();
+        return !m_box.wasCanceled();
+    }
+
+private:
+    QProgressDialog m_box;
+};
+
+PreviewServices *installedServices = nullptr;
+
+}
+
+std::unique_ptr<ReportWork> PreviewServices::startWork(const QString &text, QWidget *parent)
+{
+    return std::make_unique<ProgressWork>(text, parent);
+}
+
+bool PreviewServices::choosePrinter(QPrinter &printer, int pageCount, QWidget *parent)
+{
+    QPrintDialog dialog(&printer, parent);
+    dialog.setWindowTitle(QStringLiteral("Печат"));
+    dialog.setMinMax(1, std::max(1, pageCount));
+    return dialog.exec() == QDialog::Accepted;
+}
+
+PreviewServices &PreviewServices::instance()
+{
+    static PreviewServices widgets;
+    return installedServices ? *installedServices : widgets;
+}
+
+void PreviewServices::setInstance(PreviewServices *services)
+{
+    installedServices = services;
+}
 
 namespace {
 
@@ -80,8 +142,33 @@ QToolButton *toolButton(const QString &name, const QString &text, const QString 
 
 ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(parent), m_report(std::move(report))
 {
+    build();
+}
+
+ReportPreview::ReportPreview(std::shared_ptr<ReportLayouter> layouter, QWidget *parent)
+    : QDialog(parent), m_layouter(std::move(layouter))
+{
+    if (m_layouter->needsAllRowsFirst())
+        m_layouter->layoutAll();
+    else
+        m_layouter->layoutThrough(0);
+    build();
+    if (!m_layouter->isComplete()) {
+        m_background = new QTimer(this);
+        m_background->setInterval(0);
+        connect(m_background, &QTimer::timeout, this, &ReportPreview::layoutMore);
+        m_background->start();
+    } else {
+        tellReadError();
+    }
+}
+
+ReportPreview::~ReportPreview() = default;
+
+void ReportPreview::build()
+{
     setObjectName(QStringLiteral("ReportPreview"));
-    setWindowTitle(screenTitle(m_report.windowCaption));
+    setWindowTitle(screenTitle(frame().windowCaption));
     setWindowFlag(Qt::WindowMaximizeButtonHint, true);
     setWindowFlag(Qt::WindowMinimizeButtonHint, true);
 
@@ -95,7 +182,7 @@ ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(pa
                                  QStringLiteral("Записва справката във файл PDF"), bar);
     auto *exportButton = toolButton(QStringLiteral("cmdExport"), QStringLiteral("Експорт..."),
                                     QStringLiteral("Записва редовете на справката за Excel (.xlsx) или като .csv"), bar);
-    exportButton->setEnabled(m_report.table != nullptr);
+    exportButton->setEnabled(m_layouter || m_report.table != nullptr);
     m_first = toolButton(QStringLiteral("cmdFirst"), QStringLiteral("|<"), QStringLiteral("Първа страница"), bar);
     m_previous = toolButton(QStringLiteral("cmdPrevious"), QStringLiteral("<"), QStringLiteral("Предишна страница"), bar);
     m_next = toolButton(QStringLiteral("cmdNext"), QStringLiteral(">"), QStringLiteral("Следваща страница"), bar);
@@ -105,9 +192,9 @@ ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(pa
 
     m_pageBox = new QSpinBox(bar);
     m_pageBox->setObjectName(QStringLiteral("txtPage"));
-    m_pageBox->setRange(1, std::max(1, m_report.pageCount()));
+    m_pageBox->setRange(1, std::max(1, pageCount()));
     m_pageBox->setToolTip(QStringLiteral("Страница"));
-    m_pagesLabel = new QLabel(QStringLiteral("от %1").arg(m_report.pageCount()), bar);
+    m_pagesLabel = new QLabel(pageCountText(), bar);
     m_pagesLabel->setObjectName(QStringLiteral("lblPages"));
 
     m_zoomBox = new QComboBox(bar);
@@ -136,7 +223,7 @@ ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(pa
     m_scroll->setObjectName(QStringLiteral("scrPages"));
     m_scroll->setAlignment(Qt::AlignHCenter | Qt::AlignTop);
     m_scroll->setBackgroundRole(QPalette::Dark);
-    m_view = new ReportPageView(m_report, m_scroll);
+    m_view = new ReportPageView(m_scroll);
     m_scroll->setWidget(m_view);
     m_scroll->viewport()->installEventFilter(this);
 
@@ -153,13 +240,16 @@ ReportPreview::ReportPreview(LaidOutReport report, QWidget *parent) : QDialog(pa
     connect(m_first, &QToolButton::clicked, this, [this] { setPage(0); });
     connect(m_previous, &QToolButton::clicked, this, [this] { setPage(m_page - 1); });
     connect(m_next, &QToolButton::clicked, this, [this] { setPage(m_page + 1); });
-    connect(m_last, &QToolButton::clicked, this, [this] { setPage(m_report.pageCount() - 1); });
+    connect(m_last, &QToolButton::clicked, this, [this] {
+        if (finishLayout(QStringLiteral("Подреждане на страниците...")))
+            setPage(pageCount() - 1);
+    });
     connect(m_pageBox, &QSpinBox::valueChanged, this, [this](int value) { setPage(value - 1); });
     connect(m_zoomBox, &QComboBox::activated, this,
             [this](int index) { setZoomPercent(m_zoomBox->itemData(index).toInt()); });
 
-    if (!m_report.windowSize.isEmpty())
-        resize(m_report.windowSize);
+    if (!frame().windowSize.isEmpty())
+        resize(frame().windowSize);
     else
         resize(980, 680);
     updateView();
@@ -170,14 +260,118 @@ double ReportPreview::effectiveScale() const
     if (m_zoomPercent > 0)
         return m_zoomPercent / 100.0 * logicalDpiX() / 72.0;
     const int available = m_scroll->viewport()->width() - 2 * 12 - 4;
-    return std::max(0.2, available / std::max(1.0, m_report.pageSize.width()));
+    return std::max(0.2, available / std::max(1.0, frame().pageSize.width()));
+}
+
+const LaidOutReport &ReportPreview::frame() const
+{
+    return m_layouter ? m_layouter->frame() : m_report;
+}
+
+int ReportPreview::pageCount() const
+{
+    return m_layouter ? m_layouter->pageCount() : m_report.pageCount();
+}
+
+bool ReportPreview::isLaidOut() const
+{
+    return !m_layouter || m_layouter->isComplete();
+}
+
+QString ReportPreview::pageCountText() const
+{
+    return QStringLiteral("от %1").arg(pageCount()) + (isLaidOut() ? QString() : QString(QChar(0x2026)));
+}
+
+ReportPage ReportPreview::pageAt(int page) const
+{
+    if (page < 0 || page >= pageCount())
+        return {};
+    return m_layouter ? m_layouter->page(page) : m_report.pages.at(page);
+}
+
+ReportPage ReportPreview::shownPage() const
+{
+    return m_view->page();
+}
+
+const LaidOutReport &ReportPreview::report()
+{
+    if (m_layouter && m_report.pages.size() != m_layouter->pageCount()) {
+        finishLayout(QStringLiteral("Подреждане на страниците..."));
+        m_report = m_layouter->whole();
+    }
+    return m_report;
+}
+
+void ReportPreview::layoutMore()
+{
+    if (m_busy || !m_layouter)
+        return;
+    if (m_layouter->isComplete()) {
+        m_background->stop();
+        return;
+    }
+    // A slice short enough that the window stays alive to the user.
+    QElapsedTimer slice;
+    slice.start();
+    while (slice.elapsed() < 20 && m_layouter->layoutNextPage()) {
+    }
+    if (m_layouter->isComplete()) {
+        m_background->stop();
+        tellReadError();
+        updateView();  // "page of pages" now reads the count
+    } else {
+        updateBar();
+    }
+}
+
+bool ReportPreview::finishLayout(const QString &text)
+{
+    if (isLaidOut())
+        return true;
+    m_busy = true;
+    const std::unique_ptr<ReportWork> work = PreviewServices::instance().startWork(text, this);
+    bool cancelled = false;
+    while (!cancelled && m_layouter->layoutNextPage()) {
+        if (m_layouter->pageCount() % 20 == 0)
+            cancelled = !work->step(m_layouter->pageCount(), 0);
+    }
+    m_busy = false;
+    if (m_layouter->isComplete()) {
+        if (m_background)
+            m_background->stop();
+        tellReadError();
+    }
+    updateView();
+    return !cancelled;
+}
+
+void ReportPreview::tellReadError()
+{
+    if (m_readErrorTold || !m_layouter || !m_layouter->error())
+        return;
+    m_readErrorTold = true;
+    MessageService::instance().inform(*m_layouter->error());
+}
+
+std::shared_ptr<const ExportTable> ReportPreview::table()
+{
+    if (!m_layouter)
+        return m_report.table;
+    if (!finishLayout(QStringLiteral("Подреждане на редовете...")))
+        return nullptr;
+    return m_layouter->table();
 }
 
 void ReportPreview::setPage(int page)
 {
-    if (m_report.pageCount() == 0)
+    // A page not yet laid out is laid out when turned to.
+    if (m_layouter && page >= pageCount() && !m_busy)
+        m_layouter->layoutThrough(page);
+    if (pageCount() == 0)
         return;
-    page = std::clamp(page, 0, m_report.pageCount() - 1);
+    page = std::clamp(page, 0, pageCount() - 1);
     if (page == m_page && m_pageBox->value() == page + 1)
         return;
     m_page = page;
@@ -194,17 +388,25 @@ void ReportPreview::setZoomPercent(int percent)
     updateView();
 }
 
-void ReportPreview::updateView()
+void ReportPreview::updateBar()
 {
     {
         const QSignalBlocker blocker(m_pageBox);
+        m_pageBox->setMaximum(std::max(1, pageCount()));
         m_pageBox->setValue(m_page + 1);
     }
     m_first->setEnabled(m_page > 0);
     m_previous->setEnabled(m_page > 0);
-    m_next->setEnabled(m_page + 1 < m_report.pageCount());
-    m_last->setEnabled(m_page + 1 < m_report.pageCount());
-    m_view->show(m_page, effectiveScale());
+    const bool more = m_page + 1 < pageCount() || !isLaidOut();
+    m_next->setEnabled(more);
+    m_last->setEnabled(more);
+    m_pagesLabel->setText(pageCountText());
+}
+
+void ReportPreview::updateView()
+{
+    updateBar();
+    m_view->show(pageAt(m_page), frame(), effectiveScale());
 }
 
 bool ReportPreview::eventFilter(QObject *watched, QEvent *event)
@@ -232,7 +434,8 @@ void ReportPreview::keyPressEvent(QKeyEvent *event)
         break;
     case Qt::Key_End:
         if (event->modifiers() & Qt::ControlModifier) {
-            setPage(m_report.pageCount() - 1);
+            if (finishLayout(QStringLiteral("Подреждане на страниците...")))
+                setPage(pageCount() - 1);
             return;
         }
         break;
@@ -250,16 +453,22 @@ void ReportPreview::keyPressEvent(QKeyEvent *event)
 
 void ReportPreview::print()
 {
-    QPrinter printer(QPrinter::HighResolution);
-    printer.setPageOrientation(m_report.orientation == ReportOrientation::Landscape ? QPageLayout::Landscape
-                                                                                    : QPageLayout::Portrait);
-    printer.setFromTo(1, m_report.pageCount());
-    QPrintDialog dialog(&printer, this);
-    dialog.setWindowTitle(QStringLiteral("Печат"));
-    dialog.setMinMax(1, std::max(1, m_report.pageCount()));
-    if (dialog.exec() != QDialog::Accepted)
+    if (!finishLayout(QStringLiteral("Подреждане на страниците за печат...")))
         return;
-    if (!printReport(m_report, printer))
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setPageOrientation(frame().orientation == ReportOrientation::Landscape ? QPageLayout::Landscape
+                                                                                   : QPageLayout::Portrait);
+    printer.setFromTo(1, pageCount());
+    if (!PreviewServices::instance().choosePrinter(printer, pageCount(), this))
+        return;
+    m_busy = true;
+    const std::unique_ptr<ReportWork> work = PreviewServices::instance().startWork(QStringLiteral("Печат..."), this);
+    bool stopped = false;
+    const bool printed = printReport(
+        frame(), pageCount(), [this](int page) { return pageAt(page); }, printer,
+        [&work](int done, int total) { return work->step(done, total); }, &stopped);
+    m_busy = false;
+    if (!printed)
         MessageService::instance().inform(UserMessage{QStringLiteral("ГРЕШКА при печат!"),
                                                       QStringLiteral("Справката не може да бъде отпечатана.\n"
                                                                      "Проверете принтера и опитайте отново."),
@@ -270,9 +479,9 @@ QString ReportPreview::suggestedPdfName() const
 {
     // A name the report gives, else what its window is called ("Справка за курсове"), never the
     // name of its design.
-    QString name = fileNameOf(m_report.suggestedFileName);
+    QString name = fileNameOf(frame().suggestedFileName);
     if (name.isEmpty())
-        name = fileNameOf(screenOfCaption(m_report.windowCaption));
+        name = fileNameOf(screenOfCaption(frame().windowCaption));
     if (name.isEmpty())
         name = QStringLiteral("Справка");
     return name + QStringLiteral(".pdf");
@@ -306,10 +515,11 @@ void ReportPreview::exportTable()
 
 bool ReportPreview::exportTableTo(const QString &fileName)
 {
-    if (!m_report.table)
+    const std::shared_ptr<const ExportTable> rows = table();
+    if (!rows)
         return false;
     WaitCursor wait;
-    if (const auto error = writeTable(*m_report.table, fileName)) {
+    if (const auto error = writeTable(*rows, fileName)) {
         MessageService::instance().inform(*error);
         return false;
     }
@@ -318,9 +528,18 @@ bool ReportPreview::exportTableTo(const QString &fileName)
 
 bool ReportPreview::exportPdfTo(const QString &fileName)
 {
+    if (!finishLayout(QStringLiteral("Подреждане на страниците...")))
+        return false;
     QString error;
-    if (exportReportPdf(m_report, fileName, &error))
-        return true;
+    m_busy = true;
+    const std::unique_ptr<ReportWork> work = PreviewServices::instance().startWork(QStringLiteral("Запис в PDF..."), this);
+    bool stopped = false;
+    const bool written = exportReportPdf(
+        frame(), pageCount(), [this](int page) { return pageAt(page); }, fileName, &error,
+        [&work](int done, int total) { return work->step(done, total); }, &stopped);
+    m_busy = false;
+    if (written)
+        return !stopped;
     MessageService::instance().inform(UserMessage::twoLines(QStringLiteral("ГРЕШКА при запис!"), error,
                                                             QStringLiteral("Изберете друго място и опитайте отново."),
                                                             UserMessage::Icon::Critical));
@@ -343,6 +562,19 @@ ReportPreview *showReport(const Checked<Report> &report, QWidget *parent)
         return nullptr;
     }
     return showReport(layoutReport(report.value()), parent);
+}
+
+ReportPreview *showReport(const Checked<StreamedReport> &report, QWidget *parent)
+{
+    if (!report) {
+        MessageService::instance().inform(report.message());
+        return nullptr;
+    }
+    auto *preview = new ReportPreview(std::make_shared<ReportLayouter>(report.value()), parent);
+    preview->setAttribute(Qt::WA_DeleteOnClose);
+    preview->setModal(false);
+    preview->show();
+    return preview;
 }
 
 }

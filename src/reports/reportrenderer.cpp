@@ -1,5 +1,6 @@
 #include "reportrenderer.h"
 
+#include <QFile>
 #include <QFont>
 #include <QPageLayout>
 #include <QPageSize>
@@ -25,7 +26,14 @@ QPageLayout pageLayoutOf(const LaidOutReport &report)
 
 void renderReportPage(QPainter &painter, const LaidOutReport &report, int page, const QRectF &target)
 {
-    if (page < 0 || page >= report.pageCount() || report.pageSize.isEmpty())
+    if (page < 0 || page >= report.pageCount())
+        return;
+    renderReportPage(painter, report.pages.at(page), report, target);
+}
+
+void renderReportPage(QPainter &painter, const ReportPage &page, const LaidOutReport &report, const QRectF &target)
+{
+    if (report.pageSize.isEmpty())
         return;
     const double scale = target.width() / report.pageSize.width();
     // Fonts are given in points of the device; under the scale below a point of the layout must
@@ -48,7 +56,7 @@ void renderReportPage(QPainter &painter, const LaidOutReport &report, int page, 
     painter.scale(scale, scale);
     int currentFont = -1;
     quint32 currentPen = 0;
-    for (const ReportPrimitive &p : report.pages.at(page).primitives) {
+    for (const ReportPrimitive &p : page.primitives) {
         switch (p.kind) {
         case ReportPrimitive::Kind::Fill:
             painter.fillRect(p.rect, QColor::fromRgba(p.color));
@@ -102,37 +110,76 @@ QImage renderReportPageImage(const LaidOutReport &report, int page, double dpi)
     return image;
 }
 
+namespace {
+
+ReportPageSource pagesOf(const LaidOutReport &report)
+{
+    return [&report](int page) { return report.pages.at(page); };
+}
+
+}
+
 bool exportReportPdf(const LaidOutReport &report, const QString &fileName, QString *error)
 {
-    QPdfWriter writer(fileName);
-    writer.setPageLayout(pageLayoutOf(report));
-    writer.setTitle(report.windowCaption);
-    writer.setCreator(QStringLiteral("Зарек"));
-    QPainter painter;
-    if (!painter.begin(&writer)) {
-        if (error)
-            *error = QStringLiteral("Файлът %1 не може да бъде записан.").arg(fileName);
-        return false;
-    }
-    const QRectF target(0, 0, writer.width(), writer.height());
-    for (int i = 0; i < report.pageCount(); ++i) {
-        if (i > 0)
-            writer.newPage();
-        renderReportPage(painter, report, i, target);
-    }
-    return painter.end();
+    return exportReportPdf(report, report.pageCount(), pagesOf(report), fileName, error, {}, nullptr);
 }
 
 bool printReport(const LaidOutReport &report, QPrinter &printer)
 {
+    return printReport(report, report.pageCount(), pagesOf(report), printer, {}, nullptr);
+}
+
+bool exportReportPdf(const LaidOutReport &frame, int pageCount, const ReportPageSource &pages,
+                     const QString &fileName, QString *error, const ReportPrintStep &step, bool *stopped)
+{
+    if (stopped)
+        *stopped = false;
+    bool halted = false;
+    {
+        QPdfWriter writer(fileName);
+        writer.setPageLayout(pageLayoutOf(frame));
+        writer.setTitle(frame.windowCaption);
+        writer.setCreator(QStringLiteral("Зарек"));
+        QPainter painter;
+        if (!painter.begin(&writer)) {
+            if (error)
+                *error = QStringLiteral("Файлът %1 не може да бъде записан.").arg(fileName);
+            return false;
+        }
+        const QRectF target(0, 0, writer.width(), writer.height());
+        for (int i = 0; i < pageCount; ++i) {
+            if (i > 0)
+                writer.newPage();
+            renderReportPage(painter, pages(i), frame, target);
+            if (step && !step(i + 1, pageCount)) {
+                halted = true;
+                break;
+            }
+        }
+        if (!painter.end() && !halted)
+            return false;
+    }
+    if (halted) {
+        QFile::remove(fileName);  // half a report is no report
+        if (stopped)
+            *stopped = true;
+    }
+    return true;
+}
+
+bool printReport(const LaidOutReport &frame, int pageCount, const ReportPageSource &pages, QPrinter &printer,
+                 const ReportPrintStep &step, bool *stopped)
+{
+    if (stopped)
+        *stopped = false;
     printer.setFullPage(true);
-    printer.setPageLayout(pageLayoutOf(report));
-    printer.setDocName(report.windowCaption);
+    printer.setPageLayout(pageLayoutOf(frame));
+    printer.setDocName(frame.windowCaption);
     int from = 1;
-    int to = report.pageCount();
+    int to = pageCount;
     if (printer.printRange() == QPrinter::PageRange && printer.fromPage() > 0) {
         from = std::max(1, printer.fromPage());
-        to = std::min(report.pageCount(), printer.toPage());
+        to = std::min(pageCount, printer.toPage());
     }
     QPainter painter;
     if (!painter.begin(&printer))
@@ -141,7 +188,14 @@ bool printReport(const LaidOutReport &report, QPrinter &printer)
     for (int i = from; i <= to; ++i) {
         if (i > from)
             printer.newPage();
-        renderReportPage(painter, report, i - 1, QRectF(QPointF(0, 0), target.size()));
+        renderReportPage(painter, pages(i - 1), frame, QRectF(QPointF(0, 0), target.size()));
+        if (step && !step(i - from + 1, to - from + 1)) {
+            printer.abort();
+            painter.end();
+            if (stopped)
+                *stopped = true;
+            return true;
+        }
     }
     return painter.end();
 }

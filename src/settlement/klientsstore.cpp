@@ -91,14 +91,25 @@ Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditi
             && matchesPrefix(all.value(row, 3).toString(), conditions.SeekKola))
             kept.push_back(row);
     }
-    // By date, then route; the engines' own orders of texts differ, this one does not.
-    std::stable_sort(kept.begin(), kept.end(), [&all](int a, int b) {
-        const QDate da = dateOfValue(all.value(a, 0));
-        const QDate db = dateOfValue(all.value(b, 0));
-        if (da != db)
-            return da < db;
-        return all.value(a, 1).toString().compare(all.value(b, 1).toString()) < 0;
-    });
+    // By date, then route; the engines' own orders of texts differ, this one does not. The rows
+    // come by date already: each date is read once, and routes are sorted only where a day's
+    // courses are not yet in their order.
+    struct Key {
+        qint64 day;
+        QString route;
+    };
+    std::vector<Key> keys(static_cast<size_t>(all.rowCount()));
+    for (const int row : kept)
+        keys[static_cast<size_t>(row)] = {dateOfValue(all.value(row, 0)).toJulianDay(), all.value(row, 1).toString()};
+    const auto before = [&keys](int a, int b) {
+        const Key &ka = keys[static_cast<size_t>(a)];
+        const Key &kb = keys[static_cast<size_t>(b)];
+        if (ka.day != kb.day)
+            return ka.day < kb.day;
+        return ka.route.compare(kb.route) < 0;
+    };
+    if (!std::is_sorted(kept.begin(), kept.end(), before))
+        std::stable_sort(kept.begin(), kept.end(), before);
     RowSet courses(all.columns());
     courses.reserveRows(static_cast<int>(kept.size()));
     for (const int row : kept) {

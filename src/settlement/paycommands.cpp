@@ -47,12 +47,7 @@ void showPaySheet(CommandContext &context, const SearchConditions &conditions)
         MessageService::instance().inform(sheet.message());
         return;
     }
-    const Checked<RowSet> rows = writeTempZaplata(*context.scratch, sheet.value());
-    if (!rows) {
-        MessageService::instance().inform(rows.message());
-        return;
-    }
-    const Checked<Report> report = ReportZaplata(sheet.value(), rows.value(), context.firm());
+    const Checked<Report> report = ReportZaplata(sheet.value(), paySheetRows(sheet.value()), context.firm());
     if (!report) {
         MessageService::instance().inform(report.message());
         return;

@@ -67,21 +67,42 @@ Checked<RowSet> fill(ScratchDatabase &scratch, const QString &table, const QStri
 
 }
 
+namespace {
+
+const QStringList &tempZaplataColumns()
+{
+    static const QStringList columns = {QStringLiteral("Red"),   QStringLiteral("Data"),     QStringLiteral("KolaID"),
+                                        QStringLiteral("Ton"),   QStringLiteral("KM"),       QStringLiteral("Suma"),
+                                        QStringLiteral("Marsh"), QStringLiteral("VidTovar"), QStringLiteral("Zaplata"),
+                                        QStringLiteral("Nadnik")};
+    return columns;
+}
+
+QList<QVariant> tempZaplataRow(const PaySheetLine &line)
+{
+    // Zaplata and Nadnik carry one and the same rounded pay.
+    const double zaplata = line.zaplata().toDouble();
+    return {line.red, line.data, line.kola, line.ton, line.km, line.bruto, line.marsh, line.tovar, zaplata, zaplata};
+}
+
+}
+
 Checked<RowSet> writeTempZaplata(ScratchDatabase &scratch, const PaySheet &sheet)
 {
     QList<QList<QVariant>> rows;
     rows.reserve(sheet.lines.size());
-    for (const PaySheetLine &line : sheet.lines) {
-        // Zaplata and Nadnik carry one and the same rounded pay.
-        const double zaplata = line.zaplata().toDouble();
-        rows.append({line.red, line.data, line.kola, line.ton, line.km, line.bruto, line.marsh, line.tovar, zaplata,
-                     zaplata});
-    }
-    return fill(scratch, QStringLiteral("TempZaplata"),
-                {QStringLiteral("Red"), QStringLiteral("Data"), QStringLiteral("KolaID"), QStringLiteral("Ton"),
-                 QStringLiteral("KM"), QStringLiteral("Suma"), QStringLiteral("Marsh"), QStringLiteral("VidTovar"),
-                 QStringLiteral("Zaplata"), QStringLiteral("Nadnik")},
-                rows);
+    for (const PaySheetLine &line : sheet.lines)
+        rows.append(tempZaplataRow(line));
+    return fill(scratch, QStringLiteral("TempZaplata"), tempZaplataColumns(), rows);
+}
+
+RowSet paySheetRows(const PaySheet &sheet)
+{
+    RowSet rows(tempZaplataColumns());
+    rows.reserveRows(static_cast<int>(sheet.lines.size()));
+    for (const PaySheetLine &line : sheet.lines)
+        rows.appendRow(tempZaplataRow(line));
+    return rows;
 }
 
 Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet &courses, const QList<int> &rows,

@@ -30,6 +30,10 @@ struct StatementCurrency {
 // Red.
 Checked<RowSet> writeTempZaplata(ScratchDatabase &scratch, const PaySheet &sheet);
 
+// The rows writeTempZaplata would read back, made straight from the sheet: the paper needs no
+// scratch table between.
+RowSet paySheetRows(const PaySheet &sheet);
+
 // TempPlaten made anew and filled with the given rows of courses (Data, Marsh, Tovar, kola, KM,
 // Ton, Tarifa, neto), numbered from 1, figures as text: KM "###0", Ton "###0.000", Tarifa with
 // tarifaDecimals (three: the rate's own decimals, up to eight), Suma (neto) "###0.00". The total

@@ -20,7 +20,7 @@ void registerSettlementCommands(CommandRegistry &commands)
                      [&context](const SearchConditions &c) {
                          if (c.SeekChoice == QLatin1String("All")) {
                              context.setPanel(QStringLiteral("Справка за всички курсове на шофьор"));
-                             showReport(ReportDriver(c, context.db, context.firm()), context.window);
+                             showReport(streamReportDriver(c, context.db, context.firm()), context.window);
                              return;
                          }
                          context.setPanel(c.SeekChoice == QLatin1String("Yes")

@@ -4,9 +4,14 @@
 #include "reports/reportpreview.h"
 #include "coursesfixture.h"
 #include "testdatabase.h"
+#include "forms/messageservice.h"
 
+#include <QPrinter>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
 
 using namespace zarek;
 using zarek::test::exampleFirm;
@@ -56,9 +61,133 @@ LaidOutReport laidOut(const Checked<Report> &report)
     return report.ok() ? layoutReport(report.value()) : LaidOutReport{};
 }
 
+// Courses over March 2006 in a changing mix of trucks, clients and drivers, some invoiced, some paid.
+bool fillManyCourses(QSqlDatabase db, int count, int first = 0)
+{
+    if (!db.transaction())
+        return false;
+    const QStringList trucks = {QStringLiteral("СА 1234 ВК"), QStringLiteral("РВ 7777 АА")};
+    const QStringList clients = {QStringLiteral("Д'Аргос ООД"), QStringLiteral("Бетон АД")};
+    for (int i = first; i < first + count; ++i) {
+        const double ton = 5 + (i * 37 % 170) / 10.0;
+        const double km = 10 + (i * 53 % 240);
+        const double tarifa = 0.05 + (i % 7) * 0.015;
+        if (!insert(db, {QDate(2006, 3, 1).addDays(i % 31), QStringLiteral("00%1").arg(7 + i % 2), trucks.at(i % 2),
+                         clients.at(i / 2 % 2), ton, km, tarifa, std::round(ton * km * tarifa * 100) / 100, i % 3 == 0,
+                         i % 5 == 0}))
+            return false;
+    }
+    return db.commit();
+}
+
+using StreamedRoutine = Checked<StreamedReport> (*)(const SearchConditions &, QSqlDatabase, const FirmProfile &);
+
+SearchConditions everyCondition()
+{
+    SearchConditions conditions = march();
+    conditions.SeekKola = QStringLiteral("СА 1234 ВК");
+    conditions.SeekChoice = QStringLiteral("All");
+    conditions.SeekKlient = QStringLiteral("Бетон АД");
+    conditions.SeekDriverKod = QStringLiteral("007");
+    conditions.SeekDriverIme = QStringLiteral("Иван Петров");
+    return conditions;
+}
+
+// The preview's outside world without windows: the progress box cancels at the step asked, the
+// print dialog writes to a PDF file.
+class ScriptedServices : public PreviewServices {
+public:
+    ScriptedServices() { PreviewServices::setInstance(this); }
+    ~ScriptedServices() override { PreviewServices::setInstance(nullptr); }
+
+    class Work : public ReportWork {
+    public:
+        Work(ScriptedServices &services, bool cancels) : m_services(services), m_cancels(cancels) {}
+        bool step(int, int) override
+        {
+            if (!m_cancels)
+                return true;
+            return ++m_services.steps != m_services.cancelAtStep;
+        }
+
+    private:
+        ScriptedServices &m_services;
+        bool m_cancels;
+    };
+    std::unique_ptr<ReportWork> startWork(const QString &text, QWidget *) override
+    {
+        works.append(text);
+        return std::make_unique<Work>(*this, text.startsWith(cancelWork));
+    }
+    bool choosePrinter(QPrinter &printer, int pageCount, QWidget *) override
+    {
+        printerPages = pageCount;
+        printer.setOutputFormat(QPrinter::PdfFormat);
+        printer.setOutputFileName(pdf);
+        return true;
+    }
+
+    QStringList works;
+    QString cancelWork;  // the work the user cancels, by the start of its text
+    int steps = 0;
+    int cancelAtStep = -1;
+    int printerPages = -1;
+    QString pdf;
+};
+
 const QString firmLines = QStringLiteral(
     "Транспорт Петров ЕООД\nСофия, ул. Искър 12\n"
     "тел:02 987 65 43, факс:0888 123 456, E-mail:office@petrov.bg, URL:http//www.petrov.bg");
+
+}
+
+namespace {
+
+// The report laid out page by page against the same report laid out whole.
+void comparePages(const QString &report, QSqlDatabase db, int courses)
+{
+    const QHash<QString, QPair<Checked<Report> (*)(const SearchConditions &, QSqlDatabase, const FirmProfile &),
+                               StreamedRoutine>>
+        routines = {{QStringLiteral("rptKola"), {&ReportKola, &streamReportKola}},
+                    {QStringLiteral("rptAll"), {&ReportAll, &streamReportAll}},
+                    {QStringLiteral("rptKlient"), {&ReportKlient, &streamReportKlient}},
+                    {QStringLiteral("rptDriver"), {&ReportDriver, &streamReportDriver}}};
+    const auto [whole, streamed] = routines.value(report);
+    const LaidOutReport complete = laidOut(whole(everyCondition(), db, exampleFirm()));
+    QVERIFY(complete.pageCount() >= 1);
+
+    const Checked<StreamedReport> filled = streamed(everyCondition(), db, exampleFirm());
+    QVERIFY(filled.ok());
+    ReportLayouter layouter(filled.value());
+    QVERIFY(layouter.layoutNextPage());
+    QCOMPARE(layouter.pageCount(), 1);
+    // The first page stands before the rows of the later ones are read.
+    if (complete.pageCount() > 2) {
+        QVERIFY(!layouter.isComplete());
+        QVERIFY(layouter.rowCount() < courses);
+    }
+    for (int page = 0; page < complete.pageCount(); ++page) {
+        layouter.layoutThrough(page);
+        LaidOutReport one = layouter.frame();
+        one.pages = {layouter.page(page)};
+        QStringList lines = one.textLines();
+        QStringList expected = complete.textLines(page);
+        if (!layouter.isComplete()) {
+            // Until the last page is laid out, the count is the pages so far and "…".
+            QCOMPARE(lines.last(), QStringLiteral("Зарек 2.3.4 | Страница %1 от %2… | Orvenn Ltd.")
+                                       .arg(page + 1)
+                                       .arg(layouter.pageCount()));
+            lines.removeLast();
+            expected.removeLast();
+        }
+        QCOMPARE(lines, expected);
+    }
+    QVERIFY(layouter.isComplete());
+    QCOMPARE(layouter.pageCount(), complete.pageCount());
+    QCOMPARE(layouter.whole().textLines(), complete.textLines());
+    QCOMPARE(layouter.table()->totals, complete.table->totals);
+    QCOMPARE(layouter.table()->rowCount, complete.table->rowCount);
+}
 
 }
 
@@ -272,6 +401,103 @@ private slots:
                                        .arg(laid.pageCount()));
         }
         QVERIFY(laid.textLines(laid.pageCount() - 1).contains(QStringLiteral("Всичко | 1500,000 | 3000 | 3000,00")));
+    }
+
+    // Each course report laid out page by page as its rows are read gives the pages of the report
+    // laid out whole: the same lines, totals and page numbers, once the count is known.
+    void progressiveAndCompleteLayoutsGiveTheSamePages_data()
+    {
+        QTest::addColumn<QString>("report");
+        QTest::newRow("truck") << "rptKola";
+        QTest::newRow("firm") << "rptAll";
+        QTest::newRow("client") << "rptKlient";
+        QTest::newRow("driver") << "rptDriver";
+    }
+    void progressiveAndCompleteLayoutsGiveTheSamePages()
+    {
+        QFETCH(QString, report);
+        ZAREK_SCRATCH_DB(scratch);
+        // No course, one, about a page and a half, several pages.
+        int courses = 0;
+        for (const int more : {0, 1, 44, 115}) {
+            QVERIFY(fillManyCourses(scratch.db(), more, courses));
+            courses += more;
+            comparePages(report, scratch.db(), courses);
+            if (QTest::currentTestFailed())
+                return;
+        }
+    }
+
+    void thePreviewPagesForwardWhileTheRestIsLaidOut()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillManyCourses(scratch.db(), 400));
+        const Checked<StreamedReport> filled = streamReportAll(everyCondition(), scratch.db(), exampleFirm());
+        QVERIFY(filled.ok());
+        ReportPreview preview(std::make_shared<ReportLayouter>(filled.value()));
+        QCOMPARE(preview.pageCount(), 1);
+        QVERIFY(!preview.isLaidOut());
+        QCOMPARE(preview.pageCountText(), QStringLiteral("от 1…"));
+        auto *next = preview.findChild<QToolButton *>(QStringLiteral("cmdNext"));
+        QVERIFY(next && next->isEnabled());
+        next->click();
+        next->click();
+        QCOMPARE(preview.currentPage(), 2);
+        QVERIFY(preview.pageCount() >= 3);
+        QTRY_VERIFY(preview.isLaidOut());
+        const int pages = preview.pageCount();
+        QVERIFY(pages > 3);
+        QCOMPARE(preview.pageCountText(), QStringLiteral("от %1").arg(pages));
+        QCOMPARE(preview.currentPage(), 2);
+        LaidOutReport shown;
+        shown.pages = {preview.shownPage()};
+        QCOMPARE(shown.textLines().last(), QStringLiteral("Зарек 2.3.4 | Страница 3 от %1 | Orvenn Ltd.").arg(pages));
+        auto *last = preview.findChild<QToolButton *>(QStringLiteral("cmdLast"));
+        last->click();
+        QCOMPARE(preview.currentPage(), pages - 1);
+        QVERIFY(!next->isEnabled());
+    }
+
+    void aLongPrintCanBeCancelled_data()
+    {
+        QTest::addColumn<QString>("work");
+        QTest::addColumn<int>("cancelAtStep");
+        QTest::addColumn<bool>("laidOut");
+        QTest::addColumn<bool>("printerAsked");
+        QTest::newRow("while the pages are laid out") << "Подреждане" << 1 << false << false;
+        QTest::newRow("while the pages print") << "Печат" << 3 << true << true;
+    }
+    void aLongPrintCanBeCancelled()
+    {
+        QFETCH(QString, work);
+        QFETCH(int, cancelAtStep);
+        QFETCH(bool, laidOut);
+        QFETCH(bool, printerAsked);
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillManyCourses(scratch.db(), 800));
+        RecordingMessageService messages;
+        ScriptedServices services;
+        QTemporaryDir dir;
+        services.pdf = dir.filePath(QStringLiteral("report.pdf"));
+        services.cancelWork = work;
+        services.cancelAtStep = cancelAtStep;
+        const Checked<StreamedReport> filled = streamReportAll(everyCondition(), scratch.db(), exampleFirm());
+        QVERIFY(filled.ok());
+        ReportPreview preview(std::make_shared<ReportLayouter>(filled.value()));
+        preview.print();
+        QCOMPARE(preview.isLaidOut(), laidOut);
+        QCOMPARE(services.printerPages > 0, printerAsked);
+        // The work stopped at the step that cancelled it.
+        QCOMPARE(services.steps, cancelAtStep);
+        QVERIFY(messages.shown.isEmpty());
+        // Cancelled half way, the PDF export leaves no file behind.
+        if (laidOut) {
+            services.steps = 0;
+            services.cancelWork = QStringLiteral("Запис в PDF");
+            QVERIFY(!preview.exportPdfTo(services.pdf + QStringLiteral(".2")));
+            QCOMPARE(services.steps, cancelAtStep);
+            QVERIFY(!QFile::exists(services.pdf + QStringLiteral(".2")));
+        }
     }
 };
 

@@ -1,3 +1,4 @@
+#include "core/currency.h"
 #include "core/formats.h"
 #include "data/scratchdatabase.h"
 #include "reports/reportlayout.h"
@@ -195,6 +196,37 @@ private slots:
             wrapped << lines.at(next++);
         QCOMPARE(wrapped.join(QLatin1Char(' ')), sentence);
         QCOMPARE(lines.at(next), QString(76, QLatin1Char(' ')) + QStringLiteral("Подпис: ") + QString(32, QLatin1Char('.')));
+    }
+
+    // The pay sheet is printed from its computed lines: the paper is the one the scratch table
+    // written and read back gave, line for line, in either currency.
+    void thePaperFromTheSheetIsThePaperFromTheScratchTable_data()
+    {
+        QTest::addColumn<QDate>("changeover");
+        QTest::newRow("leva") << QDate();
+        QTest::newRow("mixed") << QDate(2006, 3, 10);
+        QTest::newRow("euro") << QDate(2006, 1, 1);
+    }
+    void thePaperFromTheSheetIsThePaperFromTheScratchTable()
+    {
+        QFETCH(QDate, changeover);
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillPaySheetExample(scratch.db()));
+        Changeover books;
+        books.date = changeover;
+        const ScopedBooksChangeover inForce(books);
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db());
+        QVERIFY(sheet.ok());
+        QTemporaryDir folder;
+        zarek::ScratchDatabase temp(folder.path());
+        const Checked<RowSet> readBack = writeTempZaplata(temp, sheet.value());
+        QVERIFY(readBack.ok());
+        const QStringList expected =
+            layoutReport(ReportZaplata(sheet.value(), readBack.value(), exampleFirm(), today).value()).textLines();
+        const QStringList lines =
+            layoutReport(ReportZaplata(sheet.value(), paySheetRows(sheet.value()), exampleFirm(), today).value())
+                .textLines();
+        QCOMPARE(lines, expected);
     }
 };
 
