@@ -12,6 +12,7 @@
 #include <QMutex>
 #include <QSet>
 #include <QTime>
+#include <QUrl>
 #include <QVariant>
 
 namespace zarek {
@@ -389,7 +390,7 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
 
         if (auto fault = createEmptyFile(copy->path()))
             return workRefusal(fault->text);
-        FileConnection working(copy->path());
+        FileConnection working(copy->path(), QStringLiteral("QSQLITE_OPEN_URI"));
         QSqlDatabase out = working.db();
         if (!out.isOpen())
             return workRefusal(engineText(out.lastError()));
@@ -397,7 +398,16 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
         largeCache(out);
         if (auto fault = makeSchemaAt(out, versions))
             return workRefusal(fault->text);
-        std::list<QSqlQuery> statements;
+        // The rows go from table to table inside the engine, in one pass: the archive is attached
+        // read-only, and only its tables' columns are read.
+        {
+            QSqlQuery attach(out);
+            attach.prepare(QStringLiteral("ATTACH DATABASE ? AS %1").arg(archiveSchema));
+            attach.addBindValue(QUrl::fromLocalFile(file.absoluteFilePath()).toString(QUrl::FullyEncoded)
+                                + QStringLiteral("?mode=ro"));
+            if (!attach.exec())
+                return readRefusal(archivePath, attach.lastError());
+        }
         Transaction writing(out);
         if (!writing.isActive())
             return workRefusal(engineText(writing.lastError()));
@@ -415,25 +425,18 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
             // The program's own schema may come with rows of its own (the standard document kinds):
             // the copy holds the archive's rows and no others.
             QSqlQuery empty(out);
-            if (!empty.exec(QStringLiteral("DELETE FROM ") + quoted(object.name)))
+            if (!empty.exec(QStringLiteral("DELETE FROM main.") + quoted(object.name)))
                 return workRefusal(engineText(empty.lastError()));
-            QSqlQuery read(db);
-            read.setForwardOnly(true);
-            if (!read.exec(QStringLiteral("SELECT %1 FROM %2").arg(quotedList(columns), quoted(object.name))))
-                return readRefusal(archivePath, read.lastError());
-            BatchInsert insert(out, object.name, columns, statements);
-            std::optional<Fault> fault;
-            while (!fault && read.next()) {
-                for (int i = 0; !fault && i < columns.size(); ++i)
-                    fault = insert.add(read.value(i));
-            }
-            if (read.lastError().isValid())
-                return readRefusal(archivePath, read.lastError());
-            if (!fault)
-                fault = insert.flush();
-            if (fault)
+            QSqlQuery copyRows(out);
+            if (!copyRows.exec(QStringLiteral("INSERT INTO main.%1 (%2) SELECT %2 FROM %3.%1")
+                                   .arg(quoted(object.name), quotedList(columns), archiveSchema))) {
+                const QString code = copyRows.lastError().nativeErrorCode();
+                if (code == QLatin1String("11") || code == QLatin1String("26"))  // damaged, not a database
+                    return readRefusal(archivePath, copyRows.lastError());
                 return restoreRefusal(QStringLiteral("В архива %1 има недопустими данни: %2: %3")
-                                          .arg(shown(archivePath), tableCaption(object.name), fault->text));
+                                          .arg(shown(archivePath), tableCaption(object.name),
+                                               engineText(copyRows.lastError())));
+            }
         }
         if (!writing.commit())
             return workRefusal(engineText(writing.lastError()));
