@@ -68,15 +68,15 @@ private slots:
     }
 
     // Paged rows read nothing but the page shown on opening, and count only when the last row is
-    // wanted; moving one row past the first page reads one page more.
+    // wanted; moving past the first page reads one page more.
     void pagedRowsReadOnlyWhatIsShown()
     {
         RecordSet rows({QStringLiteral("kod")});
         QList<std::pair<int, bool>> pages;
         int counts = 0;
         RecordSet::Pager pager;
-        const int total = 10 * RecordSet::pageSize;
-        pager.page = [&pages](int offset, int limit, bool fromEnd) -> Checked<QList<RecordRow>> {
+        constexpr int total = 10 * RecordSet::pageSize;
+        pager.page = [&pages, total](int offset, int limit, bool fromEnd) -> Checked<QList<RecordRow>> {
             pages.append({offset, fromEnd});
             QList<RecordRow> read;
             for (int i = offset; i < std::min(total, offset + limit); ++i) {
@@ -96,6 +96,8 @@ private slots:
         QCOMPARE(rows.current().id, 1);
         QVERIFY(!rows.atLast());
         rows.moveTo(RecordSet::pageSize / 2);
+        QCOMPARE(pages.size(), 1);  // read with the first page
+        rows.moveTo(RecordSet::pageSize + 10);
         QCOMPARE(pages.size(), 2);
         QCOMPARE(counts, 0);
         rows.moveLast();
