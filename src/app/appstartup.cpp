@@ -7,6 +7,7 @@
 #include "app/firststart.h"
 #include "app/firststartdialog.h"
 #include "app/frmmain.h"
+#include "app/integritycheck.h"
 #include "app/userlogin.h"
 #include "core/firmprofile.h"
 #include "data/archive.h"
@@ -206,6 +207,10 @@ int runZarek(QApplication &app, const StartOptions &options)
     window.show();
     // Once the window stands: the documents due, in a notice that does not stop the user.
     QTimer::singleShot(0, &window, [&window, user = login.UserName()] { window.showDueNotice(user); });
+    // The rows' pages, which the check before sign-in leaves alone: told only when damaged.
+    BackgroundIntegrityCheck integrity(config->sqlitePath);
+    if (config->engine == DatabaseConfig::Engine::SQLite)
+        integrity.start();
     return app.exec();
 }
 

@@ -125,12 +125,15 @@ void CourseJournalModel::sort(int column, Qt::SortOrder order)
         return;
     m_sortColumn = static_cast<JournalColumn>(column);
     m_ascending = order == Qt::AscendingOrder;
-    readIds();
+    // The view's first sort comes as it is set up, before any conditions: they read the ids once.
+    if (m_filtered)
+        readIds();
 }
 
 std::optional<UserMessage> CourseJournalModel::setFilter(const JournalFilter &filter)
 {
     m_filter = filter;
+    m_filtered = true;
     return readIds();
 }
 

@@ -46,6 +46,7 @@ private:
     JournalFilter m_filter;
     JournalColumn m_sortColumn = JournalColumn::Date;
     bool m_ascending = false;  // the newest courses first
+    bool m_filtered = false;   // conditions were given: the ids are read
     QList<qint64> m_ids;
     mutable QHash<int, QHash<qint64, JournalRow>> m_pages;  // page number -> rows of that page by id
 };

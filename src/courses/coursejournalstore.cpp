@@ -2,6 +2,7 @@
 
 #include "data/dialect.h"
 #include "data/sqlerror.h"
+#include "data/textlist.h"
 
 #include <QCollator>
 #include <QLocale>
@@ -22,7 +23,7 @@ QStringList distinctValues(QSqlDatabase db, const QString &column, QString *erro
     QSqlQuery query(db);
     query.setForwardOnly(true);
     QStringList values;
-    if (!query.exec(QStringLiteral("SELECT DISTINCT %1 FROM tabl WHERE %1 IS NOT NULL").arg(column))) {
+    if (!query.exec(distinctValuesQuery(QStringLiteral("tabl"), column))) {
         *error = query.lastError().text();
         return values;
     }

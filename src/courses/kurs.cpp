@@ -33,7 +33,7 @@ RecordFormConfig formConfig()
     config.statusText = QStringLiteral("Курс № ");
     config.newText = QStringLiteral("Нов курс");
     config.editText = QStringLiteral("Корекция");
-    config.lazyRows = true;  // NewKurs browses every course of the firm
+    config.pagedRows = true;  // NewKurs browses every course of the firm: only the rows shown are read
     config.numberColumns = {QStringLiteral("km"), QStringLiteral("ton")};
     config.dateColumns = {QStringLiteral("data")};
     // Alt plus the underlined letter: a course goes in, is saved and the next begins without the mouse.
@@ -355,7 +355,7 @@ void Kurs::open()
         return;
     setTabOrder();
     showDerived();  // the first course shown has its sums, driver and rate at once
-    if (m_form->rowCount() == 0)
+    if (m_form->rows()->isEmpty())
         m_form->add();  // also in EditKurs, where "Добави" itself is off
     if (m_mode == CourseMode::EditKurs) {
         m_form->button(QStringLiteral("cmdAdd"))->setEnabled(false);

@@ -7,27 +7,29 @@
 
 namespace zarek::searchlists {
 
-// Sorted so both engines give the same order; the indexes make DISTINCT cheap on large tables.
+// Sorted so both engines give the same order; each value is a step down an index on large tables.
 QStringList trucks(QSqlDatabase db)
 {
     return nonBlankTexts(db, QStringLiteral("SELECT kola FROM (SELECT TRIM(kola) AS kola FROM Config "
-                                            "UNION SELECT TRIM(kola) FROM tabl "
-                                            "UNION SELECT TRIM(Kola) FROM RowdList) trucks ORDER BY kola"));
+                                            "UNION SELECT TRIM(v) FROM (%1) courses "
+                                            "UNION SELECT TRIM(v) FROM (%2) waybills) trucks ORDER BY kola")
+                                 .arg(distinctValuesQuery(QStringLiteral("tabl"), QStringLiteral("kola")),
+                                      distinctValuesQuery(QStringLiteral("RowdList"), QStringLiteral("Kola"))));
 }
 
 QStringList clients(QSqlDatabase db)
 {
-    return nonBlankTexts(db, QStringLiteral("SELECT DISTINCT Klient FROM tabl ORDER BY Klient"));
+    return nonBlankTexts(db, distinctValuesQuery(QStringLiteral("tabl"), QStringLiteral("Klient")));
 }
 
 QStringList routes(QSqlDatabase db)
 {
-    return nonBlankTexts(db, QStringLiteral("SELECT DISTINCT Marsh FROM tabl ORDER BY Marsh"));
+    return nonBlankTexts(db, distinctValuesQuery(QStringLiteral("tabl"), QStringLiteral("Marsh")));
 }
 
 QStringList cargoes(QSqlDatabase db)
 {
-    return nonBlankTexts(db, QStringLiteral("SELECT DISTINCT Tovar FROM tabl ORDER BY Tovar"));
+    return nonBlankTexts(db, distinctValuesQuery(QStringLiteral("tabl"), QStringLiteral("Tovar")));
 }
 
 QStringList invoiceNumbers(QSqlDatabase db)

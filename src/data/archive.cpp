@@ -4,6 +4,7 @@
 #include "data/databaseconfig.h"
 #include "data/dialect.h"
 #include "data/schema.h"
+#include "data/sqlitefile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -104,6 +105,13 @@ Checked<RowCounts> writeArchive(QSqlDatabase db, const QString &path, const Arch
     if (target.exists() && !target.isFile())
         return refusal(QStringLiteral("%1 не е файл!").arg(shown(target.absoluteFilePath())));
 
+    // The whole file is read first: a damaged page copied into an archive would pass for a good one.
+    if (dialectOf(db) == Dialect::SQLite) {
+        if (auto damage = checkDatabaseIntegrity(db.databaseName())) {
+            damage->title = archiveErrorTitle();
+            return *damage;
+        }
+    }
     removeDeadWorkFiles(target.absolutePath());
     Steps steps(progress, schemaTables().size() + 2);
     RowCounts counts;

@@ -14,8 +14,9 @@ namespace zarek {
 // to the user: 0600, and any folder made for it 0700; the program's own data folder is kept 0700
 // even when it exists) and then moved into place, so another copy never sees it half made. An
 // existing file is checked read-only before anything is written to it, and refused, untouched in
-// its bytes and its mode, when it is empty, read-only, not a database, damaged (quick_check), of
-// another program, or of a newer Zarek. It then runs with WAL and a busy timeout.
+// its bytes and its mode, when it is empty, read-only, not a database, damaged in its header or
+// schema, of another program, or of a newer Zarek. It then runs with WAL and a busy timeout. The
+// whole file is checked after sign-in, in the background (checkDatabaseIntegrity, sqlitefile.h).
 // PostgreSQL: the password comes from the address, or libpq finds it itself (PGPASSWORD,
 // ~/.pgpass, PGPASSFILE). No message shows a password.
 //

@@ -10,9 +10,14 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QMutex>
+#include <QRegularExpression>
 #include <QSet>
 #include <QTime>
+#include <QUrl>
+#include <QSqlDriver>
 #include <QVariant>
+
+#include <postgresql/libpq-fe.h>
 
 namespace zarek {
 
@@ -95,6 +100,108 @@ QVariant forPostgres(const QVariant &value, int type)
         return value;
     }
 }
+
+// The live PostgreSQL connection under Qt's driver, for COPY (which the driver cannot send).
+PGconn *libpqConnection(const QSqlDatabase &db)
+{
+    const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "PGconn*") != 0)
+        return nullptr;
+    return *static_cast<PGconn *const *>(handle.constData());
+}
+
+// Rows sent to PostgreSQL with COPY … FROM STDIN in its text format, in the transaction the
+// connection is in: the values of forPostgres, each written as the engine reads it back, so the
+// engine checks every one as an INSERT would (a value that is not of its column's type stops it).
+class CopyIn {
+public:
+    CopyIn(PGconn *connection, int columns) : m_connection(connection), m_columns(columns) {}
+
+    std::optional<Fault> start(const QString &table, const QStringList &columns)
+    {
+        const QByteArray sql = QStringLiteral("COPY %1 (%2) FROM STDIN").arg(quoted(table), quotedList(columns)).toUtf8();
+        PGresult *result = PQexec(m_connection, sql.constData());
+        const bool ready = PQresultStatus(result) == PGRES_COPY_IN;
+        const QString error = QString::fromUtf8(PQresultErrorMessage(result)).simplified();
+        PQclear(result);
+        if (!ready)
+            return Fault{error};
+        return std::nullopt;
+    }
+
+    std::optional<Fault> add(const QVariant &value)
+    {
+        if (m_column > 0)
+            m_buffer.append('\t');
+        write(value);
+        if (++m_column == m_columns) {
+            m_buffer.append('\n');
+            m_column = 0;
+            if (m_buffer.size() > (1 << 20))
+                return send();
+        }
+        return std::nullopt;
+    }
+
+    std::optional<Fault> finish()
+    {
+        if (auto fault = send())
+            return fault;
+        if (PQputCopyEnd(m_connection, nullptr) != 1)
+            return Fault{QString::fromUtf8(PQerrorMessage(m_connection)).simplified()};
+        std::optional<Fault> fault;
+        while (PGresult *result = PQgetResult(m_connection)) {
+            if (PQresultStatus(result) != PGRES_COMMAND_OK && !fault)
+                fault = Fault{QString::fromUtf8(PQresultErrorMessage(result)).simplified()};
+            PQclear(result);
+        }
+        return fault;
+    }
+
+private:
+    std::optional<Fault> send()
+    {
+        if (!m_buffer.isEmpty() && PQputCopyData(m_connection, m_buffer.constData(), int(m_buffer.size())) != 1)
+            return Fault{QString::fromUtf8(PQerrorMessage(m_connection)).simplified()};
+        m_buffer.clear();
+        return std::nullopt;
+    }
+
+    void writeText(QString text)
+    {
+        static const QRegularExpression special(QStringLiteral("[\\\\\\t\\n\\r]"));
+        if (text.contains(special)) {
+            text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+            text.replace(QLatin1Char('\t'), QLatin1String("\\t"));
+            text.replace(QLatin1Char('\n'), QLatin1String("\\n"));
+            text.replace(QLatin1Char('\r'), QLatin1String("\\r"));
+        }
+        m_buffer.append(text.toUtf8());
+    }
+
+    void write(const QVariant &value)
+    {
+        if (value.isNull()) {
+            m_buffer.append("\\N");
+            return;
+        }
+        switch (value.typeId()) {
+        case QMetaType::Bool: m_buffer.append(value.toBool() ? 't' : 'f'); return;
+        case QMetaType::QDate: m_buffer.append(value.toDate().toString(Qt::ISODate).toLatin1()); return;
+        case QMetaType::QTime: m_buffer.append(value.toTime().toString(Qt::ISODateWithMs).toLatin1()); return;
+        case QMetaType::Double: m_buffer.append(QByteArray::number(value.toDouble(), 'g', 17)); return;
+        case QMetaType::Int:
+        case QMetaType::LongLong: m_buffer.append(QByteArray::number(value.toLongLong())); return;
+        case QMetaType::QByteArray: m_buffer.append("\\\\x" + value.toByteArray().toHex()); return;
+        default: writeText(value.toString());
+        }
+    }
+
+    PGconn *m_connection;
+    int m_columns;
+    int m_column = 0;
+    QByteArray m_buffer;
+};
 
 // The restore on SQLite: the working copy attached and each table refilled from it by the engine
 // itself, all under the write lock in one transaction.
@@ -232,18 +339,38 @@ std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchi
             read.setForwardOnly(true);
             if (!read.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY 1").arg(quotedList(table.columns), quoted(table.key))))
                 return engineFault(read.lastError());
-            BatchInsert insert(db, table.table, table.columns, statements);
-            while (read.next()) {
-                for (int i = 0; i < columns; ++i) {
-                    if (auto fault = insert.add(i == versionColumn ? QVariant(version)
-                                                                   : forPostgres(read.value(i), table.types.at(i))))
-                        return fault;
+            if (PGconn *connection = libpqConnection(db)) {
+                CopyIn copy(connection, columns);
+                if (auto fault = copy.start(table.table, table.columns))
+                    return fault;
+                std::optional<Fault> fault;
+                while (!fault && read.next()) {
+                    for (int i = 0; !fault && i < columns; ++i)
+                        fault = copy.add(i == versionColumn ? QVariant(version)
+                                                            : forPostgres(read.value(i), table.types.at(i)));
                 }
+                // The copy is ended even after a fault, so the connection is free for the rollback.
+                const auto ended = copy.finish();
+                if (fault)
+                    return fault;
+                if (read.lastError().isValid())
+                    return engineFault(read.lastError());
+                if (ended)
+                    return ended;
+            } else {
+                BatchInsert insert(db, table.table, table.columns, statements);
+                while (read.next()) {
+                    for (int i = 0; i < columns; ++i) {
+                        if (auto fault = insert.add(i == versionColumn ? QVariant(version)
+                                                                       : forPostgres(read.value(i), table.types.at(i))))
+                            return fault;
+                    }
+                }
+                if (read.lastError().isValid())
+                    return engineFault(read.lastError());
+                if (auto fault = insert.flush())
+                    return fault;
             }
-            if (read.lastError().isValid())
-                return engineFault(read.lastError());
-            if (auto fault = insert.flush())
-                return fault;
             if (auto fault = execAll(db, indexes))
                 return fault;
 
@@ -389,7 +516,7 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
 
         if (auto fault = createEmptyFile(copy->path()))
             return workRefusal(fault->text);
-        FileConnection working(copy->path());
+        FileConnection working(copy->path(), QStringLiteral("QSQLITE_OPEN_URI"));
         QSqlDatabase out = working.db();
         if (!out.isOpen())
             return workRefusal(engineText(out.lastError()));
@@ -397,7 +524,16 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
         largeCache(out);
         if (auto fault = makeSchemaAt(out, versions))
             return workRefusal(fault->text);
-        std::list<QSqlQuery> statements;
+        // The rows go from table to table inside the engine, in one pass: the archive is attached
+        // read-only, and only its tables' columns are read.
+        {
+            QSqlQuery attach(out);
+            attach.prepare(QStringLiteral("ATTACH DATABASE ? AS %1").arg(archiveSchema));
+            attach.addBindValue(QUrl::fromLocalFile(file.absoluteFilePath()).toString(QUrl::FullyEncoded)
+                                + QStringLiteral("?mode=ro"));
+            if (!attach.exec())
+                return readRefusal(archivePath, attach.lastError());
+        }
         Transaction writing(out);
         if (!writing.isActive())
             return workRefusal(engineText(writing.lastError()));
@@ -415,25 +551,18 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
             // The program's own schema may come with rows of its own (the standard document kinds):
             // the copy holds the archive's rows and no others.
             QSqlQuery empty(out);
-            if (!empty.exec(QStringLiteral("DELETE FROM ") + quoted(object.name)))
+            if (!empty.exec(QStringLiteral("DELETE FROM main.") + quoted(object.name)))
                 return workRefusal(engineText(empty.lastError()));
-            QSqlQuery read(db);
-            read.setForwardOnly(true);
-            if (!read.exec(QStringLiteral("SELECT %1 FROM %2").arg(quotedList(columns), quoted(object.name))))
-                return readRefusal(archivePath, read.lastError());
-            BatchInsert insert(out, object.name, columns, statements);
-            std::optional<Fault> fault;
-            while (!fault && read.next()) {
-                for (int i = 0; !fault && i < columns.size(); ++i)
-                    fault = insert.add(read.value(i));
-            }
-            if (read.lastError().isValid())
-                return readRefusal(archivePath, read.lastError());
-            if (!fault)
-                fault = insert.flush();
-            if (fault)
+            QSqlQuery copyRows(out);
+            if (!copyRows.exec(QStringLiteral("INSERT INTO main.%1 (%2) SELECT %2 FROM %3.%1")
+                                   .arg(quoted(object.name), quotedList(columns), archiveSchema))) {
+                const QString code = copyRows.lastError().nativeErrorCode();
+                if (code == QLatin1String("11") || code == QLatin1String("26"))  // damaged, not a database
+                    return readRefusal(archivePath, copyRows.lastError());
                 return restoreRefusal(QStringLiteral("В архива %1 има недопустими данни: %2: %3")
-                                          .arg(shown(archivePath), tableCaption(object.name), fault->text));
+                                          .arg(shown(archivePath), tableCaption(object.name),
+                                               engineText(copyRows.lastError())));
+            }
         }
         if (!writing.commit())
             return workRefusal(engineText(writing.lastError()));

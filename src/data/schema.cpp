@@ -163,6 +163,14 @@ const std::vector<Migration> &migrations()
             QStringLiteral("CREATE INDEX shof_kod ON shof (kod)"),
             QStringLiteral("CREATE INDEX config_kola ON Config (kola)"),
         }},
+        {7, {  // indexes the screens' main statements want on many courses
+            // the invoicing grid: a client's courses not invoiced yet in a period, by date
+            QStringLiteral("CREATE INDEX tabl_klient_fakt_data ON tabl (Klient, Fakt, data)"),
+            // the pay sheet and the payment screen: a driver's courses not paid yet in a period, by date
+            QStringLiteral("CREATE INDEX tabl_kod_plat_data ON tabl (kod, plat, data)"),
+            // the course editor pages through every course in the order of the drivers' codes
+            QStringLiteral("CREATE INDEX tabl_kod_id ON tabl (kod, id)"),
+        }},
     };
     return list;
 }

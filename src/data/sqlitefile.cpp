@@ -158,6 +158,21 @@ std::optional<UserMessage> createDatabaseFile(const QString &filePath)
     return failure;
 }
 
+std::optional<UserMessage> checkDatabaseIntegrity(const QString &filePath)
+{
+    OwnConnection connection(filePath, QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=10000"));
+    QSqlDatabase db = connection.db();
+    if (!db.isOpen())
+        return readError(filePath, db.lastError());
+    QSqlQuery query(db);
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("PRAGMA quick_check")))
+        return readError(filePath, query.lastError());
+    if (!query.next() || query.value(0).toString() != QLatin1String("ok"))
+        return damagedFile(filePath);
+    return std::nullopt;
+}
+
 std::optional<UserMessage> checkDatabaseFile(const QString &filePath)
 {
     const QFileInfo file(filePath);
@@ -183,18 +198,39 @@ std::optional<UserMessage> checkDatabaseFile(const QString &filePath)
         return readError(filePath, db.lastError());
     QSqlQuery query(db);
     query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("PRAGMA quick_check")))
-        return readError(filePath, query.lastError());
-    if (!query.next() || query.value(0).toString() != QLatin1String("ok"))
+    // The header and the schema, not the whole file: a start takes the same time on any size.
+    // The pages of the rows are checked in the background after sign-in (checkDatabaseIntegrity).
+    qint64 pageSize = 0;
+    qint64 pageCount = 0;
+    for (const auto &[pragma, value] : {std::pair{"PRAGMA page_size", &pageSize}, std::pair{"PRAGMA page_count", &pageCount}}) {
+        if (!query.exec(QString::fromLatin1(pragma)))
+            return readError(filePath, query.lastError());
+        if (!query.next())
+            return damagedFile(filePath);
+        *value = query.value(0).toLongLong();
+        query.finish();
+    }
+    // A file shorter than its header says lost its end; with a write-ahead log beside it the
+    // newest pages may still stand there.
+    if (pageSize <= 0 || (!QFileInfo::exists(filePath + QStringLiteral("-wal")) && pageSize * pageCount > file.size()))
         return damagedFile(filePath);
-    query.finish();
 
-    if (!query.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'")))
+    if (!query.exec(QStringLiteral("SELECT type, name FROM sqlite_master")))
         return readError(filePath, query.lastError());
     QStringList tables;
-    while (query.next())
-        tables.append(query.value(0).toString());
+    while (query.next()) {
+        if (query.value(0).toString() == QLatin1String("table"))
+            tables.append(query.value(1).toString());
+    }
     query.finish();
+    // Each table's first page: a schema pointing at a page that is not its table's is damage.
+    for (const QString &table : std::as_const(tables)) {
+        QString quoted = table;
+        quoted.replace(QLatin1Char('"'), QStringLiteral("\"\""));
+        if (!query.exec(QStringLiteral("SELECT 1 FROM \"%1\" LIMIT 1").arg(quoted)))
+            return readError(filePath, query.lastError());
+        query.finish();
+    }
     if (tables.isEmpty())
         return notZarekFile(filePath);
     if (!tables.contains(QStringLiteral("zarek_schema")))

@@ -19,7 +19,13 @@ std::optional<UserMessage> createDatabaseFile(const QString &filePath);
 
 // Checks an existing file through a read-only connection, so that a file refused is left as it
 // was, in its bytes and its mode: not a file, empty, read-only (or its folder), not a database,
-// damaged (PRAGMA quick_check), of another program (tables but no zarek_schema) or of a newer Zarek.
+// damaged in its header or schema (shorter than its header says, a schema or a table's first page
+// unreadable), of another program (tables but no zarek_schema) or of a newer Zarek. It reads a few
+// pages whatever the file's size; the rows' pages are checkDatabaseIntegrity's.
 std::optional<UserMessage> checkDatabaseFile(const QString &filePath);
+
+// Reads the whole file through a read-only connection of its own (PRAGMA quick_check): the damage
+// the check at opening cannot see. Safe on another thread while the program works on the file.
+std::optional<UserMessage> checkDatabaseIntegrity(const QString &filePath);
 
 }

@@ -241,6 +241,15 @@ void RecordForm::setFieldLocked(const QString &column, bool locked)
 std::optional<UserMessage> RecordForm::readRows()
 {
     WaitCursor wait;
+    if (m_config.pagedRows) {
+        const RecordStore *store = m_store.get();
+        RecordSet::Pager pager;
+        pager.page = [store](int offset, int limit, bool fromEnd) { return store->page(offset, limit, fromEnd); };
+        pager.count = [store] { return store->count(); };
+        pager.positionOf = [store](qint64 id) { return store->positionOf(id); };
+        m_rows->setPagedRows(std::move(pager));
+        return m_rows->takeFetchFailure();
+    }
     if (!m_config.lazyRows) {
         const auto rows = m_store->load();
         if (!rows)

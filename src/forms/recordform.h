@@ -43,6 +43,9 @@ struct RecordFormConfig {
     bool clickStartsEditing = false;                  // a click in a field acts as "Поправи"
     // The rows are read by id at opening and their values a page at a time (large tables).
     bool lazyRows = false;
+    // Nothing is read at opening but the rows shown, a page at a time by their place in the
+    // order (tables too large to read even their ids); a row written takes its place in the order.
+    bool pagedRows = false;
 
     // Before a delete: two questions ("Наистна ли…", then "Ще загубите…"), or the one Yes/No
     // question given here, or none at all.

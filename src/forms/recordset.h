@@ -4,6 +4,7 @@
 
 #include <QAbstractTableModel>
 #include <functional>
+#include <map>
 
 namespace zarek {
 
@@ -22,25 +23,34 @@ public:
     // Rows given by id and version alone: their values are read through the fetcher when a row
     // becomes current or is shown, together with the rows around it.
     void setLazyRows(QList<RecordRow> keys, Fetcher fetcher);
+    // How rows are read a page at a time by their place in the order, for a table too large to
+    // read even its ids at opening: nothing is read before a row is shown, and the count only when
+    // it is needed (the last row, a grid).
+    struct Pager {
+        // Rows [offset, offset + limit) of the order; fromEnd: counted from the last row back,
+        // the last row first.
+        std::function<Checked<QList<RecordRow>>(int offset, int limit, bool fromEnd)> page;
+        std::function<Checked<int>()> count;
+        // The place of the row of that id in the order, -1 when it is not among the rows.
+        std::function<Checked<int>(qint64 id)> positionOf;
+    };
+    // Rows read through the pager as they are shown; a row written is placed where the order puts it.
+    void setPagedRows(Pager pager);
     // Why the last page could not be read, once; none when it could.
     std::optional<UserMessage> takeFetchFailure();
     static constexpr int pageSize = 200;
 
     const QStringList &columns() const { return m_columns; }
-    int count() const { return static_cast<int>(m_rows.size()); }
-    bool isEmpty() const { return m_rows.isEmpty(); }
-    const RecordRow &at(int index) const
-    {
-        ensureLoaded(index);
-        return m_rows.at(index);
-    }
+    int count() const;
+    bool isEmpty() const;
+    const RecordRow &at(int index) const;
 
     // The current row's index, -1 when there is none.
     int position() const { return m_position; }
     bool hasCurrent() const { return m_position >= 0; }
     const RecordRow &current() const { return at(m_position); }
     bool atFirst() const { return m_position == 0; }
-    bool atLast() const { return hasCurrent() && m_position == count() - 1; }
+    bool atLast() const { return hasCurrent() && !exists(m_position + 1); }
 
     // Makes the row current, kept within the rows; nothing happens on an empty set.
     void moveTo(int index);
@@ -71,12 +81,24 @@ private:
     void setPosition(int position);
     // Reads the values of the page around the row if it has none yet.
     void ensureLoaded(int index) const;
+    // Paged rows: reads the page holding the row unless it is held.
+    void ensurePaged(int index) const;
+    // Whether a row stands at that place (paged rows: read to know).
+    bool exists(int index) const;
+    // Paged rows: the count, read once.
+    int pagedCount() const;
+    void resetPaged();
 
     QStringList m_columns;
     mutable QList<RecordRow> m_rows;  // lazily read rows get their values on first use
     Fetcher m_fetcher;
     mutable std::optional<UserMessage> m_fetchFailure;
     int m_position = -1;
+    // Paged rows: the rows read so far by their place, and the count once known.
+    std::optional<Pager> m_pager;
+    mutable std::map<int, RecordRow> m_paged;
+    mutable std::optional<int> m_pagedCount;
+    static const RecordRow s_noRow;
 };
 
 }

@@ -5,6 +5,8 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 
+#include <algorithm>
+
 namespace zarek {
 
 RecordStore::RecordStore(QSqlDatabase db, QString table, QStringList columns, QString orderBy, QString where,
@@ -27,14 +29,35 @@ QString RecordStore::valueName(const QString &column)
     return column;
 }
 
+namespace {
+
+// The order turned round, term by term.
+QString reversedOrder(const QString &orderBy)
+{
+    QStringList terms;
+    for (const QString &term : orderBy.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+        QString t = term.trimmed();
+        if (t.endsWith(QLatin1String(" DESC"), Qt::CaseInsensitive))
+            t.chop(5);
+        else
+            t += QStringLiteral(" DESC");
+        terms.append(t);
+    }
+    return terms.join(QStringLiteral(", "));
+}
+
+}
+
 Checked<QList<RecordRow>> RecordStore::read(const QString &columns, const QString &where, const QVariantList &values,
-                                            bool withValues, const QString &errorTitle) const
+                                            bool withValues, const QString &errorTitle, const QString &tail,
+                                            bool reversed) const
 {
     QString sql = QStringLiteral("SELECT id, row_version%1 FROM %2").arg(columns, m_table);
     if (!where.isEmpty())
         sql += QStringLiteral(" WHERE ") + where;
-    sql += QStringLiteral(" ORDER BY ") + (m_orderBy.isEmpty() ? QString() : m_orderBy + QStringLiteral(", ")) +
-           QStringLiteral("id");
+    const QString order = reversed ? reversedOrder(m_orderBy) : m_orderBy;
+    sql += QStringLiteral(" ORDER BY ") + (order.isEmpty() ? QString() : order + QStringLiteral(", ")) +
+           (reversed ? QStringLiteral("id DESC") : QStringLiteral("id")) + tail;
     QSqlQuery query(m_db);
     query.setForwardOnly(true);
     query.prepare(sql);
@@ -65,6 +88,100 @@ Checked<QList<RecordRow>> RecordStore::load(const QString &errorTitle) const
 Checked<QList<RecordRow>> RecordStore::loadKeys(const QString &errorTitle) const
 {
     return read(QString(), m_where, m_whereValues, false, errorTitle);
+}
+
+QString RecordStore::whereWith(const QString &condition) const
+{
+    if (m_where.isEmpty())
+        return condition;
+    if (condition.isEmpty())
+        return m_where;
+    return QStringLiteral("(%1) AND %2").arg(m_where, condition);
+}
+
+Checked<QList<RecordRow>> RecordStore::page(int offset, int limit, bool fromEnd, const QString &errorTitle) const
+{
+    return read(QStringLiteral(", ") + m_columns.join(QStringLiteral(", ")), m_where, m_whereValues, true, errorTitle,
+                QStringLiteral(" LIMIT %1 OFFSET %2").arg(std::max(0, limit)).arg(std::max(0, offset)), fromEnd);
+}
+
+Checked<int> RecordStore::countWhere(const QString &condition, const QVariantList &values,
+                                     const QString &errorTitle) const
+{
+    const QString where = whereWith(condition);
+    QSqlQuery query(m_db);
+    query.setForwardOnly(true);
+    query.prepare(QStringLiteral("SELECT COUNT(*) FROM %1").arg(m_table)
+                  + (where.isEmpty() ? QString() : QStringLiteral(" WHERE ") + where));
+    for (const QVariant &value : m_whereValues)
+        query.addBindValue(value);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    if (!query.exec() || !query.next())
+        return sqlErrorMessage(errorTitle, query.lastError());
+    return query.value(0).toInt();
+}
+
+Checked<int> RecordStore::count(const QString &errorTitle) const
+{
+    return countWhere(QString(), {}, errorTitle);
+}
+
+Checked<int> RecordStore::positionOf(qint64 id, const QString &errorTitle) const
+{
+    const QString column = m_orderBy.trimmed();
+    const bool simpleOrder = !column.contains(QLatin1Char(',')) && !column.contains(QLatin1Char(' '));
+    if (!simpleOrder) {
+        // An order of several terms: the ids in order, and the place found among them.
+        const auto keys = loadKeys(errorTitle);
+        if (!keys)
+            return keys.message();
+        for (int i = 0; i < keys.value().size(); ++i) {
+            if (keys.value().at(i).id == id)
+                return i;
+        }
+        return -1;
+    }
+    QVariant key;
+    {
+        QSqlQuery query(m_db);
+        query.setForwardOnly(true);
+        const QString where = whereWith(QStringLiteral("id = ?"));
+        query.prepare(QStringLiteral("SELECT %1 FROM %2 WHERE %3")
+                          .arg(column.isEmpty() ? QStringLiteral("id") : column, m_table, where));
+        for (const QVariant &value : m_whereValues)
+            query.addBindValue(value);
+        query.addBindValue(id);
+        if (!query.exec())
+            return sqlErrorMessage(errorTitle, query.lastError());
+        if (!query.next())
+            return -1;
+        key = query.value(0);
+    }
+    if (column.isEmpty())
+        return countWhere(QStringLiteral("id < ?"), {id}, errorTitle);
+    // The rows before it: a smaller key, or its key and a smaller id; NULL keys stand first on
+    // SQLite and last on PostgreSQL. Each part is a range of an index.
+    const bool nullsFirst = m_db.driverName() == QLatin1String("QSQLITE");
+    QList<QPair<QString, QVariantList>> parts;
+    if (key.isNull()) {
+        parts.append({column + QStringLiteral(" IS NULL AND id < ?"), {id}});
+        if (!nullsFirst)
+            parts.append({column + QStringLiteral(" IS NOT NULL"), {}});
+    } else {
+        parts.append({column + QStringLiteral(" < ?"), {key}});
+        parts.append({column + QStringLiteral(" = ? AND id < ?"), {key, id}});
+        if (nullsFirst)
+            parts.append({column + QStringLiteral(" IS NULL"), {}});
+    }
+    int before = 0;
+    for (const auto &[condition, values] : parts) {
+        const Checked<int> counted = countWhere(condition, values, errorTitle);
+        if (!counted)
+            return counted.message();
+        before += counted.value();
+    }
+    return before;
 }
 
 Checked<QList<RecordRow>> RecordStore::fetch(const QList<qint64> &ids, const QString &errorTitle) const

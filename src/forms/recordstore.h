@@ -34,6 +34,16 @@ public:
     // Only the ids and versions of those rows, in the same order: a large table opens at once and
     // its values are read a page at a time with fetch().
     Checked<QList<RecordRow>> loadKeys(const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
+    // The rows at [offset, offset + limit) of that order with their values; fromEnd: counted from
+    // the last row back, the last first (both engines put NULLs at the opposite end when the
+    // order is turned round, so the turned order is exactly the order read backwards).
+    Checked<QList<RecordRow>> page(int offset, int limit, bool fromEnd,
+                                   const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
+    // How many rows there are.
+    Checked<int> count(const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
+    // The place of the row of that id in the order (-1 when it is not among the rows), counted
+    // through the indexes without reading the rows before it.
+    Checked<int> positionOf(qint64 id, const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
     // The rows of these ids with their values, in no particular order; a row deleted meanwhile is missing.
     Checked<QList<RecordRow>> fetch(const QList<qint64> &ids,
                                     const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
@@ -56,7 +66,11 @@ public:
 
 private:
     Checked<QList<RecordRow>> read(const QString &columns, const QString &where, const QVariantList &values,
-                                   bool withValues, const QString &errorTitle) const;
+                                   bool withValues, const QString &errorTitle, const QString &tail = {},
+                                   bool reversed = false) const;
+    // The table's WHERE joined with a further condition, and the values of both.
+    QString whereWith(const QString &condition) const;
+    Checked<int> countWhere(const QString &condition, const QVariantList &values, const QString &errorTitle) const;
 
     QSqlDatabase m_db;
     QString m_table;

@@ -2,13 +2,18 @@
 #include "app/databasepassword.h"
 #include "app/demodata.h"
 #include "app/firststart.h"
+#include "app/integritycheck.h"
 #include "data/database.h"
 #include "data/schema.h"
+#include "forms/messageservice.h"
 #include "testdatabase.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QSqlQuery>
+#include <QTemporaryDir>
 
 #include <cstdio>
 #include <memory>
@@ -104,6 +109,56 @@ class StartupTest : public QObject {
     Q_OBJECT
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
+
+    // After sign-in the whole file is read in the background: a damaged page of rows (which the
+    // check before sign-in lets through) is told once; a whole file says nothing.
+    void theWholeFileIsCheckedAfterSignIn_data()
+    {
+        QTest::addColumn<bool>("damaged");
+        QTest::newRow("whole file") << false;
+        QTest::newRow("a page of rows damaged") << true;
+    }
+    void theWholeFileIsCheckedAfterSignIn()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("files are SQLite's");
+        QFETCH(bool, damaged);
+        QTemporaryDir dir;
+        DatabaseConfig config;
+        config.sqlitePath = dir.filePath(QStringLiteral("firm.db"));
+        {
+            const auto db = connectDatabase(config, QStringLiteral("rows"));
+            QVERIFY(db);
+            QStringList rows{QStringLiteral("BEGIN")};
+            for (int i = 0; i < 3000; ++i)
+                rows << QStringLiteral("INSERT INTO tabl (data, kola, Klient, km, ton) VALUES "
+                                       "('2006-03-05', 'СА 1234 ВК', 'Клиент %1', 25, 10)").arg(i);
+            rows << QStringLiteral("COMMIT");
+            QVERIFY(test::execAll(db.value(), rows));
+        }
+        closeDatabase(QStringLiteral("rows"));
+        if (damaged) {
+            QFile file(config.sqlitePath);
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            file.seek(file.size() - 8 * 4096);
+            QCOMPARE(file.write(QByteArray(6 * 4096, char(0xA5))), qint64(6 * 4096));
+        }
+        const auto db = connectDatabase(config, QStringLiteral("signed in"));
+        QVERIFY(db);  // the start goes on
+        RecordingMessageService messages;
+        {
+            BackgroundIntegrityCheck check(config.sqlitePath);
+            QSignalSpy done(&check, &BackgroundIntegrityCheck::finished);
+            check.start();
+            QVERIFY(done.wait(30000));
+            QCOMPARE(done.first().first().toBool(), !damaged);
+        }
+        closeDatabase(QStringLiteral("signed in"));
+        QCOMPARE(messages.shown.size(), damaged ? 1 : 0);
+        if (damaged)
+            QVERIFY(messages.shown.first().text.contains(QStringLiteral("е повредена")));
+    }
 
     // Two copies on one new SQLite file: one stopped on "database is locked" with raw SQL, and 8 copies
     // choosing the demo made 8 firms and 8 administrators; on PostgreSQL two copies made the demo twice.

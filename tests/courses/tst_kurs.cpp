@@ -270,6 +270,58 @@ private slots:
         }
     }
 
+    // Many courses: the editor reads a page of them, not every course, yet shows the same places.
+    // A saved course stands where the drivers' order puts it, with the courses another workstation
+    // saved meanwhile counted; End goes to the last course of all, Home to the first.
+    void manyCoursesShowTheirPlacesInTheDriversOrder()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        prepare(scratch);
+        QSqlDatabase db = scratch.db();
+        QVERIFY(db.transaction());
+        QSqlQuery insert(db);
+        insert.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
+                                      "procent, neto, Fakt, NomFakt, plat, Doc) VALUES "
+                                      "(?, ?, 'СА 1234 ВК', 'Клиент', 'София - Перник', 'Пясък', 25, 10, 0.125, 31.25, "
+                                      "0.94, 30.31, ?, '0000000000', ?, ?)"));
+        const int courses = 3 * RecordSet::pageSize + 50;
+        for (int i = 0; i < courses; ++i) {
+            insert.addBindValue(QDate(2026, 1, 1).addDays(i % 60));
+            insert.addBindValue(i % 2 ? QStringLiteral("012") : QStringLiteral("001"));
+            insert.addBindValue(false);
+            insert.addBindValue(false);
+            insert.addBindValue(false);
+            QVERIFY2(insert.exec(), qPrintable(insert.lastError().text()));
+        }
+        QVERIFY(db.commit());
+        RecordingMessageService messages;
+        Kurs screen(db);
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        RecordForm *form = screen.recordForm();
+        // Another workstation's course of the same driver, after the editor opened.
+        addCourse(db, QStringLiteral("РК 5678 ВС"), QStringLiteral("04.03.2026"));
+        fillNewCourse(screen);
+        QVERIFY(form->update());
+        const int before = scalar(db, "SELECT COUNT(*) FROM tabl WHERE kod < '007'").toInt()
+                           + scalar(db, QStringLiteral("SELECT COUNT(*) FROM tabl WHERE kod = '007' AND id < %1")
+                                            .arg(form->currentRow()->id)).toInt();
+        QCOMPARE(before, courses / 2 + 1);  // the '001' courses and the other workstation's
+        QCOMPARE(form->statusLabel()->text(), QStringLiteral("Курс № %1").arg(before + 1));
+        QCOMPARE(field(screen, 100)->text(), QStringLiteral("Иван Петров Иванов"));
+        press(Qt::Key_End);
+        QCOMPARE(form->statusLabel()->text(), QStringLiteral("Курс № %1").arg(courses + 2));
+        QCOMPARE(field(screen, 100)->text(), QStringLiteral("Георги Д'Амато"));
+        press(Qt::Key_Down);  // past the last course: a beep, and it stays
+        QCOMPARE(messages.beeps, 1);
+        QCOMPARE(form->statusLabel()->text(), QStringLiteral("Курс № %1").arg(courses + 2));
+        press(Qt::Key_Home);
+        QCOMPARE(form->statusLabel()->text(), QStringLiteral("Курс № 1"));
+        QCOMPARE(form->currentRow()->values.value(QStringLiteral("kod")).toString(), QStringLiteral("001"));
+        QCOMPARE(form->rowCount(), courses + 2);
+        QVERIFY(messages.shown.isEmpty());
+    }
+
     // Correcting a course: the combos take the row's values, the driver stays, the save prices
     // the course again and appends a further expense row of 0.
     void aCorrectionIsPricedAgainAndAddsAnExpenseRow()

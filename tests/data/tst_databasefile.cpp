@@ -1,10 +1,13 @@
+#include "data/archive.h"
 #include "data/database.h"
+#include "data/sqlitefile.h"
 #include "data/schema.h"
 #include "data/transaction.h"
 #include "testdatabase.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSqlQuery>
 #include <QStandardPaths>
 #include <QTemporaryDir>
@@ -59,6 +62,26 @@ bool damagePages(const QString &path, int firstPage, int pages)
     return file.write(QByteArray(pages * 4096, char(0xA5))) == pages * 4096;
 }
 
+// The schema page of a closed database file overwritten past the file's header.
+bool damageSchema(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite) || file.size() < 4096)
+        return false;
+    file.seek(100);
+    return file.write(QByteArray(4096 - 100, char(0xA5))) == 4096 - 100;
+}
+
+QStringList courseRows(int count)
+{
+    QStringList rows{"BEGIN"};
+    for (int i = 0; i < count; ++i)
+        rows << QStringLiteral("INSERT INTO tabl (data, kola, Klient, Marsh, km, ton) VALUES "
+                               "('2006-03-05', 'СА 1234 ВК', 'Клиент %1', 'София - Перник', 25, 10)").arg(i);
+    rows << "COMMIT";
+    return rows;
+}
+
 }
 
 class DatabaseFileTest : public QObject {
@@ -75,7 +98,8 @@ private slots:
         QTest::newRow("zero bytes") << "empty" << "е празен";
         QTest::newRow("read-only file") << "read-only" << "е само за четене";
         QTest::newRow("newer schema") << "newer" << "по-нова версия на Зарек (схема 999";
-        QTest::newRow("damaged file") << "damaged" << "е повредена";
+        QTest::newRow("damaged schema") << "damaged" << "е повредена";
+        QTest::newRow("file cut short") << "short" << "е повредена";
         QTest::newRow("a program, not a database") << "program" << "не е база данни на Зарек";
         QTest::newRow("a database with no tables") << "bare" << "не е база данни на Зарек";
     }
@@ -100,13 +124,12 @@ private slots:
         } else if (kind == "newer") {
             QVERIFY(makeZarekFile(path, {"INSERT INTO zarek_schema (version) VALUES (999)"}));
         } else if (kind == "damaged") {
-            QStringList rows{"BEGIN"};
-            for (int i = 0; i < 3000; ++i)
-                rows << QStringLiteral("INSERT INTO tabl (data, kola, Klient, Marsh, km, ton) VALUES "
-                                       "('2006-03-05', 'СА 1234 ВК', 'Клиент %1', 'София - Перник', 25, 10)").arg(i);
-            rows << "COMMIT";
-            QVERIFY(makeZarekFile(path, rows));
-            QVERIFY(damagePages(path, 10, 30));
+            QVERIFY(makeZarekFile(path, courseRows(3000)));
+            QVERIFY(damageSchema(path));
+        } else if (kind == "short") {
+            QVERIFY(makeZarekFile(path, courseRows(3000)));
+            QFile file(path);
+            QVERIFY(file.resize(file.size() / 2));
         } else if (kind == "program") {
             QFile file(path);
             QVERIFY(file.open(QIODevice::WriteOnly));
@@ -125,11 +148,40 @@ private slots:
             QVERIFY2(db.message().text.section(QLatin1Char('\n'), 0, 0).contains(fault), qPrintable(db.message().text));
             QCOMPARE(db.message().title, QStringLiteral("ГРЕШКА при отваряне на базата данни!"));
             QCOMPARE(db.message().text.count(QLatin1Char('\n')), 1);
-            if (kind == "damaged")
+            if (kind == "damaged" || kind == "short")
                 QVERIFY(db.message().text.contains(QStringLiteral("Зареждане")));
         }
         closeDatabase(QStringLiteral("odd"));
         QVERIFY(stateOf(path) == before);
+    }
+
+    // The start reads the header and the schema, not every page: a page of rows damaged is let
+    // through there and found by the whole-file check that runs after sign-in and before an archive.
+    void damageAmongTheRowsIsFoundByTheWholeCheck()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        if (engine != QLatin1String("sqlite"))
+            QSKIP("files are SQLite's");
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("firm.db"));
+        QVERIFY(makeZarekFile(path, courseRows(3000)));
+        QVERIFY(!checkDatabaseIntegrity(path));
+        const int pages = int(QFileInfo(path).size() / 4096);
+        QVERIFY(damagePages(path, pages - 8, 6));  // rows written last, far from any table's first page
+        QVERIFY(!checkDatabaseFile(path));
+        const auto damage = checkDatabaseIntegrity(path);
+        QVERIFY(damage);
+        QVERIFY2(damage->text.contains(QStringLiteral("е повредена")), qPrintable(damage->text));
+        {
+            const auto db = connectDatabase(sqliteAt(path), QStringLiteral("rows"));
+            QVERIFY2(db, qPrintable(db ? QString() : db.message().text));
+            const auto refused = writeArchive(db.value(), dir.filePath(QStringLiteral("copy.abd")));
+            QVERIFY(!refused);
+            QCOMPARE(refused.message().title, archiveErrorTitle());
+            QVERIFY(refused.message().text.contains(QStringLiteral("е повредена")));
+            QVERIFY(!QFileInfo::exists(dir.filePath(QStringLiteral("copy.abd"))));
+        }
+        closeDatabase(QStringLiteral("rows"));
     }
 
     void aNewFileIsPrivateInFoldersMadePrivate()

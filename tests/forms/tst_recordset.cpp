@@ -67,6 +67,51 @@ private slots:
         QVERIFY(!rows.takeFetchFailure());
     }
 
+    // Paged rows read nothing but the page shown on opening, and count only when the last row is
+    // wanted; moving past the first page reads one page more.
+    void pagedRowsReadOnlyWhatIsShown()
+    {
+        RecordSet rows({QStringLiteral("kod")});
+        QList<std::pair<int, bool>> pages;
+        int counts = 0;
+        RecordSet::Pager pager;
+        constexpr int total = 10 * RecordSet::pageSize;
+        pager.page = [&pages, total](int offset, int limit, bool fromEnd) -> Checked<QList<RecordRow>> {
+            pages.append({offset, fromEnd});
+            QList<RecordRow> read;
+            for (int i = offset; i < std::min(total, offset + limit); ++i) {
+                const int id = fromEnd ? total - i : i + 1;
+                read.append({id, 1, {{QStringLiteral("kod"), QString::number(id)}}});
+            }
+            return read;
+        };
+        pager.count = [&counts]() -> Checked<int> {
+            ++counts;
+            return total;
+        };
+        pager.positionOf = [](qint64 id) -> Checked<int> { return int(id) - 1; };
+        rows.setPagedRows(pager);
+        QCOMPARE(pages.size(), 1);
+        QCOMPARE(counts, 0);
+        QCOMPARE(rows.current().id, 1);
+        QVERIFY(!rows.atLast());
+        rows.moveTo(RecordSet::pageSize / 2);
+        QCOMPARE(pages.size(), 1);  // read with the first page
+        rows.moveTo(RecordSet::pageSize + 10);
+        QCOMPARE(pages.size(), 2);
+        QCOMPARE(counts, 0);
+        rows.moveLast();
+        QCOMPARE(counts, 1);
+        QCOMPARE(rows.current().id, total);
+        QVERIFY(pages.last().second);  // the last rows are read from the end
+        QCOMPARE(pages.last().first, 0);
+        QVERIFY(rows.atLast());
+        QVERIFY(rows.moveToBookmark(total / 2));
+        QCOMPARE(rows.position(), total / 2 - 1);
+        QCOMPARE(rows.current().values.value(QStringLiteral("kod")).toString(), QString::number(total / 2));
+        QCOMPARE(counts, 1);
+    }
+
     void aFailedPageReadIsToldOnce()
     {
         RecordSet rows({QStringLiteral("kod")});

@@ -1,5 +1,6 @@
 #include "courses/coursestore.h"
 #include "data/schema.h"
+#include "forms/recordset.h"
 #include "forms/recordstore.h"
 #include "testdatabase.h"
 
@@ -167,6 +168,78 @@ private slots:
         QVERIFY(!rows);
         QCOMPARE(rows.message().title, QStringLiteral("ГРЕШКА при четене!"));
         QVERIFY(rows.message().text.contains(QLatin1Char(':')));
+    }
+    // A table too large to read its ids at opening is walked a page at a time: every move and
+    // every place counted agrees with the whole order read at once, NULL codes included (first on
+    // SQLite, last on PostgreSQL), from either end; a row written takes its place in the order.
+    void pagedRowsFollowTheWholeOrder()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        const RecordStore store = drivers(db);
+        QVERIFY(db.transaction());
+        QSqlQuery insert(db);
+        insert.prepare(QStringLiteral("INSERT INTO shof (kod, ime) VALUES (?, ?)"));
+        for (int i = 0; i < 3 * RecordSet::pageSize + 17; ++i) {
+            insert.addBindValue(i % 13 == 0 ? QVariant(QMetaType(QMetaType::QString)) : QVariant(QStringLiteral("%1").arg(i % 7, 3, 10, QLatin1Char('0'))));
+            insert.addBindValue(QStringLiteral("Шофьор %1").arg(i));
+            QVERIFY(insert.exec());
+        }
+        QVERIFY(db.commit());
+        const auto whole = store.load();
+        QVERIFY(whole);
+        QList<qint64> expected;
+        for (const RecordRow &row : whole.value())
+            expected.append(row.id);
+
+        RecordSet rows(store.columns());
+        RecordSet::Pager pager;
+        pager.page = [&store](int offset, int limit, bool fromEnd) { return store.page(offset, limit, fromEnd); };
+        pager.count = [&store] { return store.count(); };
+        pager.positionOf = [&store](qint64 id) { return store.positionOf(id); };
+        rows.setPagedRows(pager);
+        QList<qint64> walked;
+        for (;;) {
+            walked.append(rows.current().id);
+            if (rows.atLast())
+                break;
+            rows.moveTo(rows.position() + 1);
+        }
+        QCOMPARE(walked, expected);
+
+        rows.setPagedRows(pager);
+        rows.moveLast();
+        QCOMPARE(rows.position(), expected.size() - 1);
+        QList<qint64> backwards;
+        for (int i = expected.size() - 1; i >= 0; --i)
+            backwards.prepend(rows.at(i).id);  // read from the end first
+        QCOMPARE(backwards, expected);
+
+        for (int place : {0, 1, 12, 13, 250, int(expected.size()) - 1}) {
+            rows.setPagedRows(pager);
+            QVERIFY(rows.moveToBookmark(expected.at(place)));
+            QCOMPARE(rows.position(), place);
+            QCOMPARE(rows.current().id, expected.at(place));
+        }
+        QVERIFY(!rows.moveToBookmark(987654));
+
+        RecordRow added = driver(QStringLiteral("003"), QStringLiteral("Нов"));
+        QVERIFY(!store.insert(added, saveTitle));
+        rows.append(added);
+        const auto after = store.load();
+        int place = -1;
+        for (int i = 0; i < after.value().size(); ++i)
+            place = after.value().at(i).id == added.id ? i : place;
+        QCOMPARE(rows.position(), place);
+        QCOMPARE(rows.count(), expected.size() + 1);
+        QCOMPARE(rows.at(place + 1).id, after.value().at(place + 1).id);
+
+        QVERIFY(!store.remove(rows.current(), saveTitle));
+        rows.removeCurrent();
+        QCOMPARE(rows.position(), place);
+        QCOMPARE(rows.current().id, after.value().at(place + 1).id);
+        QCOMPARE(rows.count(), expected.size());
+        QVERIFY(!rows.takeFetchFailure());
     }
 };
 
