@@ -1,6 +1,7 @@
 #include "reportpreview.h"
 
 #include "core/windowtitle.h"
+#include "forms/exportservice.h"
 #include "forms/messageservice.h"
 #include "forms/waitcursor.h"
 #include "reports/reportlayout.h"
@@ -292,28 +293,16 @@ void ReportPreview::exportPdf()
 
 void ReportPreview::exportTable()
 {
-    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    if (!QDir(folder).exists())
-        folder = QDir::homePath();
     QString name = suggestedPdfName();
     name.chop(4);  // ".pdf"
-    const QString fileName = QFileDialog::getSaveFileName(
-        this, QStringLiteral("Запис на редовете"), folder + QLatin1Char('/') + name + QStringLiteral(".xlsx"),
-        QStringLiteral("Книга на Excel (*.xlsx);;Текст, разделен с точка и запетая (*.csv)"));
-    if (!fileName.isEmpty())
-        exportTableTo(fileName);
+    if (m_report.table)
+        exportservice::chooseAndWrite(this, QStringLiteral("Запис на редовете"), name,
+                                      [this]() -> Checked<ExportTable> { return *m_report.table; });
 }
 
 bool ReportPreview::exportTableTo(const QString &fileName)
 {
-    if (!m_report.table)
-        return false;
-    WaitCursor wait;
-    if (const auto error = writeTable(*m_report.table, fileName)) {
-        MessageService::instance().inform(*error);
-        return false;
-    }
-    return true;
+    return m_report.table && exportservice::write(*m_report.table, fileName);
 }
 
 bool ReportPreview::exportPdfTo(const QString &fileName)
