@@ -51,8 +51,9 @@ PassWord::PassWord(QSqlDatabase db, QWidget *parent) : QDialog(parent)
             edit->setPlaceholderText(QStringLiteral("нова парола; празно - без промяна"));
         }
         form->addRow(QString::fromUtf8(labels[i]), edit);
-        m_form->bind(edit, QString::fromLatin1(columns[i]));
+        edit->setProperty(RecordForm::columnProperty, QString::fromLatin1(columns[i]));
     }
+    m_form->bindColumns(frame);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(frame);
     layout->addWidget(m_form);

@@ -3,8 +3,8 @@
 #include "core/dates.h"
 #include "core/formats.h"
 #include "forms/dateentry.h"
+#include "forms/exportservice.h"
 #include "forms/messageservice.h"
-#include "forms/waitcursor.h"
 
 #include <cmath>
 
@@ -15,7 +15,6 @@
 #include <QChartView>
 #include <QComboBox>
 #include <QCompleter>
-#include <QFileDialog>
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -23,7 +22,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSplitter>
-#include <QStandardPaths>
 #include <QTableView>
 #include <QTimer>
 #include <QValueAxis>
@@ -326,17 +324,7 @@ Checked<ExportTable> CourseJournal::exportTable() const
 
 bool CourseJournal::exportTo(const QString &fileName)
 {
-    WaitCursor wait;
-    const Checked<ExportTable> table = exportTable();
-    if (!table) {
-        MessageService::instance().inform(table.message());
-        return false;
-    }
-    if (const auto error = writeTable(table.value(), fileName)) {
-        MessageService::instance().inform(*error);
-        return false;
-    }
-    return true;
+    return exportservice::write([this] { return exportTable(); }, fileName);
 }
 
 void CourseJournal::chooseExportFile()
@@ -345,14 +333,7 @@ void CourseJournal::chooseExportFile()
     QString subject = QStringLiteral("Журнал на курсовете");
     if (filter.from.isValid() && filter.to.isValid())
         subject += QStringLiteral(" %1-%2").arg(formatDate(filter.from), formatDate(filter.to));
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    QString selected;
-    const QString fileName = QFileDialog::getSaveFileName(
-        this, QStringLiteral("Запис на списъка"), folder + QLatin1Char('/') + exportFileName(subject) + QStringLiteral(".xlsx"),
-        QStringLiteral("Книга на Excel (*.xlsx);;Текст, разделен с точка и запетая (*.csv)"), &selected);
-    if (fileName.isEmpty())
-        return;
-    exportTo(fileName);
+    exportservice::chooseAndWrite(this, QStringLiteral("Запис на списъка"), subject, [this] { return exportTable(); });
 }
 
 void CourseJournal::openCurrent()

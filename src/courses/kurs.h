@@ -11,14 +11,16 @@
 #include <QSqlDatabase>
 #include <memory>
 
-class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
 
+namespace Ui {
+class Kurs;
+}
+
 namespace zarek {
 
-class DateEntry;
 class RecordForm;
 
 // The course editor: new courses one after another (NewKurs), or the courses of one truck in a
@@ -33,6 +35,7 @@ public:
 
     // EditKurs on the one course of that id, opened for correction (the course journal's Enter).
     static std::unique_ptr<Kurs> forCourse(QSqlDatabase db, qint64 id, QWidget *parent = nullptr);
+    ~Kurs() override;
 
     CourseMode mode() const { return m_mode; }
     RecordForm *recordForm() const { return m_form; }
@@ -44,10 +47,7 @@ private:
     Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent);
 
     void buildScreen();
-    QLineEdit *makeField(int index, const QString &column, int maxLength);
-    QComboBox *makeCombo(const QString &name, QLineEdit *covered);
     void loadLists();
-    void fillCombo(QComboBox *combo, const QStringList &items);
     void setTabOrder();
     void open();
 
@@ -68,11 +68,11 @@ private:
     void showDerived();
     QStringList typedOutside() const;
 
-    CourseEntry entryOnScreen() const;
-    std::optional<UserMessage> check();
-    Checked<RecordRow> write();
+    CourseEntry entryOf(const QVariantMap &typed) const;
+    std::optional<UserMessage> check(QVariantMap &entry);
+    Checked<RecordRow> write(const RecordRow &row);
     std::optional<UserMessage> remove(const RecordRow &row);
-    void learnValues();
+    void learnValues(const RecordRow &row);
 
     CourseMode m_mode;
     QSqlDatabase m_db;
@@ -87,18 +87,11 @@ private:
     CourseCheckResult m_checked;  // the checked course between the checks and the write of a save
     QStringList m_outsideAtStart;  // the unbound boxes as a course's entry or correction began
 
+    std::unique_ptr<Ui::Kurs> m_ui;
     RecordForm *m_form = nullptr;
-    QHash<int, QLineEdit *> m_fields;  // txtFields by index
-    QComboBox *m_driverCombo = nullptr;
-    QList<QComboBox *> m_valueCombos;  // Combo1 to Combo4, each with the box it covers
-    QList<QLineEdit *> m_coveredFields;
-    DateEntry *m_date = nullptr;
-    QLineEdit *m_tarifa = nullptr;
-    QLineEdit *m_razhod = nullptr;
-    QCheckBox *m_invoiced = nullptr;
-    QCheckBox *m_paid = nullptr;
-    QLabel *m_sums[3] = {nullptr, nullptr, nullptr};
-    QLabel *m_units[4] = {nullptr, nullptr, nullptr, nullptr};  // after the three sums and the expense
+    QList<QComboBox *> m_valueCombos;  // the lists of earlier values: truck, route, client, cargo
+    QList<QLabel *> m_sums;   // gross, percent, net
+    QList<QLabel *> m_units;  // after the three sums and the expense
 };
 
 }

@@ -85,7 +85,7 @@ DocumentKinds::DocumentKinds(QSqlDatabase db, QWidget *parent) : QDialog(parent)
         edit->setObjectName(QStringLiteral("txtFields_%1").arg(index++));
         if (f.width > 0)
             edit->setMaximumWidth(f.width);
-        m_form->bind(edit, QString::fromLatin1(f.column));
+        edit->setProperty(RecordForm::columnProperty, QString::fromLatin1(f.column));
         if (QLatin1String(f.column) != QLatin1String("Za")) {
             form->addRow(QString::fromUtf8(f.label), edit);
             continue;
@@ -100,12 +100,13 @@ DocumentKinds::DocumentKinds(QSqlDatabase db, QWidget *parent) : QDialog(parent)
         holderRow->addWidget(holderCombo);
         holderRow->addStretch();
         form->addRow(QString::fromUtf8(f.label), holderRow);
-        m_form->cover(edit, holderCombo);
+        holderCombo->setProperty(RecordForm::columnProperty, QString::fromLatin1(f.column));  // it covers the box
     }
     auto *remind = new QCheckBox(QStringLiteral("Напомня се"), this);
     remind->setObjectName(QStringLiteral("chkNapomnia"));
     form->addRow(QString(), remind);
-    m_form->bind(remind, QStringLiteral("Napomnia"));
+    remind->setProperty(RecordForm::columnProperty, QStringLiteral("Napomnia"));
+    m_form->bindColumns(this);
 
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(form);

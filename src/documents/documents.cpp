@@ -145,10 +145,7 @@ void Documents::setUpForm()
         return std::nullopt;
     };
     m_form = new RecordForm(DocumentStore(m_db).documents(), config, this);
-    for (int index = 0; index < m_fields.size(); ++index)
-        m_form->bind(m_fields[index], documentColumns().at(index));
-    m_form->cover(field(0), m_ui->ComboVid);
-    m_form->cover(field(1), m_ui->ComboKod);
+    m_form->bindColumns(this);  // the boxes of documents.ui name their columns
     m_ui->mainLayout->addWidget(m_form);
 
     connect(m_form, &RecordForm::closeRequested, this, &QDialog::close);

@@ -77,15 +77,21 @@ DueDocuments::DueDocuments(QSqlDatabase db, FirmProfile firm, QWidget *parent, Q
 {
     setProperty("helpTopic", 301);
     resize(900, 480);
-    onKey = [this](QKeyEvent *key) {
-        if (key->key() != Qt::Key_Return && key->key() != Qt::Key_Enter)
-            return false;
-        openCurrent();
-        return true;
-    };
     connect(grid(), &QTableView::doubleClicked, this, [this] { openCurrent(); });
-    onPrint = [this](ResultGridScreen &) { showReport(dueDocumentsReport(model()->rows(), m_firm, m_today), this); };
     refresh();
+}
+
+bool DueDocuments::onKey(QKeyEvent *key)
+{
+    if (key->key() != Qt::Key_Return && key->key() != Qt::Key_Enter)
+        return false;
+    openCurrent();
+    return true;
+}
+
+void DueDocuments::onPrint()
+{
+    showReport(dueDocumentsReport(model()->rows(), m_firm, m_today), this);
 }
 
 void DueDocuments::refresh()

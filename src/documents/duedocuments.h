@@ -28,6 +28,10 @@ public:
 signals:
     void openDocument(qint64 id);
 
+protected:
+    void onPrint() override;
+    bool onKey(QKeyEvent *key) override;
+
 private:
     void openCurrent();
 

@@ -49,20 +49,22 @@ Balans::Balans(BalansMode mode, const Period &period, QSqlDatabase db, ScratchDa
     m_total = addTotalLabel(QStringLiteral("Label1"), QStringLiteral("Всичко:"));
     // Litres are not added up: no total on the screen, none on paper.
     m_total->setVisible(mode == BalansMode::Profit);
-    onPrint = [this](ResultGridScreen &) { print(); };
-    exportPictures = [this] {
-        return QList<QPair<QString, QByteArray>>{{balanceChartTitle(m_mode), balanceChartPng(m_mode, m_balances, m_currency)}};
-    };
-    if (mode == BalansMode::Fuel) {
-        onKey = [this](QKeyEvent *key) {
-            if (key->key() != Qt::Key_Return && key->key() != Qt::Key_Enter)
-                return false;
-            showWaybills(currentRow());
-            return true;
-        };
+    if (mode == BalansMode::Fuel)
         connect(grid(), &QTableView::doubleClicked, this, [this](const QModelIndex &index) { showWaybills(index.row()); });
-    }
     load();
+}
+
+bool Balans::onKey(QKeyEvent *key)
+{
+    if (m_mode != BalansMode::Fuel || (key->key() != Qt::Key_Return && key->key() != Qt::Key_Enter))
+        return false;
+    showWaybills(currentRow());
+    return true;
+}
+
+QList<QPair<QString, QByteArray>> Balans::exportPictures() const
+{
+    return {{balanceChartTitle(m_mode), balanceChartPng(m_mode, m_balances, m_currency)}};
 }
 
 void Balans::load()

@@ -41,6 +41,13 @@ public:
     Checked<Report> waybillReport(int row) const;
     ReportPreview *showWaybills(int row);
 
+protected:
+    void onPrint() override { print(); }
+    // Fuel mode: Enter shows the truck's waybills.
+    bool onKey(QKeyEvent *key) override;
+    // The chart goes with the rows to a workbook.
+    QList<QPair<QString, QByteArray>> exportPictures() const override;
+
 private:
     void load();
     void print();

@@ -176,6 +176,17 @@ QVariantMap RecordBinder::typed() const
     return typed;
 }
 
+void RecordBinder::retype(const QVariantMap &entry)
+{
+    for (const Binding &binding : std::as_const(m_bindings)) {
+        if (!binding.text || !entry.contains(binding.column))
+            continue;
+        const QString text = entry.value(binding.column).toString();
+        if (binding.text->text() != text)
+            binding.text->setText(text);
+    }
+}
+
 QVariantMap RecordBinder::onScreen() const
 {
     QVariantMap shown = typed();

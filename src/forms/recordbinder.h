@@ -53,6 +53,8 @@ public:
 
     // What stands in the boxes: texts of the text boxes, true/false of the check boxes.
     QVariantMap typed() const;
+    // Puts the texts of an entry (typed() as a check left it) into their text boxes where they differ.
+    void retype(const QVariantMap &entry);
     // Keeps what the boxes show now (a list's text where it covers its box), to tell typing later.
     void markUntouched();
     // Whether anything was typed or picked since markUntouched().

@@ -159,6 +159,49 @@ void RecordForm::cover(QLineEdit *bound, QComboBox *combo)
     m_binder->cover(bound, combo);
 }
 
+bool RecordForm::bindColumns(QWidget *container)
+{
+    const auto named = [](QWidget *widget) { return widget->property(columnProperty).toString(); };
+    const QStringList known = m_rows->columns();
+    QHash<QString, QLineEdit *> boxes;
+    QList<QComboBox *> covers;
+    bool bound = true;
+    const auto refuse = [this, &bound](QWidget *widget, const QString &why) {
+        m_refusedBindings.append(widget->objectName() + QLatin1Char(' ') + why);
+        bound = false;
+    };
+    const QList<QWidget *> widgets = container->findChildren<QWidget *>();
+    for (QWidget *widget : widgets) {
+        const QString column = named(widget);
+        if (column.isEmpty())
+            continue;
+        if (!known.contains(column)) {
+            refuse(widget, QStringLiteral("-> %1: няма такава колона").arg(column));
+        } else if (auto *combo = qobject_cast<QComboBox *>(widget)) {
+            covers.append(combo);
+        } else if (auto *box = qobject_cast<QLineEdit *>(widget)) {
+            bind(box, column);
+            boxes.insert(column, box);
+        } else if (auto *check = qobject_cast<QCheckBox *>(widget)) {
+            bind(check, column);
+        } else {
+            refuse(widget, QStringLiteral("-> %1: не може да показва колона").arg(column));
+        }
+    }
+    for (QComboBox *combo : std::as_const(covers)) {
+        if (QLineEdit *box = boxes.value(named(combo)))
+            cover(box, combo);
+        else
+            refuse(combo, QStringLiteral("-> %1: няма поле, което да покрива").arg(named(combo)));
+    }
+    return bound;
+}
+
+QWidget *RecordForm::boxOf(const QString &column) const
+{
+    return m_binder->typingBoxOfColumn(column);
+}
+
 RecordGridModel *RecordForm::bindGrid(QTableView *grid, const QList<RecordGridColumn> &columns)
 {
     QList<RecordFieldKind> kinds;
@@ -279,6 +322,12 @@ bool RecordForm::reload()
 
 bool RecordForm::open()
 {
+    if (!m_refusedBindings.isEmpty()) {
+        // A fault of the screen's layout, found before any row is shown under a wrong caption.
+        MessageService::instance().inform({QStringLiteral("ГРЕШКА при зареждане!"),
+                                           m_refusedBindings.join(QLatin1Char('\n')), UserMessage::Icon::Critical});
+        return false;
+    }
     if (const auto failure = readRows()) {
         MessageService::instance().inform(*failure);
         return false;
@@ -414,7 +463,10 @@ bool RecordForm::update()
     }
     // All checks run; the message kept is that of the last one that failed. What was typed stays.
     if (m_config.validate) {
-        if (const auto failure = m_config.validate(m_binder->typed())) {
+        QVariantMap entry = m_binder->typed();
+        const auto failure = m_config.validate(entry);
+        m_binder->retype(entry);  // what the checks put right stands in the boxes
+        if (failure) {
             if (m_config.faultColumn)
                 focusColumn(m_config.faultColumn());
             fail(caption, *failure);

@@ -67,8 +67,11 @@ struct RecordFormConfig {
     QStringList secretColumns;
     std::function<QVariant(const QString &typed)> secretValue;
 
-    // The screen's checks over the typed texts: the message to show, or none. Empty: no checks.
-    std::function<std::optional<UserMessage>(const QVariantMap &typed)> validate;
+    // The screen's checks over the entry: what was typed, a text per column (true/false for a
+    // check box). The message to show, or none. Empty: no checks. A check may put a column's text
+    // right (a number padded, a blank made "0"): what it leaves in the entry stands in the boxes,
+    // whether the checks pass or not, and is what is saved.
+    std::function<std::optional<UserMessage>(QVariantMap &entry)> validate;
     // Values a new row starts with, before they are shown.
     std::function<void(QVariantMap &values)> presets;
     // Writes the row instead of the store (a new row has id 0): the row as written, or why not.
@@ -87,7 +90,8 @@ struct RecordFormConfig {
 
 // The action strip (picButtons), the navigation strip (picStatBox with lblStatus) and the state
 // of a window that edits the rows of one table one at a time. The screen lays out its own boxes
-// and binds them here by column; the rows are read once and held in memory while it is open.
+// (in a .ui file) and each box names its column; the form finds them (bindColumns). The rows are
+// read once and held in memory while it is open.
 // Closing the window while a row holds typing not yet written asks first (UnsavedWorkGuard).
 class RecordForm : public QWidget {
     Q_OBJECT
@@ -97,10 +101,19 @@ public:
     RecordForm(std::unique_ptr<RecordStore> store, RecordFormConfig config, QWidget *parent = nullptr);
     ~RecordForm() override;
 
+    // The name of the dynamic property by which a widget names its column (set in the .ui file).
+    static constexpr const char *columnProperty = "column";
+    // Binds every widget under the container that names its column, in the order they were made:
+    // a text box or a check box shows its column; a combo box naming the column of a text box
+    // covers it while a row is added or corrected. A column the rows do not have, or a widget of
+    // another kind, is refused: false, and open() then tells it and reads no rows.
+    bool bindColumns(QWidget *container);
     void bind(QLineEdit *field, const QString &column);
     void bind(QCheckBox *field, const QString &column);
     // A combo box that stands in for a bound box while a row is added or corrected.
     void cover(QLineEdit *bound, QComboBox *combo);
+    // The box a column's value is typed into now (the list where one covers it); none when unbound.
+    QWidget *boxOf(const QString &column) const;
     // The rows as lines of a grid, the pending row typed straight into its cells: a row clicked
     // becomes current, the grid follows every move, Enter in the pending line saves it.
     RecordGridModel *bindGrid(QTableView *grid, const QList<RecordGridColumn> &columns);
@@ -188,6 +201,7 @@ private:
     QPushButton *m_first = nullptr, *m_previous = nullptr, *m_next = nullptr, *m_last = nullptr;
     QLabel *m_status = nullptr;
     QWidget *m_grid = nullptr;  // the rows as a list, when the screen shows them so
+    QStringList m_refusedBindings;  // widgets that name a column the form cannot show
     struct KeyToType {
         QPointer<QWidget> box;
         int key;

@@ -2,13 +2,12 @@
 
 #include "core/formats.h"
 #include "core/valueformat.h"
+#include "forms/exportservice.h"
 #include "forms/messageservice.h"
 #include "forms/resultgridcheckdelegate.h"
 #include "forms/waitcursor.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFileDialog>
 #include <QFrame>
 #include <QHash>
 #include <QHBoxLayout>
@@ -17,7 +16,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QStandardPaths>
 #include <QTableView>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -136,10 +134,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     layout->addWidget(strip);
     layout->addWidget(m_note);
 
-    connect(m_print, &QPushButton::clicked, this, [this] {
-        if (onPrint)
-            onPrint(*this);
-    });
+    connect(m_print, &QPushButton::clicked, this, [this] { onPrint(); });
     connect(m_close, &QPushButton::clicked, this, &QDialog::close);
     connect(m_export, &QPushButton::clicked, this, &ResultGridScreen::chooseExportFile);
 
@@ -199,11 +194,9 @@ void ResultGridScreen::markCurrentRow()
     if (row < 0 || m_config.flagField.isEmpty())
         return;
     const bool marked = !m_model->isMarked(row);
-    if (onMark) {
-        if (const std::optional<UserMessage> refusal = onMark(row, marked)) {
-            MessageService::instance().inform(*refusal);
-            return;
-        }
+    if (const std::optional<UserMessage> refusal = onMark(row, marked)) {
+        MessageService::instance().inform(*refusal);
+        return;
     }
     m_changed = true;
     m_model->setMarked(row, marked);
@@ -212,8 +205,28 @@ void ResultGridScreen::markCurrentRow()
         m_marked.add(amount, rowCurrency(row));
     else
         m_marked.remove(amount, rowCurrency(row));
-    m_total = m_marked.total();
+    m_total = marksTotal();
     showTotal();
+}
+
+std::optional<UserMessage> ResultGridScreen::onMark(int, bool)
+{
+    return std::nullopt;
+}
+
+bool ResultGridScreen::onKey(QKeyEvent *)
+{
+    return false;
+}
+
+Currency ResultGridScreen::totalsCurrencyOf(bool anyEuro) const
+{
+    return zarek::totalsCurrency(anyEuro);
+}
+
+Money ResultGridScreen::marksTotal() const
+{
+    return m_marked.total();
 }
 
 void ResultGridScreen::setRunningTotal(Money total, bool show)
@@ -255,11 +268,11 @@ void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QS
     recountTotal();
 }
 
-// The marked rows' amounts in the currency of the running total: of the other currency each
-// converted on its own, or, for pay, added up and converted once.
+// The marked rows' amounts in the currency of the running total, those of the other currency
+// each converted on its own.
 CurrencyTotal ResultGridScreen::markedTotal() const
 {
-    CurrencyTotal total(m_totals, m_config.payTotal ? CurrencyTotal::Rule::Wages : CurrencyTotal::Rule::EachAmount);
+    CurrencyTotal total(m_totals);
     for (int row = 0; row < m_model->rowCount(); ++row) {
         if (m_model->isMarked(row))
             total.add(Money::fromAmount(m_model->value(row, m_config.amountField).toDouble()), rowCurrency(row));
@@ -270,7 +283,7 @@ CurrencyTotal ResultGridScreen::markedTotal() const
 void ResultGridScreen::recountTotal()
 {
     m_marked = markedTotal();
-    setRunningTotal(m_marked.total(), true);
+    setRunningTotal(marksTotal(), true);
 }
 
 void ResultGridScreen::showTotal()
@@ -291,14 +304,15 @@ Currency ResultGridScreen::rowCurrency(int row) const
 void ResultGridScreen::updateCurrencies()
 {
     if (m_config.dateField.isEmpty()) {
-        m_totals = totalsCurrencyRule ? totalsCurrencyRule(false) : booksChangeover().priceCurrency();
+        // Without a date column the rows are in the books' price currency.
+        m_totals = totalsCurrencyOf(booksChangeover().priceCurrency() == Currency::Euro);
         return;
     }
     const int date = m_model->rows().column(m_config.dateField);
     bool anyEuro = false;
     for (int row = 0; date >= 0 && row < m_model->rowCount() && !anyEuro; ++row)
         anyEuro = currencyOn(dateOfValue(m_model->value(row, m_config.dateField))) == Currency::Euro;
-    m_totals = totalsCurrencyRule ? totalsCurrencyRule(anyEuro) : zarek::totalsCurrency(anyEuro);
+    m_totals = totalsCurrencyOf(anyEuro);
     bool mixed = false;
     for (int row = 0; row < m_model->rowCount() && !mixed; ++row)
         mixed = rowCurrency(row) != m_totals;
@@ -409,7 +423,7 @@ bool ResultGridScreen::eventFilter(QObject *watched, QEvent *event)
 {
     if (watched == m_grid && event->type() == QEvent::KeyPress) {
         auto *key = static_cast<QKeyEvent *>(event);
-        if (onKey && onKey(key))
+        if (onKey(key))
             return true;
         if (m_config.recordFormKeys && recordFormKey(key))
             return true;
@@ -471,11 +485,10 @@ void ResultGridScreen::done(int result)
 {
     if (!m_settled) {
         commitOpenEditor();
-        if (onSettle && !onSettle(*this))
+        if (!onSettle())
             return;  // nothing settled: the screen stays open
         m_settled = true;
-        if (onClose)
-            onClose(*this);
+        onClose();
     }
     QDialog::done(result);
 }
@@ -535,32 +548,20 @@ ExportTable ResultGridScreen::exportTable() const
         if (label && !label->text().trimmed().isEmpty())
             table.noteLines.append(label->text().trimmed());
     }
-    if (exportPictures)
-        table.pictures = exportPictures();
+    table.pictures = exportPictures();
     return table;
 }
 
 bool ResultGridScreen::exportTo(const QString &fileName)
 {
-    WaitCursor wait;
-    if (const auto error = writeTable(exportTable(), fileName)) {
-        MessageService::instance().inform(*error);
-        return false;
-    }
-    return true;
+    return exportservice::write(exportTable(), fileName);
 }
 
 void ResultGridScreen::chooseExportFile()
 {
-    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    if (!QDir(folder).exists())
-        folder = QDir::homePath();
     const QString subject = m_text1->text().trimmed().isEmpty() ? windowTitle() : m_text1->text();
-    const QString fileName = QFileDialog::getSaveFileName(
-        this, QStringLiteral("Запис на редовете"), folder + QLatin1Char('/') + exportFileName(subject) + QStringLiteral(".xlsx"),
-        QStringLiteral("Книга на Excel (*.xlsx);;Текст, разделен с точка и запетая (*.csv)"));
-    if (!fileName.isEmpty())
-        exportTo(fileName);
+    exportservice::chooseAndWrite(this, QStringLiteral("Запис на редовете"), subject,
+                                  [this]() -> Checked<ExportTable> { return exportTable(); });
 }
 
 }

@@ -42,13 +42,15 @@ struct ResultGridConfig {
     // The row's date: its amounts are in the currency of that day. Where the rows come in both
     // currencies, the amount columns show each row's unit and the running total converts.
     QString dateField;
-    bool payTotal = false;  // the running total is pay: marked leva paid in euro converted once, rounded up
 };
 
 // The screen every grid of results is built on: the grid over the rows a search selected, the
 // line that says what is shown, the bottom strip with the key legend, the running total,
-// "Печат" and "Затвори". A screen is a configuration plus hooks; closing the window is the moment
-// its work is settled (the close hook runs exactly once, however the window is closed).
+// "Печат" and "Затвори". A screen is its configuration (names, columns, texts) and a subclass
+// that overrides the virtual methods below for what it does: every screen holds state of its own
+// (its store, its conditions), so overriding keeps that state and its behaviour in one class.
+// Closing the window is the moment its work is settled (onClose() runs exactly once, however the
+// window is closed).
 class ResultGridScreen : public QDialog {
     Q_OBJECT
 public:
@@ -75,9 +77,7 @@ public:
     // out), and shown.
     void recountTotal();
 
-    // The currency of the running total: euro when any row is, or as the hook decides (a paper
-    // handed out today totals in today's currency; an invoice keeps the currency it was issued in).
-    std::function<Currency(bool anyEuro)> totalsCurrencyRule;
+    // The currency of the running total (totalsCurrencyOf).
     Currency totalsCurrency() const { return m_totals; }
     // The currency of a row's amounts.
     Currency rowCurrency(int row) const;
@@ -101,27 +101,36 @@ public:
     bool exportTo(const QString &fileName);
     void chooseExportFile();
     QPushButton *exportButton() const { return m_export; }
-    // Pictures (a chart) that go with the rows to a workbook.
-    std::function<QList<QPair<QString, QByteArray>>()> exportPictures;
     // A widget beside the grid, on its right (a chart of the rows, for instance).
     void setBesideGrid(QWidget *widget);
     QPushButton *printButton() const { return m_print; }
     QPushButton *closeButton() const { return m_close; }
 
-    // Hooks. onMark may refuse a mark with a message; onKey may take a key first (true: taken).
-    // onSettle writes the screen's work as it closes; false keeps the screen open with nothing
-    // settled (a write that failed or met another user's change), and a later close tries again.
-    // onClose runs once, after the work is settled.
-    std::function<void(ResultGridScreen &)> onPrint;
-    std::function<bool(ResultGridScreen &)> onSettle;
-    std::function<void(ResultGridScreen &)> onClose;
-    std::function<std::optional<UserMessage>(int row, bool marked)> onMark;
-    std::function<bool(QKeyEvent *)> onKey;
-
 public slots:
     void done(int result) override;
 
 protected:
+    // What a screen does, by overriding. "Печат":
+    virtual void onPrint() {}
+    // Writes the screen's work as it closes; false keeps the screen open with nothing settled (a
+    // write that failed or met another user's change), and a later close tries again.
+    virtual bool onSettle() { return true; }
+    // Once, after the work is settled.
+    virtual void onClose() {}
+    // A mark (or its removal) refused with a message, before the row changes; none: it is made.
+    virtual std::optional<UserMessage> onMark(int row, bool marked);
+    // A key of the grid taken first (true: taken).
+    virtual bool onKey(QKeyEvent *key);
+    // The currency of the running total given whether any row is in euro: by default euro when
+    // any row is. A paper handed out today totals in today's currency; an invoice keeps the
+    // currency it was issued in.
+    virtual Currency totalsCurrencyOf(bool anyEuro) const;
+    // The running total of the marked rows in totalsCurrency(): the subsystem's rule (pay, an
+    // invoice's sum). By default each marked amount converted on its own and added.
+    virtual Money marksTotal() const;
+    // Pictures (a chart) that go with the rows to a workbook.
+    virtual QList<QPair<QString, QByteArray>> exportPictures() const { return {}; }
+
     bool eventFilter(QObject *watched, QEvent *event) override;
     void showEvent(QShowEvent *event) override;
 

@@ -117,14 +117,14 @@ void InsideKurs::setUpForm()
                              {QStringLiteral("cmdClose"), QStringLiteral("За&твори")},
                              {QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши")},
                              {QStringLiteral("cmdCancel"), QStringLiteral("&Отказ")}};
-    config.validate = [this](const QVariantMap &typed) -> std::optional<UserMessage> {
-        if (auto failure = checkTrip(typed))
+    config.validate = [](QVariantMap &entry) -> std::optional<UserMessage> {
+        if (auto failure = checkTrip(entry))
             return failure;
         // The number goes in padded even when its box was never left.
-        const Checked<QString> number = padDocumentNumber(typed.value(QStringLiteral("KursID")).toString());
+        const Checked<QString> number = padDocumentNumber(entry.value(QStringLiteral("KursID")).toString());
         if (!number)
             return number.message();
-        field(0)->setText(number.value());
+        entry.insert(QStringLiteral("KursID"), number.value());
         return std::nullopt;
     };
     config.write = [this](const RecordRow &row, bool adding) {
@@ -134,10 +134,7 @@ void InsideKurs::setUpForm()
         return written;
     };
     m_form = new RecordForm(TripStore(m_db).trips(), config, this);
-    for (int index = 0; index < m_fields.size(); ++index)
-        m_form->bind(m_fields[index], tripColumns().at(index));
-    for (int i = 0; i < m_combos.size(); ++i)
-        m_form->cover(m_fields[2 + i], m_combos[i]);
+    m_form->bindColumns(this);  // the boxes of insidekurs.ui name their columns
     m_ui->mainLayout->addWidget(m_form);
 
     connect(m_form, &RecordForm::closeRequested, this, &QDialog::close);

@@ -89,8 +89,6 @@ Faktura::Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatab
 {
     m_fakt = addButton(QStringLiteral("cmdFakt"), QStringLiteral("Фактура №"));
     connect(m_fakt, &QPushButton::clicked, this, &Faktura::chooseNumber);
-    onPrint = [this](ResultGridScreen &) { print(); };
-    onSettle = [this](ResultGridScreen &) { return settle(); };
     showStatement = [this](const Report &report) {
         ReportPreview preview(layoutReport(report), this);
         preview.exec();
@@ -107,10 +105,6 @@ Faktura::Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatab
             return;
         }
         m_invoiceCurrency = euro.value() ? Currency::Euro : Currency::Leva;
-        totalsCurrencyRule = [this](bool) { return *m_invoiceCurrency; };
-    } else {
-        // A new invoice is issued today, in today's currency.
-        totalsCurrencyRule = [this](bool anyEuro) { return zarek::totalsCurrency(anyEuro, currencyOn(clock().date())); };
     }
 
     Checked<RowSet> rows = [&] {
@@ -122,17 +116,22 @@ Faktura::Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatab
         return;
     }
     setRows(rows.value());
-    if (m_mode == FakturaMode::EditFakt) {
-        // Every course of the invoice comes in marked; the sum is shown from the first Space on.
-        Money sum;
-        const RowSet &held = model()->rows();
-        for (int row = 0; row < held.rowCount(); ++row) {
-            if (model()->isMarked(row))
-                sum += convertAmount(Money::fromAmount(held.value(row, QStringLiteral("bruto")).toDouble()),
-                                     rowCurrency(row), totalsCurrency());
-        }
-        setRunningTotal(sum, false);
-    }
+    if (m_mode == FakturaMode::EditFakt)
+        setRunningTotal(marksTotal(), false);  // every course comes in marked; shown from the first Space on
+}
+
+// An issued invoice keeps the currency it was issued in; a new one is issued today, in today's
+// currency (or in euro when any course is).
+Currency Faktura::totalsCurrencyOf(bool anyEuro) const
+{
+    if (m_invoiceCurrency)
+        return *m_invoiceCurrency;
+    return zarek::totalsCurrency(anyEuro, currencyOn(clock().date()));
+}
+
+Money Faktura::marksTotal() const
+{
+    return statementMoney(statementLines(model()->rows()), std::nullopt, totalsCurrency()).sum;
 }
 
 QString Faktura::text1() const

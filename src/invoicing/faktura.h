@@ -46,6 +46,13 @@ public:
     // "Печат": the statement of the marked courses.
     void print();
 
+protected:
+    void onPrint() override { print(); }
+    bool onSettle() override { return settle(); }
+    Currency totalsCurrencyOf(bool anyEuro) const override;
+    // The invoice's sum as its statement states it.
+    Money marksTotal() const override;
+
 private:
     bool settle();
     void readAgain();

@@ -58,7 +58,7 @@ Driver::Driver(QSqlDatabase db, QWidget *parent) : QDialog(parent)
             label->setBuddy(edit);
             labels.append(label);
             form->addRow(label, edit);
-            m_form->bind(edit, QString::fromLatin1(f.column));
+            edit->setProperty(RecordForm::columnProperty, QString::fromLatin1(f.column));
         }
         return box;
     };
@@ -69,6 +69,7 @@ Driver::Driver(QSqlDatabase db, QWidget *parent) : QDialog(parent)
                             {{0, "Адрес", "adres", 90, 0}, {6, "Тел.", "tel", 20, 160}, {5, "GSM", "mob", 20, 160}}));
     layout->addWidget(frame("Frame3", "Документи", {{1, "ЕГН", "EGN", 20, 160}, {4, "Л.карта", "LKarta", 20, 160}}));
     layout->addWidget(m_form);
+    m_form->bindColumns(this);
     // One column of captions through the three frames.
     int widest = 0;
     for (QLabel *label : std::as_const(labels))

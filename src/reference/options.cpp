@@ -57,8 +57,9 @@ Options::Options(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::
         if (i > 0)
             edit->setAlignment(Qt::AlignRight);
         trucksForm->addRow(QString::fromUtf8(truckLabels[i]), edit);
-        m_trucks->bind(edit, QString::fromLatin1(truckColumns[i]));
+        edit->setProperty(RecordForm::columnProperty, QString::fromLatin1(truckColumns[i]));
     }
+    m_trucks->bindColumns(trucksPage);
     auto *trucksLayout = new QVBoxLayout(trucksPage);
     trucksLayout->addLayout(trucksForm);
     trucksLayout->addStretch();

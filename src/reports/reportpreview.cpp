@@ -1,6 +1,7 @@
 #include "reportpreview.h"
 
 #include "core/windowtitle.h"
+#include "forms/exportservice.h"
 #include "forms/messageservice.h"
 #include "forms/waitcursor.h"
 #include "reports/reportlayout.h"
@@ -501,29 +502,18 @@ void ReportPreview::exportPdf()
 
 void ReportPreview::exportTable()
 {
-    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    if (!QDir(folder).exists())
-        folder = QDir::homePath();
     QString name = suggestedPdfName();
     name.chop(4);  // ".pdf"
-    const QString fileName = QFileDialog::getSaveFileName(
-        this, QStringLiteral("Запис на редовете"), folder + QLatin1Char('/') + name + QStringLiteral(".xlsx"),
-        QStringLiteral("Книга на Excel (*.xlsx);;Текст, разделен с точка и запетая (*.csv)"));
-    if (!fileName.isEmpty())
-        exportTableTo(fileName);
+    const std::shared_ptr<const ExportTable> rows = table();  // the whole layout, cancellable
+    if (rows)
+        exportservice::chooseAndWrite(this, QStringLiteral("Запис на редовете"), name,
+                                      [rows]() -> Checked<ExportTable> { return *rows; });
 }
 
 bool ReportPreview::exportTableTo(const QString &fileName)
 {
     const std::shared_ptr<const ExportTable> rows = table();
-    if (!rows)
-        return false;
-    WaitCursor wait;
-    if (const auto error = writeTable(*rows, fileName)) {
-        MessageService::instance().inform(*error);
-        return false;
-    }
-    return true;
+    return rows && exportservice::write(*rows, fileName);
 }
 
 bool ReportPreview::exportPdfTo(const QString &fileName)

@@ -130,10 +130,6 @@ Klients::Klients(const SearchConditions &conditions, QSqlDatabase db, std::uniqu
     m_saveFile->setEnabled(false);  // a list nobody touched is not saved
     connect(m_openFile, &QPushButton::clicked, this, &Klients::openFile);
     connect(m_saveFile, &QPushButton::clicked, this, &Klients::saveFile);
-    onPrint = [this](ResultGridScreen &) { print(); };
-    onKey = [this](QKeyEvent *key) { return keyPressed(key); };
-    // Corrections not saved to a file are given up only when the dispatcher says so.
-    onSettle = [this](ResultGridScreen &) { return mayClose(); };
     model()->setEditHook([this](int row, const QString &field, const QVariant &value) {
         return writeCell(row, field, value);
     });

@@ -48,6 +48,12 @@ public:
     void saveFile();
     ReportPreview *print();
 
+protected:
+    void onPrint() override { print(); }
+    bool onKey(QKeyEvent *key) override { return keyPressed(key); }
+    // Corrections not saved to a file are given up only when the dispatcher says so.
+    bool onSettle() override { return mayClose(); }
+
 private:
     void load(QSqlDatabase db);
     bool keyPressed(QKeyEvent *key);

@@ -46,7 +46,6 @@ ResultGridConfig Plashtane::config(const QString &driverName, QDate today)
     config.flagField = paidField;
     config.amountField = QStringLiteral("neto");
     config.dateField = QStringLiteral("Data");
-    config.payTotal = true;  // the driver is paid: his leva are converted once, rounded up
     config.sumCaption = QStringLiteral("Сума за плащане:");
     config.legend = {{QStringLiteral("Label7"), QStringLiteral("Space")},
                      {QStringLiteral("Label8"), QStringLiteral("- Маркира плащане")},
@@ -61,17 +60,6 @@ Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, Scratc
     : ResultGridScreen(config(conditions.SeekDriverIme, today), parent), m_conditions(conditions),
       m_db(std::move(db)), m_store(m_db), m_scratch(scratch), m_firm(std::move(firm)), m_today(today)
 {
-    onMark = [this](int row, bool paid) { return writeMark(row, paid); };
-    // The driver is paid today, in today's currency.
-    totalsCurrencyRule = [this](bool anyEuro) { return zarek::totalsCurrency(anyEuro, currencyOn(m_today)); };
-    onPrint = [this](ResultGridScreen &) { print(); };
-    // Space marks by the pay rule; any key shows the sum due again.
-    onKey = [this](QKeyEvent *key) {
-        if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier)
-            return spacePressed();
-        showPay();
-        return false;
-    };
     WaitCursor wait;
     const Checked<QList<PayTruck>> trucks = m_store.payTrucks();
     if (!trucks) {
@@ -87,7 +75,21 @@ Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, Scratc
     setRows(courses.value());
 }
 
-std::optional<UserMessage> Plashtane::writeMark(int row, bool paid)
+Currency Plashtane::totalsCurrencyOf(bool anyEuro) const
+{
+    return zarek::totalsCurrency(anyEuro, currencyOn(m_today));
+}
+
+// Space marks by the pay rule; any key shows the sum due again.
+bool Plashtane::onKey(QKeyEvent *key)
+{
+    if (key->key() == Qt::Key_Space && key->modifiers() == Qt::NoModifier)
+        return spacePressed();
+    showPay();
+    return false;
+}
+
+std::optional<UserMessage> Plashtane::onMark(int row, bool paid)
 {
     RowSet &rows = model()->rows();
     const Checked<int> written =
@@ -173,11 +175,16 @@ bool Plashtane::spacePressed()
     return true;
 }
 
+// Marks all passed the rule; a course changed elsewhere to a truck without a percent adds nothing.
+Money Plashtane::marksTotal() const
+{
+    const Checked<Money> pay = markedPay();
+    return pay ? pay.value() : Money();
+}
+
 void Plashtane::showPay()
 {
-    // Marks all passed the rule; a course changed elsewhere to a truck without a percent adds nothing.
-    const Checked<Money> pay = markedPay();
-    setRunningTotal(pay ? pay.value() : Money(), true);
+    setRunningTotal(marksTotal(), true);
 }
 
 std::optional<LaidOutReport> Plashtane::statement()

@@ -25,8 +25,17 @@ public:
 
     static ResultGridConfig config(const QString &driverName, QDate today);
 
+protected:
+    // Each mark is written at once.
+    std::optional<UserMessage> onMark(int row, bool paid) override;
+    bool onKey(QKeyEvent *key) override;
+    // The driver is paid today, in today's currency.
+    Currency totalsCurrencyOf(bool anyEuro) const override;
+    // The sum due: the driver's pay of the marked courses (pricePaySheet), not their sums.
+    Money marksTotal() const override;
+    void onPrint() override { print(); }
+
 private:
-    std::optional<UserMessage> writeMark(int row, bool paid);
     // The courses of these rows as the pay sheet reads them.
     PaySheet sheetOf(const QList<int> &rows) const;
     QList<int> markedRows() const;

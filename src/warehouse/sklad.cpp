@@ -120,16 +120,9 @@ Sklad::Sklad(const QString &vidKol, QSqlDatabase db, QWidget *parent, WarehouseS
                             config, this);
     m_ui->layout->addWidget(m_form);
 
-    // Bound in the order of entry: the document, then the article, then quantity and price.
-    m_form->bind(m_ui->txtFields_1, QStringLiteral("DocVid"));
-    m_form->bind(m_ui->txtFields_2, QStringLiteral("DocNom"));
-    m_form->bind(m_ui->txtFields_0, QStringLiteral("Data"));
-    m_form->bind(m_ui->txtFields_3, QStringLiteral("Name"));
-    m_form->bind(m_ui->txtFields_4, QStringLiteral("Kol"));
-    m_form->bind(m_ui->txtFields_5, QStringLiteral("Edin"));
-    m_form->bind(m_ui->chkFields, QStringLiteral("Lipsa"));
-    m_form->cover(m_ui->txtFields_1, m_ui->Combo1);
-    m_form->cover(m_ui->txtFields_3, m_ui->Combo2);
+    // The boxes of sklad.ui name their columns, in the order of entry: the document, then the
+    // article, then quantity and price; the two lists cover the kind and the article.
+    m_form->bindColumns(this);
     completeFromAnywhere(m_ui->Combo1);
     completeFromAnywhere(m_ui->Combo2);
     m_ui->chkFields->setEnabled(false);

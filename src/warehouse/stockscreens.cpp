@@ -25,12 +25,10 @@ namespace {
 // A list's rows and total in the list's currency, with the note where it converted.
 void showStockList(ResultGridScreen &screen, const StockList &list)
 {
-    const Currency currency = list.currency;
-    screen.totalsCurrencyRule = [currency](bool) { return currency; };
     screen.setRows(list.rows);
     screen.setRunningTotal(list.total, true);
     if (list.mixed)
-        screen.setAmountNote(conversionNote(booksChangeover(), currency));
+        screen.setAmountNote(conversionNote(booksChangeover(), list.currency));
 }
 
 }
@@ -71,9 +69,11 @@ NalichSK::NalichSK(const QString &articlePrefix, QSqlDatabase db, FirmProfile fi
         m_list = list.value();
     }
     showStockList(*this, m_list);
-    onPrint = [this](ResultGridScreen &) {
-        showReport(ReportNalich(m_list, m_firm, m_today), this);
-    };
+}
+
+void NalichSK::onPrint()
+{
+    showReport(ReportNalich(m_list, m_firm, m_today), this);
 }
 
 ResultGridConfig SkladSK::config(QDate today)
@@ -121,9 +121,11 @@ SkladSK::SkladSK(const Period &period, QSqlDatabase db, FirmProfile firm, QWidge
         m_list = list.value();
     }
     showStockList(*this, m_list);
-    onPrint = [this](ResultGridScreen &) {
-        showReport(ReportSklad(m_list, m_firm, m_today), this);
-    };
+}
+
+void SkladSK::onPrint()
+{
+    showReport(ReportSklad(m_list, m_firm, m_today), this);
 }
 
 }

@@ -20,6 +20,11 @@ public:
     static ResultGridConfig config(QDate today);
     const StockList &list() const { return m_list; }
 
+protected:
+    void onPrint() override;
+    // The list's own currency.
+    Currency totalsCurrencyOf(bool) const override { return m_list.currency; }
+
 private:
     StockList m_list;
     FirmProfile m_firm;
@@ -36,6 +41,10 @@ public:
 
     static ResultGridConfig config(QDate today);
     const StockList &list() const { return m_list; }
+
+protected:
+    void onPrint() override;
+    Currency totalsCurrencyOf(bool) const override { return m_list.currency; }
 
 private:
     StockList m_list;

@@ -97,7 +97,7 @@ void RowdList::buildHeader()
                             QStringLiteral("CenaM")};
     config.dateColumns = {QStringLiteral("Data")};
     config.readOnlyColumns = {QStringLiteral("SumKM"), QStringLiteral("SumRazhN")};  // written by "Изчисли"
-    config.validate = [this](const QVariantMap &) { return checkHeader(); };
+    config.validate = [this](QVariantMap &entry) { return checkHeader(entry); };
     config.write = [this](const RecordRow &row, bool adding) { return writeHeader(row, adding); };
     config.remove = [this](const RecordRow &row) { return removeHeader(row); };
     m_rowd = new RecordForm(std::make_unique<RecordStore>(m_db, QStringLiteral("RowdList"),
@@ -105,19 +105,14 @@ void RowdList::buildHeader()
                             config, m_ui->picRowsList_0);
     m_ui->stripRowd->addWidget(m_rowd);
 
-    const struct {
-        int index;
-        const char *column;
-    } bound[] = {{0, "Data"}, {4, "ListID"},  {2, "NameDriver"}, {3, "Kola"},  {8, "ZarN"},  {5, "EndKM"},
-                 {7, "ZarM"},   {9, "CenaN"}, {10, "CenaM"},     {1, "SumKM"}, {6, "SumRazhN"}};
-    // The date box comes first, so that a correction starts there: leaving the number box tells
-    // a corrected waybill that its own number is taken.
-    for (const auto &b : bound) {
-        m_rowd->bind(field(b.index), QString::fromLatin1(b.column));
-        field(b.index)->installEventFilter(this);
+    // The boxes of rowdlist.ui name their columns; the two lists cover the driver's and the
+    // truck's boxes. The date box comes first, so that a correction starts there: leaving the
+    // number box tells a corrected waybill that its own number is taken.
+    m_rowd->bindColumns(m_ui->picRowsList_0);
+    for (QLineEdit *box : m_ui->picRowsList_0->findChildren<QLineEdit *>()) {
+        if (!box->property(RecordForm::columnProperty).toString().isEmpty())
+            box->installEventFilter(this);
     }
-    m_rowd->cover(field(2), driverCombo());
-    m_rowd->cover(field(3), truckCombo());
     for (QComboBox *combo : {driverCombo(), truckCombo()}) {
         combo->setInsertPolicy(QComboBox::NoInsert);
         // A name or a number is found by any part of it.
@@ -136,7 +131,7 @@ void RowdList::buildHeader()
         button->installEventFilter(this);
     // Once the books hold both currencies, the prices say theirs: that of the waybill's day.
     m_priceCaptions = {m_ui->lblLabels_9->text(), m_ui->lblLabels_10->text()};
-    connect(field(0), &QLineEdit::textChanged, this, &RowdList::showPriceUnits);
+    connect(m_ui->txtFields_0, &QLineEdit::textChanged, this, &RowdList::showPriceUnits);
     showPriceUnits();
 }
 
@@ -144,7 +139,7 @@ void RowdList::showPriceUnits()
 {
     QString unit;
     if (booksChangeover().isSet())
-        unit = QStringLiteral(", ") + amountUnit(currencyOn(parseDate(field(0)->text()).value_or(QDate())));
+        unit = QStringLiteral(", ") + amountUnit(currencyOn(parseDate(m_ui->txtFields_0->text()).value_or(QDate())));
     m_ui->lblLabels_9->setText(m_priceCaptions.value(0) + unit);
     m_ui->lblLabels_10->setText(m_priceCaptions.value(1) + unit);
 }
@@ -210,8 +205,8 @@ void RowdList::buildRoutes()
 // Number, date, driver, truck, diesel, odometer, then the rest, then the strip.
 void RowdList::setTabOrder()
 {
-    QList<QWidget *> order = {field(4), field(0), driverCombo(), truckCombo(), field(8), field(5),
-                              field(7), field(9), field(10)};
+    QList<QWidget *> order = {m_ui->txtFields_4, m_ui->txtFields_0, driverCombo(), truckCombo(), m_ui->txtFields_8, m_ui->txtFields_5,
+                              m_ui->txtFields_7, m_ui->txtFields_9, m_ui->txtFields_10};
     for (const char *name : {"cmdAdd", "cmdEdit", "cmdDelete", "cmdUpdate", "cmdCancel"})
         order.append(m_rowd->button(QString::fromLatin1(name)));
     order.append(m_ui->cmdCloseForm);
@@ -233,7 +228,7 @@ void RowdList::open()
 
 void RowdList::markRequired(bool on)
 {
-    for (QWidget *widget : std::initializer_list<QWidget *>{field(4), field(0), truckCombo(), driverCombo()}) {
+    for (QWidget *widget : std::initializer_list<QWidget *>{m_ui->txtFields_4, m_ui->txtFields_0, truckCombo(), driverCombo()}) {
         QPalette palette = QApplication::palette(widget);
         if (on) {
             palette.setColor(QPalette::Base, requiredBackground);
@@ -282,17 +277,17 @@ void RowdList::onHeaderAdded()
     m_rowd->button(QStringLiteral("cmdUpdate"))->setEnabled(false);
     m_addingHeader = true;
     m_newLines.clear();
-    m_listIdCur = field(4)->text();
-    field(4)->setFocus();  // a new waybill begins with its number
+    m_listIdCur = m_ui->txtFields_4->text();
+    m_ui->txtFields_4->setFocus();  // a new waybill begins with its number
 }
 
 void RowdList::onHeaderEditStarted()
 {
     fillCombos();
-    driverCombo()->setEditText(field(2)->text());
-    truckCombo()->setEditText(field(3)->text());
+    driverCombo()->setEditText(m_ui->txtFields_2->text());
+    truckCombo()->setEditText(m_ui->txtFields_3->text());
     markRequired(true);
-    field(0)->setFocus();
+    m_ui->txtFields_0->setFocus();
 }
 
 void RowdList::onHeaderSaved()
@@ -313,16 +308,17 @@ void RowdList::onHeaderCancelled()
     m_newLines.clear();
 }
 
-std::optional<UserMessage> RowdList::checkHeader()
+std::optional<UserMessage> RowdList::checkHeader(QVariantMap &entry)
 {
-    const waybills::HeaderTexts texts{field(0)->text(), field(4)->text(), field(3)->text(),
-                                      field(2)->text(), field(1)->text(), field(6)->text()};
+    const auto text = [&entry](const char *column) { return entry.value(QString::fromLatin1(column)).toString(); };
+    const waybills::HeaderTexts texts{text("Data"), text("ListID"), text("Kola"),
+                                      text("NameDriver"), text("SumKM"), text("SumRazhN")};
     if (auto refusal = waybills::checkHeader(texts))
         return refusal;
-    const Checked<QString> number = padDocumentNumber(field(4)->text());
+    const Checked<QString> number = padDocumentNumber(text("ListID"));
     if (!number)
         return number.message();
-    field(4)->setText(number.value());
+    entry.insert(QStringLiteral("ListID"), number.value());
     // Two waybills of one number would share their route lines.
     const RecordRow *current = m_rowd->currentRow();
     const qint64 own = m_rowd->state() == RecordFormState::Editing && current ? current->id : 0;
@@ -331,9 +327,9 @@ std::optional<UserMessage> RowdList::checkHeader()
         return taken.message();
     if (taken.value())
         return waybills::duplicateNumberMessage();
-    for (int index : {5, 7, 8, 9, 10}) {
-        if (field(index)->text().trimmed().isEmpty())
-            field(index)->setText(QStringLiteral("0"));
+    for (const char *column : {"EndKM", "ZarM", "ZarN", "CenaN", "CenaM"}) {
+        if (text(column).trimmed().isEmpty())
+            entry.insert(QString::fromLatin1(column), QStringLiteral("0"));
     }
     return std::nullopt;
 }
@@ -362,7 +358,7 @@ void RowdList::onTabChanged(int index)
 bool RowdList::openRoutes()
 {
     const RecordFormState state = m_rowd->state();
-    m_kolaCur = state != RecordFormState::Browsing ? truckCombo()->currentText() : field(3)->text().trimmed();
+    m_kolaCur = state != RecordFormState::Browsing ? truckCombo()->currentText() : m_ui->txtFields_3->text().trimmed();
     if (m_kolaCur.trimmed().isEmpty()) {
         inform(waybills::noTruckMessage());
         return false;
@@ -370,11 +366,11 @@ bool RowdList::openRoutes()
     QString number;
     if (state == RecordFormState::Adding) {
         // The lines of a new waybill go under its number: a number, its own, no longer than ten.
-        if (field(4)->text().trimmed().isEmpty()) {
+        if (m_ui->txtFields_4->text().trimmed().isEmpty()) {
             inform(waybills::noNumberMessage());
             return false;
         }
-        const Checked<QString> padded = padDocumentNumber(field(4)->text());
+        const Checked<QString> padded = padDocumentNumber(m_ui->txtFields_4->text());
         if (!padded) {
             inform(padded.message());
             return false;
@@ -384,7 +380,7 @@ bool RowdList::openRoutes()
             inform(taken ? waybills::duplicateNumberMessage() : taken.message());
             return false;
         }
-        field(4)->setText(padded.value());
+        m_ui->txtFields_4->setText(padded.value());
         linesFollow(padded.value());
         number = padded.value();
     } else if (const RecordRow *row = m_rowd->currentRow()) {
@@ -412,9 +408,9 @@ bool RowdList::openRoutes()
 void RowdList::onNumberLeft()
 {
     const RecordFormState state = m_rowd->state();
-    if (state == RecordFormState::Browsing || field(4)->text().trimmed().isEmpty())
+    if (state == RecordFormState::Browsing || m_ui->txtFields_4->text().trimmed().isEmpty())
         return;
-    QLineEdit *box = field(4);
+    QLineEdit *box = m_ui->txtFields_4;
     const Checked<QString> number = padDocumentNumber(box->text());
     if (!number) {
         inform(number.message());
@@ -466,8 +462,8 @@ void RowdList::calculate()
         return value ? recordFieldText(*value, RecordFieldKind::Number) : QString();
     };
     if (m_rowd->state() != RecordFormState::Browsing) {
-        field(1)->setText(text(sums.value().km));
-        field(6)->setText(text(sums.value().fuel));
+        m_ui->txtFields_1->setText(text(sums.value().km));
+        m_ui->txtFields_6->setText(text(sums.value().fuel));
     } else if (const RecordRow *row = m_rowd->currentRow()) {
         // No correction is open to carry them: a browsed waybill takes its sums at once.
         const Checked<RecordRow> stored = m_store.storeSums(*row, sums.value(), m_rowd->config().errorCaptions.save);
@@ -476,8 +472,8 @@ void RowdList::calculate()
             return;
         }
         m_rowd->rows()->replaceCurrent(stored.value());
-        field(1)->setText(recordFieldText(stored.value().values.value(QStringLiteral("SumKM")), RecordFieldKind::Number));
-        field(6)->setText(
+        m_ui->txtFields_1->setText(recordFieldText(stored.value().values.value(QStringLiteral("SumKM")), RecordFieldKind::Number));
+        m_ui->txtFields_6->setText(
             recordFieldText(stored.value().values.value(QStringLiteral("SumRazhN")), RecordFieldKind::Number));
     }
     m_marsh->actionStrip()->setEnabled(false);
@@ -538,8 +534,8 @@ void RowdList::showSums(const WaybillStore::Sums &sums)
             m_rowd->rows()->replaceCurrent(row);
         }
     }
-    field(1)->setText(recordFieldText(km, RecordFieldKind::Number));
-    field(6)->setText(recordFieldText(fuel, RecordFieldKind::Number));
+    m_ui->txtFields_1->setText(recordFieldText(km, RecordFieldKind::Number));
+    m_ui->txtFields_6->setText(recordFieldText(fuel, RecordFieldKind::Number));
 }
 
 void RowdList::reject()
@@ -553,7 +549,7 @@ void RowdList::reject()
 
 bool RowdList::eventFilter(QObject *watched, QEvent *event)
 {
-    if (event->type() == QEvent::FocusOut && watched == field(4)) {
+    if (event->type() == QEvent::FocusOut && watched == m_ui->txtFields_4) {
         const auto reason = static_cast<QFocusEvent *>(event)->reason();
         // Only the user leaving the box counts, not a list or a message popping up over it.
         if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason)

@@ -34,7 +34,7 @@ public:
     RecordForm *routes() const { return m_marsh; }
     QTabWidget *tabs() const;
     QTableView *grid() const;
-    QLineEdit *field(int index) const;  // txtFields(index)
+    QLineEdit *field(int index) const;  // the box named txtFields(index), for tests and people
     QComboBox *driverCombo() const;
     QComboBox *truckCombo() const;
     QPushButton *calculateButton() const { return m_calculate; }
@@ -69,7 +69,7 @@ private:
     void onHeaderEditStarted();
     void onHeaderSaved();
     void onHeaderCancelled();
-    std::optional<UserMessage> checkHeader();
+    std::optional<UserMessage> checkHeader(QVariantMap &entry);
     Checked<RecordRow> writeHeader(const RecordRow &row, bool adding);
     std::optional<UserMessage> removeHeader(const RecordRow &row);
 

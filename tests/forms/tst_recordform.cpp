@@ -18,7 +18,7 @@ using namespace zarek;
 namespace {
 
 // A small screen on the record form over Sklad: a date, a text covered by a combo while a row is
-// pending, a name, a number and a yes/no mark.
+// pending, a name, a number and a yes/no mark, each naming its column as a .ui file would.
 struct StockScreen {
     explicit StockScreen(QSqlDatabase db, RecordFormConfig config = {})
     {
@@ -37,17 +37,18 @@ struct StockScreen {
             boxes[i] = new QLineEdit(&window);
             boxes[i]->setObjectName(QStringLiteral("txtFields%1_%2").arg(config.suffix).arg(i));
             fields->addRow(QString::fromUtf8(labels[i]), boxes[i]);
-            form->bind(boxes[i], QString::fromLatin1(columns[i]));
+            boxes[i]->setProperty(RecordForm::columnProperty, QString::fromLatin1(columns[i]));
         }
         combo = new QComboBox(&window);
         combo->setObjectName(QStringLiteral("Combo1"));
         combo->addItems({QStringLiteral("Фактура"), QStringLiteral("Стокова разписка")});
         fields->addRow(QString(), combo);
-        form->cover(boxes[1], combo);
+        combo->setProperty(RecordForm::columnProperty, QStringLiteral("DocVid"));
         mark = new QCheckBox(QStringLiteral("Изписан"), &window);
         mark->setObjectName(QStringLiteral("chkFields"));
         fields->addRow(QString(), mark);
-        form->bind(mark, QStringLiteral("Lipsa"));
+        mark->setProperty(RecordForm::columnProperty, QStringLiteral("Lipsa"));
+        bound = form->bindColumns(&window);
         auto *layout = new QVBoxLayout(&window);
         layout->addLayout(fields);
         layout->addWidget(form);
@@ -70,6 +71,7 @@ struct StockScreen {
 
     QWidget window;
     RecordForm *form = nullptr;
+    bool bound = false;
     QLineEdit *boxes[4] = {};
     QComboBox *combo = nullptr;
     QCheckBox *mark = nullptr;
@@ -464,6 +466,58 @@ private slots:
         QCOMPARE(screen.boxes[3]->text(), QStringLiteral("7"));
         QVERIFY(!screen.button("cmdUpdate")->isHidden());
         QCOMPARE(stockRows(scratch.db()), 0);
+    }
+
+    // A .ui file that names a column the table lacks (a typo) shows no rows under a wrong caption.
+    void aBoxNamingAColumnTheRowsLackIsRefusedAtOpening()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        addThree(scratch.db());
+        RecordingMessageService messages;
+        QWidget window;
+        auto *form = new RecordForm(std::make_unique<RecordStore>(scratch.db(), QStringLiteral("Sklad"),
+                                                                  QStringList{QStringLiteral("Name")}, QStringLiteral("Data")),
+                                    {}, &window);
+        auto *name = new QLineEdit(&window);
+        name->setObjectName(QStringLiteral("txtFields_0"));
+        name->setProperty(RecordForm::columnProperty, QStringLiteral("Name"));
+        auto *typo = new QLineEdit(&window);
+        typo->setObjectName(QStringLiteral("txtFields_1"));
+        typo->setProperty(RecordForm::columnProperty, QStringLiteral("Nmae"));
+        QVERIFY(!form->bindColumns(&window));
+        QVERIFY(!form->open());
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при зареждане!"));
+        QVERIFY(messages.shown[0].text.contains(QStringLiteral("txtFields_1")));
+        QCOMPARE(form->rowCount(), 0);
+        QVERIFY(name->text().isEmpty());
+
+        StockScreen screen(scratch.db());
+        QVERIFY(screen.bound);  // every box of a well-made screen is found
+        QCOMPARE(screen.name(), QStringLiteral("Артикул 1"));
+    }
+
+    // What a check puts right in the entry (a name trimmed, a number padded) is what stands in
+    // the box and what is written, even when a later check refuses the save.
+    void whatTheCheckPutsRightIsShownAndWritten()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        RecordingMessageService messages;
+        RecordFormConfig config;
+        config.validate = [](QVariantMap &entry) -> std::optional<UserMessage> {
+            entry.insert(QStringLiteral("Name"), entry.value(QStringLiteral("Name")).toString().trimmed());
+            if (entry.value(QStringLiteral("Kol")).toString().isEmpty())
+                return UserMessage::twoLines({}, QStringLiteral("Няма количество!"), QStringLiteral("Моля, въведете количество."));
+            return std::nullopt;
+        };
+        StockScreen screen(scratch.db(), config);
+        screen.button("cmdAdd")->click();
+        screen.boxes[2]->setText(QStringLiteral("  Филтър  "));
+        QVERIFY(!screen.form->update());
+        QCOMPARE(screen.boxes[2]->text(), QStringLiteral("Филтър"));
+        screen.boxes[3]->setText(QStringLiteral("2"));
+        QVERIFY(screen.form->update());
+        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT Name FROM Sklad")).toString(), QStringLiteral("Филтър"));
     }
 
     void aNumberColumnRefusesTextAndWritesNothing()
