@@ -1,6 +1,6 @@
 #include "data/textlist.h"
 
-#include <QSqlQuery>
+#include "data/query.h"
 #include <QVariant>
 
 namespace zarek {
@@ -8,9 +8,8 @@ namespace zarek {
 QStringList nonBlankTexts(QSqlDatabase db, const QString &sql)
 {
     QStringList values;
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(sql))
+    Query query(db, sql);
+    if (query.run(QString()))
         return values;
     while (query.next()) {
         const QString value = query.value(0).toString();
