@@ -3,9 +3,8 @@
 #include "core/dates.h"
 #include "core/version.h"
 #include "data/currencyrows.h"
-#include "data/sqlerror.h"
+#include "data/query.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -21,11 +20,6 @@ const QString courseColumns =
     QStringLiteral("SELECT data, kola, ton, km, Tarifa, bruto, Marsh, Klient, Tovar, plat, Fakt FROM tabl ");
 const QString periodAndOrder = QStringLiteral("data BETWEEN ? AND ? ORDER BY data, id");
 
-UserMessage readErrorTitleMessage(const QSqlQuery &query)
-{
-    return sqlErrorMessage(QStringLiteral("ГРЕШКА при четене!"), query.lastError());
-}
-
 // The search dialogs always give a period; one without both ends is refused, not guessed.
 std::optional<UserMessage> checkPeriod(const Period &period)
 {
@@ -37,15 +31,7 @@ std::optional<UserMessage> checkPeriod(const Period &period)
 
 Checked<RowSet> runQuery(QSqlDatabase db, const QString &sql, const QList<QVariant> &values)
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.prepare(sql))
-        return readErrorTitleMessage(query);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        return readErrorTitleMessage(query);
-    return RowSet::fromQuery(query, QStringLiteral("ГРЕШКА при четене!"));
+    return readRows(db, QStringLiteral("ГРЕШКА при четене!"), sql, values);
 }
 
 // Landscape A4 with the margins and preview window of the course reports.
