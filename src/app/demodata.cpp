@@ -10,6 +10,7 @@
 #include "app/firststart.h"
 #include "documents/documentstore.h"
 #include "data/changeoverstore.h"
+#include "data/query.h"
 #include "data/schema.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
@@ -18,7 +19,6 @@
 #include "waybills/fuelnorm.h"
 
 #include <QSqlError>
-#include <QSqlQuery>
 #include <QTime>
 #include <QVariant>
 
@@ -62,7 +62,7 @@ private:
     template <typename T>
     const T &pick(const std::vector<T> &items) { return items[static_cast<size_t>(between(0, int(items.size()) - 1))]; }
 
-    bool exec(QSqlQuery &query);
+    bool run(Query &query, const QVariantList &values);
     bool insert(const QString &sql, const QVariantList &values);
 
     bool firmAndUsers();
@@ -95,21 +95,16 @@ private:
     double priceOn(double leva, const QDate &day) const { return convertPrice(leva, Currency::Leva, currencyOn(day)); }
 };
 
-bool Generator::exec(QSqlQuery &query)
+bool Generator::run(Query &query, const QVariantList &values)
 {
-    if (query.exec())
-        return true;
-    m_error = sqlErrorMessage(demoTitle, query.lastError());
-    return false;
+    m_error = query.run(demoTitle, values);
+    return !m_error;
 }
 
 bool Generator::insert(const QString &sql, const QVariantList &values)
 {
-    QSqlQuery query(m_db);
-    query.prepare(sql);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    return exec(query);
+    Query query(m_db, sql);
+    return run(query, values);
 }
 
 QString Generator::plate()
@@ -295,10 +290,8 @@ bool Generator::history()
 {
     Transaction transaction(m_db);
     // Invoices: one per client and month for courses older than a month, numbered in date order.
-    QSqlQuery groups(m_db);
-    groups.prepare(QStringLiteral("SELECT Klient, data FROM tabl WHERE data < ? ORDER BY data, id"));
-    groups.addBindValue(m_options.today.addDays(-30));
-    if (!exec(groups))
+    Query groups(m_db, QStringLiteral("SELECT Klient, data FROM tabl WHERE data < ? ORDER BY data, id"));
+    if (!run(groups, {m_options.today.addDays(-30)}))
         return false;
     QHash<QString, QString> numbers;  // client|yyyy-MM -> invoice number
     std::vector<std::pair<QString, QDate>> keys;
@@ -311,50 +304,35 @@ bool Generator::history()
             keys.emplace_back(key, QDate(date.year(), date.month(), 1));
         }
     }
-    QSqlQuery invoice(m_db);
-    invoice.prepare(QStringLiteral("UPDATE tabl SET Fakt = ?, NomFakt = ?, DateMod = ?, TimeMod = ? "
-                                   "WHERE Klient = ? AND data BETWEEN ? AND ? AND data < ?"));
+    Query invoice(m_db,
+                  QStringLiteral("UPDATE tabl SET Fakt = ?, NomFakt = ?, DateMod = ?, TimeMod = ? "
+                                 "WHERE Klient = ? AND data BETWEEN ? AND ? AND data < ?"));
     for (const auto &[key, month] : keys) {
-        invoice.addBindValue(true);
-        invoice.addBindValue(numbers.value(key));
-        invoice.addBindValue(month.addMonths(1));
-        invoice.addBindValue(QTime(10, 15));
-        invoice.addBindValue(key.section(QLatin1Char('|'), 0, 0));
-        invoice.addBindValue(month);
-        invoice.addBindValue(month.addMonths(1).addDays(-1));
-        invoice.addBindValue(m_options.today.addDays(-30));
-        if (!exec(invoice))
+        if (!run(invoice,
+                 {true, numbers.value(key), month.addMonths(1), QTime(10, 15), key.section(QLatin1Char('|'), 0, 0),
+                  month, month.addMonths(1).addDays(-1), m_options.today.addDays(-30)}))
             return false;
     }
     m_summary.invoices = int(keys.size());
     // Every number issued is held once, as the invoicing screen records it at closing.
-    QSqlQuery issued(m_db);
-    issued.prepare(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"));
+    Query issued(m_db, QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"));
     for (const auto &[key, month] : keys) {
-        issued.addBindValue(numbers.value(key));
-        issued.addBindValue(key.section(QLatin1Char('|'), 0, 0));
-        issued.addBindValue(month.addMonths(1));
-        if (!exec(issued))
+        if (!run(issued, {numbers.value(key), key.section(QLatin1Char('|'), 0, 0), month.addMonths(1)}))
             return false;
     }
     // The invoices issued from the changeover on were issued in euro.
     if (m_changeover.isSet()) {
-        QSqlQuery euroInvoice(m_db);
-        euroInvoice.prepare(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES (?)"));
+        Query euroInvoice(m_db, QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES (?)"));
         for (const auto &[key, month] : keys) {
             if (month.addMonths(1) < m_changeover.date)
                 continue;
-            euroInvoice.addBindValue(numbers.value(key));
-            if (!exec(euroInvoice))
+            if (!run(euroInvoice, {numbers.value(key)}))
                 return false;
         }
     }
     // Drivers are paid for most courses older than three weeks.
-    QSqlQuery paid(m_db);
-    paid.prepare(QStringLiteral("UPDATE tabl SET plat = ? WHERE data < ? AND id % 17 <> 0"));
-    paid.addBindValue(true);
-    paid.addBindValue(m_options.today.addDays(-20));
-    if (!exec(paid))
+    Query paid(m_db, QStringLiteral("UPDATE tabl SET plat = ? WHERE data < ? AND id % 17 <> 0"));
+    if (!run(paid, {true, m_options.today.addDays(-20)}))
         return false;
     return transaction.commit() || (m_error = sqlErrorMessage(demoTitle, m_db.lastError()), false);
 }

@@ -3,11 +3,11 @@
 #include "app/passwordhash.h"
 #include "core/textcheck.h"
 #include "data/changeoverstore.h"
+#include "data/query.h"
 #include "data/schema.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -18,9 +18,8 @@ const QString saveTitle = QStringLiteral("ГРЕШКА при запис!");
 
 bool hasRows(QSqlDatabase db, const QString &table)
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    return query.exec(QStringLiteral("SELECT 1 FROM %1 LIMIT 1").arg(table)) && query.next();
+    Query query(db, QStringLiteral("SELECT 1 FROM %1 LIMIT 1").arg(table));
+    return !query.run(QString()) && query.next();
 }
 
 QString optional(const QString &text)
@@ -117,18 +116,16 @@ std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const Fir
     if (auto refused = checkTypedTexts(texts, QStringLiteral("   ВНИМАНИЕ!")))
         return refused;
 
-    QSqlQuery query(db);
     if (!state.hasFirm) {
-        query.prepare(QStringLiteral("INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, UserCountry, UserDanN, "
-                                     "UserBULSTAT, UserMOL, UserEmail, UserTel, UserGSM, UserURL) "
-                                     "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-        for (const QString &value : {firm.UserName.trimmed(), firm.UserAdres.trimmed(), firm.UserCity.trimmed(),
-                                     optional(firm.UserCountry), optional(firm.UserDanN), optional(firm.UserBULSTAT),
-                                     optional(firm.UserMOL), optional(firm.UserEmail), firm.UserTel.trimmed(),
-                                     firm.UserGSM.trimmed(), optional(firm.UserURL)})
-            query.addBindValue(value);
-        if (!query.exec())
-            return sqlErrorMessage(saveTitle, query.lastError());
+        if (auto failure = execute(db, saveTitle,
+                                   QStringLiteral("INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, UserCountry, "
+                                                  "UserDanN, UserBULSTAT, UserMOL, UserEmail, UserTel, UserGSM, "
+                                                  "UserURL) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                                   {firm.UserName.trimmed(), firm.UserAdres.trimmed(), firm.UserCity.trimmed(),
+                                    optional(firm.UserCountry), optional(firm.UserDanN), optional(firm.UserBULSTAT),
+                                    optional(firm.UserMOL), optional(firm.UserEmail), firm.UserTel.trimmed(),
+                                    firm.UserGSM.trimmed(), optional(firm.UserURL)}))
+            return failure;
         if (euroFromStart) {
             const Checked<Changeover> recorded = loadChangeover(db);
             if (!recorded)
@@ -139,11 +136,9 @@ std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const Fir
             }
         }
     }
-    query.prepare(QStringLiteral("INSERT INTO Users (Ime, Password, Vid) VALUES (?, ?, 'A')"));
-    query.addBindValue(name);
-    query.addBindValue(hash);
-    if (!query.exec())
-        return sqlErrorMessage(saveTitle, query.lastError());
+    if (auto failure = execute(db, saveTitle, QStringLiteral("INSERT INTO Users (Ime, Password, Vid) VALUES (?, ?, 'A')"),
+                               {name, hash}))
+        return failure;
     if (!transaction.commit())
         return sqlErrorMessage(saveTitle, transaction.lastError());
     return std::nullopt;

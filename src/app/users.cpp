@@ -1,8 +1,8 @@
 #include "users.h"
 
 #include "app/passwordhash.h"
+#include "data/query.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 #include <algorithm>
@@ -12,9 +12,8 @@ namespace zarek {
 UserCheck CheckUser(QSqlDatabase db, const QString &password, const QString &name)
 {
     UserCheck check;
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT Ime, Password, Vid FROM Users ORDER BY Ime, id")))
+    Query query(db, QStringLiteral("SELECT Ime, Password, Vid FROM Users ORDER BY Ime, id"));
+    if (query.run(QString()))
         return check;
     const bool acceptable = !name.trimmed().isEmpty() && !password.isEmpty();
     bool anyRow = false;
@@ -50,9 +49,8 @@ int signInDelayMs(int failures)
 QStringList ordinaryUserNames(QSqlDatabase db)
 {
     QStringList names;
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT Ime, Vid FROM Users ORDER BY Vid, Ime")))
+    Query query(db, QStringLiteral("SELECT Ime, Vid FROM Users ORDER BY Vid, Ime"));
+    if (query.run(QString()))
         return names;
     while (query.next()) {
         const QString vid = query.value(1).toString();

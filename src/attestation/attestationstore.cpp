@@ -1,8 +1,8 @@
 #include "attestationstore.h"
 
+#include "data/query.h"
 #include "data/sqlerror.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -15,10 +15,9 @@ const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
 
 Checked<QStringList> attestationDriverNames(QSqlDatabase db)
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT ime FROM shof ORDER BY kod, id")))
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db, QStringLiteral("SELECT ime FROM shof ORDER BY kod, id"));
+    if (auto failure = query.run(readTitle))
+        return *failure;
     QStringList names;
     while (query.next())
         names.append(query.value(0).toString());
@@ -27,12 +26,9 @@ Checked<QStringList> attestationDriverNames(QSqlDatabase db)
 
 Checked<std::optional<AttestedDriver>> findAttestationDriver(QSqlDatabase db, const QString &name)
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT ime, EGN, LKarta FROM shof WHERE ime = ? ORDER BY kod, id"));
-    query.addBindValue(name);
-    if (!query.exec())
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db, QStringLiteral("SELECT ime, EGN, LKarta FROM shof WHERE ime = ? ORDER BY kod, id"));
+    if (auto failure = query.run(readTitle, {name}))
+        return *failure;
     if (!query.next())
         return std::optional<AttestedDriver>();
     return std::optional<AttestedDriver>(

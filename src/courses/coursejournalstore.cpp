@@ -1,13 +1,13 @@
 #include "courses/coursejournalstore.h"
 
 #include "data/dialect.h"
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/textlist.h"
 
 #include <QCollator>
 #include <QLocale>
 #include <QSqlError>
-#include <QSqlQuery>
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -20,10 +20,9 @@ const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
 
 QStringList distinctValues(QSqlDatabase db, const QString &column, QString *error)
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
+    Query query(db, distinctValuesQuery(QStringLiteral("tabl"), column));
     QStringList values;
-    if (!query.exec(distinctValuesQuery(QStringLiteral("tabl"), column))) {
+    if (query.run(readTitle)) {
         *error = query.lastError().text();
         return values;
     }
@@ -44,12 +43,9 @@ QStringList containing(const QStringList &values, const QString &text)
 
 void appendIn(QStringList &conditions, QVariantList &bound, const QString &column, const QStringList &values)
 {
-    QStringList marks;
-    for (const QString &value : values) {
-        marks.append(QStringLiteral("?"));
+    for (const QString &value : values)
         bound.append(value);
-    }
-    conditions.append(QStringLiteral("%1 IN (%2)").arg(column, marks.join(QLatin1Char(','))));
+    conditions.append(QStringLiteral("%1 IN (%2)").arg(column, placeholders(values.size())));
 }
 
 const char *columnName(JournalColumn column)
@@ -118,9 +114,8 @@ std::optional<UserMessage> CourseJournalStore::refreshLists()
     m_cargoes = distinctValues(m_db, QStringLiteral("Tovar"), &error);
     m_driverCodes = distinctValues(m_db, QStringLiteral("kod"), &error);
     m_driverNames.clear();
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT kod, ime FROM shof ORDER BY id")))
+    Query query(m_db, QStringLiteral("SELECT kod, ime FROM shof ORDER BY id"));
+    if (query.run(readTitle))
         error = query.lastError().text();
     while (query.next()) {
         const QString code = query.value(0).toString().trimmed();
@@ -209,14 +204,11 @@ Checked<QList<qint64>> CourseJournalStore::orderedIds(const JournalFilter &filte
     // column needs an index of its own.
     const bool byDate = sortColumn == JournalColumn::Date;
     const QString column = QString::fromLatin1(columnName(sortColumn));
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare((byDate ? QStringLiteral("SELECT id FROM tabl") : QStringLiteral("SELECT id, %1 FROM tabl").arg(column))
-                  + condition.sql + QStringLiteral(" ORDER BY data, id"));
-    for (const QVariant &value : condition.values)
-        query.addBindValue(value);
-    if (!query.exec())
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(m_db,
+                (byDate ? QStringLiteral("SELECT id FROM tabl") : QStringLiteral("SELECT id, %1 FROM tabl").arg(column))
+                    + condition.sql + QStringLiteral(" ORDER BY data, id"));
+    if (auto failure = query.run(readTitle, condition.values))
+        return *failure;
     QList<qint64> ids;
     if (byDate) {
         while (query.next())
@@ -275,13 +267,10 @@ Checked<QList<JournalRow>> CourseJournalStore::rows(const QList<qint64> &ids) co
 {
     if (ids.isEmpty())
         return QList<JournalRow>{};
-    QStringList marks;
     QVariantList values;
-    for (qint64 id : ids) {
-        marks.append(QStringLiteral("?"));
+    for (qint64 id : ids)
         values.append(id);
-    }
-    return read(QStringLiteral(" WHERE id IN (%1)").arg(marks.join(QLatin1Char(','))), values);
+    return read(QStringLiteral(" WHERE id IN (%1)").arg(placeholders(ids.size())), values);
 }
 
 Checked<QList<JournalRow>> CourseJournalStore::allRows(const JournalFilter &filter) const
@@ -295,14 +284,12 @@ Checked<QList<JournalRow>> CourseJournalStore::allRows(const JournalFilter &filt
 Checked<QList<JournalRow>> CourseJournalStore::read(const QString &condition, const QVariantList &values) const
 {
     QList<JournalRow> out;
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT id, data, kod, kola, Klient, Marsh, Tovar, ton, km, Tarifa, bruto, NomFakt, "
-                                 "Fakt, plat FROM tabl") + condition);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(m_db,
+                QStringLiteral("SELECT id, data, kod, kola, Klient, Marsh, Tovar, ton, km, Tarifa, bruto, "
+                               "NomFakt, Fakt, plat FROM tabl")
+                    + condition);
+    if (auto failure = query.run(readTitle, values))
+        return *failure;
     while (query.next()) {
         JournalRow row;
         row.id = query.value(0).toLongLong();
@@ -333,25 +320,19 @@ Checked<JournalSummary> CourseJournalStore::summary(const JournalFilter &filter)
         return summary;
     const QString month = dialectOf(m_db) == Dialect::PostgreSQL ? QStringLiteral("to_char(data, 'YYYY-MM')")
                                                                    : QStringLiteral("substr(data, 1, 7)");
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
     // One pass over the rows for both; gross in whole stotinki, so many rows add up without drift.
     // The money of the days from the changeover is in euro, that of the days before in leva.
     const Changeover changeover = booksChangeover();
     const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
-    query.prepare(QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), "
-                                 "SUM(CASE WHEN data >= ? THEN ROUND(bruto * 100) ELSE 0 END), "
-                                 "SUM(CASE WHEN data < ? THEN ROUND(bruto * 100) ELSE 0 END), "
-                                 "SUM(CASE WHEN data >= ? THEN 1 ELSE 0 END) FROM tabl")
-                      .arg(month)
-                  + condition.sql + QStringLiteral(" GROUP BY 1 ORDER BY 1"));
-    query.addBindValue(euroFrom);
-    query.addBindValue(euroFrom);
-    query.addBindValue(euroFrom);
-    for (const QVariant &value : condition.values)
-        query.addBindValue(value);
-    if (!query.exec())
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(m_db,
+                QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), "
+                               "SUM(CASE WHEN data >= ? THEN ROUND(bruto * 100) ELSE 0 END), "
+                               "SUM(CASE WHEN data < ? THEN ROUND(bruto * 100) ELSE 0 END), "
+                               "SUM(CASE WHEN data >= ? THEN 1 ELSE 0 END) FROM tabl")
+                        .arg(month)
+                    + condition.sql + QStringLiteral(" GROUP BY 1 ORDER BY 1"));
+    if (auto failure = query.run(readTitle, QVariantList{euroFrom, euroFrom, euroFrom} + condition.values))
+        return *failure;
     struct Month {
         QString name;
         qint64 euro, leva;

@@ -3,10 +3,10 @@
 #include "core/dates.h"
 #include "core/version.h"
 #include "data/currencyrows.h"
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "reports/reportrows.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -50,14 +50,11 @@ Checked<StreamedReport> courseRows(Report report, QSqlDatabase db, const QString
     const QString where = QStringLiteral("WHERE ") + condition + period;
     // Which currencies the courses are in, asked only where the period runs over the changeover.
     const auto rowsExist = [&](const QString &comparison, const QDate &day) {
-        QSqlQuery query(db);
-        query.setForwardOnly(true);
-        query.prepare(QStringLiteral("SELECT 1 FROM tabl ") + where + QStringLiteral("AND data ") + comparison
-                      + QStringLiteral(" ? LIMIT 1"));
-        for (const QVariant &value : values)
-            query.addBindValue(value);
-        query.addBindValue(day);
-        return query.exec() && query.next();
+        QVariantList bound = values;
+        bound.append(day);
+        Query query(db, QStringLiteral("SELECT 1 FROM tabl ") + where + QStringLiteral("AND data ") + comparison
+                            + QStringLiteral(" ? LIMIT 1"));
+        return !query.run(QStringLiteral("ГРЕШКА при четене!"), bound) && query.next();
     };
     const DatedAmounts amounts = datedAmountsOverPeriod(dates.from, dates.to, rowsExist);
     const Checked<std::shared_ptr<RowStream>> rows =

@@ -1,11 +1,12 @@
 #include "coursestore.h"
 
 #include "core/docnumber.h"
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
 #include <QSqlError>
-#include <QSqlQuery>
+#include <QSqlRecord>
 #include <QVariant>
 
 namespace zarek {
@@ -14,24 +15,24 @@ namespace {
 
 const QString expenseName = QStringLiteral("Разходи за курс");
 
-void bindCourseColumns(QSqlQuery &query, const Course &course)
+QVariantList courseColumns(const Course &course)
 {
-    query.addBindValue(course.data);
-    query.addBindValue(course.kod);
-    query.addBindValue(course.kola);
-    query.addBindValue(course.Klient);
-    query.addBindValue(course.Marsh);
-    query.addBindValue(course.Tovar);
-    query.addBindValue(course.km);
-    query.addBindValue(course.ton);
-    query.addBindValue(course.Tarifa);
-    query.addBindValue(course.bruto.toDouble());
-    query.addBindValue(course.procent.toDouble());
-    query.addBindValue(course.neto.toDouble());
-    query.addBindValue(course.Fakt);
-    query.addBindValue(course.NomFakt);
-    query.addBindValue(course.plat);
-    query.addBindValue(course.Doc);
+    return {course.data,
+            course.kod,
+            course.kola,
+            course.Klient,
+            course.Marsh,
+            course.Tovar,
+            course.km,
+            course.ton,
+            course.Tarifa,
+            course.bruto.toDouble(),
+            course.procent.toDouble(),
+            course.neto.toDouble(),
+            course.Fakt,
+            course.NomFakt,
+            course.plat,
+            course.Doc};
 }
 
 }
@@ -76,26 +77,24 @@ Checked<Course> CourseStore::write(const Course &course, Money expense)
         return sqlErrorMessage(saveErrorTitle(), m_db.lastError());
 
     Course saved = course;
-    QSqlQuery query(m_db);
     if (course.id == 0) {
-        query.prepare(QStringLiteral(
-            "INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, procent, neto, "
-            "Fakt, NomFakt, plat, Doc) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) "
-            "RETURNING id, row_version"));
-        bindCourseColumns(query, course);
-        if (!query.exec() || !query.next())
-            return sqlErrorMessage(saveErrorTitle(), query.lastError());
-        saved.id = query.value(0).toLongLong();
-        saved.rowVersion = query.value(1).toInt();
-        query.finish();  // SQLite cannot commit while a RETURNING statement is still open
+        Query insert(m_db,
+                     QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, "
+                                    "bruto, procent, neto, Fakt, NomFakt, plat, Doc) VALUES (?, ?, ?, ?, ?, ?, "
+                                    "?, ?, ?, ?, ?, ?, ?, ?, ?, ?) RETURNING id, row_version"));
+        if (auto failure = insert.run(saveErrorTitle(), courseColumns(course)))
+            return *failure;
+        if (!insert.next())
+            return insert.readFailure(saveErrorTitle()).value_or(rowConflictMessage(saveErrorTitle()));
+        saved.id = insert.value(0).toLongLong();
+        saved.rowVersion = insert.value(1).toInt();
+        insert.finish();  // SQLite cannot commit while a RETURNING statement is still open
     } else {
         // The stored row as this transaction sees it: an invoiced course keeps its figures here
         // too, whoever asks for the write.
-        QSqlQuery stored(m_db);
-        stored.prepare(QStringLiteral("SELECT * FROM tabl WHERE id = ?"));
-        stored.addBindValue(course.id);
-        if (!stored.exec())
-            return sqlErrorMessage(saveErrorTitle(), stored.lastError());
+        Query stored(m_db, QStringLiteral("SELECT * FROM tabl WHERE id = ?"));
+        if (auto failure = stored.run(saveErrorTitle(), {course.id}))
+            return *failure;
         if (!stored.next())
             return conflictMessage(saveErrorTitle());
         const Course before = fromRecord(stored.record());
@@ -106,36 +105,23 @@ Checked<Course> CourseStore::write(const Course &course, Money expense)
             && (changesInvoicedFigures(before, course) || course.bruto != before.bruto
                 || course.procent != before.procent || course.neto != before.neto))
             return invoicedCourseRefusal(before.NomFakt);
-        query.prepare(QStringLiteral(
-            "UPDATE tabl SET data = ?, kod = ?, kola = ?, Klient = ?, Marsh = ?, Tovar = ?, km = ?, ton = ?, "
-            "Tarifa = ?, bruto = ?, procent = ?, neto = ?, Fakt = ?, NomFakt = ?, plat = ?, Doc = ?, "
-            "row_version = row_version + 1 WHERE id = ? AND row_version = ?"));
-        bindCourseColumns(query, course);
-        query.addBindValue(course.id);
-        query.addBindValue(course.rowVersion);
-        if (!query.exec())
-            return sqlErrorMessage(saveErrorTitle(), query.lastError());
-        if (query.numRowsAffected() != 1)
-            return conflictMessage(saveErrorTitle());
+        if (auto failure = executeOnVersion(
+                m_db, saveErrorTitle(),
+                QStringLiteral("UPDATE tabl SET data = ?, kod = ?, kola = ?, Klient = ?, Marsh = ?, "
+                               "Tovar = ?, km = ?, ton = ?, Tarifa = ?, bruto = ?, procent = ?, neto = ?, "
+                               "Fakt = ?, NomFakt = ?, plat = ?, Doc = ?, row_version = row_version + 1 "
+                               "WHERE id = ? AND row_version = ?"),
+                courseColumns(course) + QVariantList{course.id, course.rowVersion}))
+            return *failure;
         saved.rowVersion = course.rowVersion + 1;
     }
 
-    QSqlQuery expenseRow(m_db);
-    expenseRow.prepare(QStringLiteral(
-        "INSERT INTO Sklad (DocVid, DocNom, Data, Name, Kol, Edin, Suma, VidKol, Lipsa, Ostat) "
-        "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-    expenseRow.addBindValue(course.kola);
-    expenseRow.addBindValue(noDocumentNumber());
-    expenseRow.addBindValue(course.data);
-    expenseRow.addBindValue(expenseName);
-    expenseRow.addBindValue(1.0);
-    expenseRow.addBindValue(expense.toDouble());
-    expenseRow.addBindValue(expense.toDouble());
-    expenseRow.addBindValue(QStringLiteral("R"));
-    expenseRow.addBindValue(true);
-    expenseRow.addBindValue(0.0);
-    if (!expenseRow.exec())
-        return sqlErrorMessage(saveErrorTitle(), expenseRow.lastError());
+    if (auto failure = execute(m_db, saveErrorTitle(),
+                               QStringLiteral("INSERT INTO Sklad (DocVid, DocNom, Data, Name, Kol, Edin, Suma, VidKol, "
+                                              "Lipsa, Ostat) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                               {course.kola, noDocumentNumber(), course.data, expenseName, 1.0, expense.toDouble(),
+                                expense.toDouble(), QStringLiteral("R"), true, 0.0}))
+        return *failure;
 
     if (!transaction.commit())
         return sqlErrorMessage(saveErrorTitle(), m_db.lastError());
@@ -145,23 +131,17 @@ Checked<Course> CourseStore::write(const Course &course, Money expense)
 std::optional<UserMessage> CourseStore::remove(const Course &course)
 {
     const QString title = QStringLiteral("ГРЕШКА при изтриване!");
-    QSqlQuery query(m_db);
-    query.prepare(QStringLiteral("DELETE FROM tabl WHERE id = ? AND row_version = ?"));
-    query.addBindValue(course.id);
-    query.addBindValue(course.rowVersion);
-    if (!query.exec())
-        return sqlErrorMessage(title, query.lastError());
-    if (query.numRowsAffected() != 1)
-        return conflictMessage(title);
+    if (auto failure
+        = executeOnVersion(m_db, title, QStringLiteral("DELETE FROM tabl WHERE id = ? AND row_version = ?"),
+                           {course.id, course.rowVersion}))
+        return failure;
     return std::nullopt;
 }
 
 std::optional<Course> CourseStore::find(qint64 id)
 {
-    QSqlQuery query(m_db);
-    query.prepare(QStringLiteral("SELECT * FROM tabl WHERE id = ?"));
-    query.addBindValue(id);
-    if (!query.exec() || !query.next())
+    Query query(m_db, QStringLiteral("SELECT * FROM tabl WHERE id = ?"));
+    if (query.run(QString(), {id}) || !query.next())
         return std::nullopt;
     return fromRecord(query.record());
 }

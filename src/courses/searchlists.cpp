@@ -1,8 +1,8 @@
 #include "searchlists.h"
 
+#include "data/query.h"
 #include "data/textlist.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek::searchlists {
@@ -41,9 +41,8 @@ QStringList invoiceNumbers(QSqlDatabase db)
 QStringList drivers(QSqlDatabase db)
 {
     QStringList values;
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT DISTINCT kod, ime FROM shof ORDER BY kod, ime")))
+    Query query(db, QStringLiteral("SELECT DISTINCT kod, ime FROM shof ORDER BY kod, ime"));
+    if (query.run(QString()))
         return values;
     while (query.next())
         values.append(query.value(0).toString() + QLatin1Char(',') + query.value(1).toString());

@@ -1,9 +1,9 @@
 #include "tariffbands.h"
 
 #include "core/formats.h"
+#include "data/query.h"
 #include "data/schema.h"
 
-#include <QSqlQuery>
 
 namespace zarek {
 
@@ -41,9 +41,8 @@ TariffBands loadTariffBands(QSqlDatabase &db)
     for (size_t i = 0; i < columns.size(); ++i)
         sql += (i ? QStringLiteral(", ") : QString()) + columns[i];
     sql += QStringLiteral(" FROM Tarifi ORDER BY id");
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (query.exec(sql) && query.next()) {
+    Query query(db, sql);
+    if (!query.run(QString()) && query.next()) {
         for (int i = 0; i < 6; ++i)
             bands.rates[static_cast<size_t>(i)] = query.value(i).toDouble();
     }

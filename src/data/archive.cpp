@@ -55,7 +55,7 @@ const QList<SchemaTable> &schemaTables()
 {
     static const QList<SchemaTable> tables = [] {
         QList<SchemaTable> list;
-        FileConnection memory(QStringLiteral(":memory:"));
+        PrivateConnection memory(QStringLiteral(":memory:"));
         QSqlDatabase db = memory.db();
         if (!db.isOpen() || upgradeSchema(db))
             return list;

@@ -38,12 +38,12 @@ std::optional<Fault> Snapshot::begin()
     m_sqlite = dialectOf(m_db) == Dialect::SQLite;
     if (auto fault = resolveNames(m_db, m_names))
         return fault;
-    m_work = std::make_unique<ClonedConnection>(m_db);
+    m_work = std::make_unique<PrivateConnection>(m_db);
     QSqlDatabase work = m_work->db();
     if (!work.isOpen())
         return engineFault(work.lastError());
     if (m_sqlite) {
-        m_copy = std::make_unique<ClonedConnection>(m_db);
+        m_copy = std::make_unique<PrivateConnection>(m_db);
         if (!m_copy->db().isOpen())
             return engineFault(m_copy->db().lastError());
         skipSyncs(m_copy->db());
@@ -113,7 +113,7 @@ const TableNames &Snapshot::courses() const
 // driver gives them, so dates, times and flags are stored as the program stores them on SQLite.
 std::optional<Fault> Snapshot::copyRowsInto(const QString &emptyFile, const std::function<void()> &tableDone)
 {
-    FileConnection archive(emptyFile);
+    PrivateConnection archive(emptyFile);
     QSqlDatabase out = archive.db();
     if (!out.isOpen())
         return engineFault(out.lastError());

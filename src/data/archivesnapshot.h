@@ -34,8 +34,8 @@ private:
     std::optional<Fault> copyRowsInto(const QString &emptyFile, const std::function<void()> &tableDone);
 
     QSqlDatabase m_db;
-    std::unique_ptr<ClonedConnection> m_work;  // the transaction: counts, PostgreSQL's rows, the delete
-    std::unique_ptr<ClonedConnection> m_copy;  // SQLite's VACUUM INTO
+    std::unique_ptr<PrivateConnection> m_work;  // the transaction: counts, PostgreSQL's rows, the delete
+    std::unique_ptr<PrivateConnection> m_copy;  // SQLite's VACUUM INTO
     std::unique_ptr<Transaction> m_transaction;
     QList<TableNames> m_names;
     RowCounts m_counts;

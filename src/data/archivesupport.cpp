@@ -240,7 +240,7 @@ std::optional<Fault> checkRecordedVersions(QSqlQuery &query, QList<int> &version
 
 std::optional<Fault> checkWrittenArchive(const QString &path, const RowCounts &expected)
 {
-    FileConnection archive(path, readOnlyOptions());
+    PrivateConnection archive(path, readOnlyOptions());
     QSqlDatabase db = archive.db();
     if (!db.isOpen())
         return engineFault(db.lastError());

@@ -2,6 +2,7 @@
 
 #include "core/usermessage.h"
 #include "data/archive.h"
+#include "data/query.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -36,60 +37,6 @@ QString quoted(const QString &identifier);
 QString quotedList(const QStringList &identifiers);
 QString uniqueSuffix();
 std::filesystem::path fsPath(const QString &path);
-
-// A SQLite connection of its own to one file, removed with it.
-class FileConnection {
-public:
-    explicit FileConnection(const QString &path, const QString &options = QString())
-        : m_name(QStringLiteral("zarek_archive_") + uniqueSuffix())
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
-        db.setDatabaseName(path);
-        db.setConnectOptions(options);
-        db.open();
-    }
-    ~FileConnection()
-    {
-        {
-            QSqlDatabase db = QSqlDatabase::database(m_name, false);
-            db.close();
-        }
-        QSqlDatabase::removeDatabase(m_name);
-    }
-    FileConnection(const FileConnection &) = delete;
-    FileConnection &operator=(const FileConnection &) = delete;
-
-    QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
-
-private:
-    QString m_name;
-};
-
-// A connection of its own to the database of db, removed with it: the work of these commands never
-// meets a statement or a transaction a screen left open on the program's connection.
-class ClonedConnection {
-public:
-    explicit ClonedConnection(const QSqlDatabase &db) : m_name(QStringLiteral("zarek_archive_") + uniqueSuffix())
-    {
-        QSqlDatabase clone = QSqlDatabase::cloneDatabase(db, m_name);
-        clone.open();
-    }
-    ~ClonedConnection()
-    {
-        {
-            QSqlDatabase db = QSqlDatabase::database(m_name, false);
-            db.close();
-        }
-        QSqlDatabase::removeDatabase(m_name);
-    }
-    ClonedConnection(const ClonedConnection &) = delete;
-    ClonedConnection &operator=(const ClonedConnection &) = delete;
-
-    QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
-
-private:
-    QString m_name;
-};
 
 // The options of a connection that only reads a file.
 QString readOnlyOptions();

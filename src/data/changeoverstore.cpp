@@ -2,11 +2,11 @@
 
 #include "core/dates.h"
 #include "core/formats.h"
+#include "data/query.h"
 #include "data/schema.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 #include <algorithm>
 #include <cmath>
@@ -17,24 +17,14 @@ namespace {
 
 const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
 
-QSqlQuery prepared(QSqlDatabase db, const QString &sql, const QVariantList &values)
-{
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    query.prepare(sql);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    return query;
-}
-
 std::optional<UserMessage> readTariffs(QSqlDatabase db, ChangeoverReview &review)
 {
     QString sql = QStringLiteral("SELECT id, row_version");
     for (const QString &column : tariffColumns())
         sql += QStringLiteral(", ") + column;
-    QSqlQuery query = prepared(db, sql + QStringLiteral(" FROM Tarifi ORDER BY id"), {});
-    if (!query.exec())
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db, sql + QStringLiteral(" FROM Tarifi ORDER BY id"));
+    if (auto failure = query.run(readTitle))
+        return failure;
     if (!query.next())
         return std::nullopt;
     ChangeoverReview::Tariffs tariffs;
@@ -50,9 +40,9 @@ std::optional<UserMessage> readTariffs(QSqlDatabase db, ChangeoverReview &review
 
 std::optional<UserMessage> readStock(QSqlDatabase db, ChangeoverReview &review)
 {
-    QSqlQuery query = prepared(db, QStringLiteral("SELECT id, row_version, Name, Broi, Edin FROM Nalich ORDER BY Name, id"), {});
-    if (!query.exec())
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db, QStringLiteral("SELECT id, row_version, Name, Broi, Edin FROM Nalich ORDER BY Name, id"));
+    if (auto failure = query.run(readTitle))
+        return failure;
     while (query.next()) {
         ChangeoverReview::Stock stock{query.value(0).toLongLong(), query.value(1).toInt(), query.value(2).toString(),
                                       query.value(3).toDouble(), query.value(4).toDouble(), 0};
@@ -64,13 +54,12 @@ std::optional<UserMessage> readStock(QSqlDatabase db, ChangeoverReview &review)
 
 std::optional<UserMessage> readReceipts(QSqlDatabase db, ChangeoverReview &review)
 {
-    QSqlQuery query = prepared(db,
-                               QStringLiteral("SELECT id, row_version, Data, DocVid, DocNom, Name, Ostat, Edin FROM Sklad "
-                                              "WHERE VidKol = 'P' AND Lipsa = ? AND Ostat > 0 AND Data < ? "
-                                              "ORDER BY Name, Data, id"),
-                               {false, review.date});
-    if (!query.exec())
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db,
+                QStringLiteral("SELECT id, row_version, Data, DocVid, DocNom, Name, Ostat, Edin FROM Sklad "
+                               "WHERE VidKol = 'P' AND Lipsa = ? AND Ostat > 0 AND Data < ? "
+                               "ORDER BY Name, Data, id"));
+    if (auto failure = query.run(readTitle, {false, review.date}))
+        return failure;
     while (query.next()) {
         ChangeoverReview::Receipt receipt{query.value(0).toLongLong(), query.value(1).toInt(), query.value(2).toDate(),
                                           query.value(3).toString(), query.value(4).toString(),
@@ -84,11 +73,11 @@ std::optional<UserMessage> readReceipts(QSqlDatabase db, ChangeoverReview &revie
 
 Checked<int> countFrom(QSqlDatabase db, const QString &table, const QString &dateColumn, const QDate &date)
 {
-    QSqlQuery query =
-        prepared(db, QStringLiteral("SELECT COUNT(*) FROM %1 WHERE %2 >= ?").arg(table, dateColumn), {date});
-    if (!query.exec() || !query.next())
-        return sqlErrorMessage(readTitle, query.lastError());
-    return query.value(0).toInt();
+    const Checked<QVariant> count
+        = scalar(db, readTitle, QStringLiteral("SELECT COUNT(*) FROM %1 WHERE %2 >= ?").arg(table, dateColumn), {date});
+    if (!count)
+        return count.message();
+    return count.value().toInt();
 }
 
 // The reviewed rows against what stands now: the same rows at the same versions.
@@ -142,9 +131,9 @@ QDate euroStartDate(const QDate &today)
 
 Checked<Changeover> loadChangeover(QSqlDatabase db)
 {
-    QSqlQuery query = prepared(db, QStringLiteral("SELECT Data, Kurs FROM Evro ORDER BY id"), {});
-    if (!query.exec())
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db, QStringLiteral("SELECT Data, Kurs FROM Evro ORDER BY id"));
+    if (auto failure = query.run(readTitle))
+        return *failure;
     Changeover changeover;
     if (query.next()) {
         changeover.date = query.value(0).toDate();
@@ -155,10 +144,11 @@ Checked<Changeover> loadChangeover(QSqlDatabase db)
 
 Checked<bool> isEuroInvoice(QSqlDatabase db, const QString &number)
 {
-    QSqlQuery query = prepared(db, QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"), {number});
-    if (!query.exec() || !query.next())
-        return sqlErrorMessage(readTitle, query.lastError());
-    return query.value(0).toInt() > 0;
+    const Checked<QVariant> count
+        = scalar(db, readTitle, QStringLiteral("SELECT COUNT(*) FROM EvroFakt WHERE NomFakt = ?"), {number});
+    if (!count)
+        return count.message();
+    return count.value().toInt() > 0;
 }
 
 Checked<ChangeoverReview> reviewChangeover(QSqlDatabase db, const QDate &date)
@@ -219,10 +209,7 @@ std::optional<UserMessage> runChangeover(QSqlDatabase db, const ChangeoverReview
             if (auto failure = beforeWrite(++writes))
                 return failure;
         }
-        QSqlQuery query = prepared(db, sql, values);
-        if (!query.exec())
-            return sqlErrorMessage(title, query.lastError());
-        return std::nullopt;
+        return execute(db, title, sql, values);
     };
 
     if (review.tariffs) {
@@ -258,11 +245,9 @@ std::optional<UserMessage> runChangeover(QSqlDatabase db, const ChangeoverReview
 
 std::optional<UserMessage> recordChangeover(QSqlDatabase db, const QDate &date, const QDateTime &now)
 {
-    QSqlQuery query = prepared(db, QStringLiteral("INSERT INTO Evro (Nomer, Data, Kurs, DateMod, TimeMod) VALUES (1, ?, ?, ?, ?)"),
-                               {date, static_cast<double>(euroRateScaled) / euroRateScale, now.date(), now.time()});
-    if (!query.exec())
-        return sqlErrorMessage(changeoverTitle(), query.lastError());
-    return std::nullopt;
+    return execute(db, changeoverTitle(),
+                   QStringLiteral("INSERT INTO Evro (Nomer, Data, Kurs, DateMod, TimeMod) VALUES (1, ?, ?, ?, ?)"),
+                   {date, static_cast<double>(euroRateScaled) / euroRateScale, now.date(), now.time()});
 }
 
 }

@@ -1,5 +1,6 @@
 #include "database.h"
 
+#include "data/query.h"
 #include "data/sqlitefile.h"
 
 #include <QDir>
@@ -83,8 +84,10 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
 
 Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName)
 {
-    if (QSqlDatabase::contains(connectionName))
+    if (QSqlDatabase::contains(connectionName)) {
+        forgetStatements(connectionName);
         QSqlDatabase::removeDatabase(connectionName);
+    }
     if (config.engine == DatabaseConfig::Engine::PostgreSQL)
         return connectPostgreSQL(config, connectionName);
     return connectSqlite(config, connectionName);
@@ -107,6 +110,7 @@ bool databaseIsNew(const DatabaseConfig &config)
 
 void closeDatabase(const QString &connectionName)
 {
+    forgetStatements(connectionName);
     {
         QSqlDatabase db = QSqlDatabase::database(connectionName, false);
         if (db.isOpen())

@@ -1,8 +1,8 @@
 #include "firmstore.h"
 
+#include "data/query.h"
 #include "data/sqlerror.h"
 
-#include <QSqlQuery>
 #include <QSqlRecord>
 #include <QVariant>
 
@@ -20,10 +20,9 @@ QString optionalField(const QVariant &value)
 
 FirmProfileLoad LoadFirmProfile(QSqlDatabase &db)
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT * FROM ZarekCfg ORDER BY id")))
-        return {std::nullopt, sqlErrorMessage(QStringLiteral("ГРЕШКА при четене!"), query.lastError())};
+    Query query(db, QStringLiteral("SELECT * FROM ZarekCfg ORDER BY id"));
+    if (auto failure = query.run(QStringLiteral("ГРЕШКА при четене!")))
+        return {std::nullopt, failure};
     if (!query.next())
         return {std::nullopt, UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Липсват данни!"),
                                                     QStringLiteral("Излизам от програмата!"),
@@ -49,8 +48,8 @@ std::optional<FirmRow> readFirmRow(QSqlDatabase db)
     FirmProfileLoad load = LoadFirmProfile(db);
     if (!load.profile)
         return std::nullopt;
-    QSqlQuery query(db);
-    if (!query.exec(QStringLiteral("SELECT id, row_version FROM ZarekCfg ORDER BY id")) || !query.next())
+    Query query(db, QStringLiteral("SELECT id, row_version FROM ZarekCfg ORDER BY id"));
+    if (query.run(QString()) || !query.next())
         return std::nullopt;
     return FirmRow{query.value(0).toLongLong(), query.value(1).toInt(), *load.profile};
 }
@@ -59,19 +58,15 @@ std::optional<UserMessage> writeFirmRow(QSqlDatabase db, const FirmRow &row)
 {
     const QString title = QStringLiteral("ГРЕШКА при запис!");
     const FirmProfile &p = row.profile;
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("UPDATE ZarekCfg SET UserName = ?, UserAdres = ?, UserCity = ?, UserCountry = ?, "
-                                 "UserDanN = ?, UserBULSTAT = ?, UserMOL = ?, UserEmail = ?, UserTel = ?, UserGSM = ?, "
-                                 "UserURL = ?, row_version = row_version + 1 WHERE id = ? AND row_version = ?"));
-    for (const QString &value : {p.UserName, p.UserAdres, p.UserCity, p.UserCountry, p.UserDanN, p.UserBULSTAT,
-                                 p.UserMOL, p.UserEmail, p.UserTel, p.UserGSM, p.UserURL})
-        query.addBindValue(value);
-    query.addBindValue(row.id);
-    query.addBindValue(row.rowVersion);
-    if (!query.exec())
-        return sqlErrorMessage(title, query.lastError());
-    if (query.numRowsAffected() != 1)
-        return rowConflictMessage(title);
+    if (auto failure = executeOnVersion(
+            db, title,
+            QStringLiteral("UPDATE ZarekCfg SET UserName = ?, UserAdres = ?, UserCity = ?, UserCountry = ?, "
+                           "UserDanN = ?, UserBULSTAT = ?, UserMOL = ?, UserEmail = ?, UserTel = ?, "
+                           "UserGSM = ?, UserURL = ?, row_version = row_version + 1 WHERE id = ? AND "
+                           "row_version = ?"),
+            {p.UserName, p.UserAdres, p.UserCity, p.UserCountry, p.UserDanN, p.UserBULSTAT, p.UserMOL, p.UserEmail,
+             p.UserTel, p.UserGSM, p.UserURL, row.id, row.rowVersion}))
+        return failure;
     return std::nullopt;
 }
 

@@ -207,7 +207,7 @@ private:
 // itself, all under the write lock in one transaction.
 std::optional<Fault> replaceOnSqlite(QSqlDatabase program, const PreparedArchive &archive, Steps &steps)
 {
-    ClonedConnection connection(program);
+    PrivateConnection connection(program);
     QSqlDatabase db = connection.db();
     if (!db.isOpen())
         return engineFault(db.lastError());
@@ -281,14 +281,14 @@ std::optional<Fault> replaceOnSqlite(QSqlDatabase program, const PreparedArchive
 // working copy many rows a statement, its identity moved past the highest id, in one transaction.
 std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchive &archive, Steps &steps)
 {
-    ClonedConnection connection(program);
+    PrivateConnection connection(program);
     QSqlDatabase db = connection.db();
     if (!db.isOpen())
         return engineFault(db.lastError());
     QList<TableNames> names;
     if (auto fault = resolveNames(db, names))
         return fault;
-    FileConnection copy(archive.workingCopy(), readOnlyOptions());
+    PrivateConnection copy(archive.workingCopy(), readOnlyOptions());
     QSqlDatabase source = copy.db();
     if (!source.isOpen())
         return engineFault(source.lastError());
@@ -414,7 +414,7 @@ std::optional<Fault> ownSchemaAt(const QList<int> &versions, QList<SchemaObject>
         out = *found;
         return std::nullopt;
     }
-    FileConnection reference(QStringLiteral(":memory:"));
+    PrivateConnection reference(QStringLiteral(":memory:"));
     if (auto fault = makeSchemaAt(reference.db(), versions))
         return fault;
     if (auto fault = readSchemaObjects(reference.db(), out))
@@ -466,7 +466,7 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
                               workRefusalRequest);
     };
     {
-        FileConnection source(file.absoluteFilePath(), readOnlyOptions());
+        PrivateConnection source(file.absoluteFilePath(), readOnlyOptions());
         QSqlDatabase db = source.db();
         if (!db.isOpen())
             return readRefusal(archivePath, db.lastError());
@@ -516,7 +516,7 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
 
         if (auto fault = createEmptyFile(copy->path()))
             return workRefusal(fault->text);
-        FileConnection working(copy->path(), QStringLiteral("QSQLITE_OPEN_URI"));
+        PrivateConnection working(copy->path(), QStringLiteral("QSQLITE_OPEN_URI"));
         QSqlDatabase out = working.db();
         if (!out.isOpen())
             return workRefusal(engineText(out.lastError()));
@@ -570,7 +570,7 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
 
     RowCounts counts;
     {
-        FileConnection working(copy->path());
+        PrivateConnection working(copy->path());
         QSqlDatabase db = working.db();
         if (!db.isOpen())
             return workRefusal(engineText(db.lastError()));

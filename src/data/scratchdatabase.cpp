@@ -1,5 +1,6 @@
 #include "scratchdatabase.h"
 
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 #include "data/scratchtables.h"
@@ -157,9 +158,62 @@ std::optional<UserMessage> ScratchDatabase::RebuildScratchTable(const QString &n
     return std::nullopt;
 }
 
+Checked<RowSet> ScratchDatabase::layOut(const QString &table, const QStringList &columns,
+                                        const QList<QVariantList> &rows, const QString &readBack)
+{
+    if (auto refusal = RebuildScratchTable(table))
+        return *refusal;
+    if (auto failure = fillScratchTable(db(), errorTitle, table, columns, rows))
+        return *failure;
+    return readRows(db(), errorTitle, readBack);
+}
+
+std::optional<UserMessage> fillScratchTable(QSqlDatabase scratch, const QString &title, const QString &table,
+                                            const QStringList &columns, const QList<QVariantList> &rows,
+                                            const std::function<void(int)> &progress)
+{
+    // Many rows to a statement: one statement a row costs more than the row. What is left over
+    // goes a row at a time, so a table has only two statements to keep.
+    constexpr int rowsPerStatement = 64;
+    const QString one = QLatin1Char('(') + placeholders(columns.size()) + QLatin1Char(')');
+    const QString head = QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(table, columns.join(QStringLiteral(", ")));
+    Transaction transaction(scratch);
+    if (!transaction.isActive())
+        return sqlErrorMessage(title, transaction.lastError());
+    if (auto failure = execute(scratch, title, QStringLiteral("DELETE FROM %1").arg(table)))
+        return failure;
+    const qsizetype batched = rows.size() - rows.size() % rowsPerStatement;
+    if (batched > 0) {
+        Query insert(scratch, head + QStringList(rowsPerStatement, one).join(QStringLiteral(", ")));
+        QVariantList values;
+        for (qsizetype first = 0; first < batched; first += rowsPerStatement) {
+            values.clear();
+            for (qsizetype row = first; row < first + rowsPerStatement; ++row)
+                values.append(rows.at(row));
+            if (auto failure = insert.run(title, values))
+                return failure;
+            if (progress)
+                progress(static_cast<int>(first + rowsPerStatement));
+        }
+    }
+    if (batched < rows.size()) {
+        Query insert(scratch, head + one);
+        for (qsizetype row = batched; row < rows.size(); ++row) {
+            if (auto failure = insert.run(title, rows.at(row)))
+                return failure;
+        }
+    }
+    if (!transaction.commit())
+        return sqlErrorMessage(title, transaction.lastError());
+    if (progress)
+        progress(static_cast<int>(rows.size()));
+    return std::nullopt;
+}
+
 void ScratchDatabase::close(bool removeFile)
 {
     if (!m_connection.isEmpty()) {
+        forgetStatements(m_connection);
         {
             QSqlDatabase db = QSqlDatabase::database(m_connection, false);
             db.close();

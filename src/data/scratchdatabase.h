@@ -1,9 +1,13 @@
 #pragma once
 
 #include "core/usermessage.h"
+#include "data/rowset.h"
 
 #include <QSqlDatabase>
 #include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -33,6 +37,11 @@ public:
     // TempKlientsNew with it). Whatever an earlier rebuild made is gone.
     std::optional<UserMessage> RebuildScratchTable(const QString &name);
 
+    // A scratch sheet: the named table made anew (as RebuildScratchTable), filled with rows and read
+    // back by readBack, a SELECT on it.
+    Checked<RowSet> layOut(const QString &table, const QStringList &columns, const QList<QVariantList> &rows,
+                           const QString &readBack);
+
     // Closes the connection; the file is removed when asked (as at the program's end).
     void close(bool removeFile = true);
 
@@ -47,5 +56,12 @@ private:
     QString m_connection;
     std::unique_ptr<QLockFile> m_lock;
 };
+
+// The rows of a scratch table replaced by rows (each holding the columns' values in order), in
+// one transaction, many rows to a statement; a failure is the error box titled title. progress is
+// told the rows written as they go.
+std::optional<UserMessage> fillScratchTable(QSqlDatabase scratch, const QString &title, const QString &table,
+                                            const QStringList &columns, const QList<QVariantList> &rows,
+                                            const std::function<void(int)> &progress = {});
 
 }

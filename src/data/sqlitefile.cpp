@@ -1,5 +1,6 @@
 #include "sqlitefile.h"
 
+#include "data/query.h"
 #include "data/schema.h"
 
 #include <QDir>
@@ -54,31 +55,6 @@ UserMessage cannotCreate(const QString &what, const QString &path, const QString
     return refusal(QStringLiteral("Не може да се създаде %1 %2: %3").arg(what, shown(path), reason),
                    QStringLiteral("Моля, проверете правата за запис и свободното място!"));
 }
-
-// A connection of its own for one check or one creation, removed with it.
-class OwnConnection {
-public:
-    OwnConnection(const QString &path, const QString &options)
-        : m_name(QStringLiteral("zarek_file_") + QUuid::createUuid().toString(QUuid::Id128))
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
-        db.setDatabaseName(path);
-        db.setConnectOptions(options);
-        db.open();
-    }
-    ~OwnConnection()
-    {
-        {
-            QSqlDatabase db = QSqlDatabase::database(m_name, false);
-            db.close();
-        }
-        QSqlDatabase::removeDatabase(m_name);
-    }
-    QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
-
-private:
-    QString m_name;
-};
 
 // SQLite's result codes as Qt reports them.
 bool isCode(const QSqlError &error, int code)
@@ -135,7 +111,7 @@ std::optional<UserMessage> createDatabaseFile(const QString &filePath)
     std::optional<UserMessage> failure;
     {
         // A rollback journal here: every commit is in the file itself when it is linked into place.
-        OwnConnection connection(aside, QString());
+        PrivateConnection connection(aside, QString());
         QSqlDatabase db = connection.db();
         if (!db.isOpen())
             failure = cannotCreate(QStringLiteral("файла"), filePath, db.lastError().databaseText());
@@ -192,7 +168,7 @@ std::optional<UserMessage> checkDatabaseFile(const QString &filePath)
                        QStringLiteral("Моля, разрешете записа в нея: базата данни пише и до файла си. "
                                       "Файлът не е променен."));
 
-    OwnConnection connection(filePath, QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=10000"));
+    PrivateConnection connection(filePath, QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=10000"));
     QSqlDatabase db = connection.db();
     if (!db.isOpen())
         return readError(filePath, db.lastError());

@@ -1,6 +1,6 @@
 #include "data/textlist.h"
 
-#include <QSqlQuery>
+#include "data/query.h"
 #include <QVariant>
 
 namespace zarek {
@@ -17,9 +17,8 @@ QString distinctValuesQuery(const QString &table, const QString &column)
 QStringList nonBlankTexts(QSqlDatabase db, const QString &sql)
 {
     QStringList values;
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(sql))
+    Query query(db, sql);
+    if (query.run(QString()))
         return values;
     while (query.next()) {
         const QString value = query.value(0).toString();

@@ -1,11 +1,11 @@
 #include "yearclose.h"
 
 #include "data/archivesnapshot.h"
+#include "data/query.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QMap>
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -15,9 +15,8 @@ using namespace archiving;
 int closingYear(QSqlDatabase db, const QDate &today)
 {
     QMap<int, qint64> perYear;
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (query.exec(QStringLiteral("SELECT data, COUNT(*) FROM tabl GROUP BY data"))) {
+    Query query(db, QStringLiteral("SELECT data, COUNT(*) FROM tabl GROUP BY data"));
+    if (!query.run(QString())) {
         while (query.next()) {
             const QVariant value = query.value(0);
             const QDate date = value.typeId() == QMetaType::QDate ? value.toDate()

@@ -1,11 +1,11 @@
 #include "documentstore.h"
 
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/textlist.h"
 #include "data/transaction.h"
 
 #include <QDateTime>
-#include <QSqlQuery>
 #include <QVariant>
 #include <algorithm>
 
@@ -43,17 +43,6 @@ const DocumentKind *findKind(const QList<DocumentKind> &kinds, const QString &na
     return found == kinds.end() ? nullptr : &*found;
 }
 
-// The statement run with its values; the error box when it fails.
-std::optional<UserMessage> run(QSqlQuery &query, const QString &sql, const QVariantList &values, const QString &title)
-{
-    query.prepare(sql);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        return sqlErrorMessage(title, query.lastError());
-    return std::nullopt;
-}
-
 // How far ahead of today a deadline can lie and still be warned of today: the longest warning,
 // and for a renewal requested ahead its working days (two calendar days each is more than enough).
 int longestLead(const QList<DocumentKind> &kinds)
@@ -70,10 +59,12 @@ DocumentStore::DocumentStore(QSqlDatabase db) : m_db(std::move(db)) {}
 
 Checked<QList<DocumentKind>> DocumentStore::kinds() const
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT id, Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia FROM DokVid ORDER BY Za, Ime, id")))
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(m_db);
+    if (auto failure
+        = query.exec(readTitle,
+                     QStringLiteral(
+                         "SELECT id, Ime, Za, Meseci, Dni, Predi, RabDni, Napomnia FROM DokVid ORDER BY Za, Ime, id")))
+        return *failure;
     QList<DocumentKind> list;
     while (query.next()) {
         DocumentKind kind;
@@ -104,15 +95,14 @@ std::optional<UserMessage> DocumentStore::removeKind(const RecordRow &row, const
     Transaction transaction(m_db);
     if (!transaction.isActive())
         return sqlErrorMessage(errorTitle, transaction.lastError());
-    QSqlQuery query(m_db);
+    Query query(m_db);
     // The row goes first (the write lock), then the documents of it are counted; any keeps it.
-    if (auto failure = run(query, QStringLiteral("DELETE FROM DokVid WHERE id = ? AND row_version = ?"),
-                           {row.id, row.rowVersion}, errorTitle))
+    if (auto failure
+        = executeOnVersion(m_db, errorTitle, QStringLiteral("DELETE FROM DokVid WHERE id = ? AND row_version = ?"),
+                           {row.id, row.rowVersion}))
         return failure;
-    if (query.numRowsAffected() != 1)
-        return rowConflictMessage(errorTitle);
-    if (auto failure = run(query, QStringLiteral("SELECT COUNT(*) FROM Dokumenti WHERE Vid = ?"),
-                           {row.values.value(QStringLiteral("Ime"))}, errorTitle))
+    if (auto failure = query.exec(errorTitle, QStringLiteral("SELECT COUNT(*) FROM Dokumenti WHERE Vid = ?"),
+                                  {row.values.value(QStringLiteral("Ime"))}))
         return failure;
     if (query.next() && query.value(0).toInt() > 0)
         return UserMessage::twoLines(errorTitle,
@@ -166,14 +156,12 @@ Checked<RecordRow> DocumentStore::save(const RecordRow &typed, bool adding, cons
     if (!transaction.isActive())
         return sqlErrorMessage(errorTitle, transaction.lastError());
     if (renewed && adding) {
-        QSqlQuery mark(m_db);
-        if (auto failure = run(mark,
+        if (auto failure
+            = executeOnVersion(m_db, errorTitle,
                                QStringLiteral("UPDATE Dokumenti SET Smenen = ?, row_version = row_version + 1 "
                                               "WHERE id = ? AND row_version = ?"),
-                               {true, renewed->id, renewed->rowVersion}, errorTitle))
+                               {true, renewed->id, renewed->rowVersion}))
             return *failure;
-        if (mark.numRowsAffected() != 1)
-            return rowConflictMessage(errorTitle);
     }
     const auto store = documents();
     if (auto failure = adding ? store->insert(row, errorTitle) : store->update(row, errorTitle))
@@ -188,13 +176,12 @@ std::optional<UserMessage> DocumentStore::remove(const RecordRow &row, const QSt
     Transaction transaction(m_db);
     if (!transaction.isActive())
         return sqlErrorMessage(errorTitle, transaction.lastError());
-    QSqlQuery query(m_db);
-    if (auto failure = run(query, QStringLiteral("DELETE FROM Dokumenti WHERE id = ? AND row_version = ?"),
-                           {row.id, row.rowVersion}, errorTitle))
+    Query query(m_db);
+    if (auto failure
+        = executeOnVersion(m_db, errorTitle, QStringLiteral("DELETE FROM Dokumenti WHERE id = ? AND row_version = ?"),
+                           {row.id, row.rowVersion}))
         return failure;
-    if (query.numRowsAffected() != 1)
-        return rowConflictMessage(errorTitle);
-    if (auto failure = run(query, QStringLiteral("DELETE FROM DokScan WHERE DokID = ?"), {row.id}, errorTitle))
+    if (auto failure = query.exec(errorTitle, QStringLiteral("DELETE FROM DokScan WHERE DokID = ?"), {row.id}))
         return failure;
     if (!transaction.commit())
         return sqlErrorMessage(errorTitle, transaction.lastError());
@@ -210,8 +197,9 @@ Checked<QList<RecordRow>> DocumentStore::history(const QString &kind, Holder hol
 
 Checked<std::optional<ScanInfo>> DocumentStore::scanInfo(qint64 documentId) const
 {
-    QSqlQuery query(m_db);
-    if (auto failure = run(query, QStringLiteral("SELECT Ime, Razmer FROM DokScan WHERE DokID = ?"), {documentId}, readTitle))
+    Query query(m_db);
+    if (auto failure
+        = query.exec(readTitle, QStringLiteral("SELECT Ime, Razmer FROM DokScan WHERE DokID = ?"), {documentId}))
         return *failure;
     if (!query.next())
         return std::optional<ScanInfo>();
@@ -220,8 +208,8 @@ Checked<std::optional<ScanInfo>> DocumentStore::scanInfo(qint64 documentId) cons
 
 Checked<QByteArray> DocumentStore::scanData(qint64 documentId) const
 {
-    QSqlQuery query(m_db);
-    if (auto failure = run(query, QStringLiteral("SELECT Danni FROM DokScan WHERE DokID = ?"), {documentId}, readTitle))
+    Query query(m_db);
+    if (auto failure = query.exec(readTitle, QStringLiteral("SELECT Danni FROM DokScan WHERE DokID = ?"), {documentId}))
         return *failure;
     if (!query.next())
         return QByteArray();
@@ -238,17 +226,19 @@ std::optional<UserMessage> DocumentStore::attachScan(qint64 documentId, const QS
     Transaction transaction(m_db);
     if (!transaction.isActive())
         return sqlErrorMessage(scanTitle, transaction.lastError());
-    QSqlQuery query(m_db);
-    if (auto failure = run(query, QStringLiteral("DELETE FROM DokScan WHERE DokID = ?"), {documentId}, scanTitle))
+    Query query(m_db);
+    if (auto failure = query.exec(scanTitle, QStringLiteral("DELETE FROM DokScan WHERE DokID = ?"), {documentId}))
         return failure;
     // The document must still be there: another user may have deleted it.
-    if (auto failure = run(query, QStringLiteral("SELECT COUNT(*) FROM Dokumenti WHERE id = ?"), {documentId}, scanTitle))
+    if (auto failure
+        = query.exec(scanTitle, QStringLiteral("SELECT COUNT(*) FROM Dokumenti WHERE id = ?"), {documentId}))
         return failure;
     if (!query.next() || query.value(0).toInt() != 1)
         return rowConflictMessage(scanTitle);
     query.finish();
-    if (auto failure = run(query, QStringLiteral("INSERT INTO DokScan (DokID, Ime, Razmer, Danni) VALUES (?, ?, ?, ?)"),
-                           {documentId, fileName, qint64(data.size()), data}, scanTitle))
+    if (auto failure
+        = query.exec(scanTitle, QStringLiteral("INSERT INTO DokScan (DokID, Ime, Razmer, Danni) VALUES (?, ?, ?, ?)"),
+                     {documentId, fileName, qint64(data.size()), data}))
         return failure;
     if (!transaction.commit())
         return sqlErrorMessage(scanTitle, transaction.lastError());
@@ -257,8 +247,8 @@ std::optional<UserMessage> DocumentStore::attachScan(qint64 documentId, const QS
 
 std::optional<UserMessage> DocumentStore::removeScan(qint64 documentId) const
 {
-    QSqlQuery query(m_db);
-    return run(query, QStringLiteral("DELETE FROM DokScan WHERE DokID = ?"), {documentId}, scanTitle);
+    Query query(m_db);
+    return query.exec(scanTitle, QStringLiteral("DELETE FROM DokScan WHERE DokID = ?"), {documentId});
 }
 
 Checked<RowSet> DocumentStore::dueList(const QDate &today) const
@@ -266,15 +256,15 @@ Checked<RowSet> DocumentStore::dueList(const QDate &today) const
     const Checked<QList<DocumentKind>> kindList = kinds();
     if (!kindList)
         return kindList.message();
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (auto failure = run(query,
-                           QStringLiteral("SELECT d.id, d.Vid, d.Za, d.Kod, d.Nomer, d.Valid, "
-                                          "(SELECT MAX(s.ime) FROM shof s WHERE s.kod = d.Kod) "
-                                          "FROM Dokumenti d JOIN DokVid k ON k.Ime = d.Vid "
-                                          "WHERE d.Smenen = ? AND k.Napomnia = ? AND d.Valid IS NOT NULL AND d.Valid <= ? "
-                                          "ORDER BY d.Valid, d.id"),
-                           {false, true, today.addDays(longestLead(kindList.value()))}, readTitle))
+    Query query(m_db);
+    if (auto failure
+        = query.exec(readTitle,
+                     QStringLiteral("SELECT d.id, d.Vid, d.Za, d.Kod, d.Nomer, d.Valid, "
+                                    "(SELECT MAX(s.ime) FROM shof s WHERE s.kod = d.Kod) "
+                                    "FROM Dokumenti d JOIN DokVid k ON k.Ime = d.Vid "
+                                    "WHERE d.Smenen = ? AND k.Napomnia = ? AND d.Valid IS NOT NULL AND d.Valid <= ? "
+                                    "ORDER BY d.Valid, d.id"),
+                     {false, true, today.addDays(longestLead(kindList.value()))}))
         return *failure;
     struct Due {
         QList<QVariant> cells;
@@ -330,9 +320,8 @@ QStringList DocumentStore::trucks() const
 QList<QPair<QString, QString>> DocumentStore::drivers() const
 {
     QList<QPair<QString, QString>> list;
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT kod, ime FROM shof ORDER BY kod, id")))
+    Query query(m_db);
+    if (query.exec(readTitle, QStringLiteral("SELECT kod, ime FROM shof ORDER BY kod, id")))
         return list;
     while (query.next()) {
         const QString code = query.value(0).toString().trimmed();
@@ -344,13 +333,12 @@ QList<QPair<QString, QString>> DocumentStore::drivers() const
 
 Checked<int> DocumentStore::holderDocumentCount(Holder holder, const QString &key) const
 {
-    QSqlQuery query(m_db);
-    if (auto failure = run(query, QStringLiteral("SELECT COUNT(*) FROM Dokumenti WHERE Za = ? AND Kod = ?"),
-                           {holderCode(holder), key.trimmed()}, readTitle))
-        return *failure;
-    if (!query.next())
-        return sqlErrorMessage(readTitle, query.lastError());
-    return query.value(0).toInt();
+    const Checked<QVariant> count
+        = scalar(m_db, readTitle, QStringLiteral("SELECT COUNT(*) FROM Dokumenti WHERE Za = ? AND Kod = ?"),
+                 {holderCode(holder), key.trimmed()});
+    if (!count)
+        return count.message();
+    return count.value().toInt();
 }
 
 std::optional<UserMessage> DocumentStore::removeHolder(Holder holder, const RecordRow &row, const QString &errorTitle) const
@@ -360,29 +348,29 @@ std::optional<UserMessage> DocumentStore::removeHolder(Holder holder, const Reco
     Transaction transaction(m_db);
     if (!transaction.isActive())
         return sqlErrorMessage(errorTitle, transaction.lastError());
-    QSqlQuery query(m_db);
-    if (auto failure = run(query,
-                           truck ? QStringLiteral("DELETE FROM Config WHERE id = ? AND row_version = ?")
-                                 : QStringLiteral("DELETE FROM shof WHERE id = ? AND row_version = ?"),
-                           {row.id, row.rowVersion}, errorTitle))
+    Query query(m_db);
+    if (auto failure = executeOnVersion(m_db, errorTitle,
+                                        truck ? QStringLiteral("DELETE FROM Config WHERE id = ? AND row_version = ?")
+                                              : QStringLiteral("DELETE FROM shof WHERE id = ? AND row_version = ?"),
+                                        {row.id, row.rowVersion}))
         return failure;
-    if (query.numRowsAffected() != 1)
-        return rowConflictMessage(errorTitle);
     // Another row of the same number or code keeps the documents: they are its too.
-    if (auto failure = run(query,
-                           truck ? QStringLiteral("SELECT COUNT(*) FROM Config WHERE TRIM(kola) = ?")
-                                 : QStringLiteral("SELECT COUNT(*) FROM shof WHERE TRIM(kod) = ?"),
-                           {key}, errorTitle))
+    if (auto failure = query.exec(errorTitle,
+                                  truck ? QStringLiteral("SELECT COUNT(*) FROM Config WHERE TRIM(kola) = ?")
+                                        : QStringLiteral("SELECT COUNT(*) FROM shof WHERE TRIM(kod) = ?"),
+                                  {key}))
         return failure;
     const bool keep = query.next() && query.value(0).toInt() > 0;
     query.finish();
     if (!keep && !key.isEmpty()) {
-        if (auto failure = run(query,
-                               QStringLiteral("DELETE FROM DokScan WHERE DokID IN (SELECT id FROM Dokumenti WHERE Za = ? AND Kod = ?)"),
-                               {holderCode(holder), key}, errorTitle))
+        if (auto failure
+            = query.exec(errorTitle,
+                         QStringLiteral(
+                             "DELETE FROM DokScan WHERE DokID IN (SELECT id FROM Dokumenti WHERE Za = ? AND Kod = ?)"),
+                         {holderCode(holder), key}))
             return failure;
-        if (auto failure = run(query, QStringLiteral("DELETE FROM Dokumenti WHERE Za = ? AND Kod = ?"),
-                               {holderCode(holder), key}, errorTitle))
+        if (auto failure = query.exec(errorTitle, QStringLiteral("DELETE FROM Dokumenti WHERE Za = ? AND Kod = ?"),
+                                      {holderCode(holder), key}))
             return failure;
     }
     if (!transaction.commit())

@@ -1,13 +1,11 @@
 #include "balansstore.h"
 
-#include "data/sqlerror.h"
-#include "data/transaction.h"
+#include "data/query.h"
+#include "data/scratchdatabase.h"
 
 #include "core/currency.h"
 
 #include <QHash>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <algorithm>
 
 namespace zarek {
@@ -16,11 +14,6 @@ namespace {
 
 const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
 const QString writeTitle = QStringLiteral("ГРЕШКА при запис!");
-
-UserMessage failure(const QString &title, const QSqlQuery &query)
-{
-    return sqlErrorMessage(title, query.lastError());
-}
 
 struct Sums {
     double first = 0;
@@ -32,15 +25,9 @@ struct Sums {
 std::optional<UserMessage> sumsByTruck(QSqlDatabase db, const QString &sql, const Period &period, int sumColumns,
                                        QHash<QString, Sums> &out, bool intoSecond, const QVariantList &first = {})
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    query.prepare(sql);
-    for (const QVariant &value : first)
-        query.addBindValue(value);
-    query.addBindValue(period.from);
-    query.addBindValue(period.to);
-    if (!query.exec())
-        return failure(readTitle, query);
+    Query query(db, sql);
+    if (auto failure = query.run(readTitle, first + QVariantList{period.from, period.to}))
+        return failure;
     while (query.next()) {
         Sums &sums = out[query.value(0).toString()];
         if (sumColumns == 2) {
@@ -52,9 +39,7 @@ std::optional<UserMessage> sumsByTruck(QSqlDatabase db, const QString &sql, cons
             sums.first += query.value(1).toDouble();
         }
     }
-    if (query.lastError().isValid())
-        return failure(readTitle, query);
-    return std::nullopt;
+    return query.readFailure(readTitle);
 }
 
 }
@@ -63,10 +48,9 @@ BalansStore::BalansStore(QSqlDatabase db) : m_db(std::move(db)) {}
 
 Checked<QStringList> BalansStore::trucks() const
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT DISTINCT kola FROM Config WHERE kola IS NOT NULL")))
-        return failure(readTitle, query);
+    Query query(m_db, QStringLiteral("SELECT DISTINCT kola FROM Config WHERE kola IS NOT NULL"));
+    if (auto failure = query.run(readTitle))
+        return *failure;
     QStringList trucks;
     while (query.next())
         trucks.append(query.value(0).toString());
@@ -130,48 +114,30 @@ Checked<QList<TruckBalance>> BalansStore::balances(BalansMode mode, const Period
 
 Checked<RowSet> BalansStore::waybills(const QString &kola, const Period &period) const
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT ListID, Data, NameDriver, SumRazhN, ZarN FROM RowdList "
-                                 "WHERE Kola = ? AND Data BETWEEN ? AND ? ORDER BY Data, ListID"));
-    query.addBindValue(kola);
-    query.addBindValue(period.from);
-    query.addBindValue(period.to);
-    if (!query.exec())
-        return failure(readTitle, query);
-    return RowSet::fromQuery(query, readTitle);
+    return readRows(m_db, readTitle,
+                    QStringLiteral("SELECT ListID, Data, NameDriver, SumRazhN, ZarN FROM RowdList "
+                                   "WHERE Kola = ? AND Data BETWEEN ? AND ? ORDER BY Data, ListID"),
+                    {kola, period.from, period.to});
 }
 
 std::optional<UserMessage> BalansStore::writeScratch(QSqlDatabase scratch, BalansMode mode,
                                                      const QList<TruckBalance> &balances, Currency currency)
 {
-    Transaction transaction(scratch);
-    QSqlQuery insert(scratch);
-    if (!insert.prepare(QStringLiteral("INSERT INTO TempBalans (Red, Kola, Prihod, Razhod, Ostatak) "
-                                       "VALUES (?, ?, ?, ?, ?)")))
-        return failure(writeTitle, insert);
+    QList<QVariantList> rows;
     int red = 0;
-    for (const TruckBalance &balance : balances) {
-        insert.bindValue(0, ++red);
-        insert.bindValue(1, balance.kola);
-        insert.bindValue(2, balansFigure(mode, balance.prihod, currency));
-        insert.bindValue(3, balansFigure(mode, balance.razhod, currency));
-        insert.bindValue(4, balansFigure(mode, balance.ostatak(), currency));
-        if (!insert.exec())
-            return failure(writeTitle, insert);
-    }
-    if (!transaction.commit())
-        return sqlErrorMessage(writeTitle, scratch.lastError());
-    return std::nullopt;
+    for (const TruckBalance &balance : balances)
+        rows.append({++red, balance.kola, balansFigure(mode, balance.prihod, currency),
+                     balansFigure(mode, balance.razhod, currency), balansFigure(mode, balance.ostatak(), currency)});
+    return fillScratchTable(scratch, writeTitle, QStringLiteral("TempBalans"),
+                            {QStringLiteral("Red"), QStringLiteral("Kola"), QStringLiteral("Prihod"),
+                             QStringLiteral("Razhod"), QStringLiteral("Ostatak")},
+                            rows);
 }
 
 Checked<RowSet> BalansStore::readScratch(QSqlDatabase scratch)
 {
-    QSqlQuery query(scratch);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT Red, Kola, Prihod, Razhod, Ostatak FROM TempBalans ORDER BY Red")))
-        return failure(readTitle, query);
-    return RowSet::fromQuery(query, readTitle);
+    return readRows(scratch, readTitle,
+                    QStringLiteral("SELECT Red, Kola, Prihod, Razhod, Ostatak FROM TempBalans ORDER BY Red"));
 }
 
 }

@@ -1,8 +1,8 @@
 #include "recordstore.h"
 
+#include "data/query.h"
 #include "data/sqlerror.h"
 
-#include <QSqlQuery>
 #include <QSqlRecord>
 
 #include <algorithm>
@@ -58,13 +58,9 @@ Checked<QList<RecordRow>> RecordStore::read(const QString &columns, const QStrin
     const QString order = reversed ? reversedOrder(m_orderBy) : m_orderBy;
     sql += QStringLiteral(" ORDER BY ") + (order.isEmpty() ? QString() : order + QStringLiteral(", ")) +
            (reversed ? QStringLiteral("id DESC") : QStringLiteral("id")) + tail;
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(sql);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        return sqlErrorMessage(errorTitle, query.lastError());
+    Query query(m_db, sql);
+    if (auto failure = query.run(errorTitle, values))
+        return *failure;
     QStringList names;
     for (const QString &column : m_columns)
         names.append(valueName(column));
@@ -109,15 +105,13 @@ Checked<int> RecordStore::countWhere(const QString &condition, const QVariantLis
                                      const QString &errorTitle) const
 {
     const QString where = whereWith(condition);
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT COUNT(*) FROM %1").arg(m_table)
-                  + (where.isEmpty() ? QString() : QStringLiteral(" WHERE ") + where));
-    for (const QVariant &value : m_whereValues)
-        query.addBindValue(value);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec() || !query.next())
+    QVariantList bound = m_whereValues;
+    bound += values;
+    Query query(m_db, QStringLiteral("SELECT COUNT(*) FROM %1").arg(m_table)
+                          + (where.isEmpty() ? QString() : QStringLiteral(" WHERE ") + where));
+    if (auto failure = query.run(errorTitle, bound))
+        return *failure;
+    if (!query.next())
         return sqlErrorMessage(errorTitle, query.lastError());
     return query.value(0).toInt();
 }
@@ -144,16 +138,13 @@ Checked<int> RecordStore::positionOf(qint64 id, const QString &errorTitle) const
     }
     QVariant key;
     {
-        QSqlQuery query(m_db);
-        query.setForwardOnly(true);
         const QString where = whereWith(QStringLiteral("id = ?"));
-        query.prepare(QStringLiteral("SELECT %1 FROM %2 WHERE %3")
-                          .arg(column.isEmpty() ? QStringLiteral("id") : column, m_table, where));
-        for (const QVariant &value : m_whereValues)
-            query.addBindValue(value);
-        query.addBindValue(id);
-        if (!query.exec())
-            return sqlErrorMessage(errorTitle, query.lastError());
+        Query query(m_db, QStringLiteral("SELECT %1 FROM %2 WHERE %3")
+                              .arg(column.isEmpty() ? QStringLiteral("id") : column, m_table, where));
+        QVariantList bound = m_whereValues;
+        bound.append(id);
+        if (auto failure = query.run(errorTitle, bound))
+            return *failure;
         if (!query.next())
             return -1;
         key = query.value(0);
@@ -188,28 +179,25 @@ Checked<QList<RecordRow>> RecordStore::fetch(const QList<qint64> &ids, const QSt
 {
     if (ids.isEmpty())
         return QList<RecordRow>();
-    QStringList marks;
     QVariantList values;
-    for (qint64 id : ids) {
-        marks.append(QStringLiteral("?"));
+    for (qint64 id : ids)
         values.append(id);
-    }
     return read(QStringLiteral(", ") + m_columns.join(QStringLiteral(", ")),
-                QStringLiteral("id IN (%1)").arg(marks.join(QStringLiteral(", "))), values, true, errorTitle);
+                QStringLiteral("id IN (%1)").arg(placeholders(ids.size())), values, true, errorTitle);
 }
 
 std::optional<UserMessage> RecordStore::insert(RecordRow &row, const QString &errorTitle) const
 {
-    QStringList marks;
-    for (qsizetype i = 0; i < m_columns.size(); ++i)
-        marks.append(QStringLiteral("?"));
-    QSqlQuery query(m_db);
-    query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3) RETURNING id, row_version")
-                      .arg(m_table, m_columns.join(QStringLiteral(", ")), marks.join(QStringLiteral(", "))));
+    QVariantList values;
     for (const QString &column : m_columns)
-        query.addBindValue(row.values.value(valueName(column)));
-    if (!query.exec() || !query.next())
-        return sqlErrorMessage(errorTitle, query.lastError());
+        values.append(row.values.value(valueName(column)));
+    Query query(m_db,
+                QStringLiteral("INSERT INTO %1 (%2) VALUES (%3) RETURNING id, row_version")
+                    .arg(m_table, m_columns.join(QStringLiteral(", ")), placeholders(m_columns.size())));
+    if (auto failure = query.run(errorTitle, values))
+        return failure;
+    if (!query.next())
+        return query.readFailure(errorTitle).value_or(rowConflictMessage(errorTitle));
     row.id = query.value(0).toLongLong();
     row.rowVersion = query.value(1).toInt();
     query.finish();  // SQLite keeps the statement open until the RETURNING rows are read out
@@ -221,31 +209,25 @@ std::optional<UserMessage> RecordStore::update(RecordRow &row, const QString &er
     QStringList sets;
     for (const QString &column : m_columns)
         sets.append(column + QStringLiteral(" = ?"));
-    QSqlQuery query(m_db);
-    query.prepare(QStringLiteral("UPDATE %1 SET %2, row_version = row_version + 1 WHERE id = ? AND row_version = ?")
-                      .arg(m_table, sets.join(QStringLiteral(", "))));
+    QVariantList values;
     for (const QString &column : m_columns)
-        query.addBindValue(row.values.value(valueName(column)));
-    query.addBindValue(row.id);
-    query.addBindValue(row.rowVersion);
-    if (!query.exec())
-        return sqlErrorMessage(errorTitle, query.lastError());
-    if (query.numRowsAffected() != 1)
-        return rowConflictMessage(errorTitle);
+        values.append(row.values.value(valueName(column)));
+    if (auto failure = executeOnVersion(
+            m_db, errorTitle,
+            QStringLiteral("UPDATE %1 SET %2, row_version = row_version + 1 WHERE id = ? AND row_version = ?")
+                .arg(m_table, sets.join(QStringLiteral(", "))),
+            values + QVariantList{row.id, row.rowVersion}))
+        return failure;
     ++row.rowVersion;
     return std::nullopt;
 }
 
 std::optional<UserMessage> RecordStore::remove(const RecordRow &row, const QString &errorTitle) const
 {
-    QSqlQuery query(m_db);
-    query.prepare(QStringLiteral("DELETE FROM %1 WHERE id = ? AND row_version = ?").arg(m_table));
-    query.addBindValue(row.id);
-    query.addBindValue(row.rowVersion);
-    if (!query.exec())
-        return sqlErrorMessage(errorTitle, query.lastError());
-    if (query.numRowsAffected() != 1)
-        return rowConflictMessage(errorTitle);
+    if (auto failure = executeOnVersion(m_db, errorTitle,
+                                        QStringLiteral("DELETE FROM %1 WHERE id = ? AND row_version = ?").arg(m_table),
+                                        {row.id, row.rowVersion}))
+        return failure;
     return std::nullopt;
 }
 

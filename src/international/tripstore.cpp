@@ -1,10 +1,10 @@
 #include "tripstore.h"
 
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/textlist.h"
 #include "data/transaction.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -24,13 +24,12 @@ std::unique_ptr<RecordStore> TripStore::trips() const
 
 Checked<bool> TripStore::numberTaken(const QString &number, qint64 exceptId) const
 {
-    QSqlQuery query(m_db);
-    query.prepare(QStringLiteral("SELECT COUNT(*) FROM ExternalKurs WHERE KursID = ? AND id <> ?"));
-    query.addBindValue(number);
-    query.addBindValue(exceptId);
-    if (!query.exec() || !query.next())
-        return sqlErrorMessage(readTitle, query.lastError());
-    return query.value(0).toLongLong() > 0;
+    const Checked<QVariant> count
+        = scalar(m_db, readTitle, QStringLiteral("SELECT COUNT(*) FROM ExternalKurs WHERE KursID = ? AND id <> ?"),
+                 {number, exceptId});
+    if (!count)
+        return count.message();
+    return count.value().toLongLong() > 0;
 }
 
 std::optional<UserMessage> TripStore::addFirm(const FirmAddress &typed, const QString &errorTitle) const
@@ -40,22 +39,17 @@ std::optional<UserMessage> TripStore::addFirm(const FirmAddress &typed, const QS
     const auto text = [](const QString &part) { return part.isNull() ? QStringLiteral("") : part; };
     const QVariantList parts{text(firm.name), text(firm.adres), text(firm.city), text(firm.country)};
     // A part never stored counts as an empty one, so an old row without it is still the same firm.
-    QSqlQuery find(m_db);
-    find.prepare(QStringLiteral("SELECT COUNT(*) FROM Firms WHERE COALESCE(SrName, '') = ? AND COALESCE(SrAdres, '') = ? "
-                                "AND COALESCE(SrCity, '') = ? AND COALESCE(SrCountry, '') = ?"));
-    for (const QVariant &part : parts)
-        find.addBindValue(part);
-    if (!find.exec() || !find.next())
-        return sqlErrorMessage(errorTitle, find.lastError());
-    if (find.value(0).toLongLong() > 0)
+    const Checked<QVariant> found = scalar(
+        m_db, errorTitle,
+        QStringLiteral("SELECT COUNT(*) FROM Firms WHERE COALESCE(SrName, '') = ? AND COALESCE(SrAdres, '') = ? "
+                       "AND COALESCE(SrCity, '') = ? AND COALESCE(SrCountry, '') = ?"),
+        parts);
+    if (!found)
+        return found.message();
+    if (found.value().toLongLong() > 0)
         return std::nullopt;
-    QSqlQuery insert(m_db);
-    insert.prepare(QStringLiteral("INSERT INTO Firms (SrName, SrAdres, SrCity, SrCountry) VALUES (?, ?, ?, ?)"));
-    for (const QVariant &part : parts)
-        insert.addBindValue(part);
-    if (!insert.exec())
-        return sqlErrorMessage(errorTitle, insert.lastError());
-    return std::nullopt;
+    return execute(m_db, errorTitle,
+                   QStringLiteral("INSERT INTO Firms (SrName, SrAdres, SrCity, SrCountry) VALUES (?, ?, ?, ?)"), parts);
 }
 
 Checked<RecordRow> TripStore::save(const RecordRow &typed, bool adding, const QString &errorTitle) const
@@ -87,10 +81,9 @@ Checked<RecordRow> TripStore::save(const RecordRow &typed, bool adding, const QS
 
 Checked<QList<FirmAddress>> TripStore::firms() const
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT SrName, SrAdres, SrCity, SrCountry FROM Firms ORDER BY SrName, id")))
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(m_db, QStringLiteral("SELECT SrName, SrAdres, SrCity, SrCountry FROM Firms ORDER BY SrName, id"));
+    if (auto failure = query.run(readTitle))
+        return *failure;
     QList<FirmAddress> firms;
     while (query.next())
         firms.append({query.value(0).toString(), query.value(1).toString(), query.value(2).toString(),

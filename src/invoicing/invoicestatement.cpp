@@ -5,11 +5,9 @@
 #include "core/version.h"
 #include "courses/coursereports.h"
 #include "data/currencyrows.h"
-#include "data/sqlerror.h"
-#include "data/transaction.h"
+#include "data/query.h"
+#include "data/scratchdatabase.h"
 
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek::invoicing {
@@ -89,32 +87,18 @@ QStringList statementTotals(Money sum, Currency currency)
 
 std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<StatementLine> &lines, bool unitsPerRow)
 {
-    Transaction transaction(scratch);
-    if (!transaction.isActive())
-        return sqlErrorMessage(scratchError, scratch.lastError());
-    QSqlQuery query(scratch);
     // An earlier print's rows go first: the statement lists each course once.
-    if (!query.exec(QStringLiteral("DELETE FROM TempPlaten")))
-        return sqlErrorMessage(scratchError, query.lastError());
-    query.prepare(QStringLiteral("INSERT INTO TempPlaten (Red, Data, Marsh, VidTovar, KolaID, KM, Ton, Tarifa, Suma) "
-                                 "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-    for (const StatementLine &line : lines) {
-        query.addBindValue(line.red);
-        query.addBindValue(line.data.toString(Qt::ISODate));
-        query.addBindValue(line.marsh);
-        query.addBindValue(line.vidTovar);
-        query.addBindValue(line.kolaId);
-        query.addBindValue(formatKm(line.km));
-        query.addBindValue(formatTonnes(line.ton));
-        query.addBindValue(formatRate(line.tarifa));
-        query.addBindValue(rowAmountText(line.suma, line.currency, unitsPerRow));
-        if (!query.exec())
-            return sqlErrorMessage(scratchError, query.lastError());
-    }
-    query.finish();
-    if (!transaction.commit())
-        return sqlErrorMessage(scratchError, scratch.lastError());
-    return std::nullopt;
+    QList<QVariantList> rows;
+    rows.reserve(lines.size());
+    for (const StatementLine &line : lines)
+        rows.append({line.red, line.data.toString(Qt::ISODate), line.marsh, line.vidTovar, line.kolaId,
+                     formatKm(line.km), formatTonnes(line.ton), formatRate(line.tarifa),
+                     rowAmountText(line.suma, line.currency, unitsPerRow)});
+    return fillScratchTable(scratch, scratchError, QStringLiteral("TempPlaten"),
+                            {QStringLiteral("Red"), QStringLiteral("Data"), QStringLiteral("Marsh"),
+                             QStringLiteral("VidTovar"), QStringLiteral("KolaID"), QStringLiteral("KM"),
+                             QStringLiteral("Ton"), QStringLiteral("Tarifa"), QStringLiteral("Suma")},
+                            rows);
 }
 
 Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMoney &money, QSqlDatabase scratch,
@@ -124,11 +108,7 @@ Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMo
     if (!loaded)
         return loaded;
     Report report = loaded.value();
-    QSqlQuery query(scratch);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT * FROM TempPlaten ORDER BY Red")))
-        return sqlErrorMessage(scratchError, query.lastError());
-    Checked<RowSet> rows = RowSet::fromQuery(query, scratchError);
+    Checked<RowSet> rows = readRows(scratch, scratchError, QStringLiteral("SELECT * FROM TempPlaten ORDER BY Red"));
     if (!rows)
         return rows.message();
     report.setDataSource(rows.value());

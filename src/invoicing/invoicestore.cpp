@@ -1,12 +1,12 @@
 #include "invoicestore.h"
 
 #include "core/docnumber.h"
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
 #include <QHash>
 #include <QSqlError>
-#include <QSqlQuery>
 #include <QVariant>
 #include <map>
 #include <tuple>
@@ -21,14 +21,6 @@ const QString saveError = QStringLiteral("ГРЕШКА при запис!");
 const QString courseColumns = QStringLiteral(
     "SELECT id, row_version, Data, Marsh, Tovar, kola, KM, Ton, Tarifa, bruto, Fakt, NomFakt, Klient FROM tabl ");
 
-QString placeholders(qsizetype count)
-{
-    QString text;
-    text.reserve(count * 3);
-    for (qsizetype i = 0; i < count; ++i)
-        text += i == 0 ? QStringLiteral("?") : QStringLiteral(", ?");
-    return text;
-}
 
 // The engine refused a row because its key is taken: SQLite's SQLITE_CONSTRAINT (19, or 2067 as
 // its extended code), PostgreSQL's unique_violation.
@@ -60,22 +52,14 @@ InvoiceStore::InvoiceStore(QSqlDatabase db) : m_db(std::move(db)) {}
 
 Checked<RowSet> InvoiceStore::courses(const FakturaSelection &selection)
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (selection.mode == FakturaMode::EditFakt) {
-        query.prepare(courseColumns + QStringLiteral("WHERE NomFakt = ? ORDER BY data, id"));
-        query.addBindValue(selection.number);
-    } else {
-        query.prepare(courseColumns + QStringLiteral("WHERE Klient = ? AND Fakt = ? AND data BETWEEN ? AND ? "
-                                                     "ORDER BY data, id"));
-        query.addBindValue(selection.klient);
-        query.addBindValue(false);
-        query.addBindValue(selection.period.from);
-        query.addBindValue(selection.period.to);
-    }
-    if (!query.exec())
-        return sqlErrorMessage(readError, query.lastError());
-    Checked<RowSet> read = RowSet::fromQuery(query, readError);
+    Checked<RowSet> read = selection.mode == FakturaMode::EditFakt
+        ? readRows(m_db, readError, courseColumns + QStringLiteral("WHERE NomFakt = ? ORDER BY data, id"),
+                   {selection.number})
+        : readRows(m_db, readError,
+                   courseColumns
+                       + QStringLiteral("WHERE Klient = ? AND Fakt = ? AND data BETWEEN ? AND ? "
+                                        "ORDER BY data, id"),
+                   {selection.klient, false, selection.period.from, selection.period.to});
     if (!read || selection.mode == FakturaMode::EditFakt
         || (selection.kola.trimmed().isEmpty() && selection.marsh.trimmed().isEmpty()
             && selection.tovar.trimmed().isEmpty()))
@@ -103,13 +87,10 @@ Checked<RowSet> InvoiceStore::courses(const FakturaSelection &selection)
 QStringList InvoiceStore::usedNumbers()
 {
     QStringList numbers;
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT NomFakt FROM tabl WHERE NomFakt <> ? UNION SELECT NomFakt FROM Fakturi "
-                                 "WHERE NomFakt <> ? ORDER BY 1 DESC"));
-    query.addBindValue(noDocumentNumber());
-    query.addBindValue(noDocumentNumber());
-    if (!query.exec())
+    Query query(m_db,
+                QStringLiteral("SELECT NomFakt FROM tabl WHERE NomFakt <> ? UNION SELECT NomFakt FROM Fakturi "
+                               "WHERE NomFakt <> ? ORDER BY 1 DESC"));
+    if (query.run(readError, {noDocumentNumber(), noDocumentNumber()}))
         return numbers;
     while (query.next()) {
         const QString number = query.value(0).toString().trimmed();
@@ -136,30 +117,26 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
 {
     SettleOutcome outcome;
     // The statements are made before the transaction so that they are freed after its rollback.
-    QSqlQuery issued(m_db);
-    QSqlQuery taken(m_db);
-    QSqlQuery update(m_db);
-    QSqlQuery currency(m_db);
+    Query issued(m_db);
+    Query taken(m_db);
+    Query update(m_db);
+    Query currency(m_db);
     Transaction transaction(m_db);
     if (!transaction.isActive())
         return failed(transaction.lastError());
 
     if (invoice.kind == InvoiceRecord::Kind::Issue) {
         // Courses may carry the number from before numbers were recorded: they are another invoice's.
-        taken.prepare(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"));
-        taken.addBindValue(invoice.number);
-        if (!taken.exec() || !taken.next())
+        if (taken.exec(QString(), QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"), {invoice.number})
+            || !taken.next())
             return failed(taken.lastError());
         if (taken.value(0).toLongLong() > 0)
             return numberTaken();
         taken.finish();
         // The number is taken before any course is written: a second workstation issuing it
         // meanwhile waits here for the first one's commit and is then refused by the unique index.
-        issued.prepare(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"));
-        issued.addBindValue(invoice.number);
-        issued.addBindValue(invoice.klient);
-        issued.addBindValue(stamp.date());
-        if (!issued.exec())
+        if (issued.exec(QString(), QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"),
+                        {invoice.number, invoice.klient, stamp.date()}))
             return isUniqueViolation(issued.lastError()) ? numberTaken() : failed(issued.lastError());
     }
 
@@ -170,7 +147,6 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
         groups[{write.fakt, write.nomFakt, write.rowVersion}].append(write.id);
     const QDate date = stamp.date();
     const QTime time(stamp.time().hour(), stamp.time().minute(), stamp.time().second());
-    QString preparedFor;
     for (const auto &[key, ids] : groups) {
         const auto &[fakt, nomFakt, rowVersion] = key;
         for (qsizetype start = 0; start < ids.size(); start += batchSize) {
@@ -178,21 +154,12 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
             const QString sql = QStringLiteral("UPDATE tabl SET Fakt = ?, NomFakt = ?, DateMod = ?, TimeMod = ?, "
                                                "row_version = row_version + 1 WHERE row_version = ? AND id IN (%1)")
                                     .arg(placeholders(batch.size()));
-            if (sql != preparedFor) {
-                if (!update.prepare(sql))
-                    return failed(update.lastError());
-                preparedFor = sql;
-            }
-            update.addBindValue(fakt);
-            update.addBindValue(nomFakt);
-            update.addBindValue(date);
-            update.addBindValue(time);
-            update.addBindValue(rowVersion);
+            QVariantList values{fakt, nomFakt, date, time, rowVersion};
             for (const qint64 id : batch)
-                update.addBindValue(id);
-            if (!update.exec())
+                values.append(id);
+            if (update.exec(QString(), sql, values))
                 return failed(update.lastError());
-            if (update.numRowsAffected() != batch.size()) {
+            if (update.rowsAffected() != batch.size()) {
                 update.finish();
                 outcome.kind = SettleOutcome::Kind::Conflict;
                 outcome.written = 0;
@@ -204,29 +171,24 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
     update.finish();
     if (invoice.kind == InvoiceRecord::Kind::Issue) {
         // The currency goes with the number: a number once emptied may be listed still.
-        currency.prepare(QStringLiteral("DELETE FROM EvroFakt WHERE NomFakt = ?"));
-        currency.addBindValue(invoice.number);
-        if (!currency.exec())
+        if (currency.exec(QString(), QStringLiteral("DELETE FROM EvroFakt WHERE NomFakt = ?"), {invoice.number}))
             return failed(currency.lastError());
         if (invoice.euro) {
-            currency.prepare(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES (?)"));
-            currency.addBindValue(invoice.number);
-            if (!currency.exec())
+            if (currency.exec(QString(), QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES (?)"), {invoice.number}))
                 return isUniqueViolation(currency.lastError()) ? numberTaken() : failed(currency.lastError());
         }
     } else if (invoice.kind == InvoiceRecord::Kind::Correct) {
         // An invoice with every course taken off has vanished: its number is free again.
-        taken.prepare(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"));
-        taken.addBindValue(invoice.number);
-        if (!taken.exec() || !taken.next())
+        if (taken.exec(QString(), QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"), {invoice.number})
+            || !taken.next())
             return failed(taken.lastError());
         const bool emptied = taken.value(0).toLongLong() == 0;
         taken.finish();
         if (emptied) {
             for (const char *table : {"Fakturi", "EvroFakt"}) {
-                currency.prepare(QStringLiteral("DELETE FROM %1 WHERE NomFakt = ?").arg(QLatin1String(table)));
-                currency.addBindValue(invoice.number);
-                if (!currency.exec())
+                if (currency.exec(QString(),
+                                  QStringLiteral("DELETE FROM %1 WHERE NomFakt = ?").arg(QLatin1String(table)),
+                                  {invoice.number}))
                     return failed(currency.lastError());
             }
         }
@@ -239,14 +201,16 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
 QList<qint64> InvoiceStore::changedSince(const QList<CourseWrite> &writes)
 {
     QHash<qint64, qint64> now;
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
+    Query query(m_db);
     for (qsizetype start = 0; start < writes.size(); start += batchSize) {
         const QList<CourseWrite> batch = writes.mid(start, batchSize);
-        query.prepare(QStringLiteral("SELECT id, row_version FROM tabl WHERE id IN (%1)").arg(placeholders(batch.size())));
+        QVariantList ids;
         for (const CourseWrite &write : batch)
-            query.addBindValue(write.id);
-        if (!query.exec())
+            ids.append(write.id);
+        if (query.exec(
+                readError,
+                QStringLiteral("SELECT id, row_version FROM tabl WHERE id IN (%1)").arg(placeholders(batch.size())),
+                ids))
             continue;
         while (query.next())
             now.insert(query.value(0).toLongLong(), query.value(1).toLongLong());

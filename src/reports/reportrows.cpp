@@ -1,9 +1,7 @@
 #include "reports/reportrows.h"
 
-#include "data/sqlerror.h"
+#include "data/query.h"
 
-#include <QAtomicInt>
-#include <QSqlQuery>
 #include <QSqlRecord>
 
 namespace zarek {
@@ -30,39 +28,9 @@ private:
     int m_next = 0;
 };
 
-// A private connection, a clone of the program's, removed with the stream.
-class PrivateConnection {
-public:
-    explicit PrivateConnection(QSqlDatabase db)
-    {
-        static QAtomicInt counter;
-        m_name = QStringLiteral("zarek_rows_%1").arg(counter.fetchAndAddRelaxed(1));
-        QSqlDatabase clone = QSqlDatabase::cloneDatabase(db, m_name);
-        if (!clone.open()) {
-            clone = QSqlDatabase();
-            QSqlDatabase::removeDatabase(m_name);
-            m_name.clear();
-        }
-    }
-    ~PrivateConnection()
-    {
-        if (m_name.isEmpty())
-            return;
-        QSqlDatabase::database(m_name, false).close();
-        QSqlDatabase::removeDatabase(m_name);
-    }
-    PrivateConnection(const PrivateConnection &) = delete;
-    PrivateConnection &operator=(const PrivateConnection &) = delete;
-    bool isOpen() const { return !m_name.isEmpty(); }
-    QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
-
-private:
-    QString m_name;
-};
-
 class QueryStream : public RowStream {
 public:
-    QueryStream(std::unique_ptr<PrivateConnection> connection, std::unique_ptr<QSqlQuery> query, QString errorTitle)
+    QueryStream(std::unique_ptr<PrivateConnection> connection, std::unique_ptr<Query> query, QString errorTitle)
         : m_connection(std::move(connection)), m_query(std::move(query)), m_errorTitle(std::move(errorTitle))
     {
         const QSqlRecord record = m_query->record();
@@ -77,8 +45,7 @@ public:
         if (!m_query)
             return false;
         if (!m_query->next()) {
-            if (m_query->lastError().isValid())
-                m_error = sqlErrorMessage(m_errorTitle, m_query->lastError());
+            m_error = m_query->readFailure(m_errorTitle);
             finish();
             return false;
         }
@@ -99,7 +66,7 @@ private:
     }
 
     std::unique_ptr<PrivateConnection> m_connection;
-    std::unique_ptr<QSqlQuery> m_query;
+    std::unique_ptr<Query> m_query;
     QString m_errorTitle;
     QStringList m_columns;
     std::optional<UserMessage> m_error;
@@ -142,14 +109,9 @@ Checked<std::shared_ptr<RowStream>> queryRowStream(QSqlDatabase db, const QStrin
     auto connection = std::make_unique<PrivateConnection>(db);
     if (!connection->isOpen())
         connection.reset();  // the program's own connection serves
-    auto query = std::make_unique<QSqlQuery>(connection ? connection->db() : db);
-    query->setForwardOnly(true);
-    if (!query->prepare(sql))
-        return sqlErrorMessage(errorTitle, query->lastError());
-    for (const QVariant &value : values)
-        query->addBindValue(value);
-    if (!query->exec())
-        return sqlErrorMessage(errorTitle, query->lastError());
+    auto query = std::make_unique<Query>(connection ? connection->db() : db, sql);
+    if (auto failure = query->run(errorTitle, values))
+        return *failure;
     return std::shared_ptr<RowStream>(std::make_shared<QueryStream>(std::move(connection), std::move(query), errorTitle));
 }
 

@@ -5,11 +5,11 @@
 #include "core/textcheck.h"
 #include "core/valueformat.h"
 #include "courses/coursecheck.h"
+#include "data/query.h"
 #include "data/scratchtables.h"
 #include "data/sqlerror.h"
 #include "settlement/clientstatement.h"
 
-#include <QAtomicInt>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -38,8 +38,6 @@ constexpr int klientLength = 25;
 const QList<QPair<QString, int>> textLengths = {
     {QStringLiteral("Marsh"), 25}, {QStringLiteral("VidTovar"), 25}, {QStringLiteral("Kola"), 12}};
 
-QAtomicInt connectionCounter;
-
 UserMessage notAStatementFile(const QString &path)
 {
     return UserMessage::twoLines(loadTitle,
@@ -66,37 +64,8 @@ UserMessage notWritten(const QString &path, const QString &why)
                                  why, UserMessage::Icon::Critical);
 }
 
-// A connection of its own to a file, closed and forgotten on leaving; read-only unless asked.
-class FileConnection {
-public:
-    explicit FileConnection(const QString &path, bool writable = false)
-        : m_name(QStringLiteral("klfile-%1").arg(connectionCounter.fetchAndAddRelaxed(1)))
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
-        db.setDatabaseName(path);
-        // Reading never creates or changes the file it reads.
-        if (!writable)
-            db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
-        m_open = db.open();
-    }
-    ~FileConnection()
-    {
-        {
-            QSqlDatabase db = QSqlDatabase::database(m_name, false);
-            db.close();
-        }
-        QSqlDatabase::removeDatabase(m_name);
-    }
-    FileConnection(const FileConnection &) = delete;
-    FileConnection &operator=(const FileConnection &) = delete;
-
-    bool isOpen() const { return m_open; }
-    QSqlDatabase db() const { return QSqlDatabase::database(m_name, false); }
-
-private:
-    QString m_name;
-    bool m_open = false;
-};
+// Reading never creates or changes the file it reads.
+const QString readOnly = QStringLiteral("QSQLITE_OPEN_READONLY");
 
 bool isSound(QSqlDatabase db)
 {
@@ -270,7 +239,7 @@ void removeWithCompanions(const QString &path)
 // The heading written into the copy of the scratch database.
 bool writeHeading(const QString &copy, const StatementHeading &heading, QString &why)
 {
-    FileConnection file(copy, true);
+    PrivateConnection file(copy);
     if (!file.isOpen()) {
         why = file.db().lastError().text();
         return false;
@@ -320,7 +289,7 @@ Checked<StatementFile> readStatementFile(const QString &path, const StatementFil
                            .arg(maxStatementFileBytes / (1024 * 1024)));
     StatementFile file;
     {
-        FileConnection connection(path);
+        PrivateConnection connection(path, readOnly);
         if (!connection.isOpen() || !isSound(connection.db()))
             return notAStatementFile(path);
         const QSqlDatabase db = connection.db();

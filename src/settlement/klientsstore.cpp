@@ -3,12 +3,13 @@
 #include "core/rounding.h"
 #include "core/valueformat.h"
 #include "data/currencyrows.h"
+#include "data/query.h"
+#include "data/scratchdatabase.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 #include "settlement/clientstatement.h"
 
 #include <QSqlError>
-#include <QSqlQuery>
 #include <algorithm>
 #include <numeric>
 #include <vector>
@@ -21,12 +22,6 @@ namespace {
 
 const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
 const QString writeTitle = QStringLiteral("ГРЕШКА при запис!");
-constexpr int progressStep = 250;
-
-UserMessage failure(const QString &title, const QSqlQuery &query)
-{
-    return sqlErrorMessage(title, query.lastError());
-}
 
 std::optional<UserMessage> commitOrMessage(Transaction &transaction, QSqlDatabase db)
 {
@@ -42,17 +37,15 @@ std::optional<UserMessage> insertRows(QSqlDatabase db, const QString &table, con
     QList<int> source;
     for (const QString &name : names)
         source.append(rows.column(name));
-    QSqlQuery insert(db);
-    if (!insert.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (?, ?, ?, ?, ?, ?, ?, ?)")
-                            .arg(table, names.join(QStringLiteral(", ")))))
-        return failure(writeTitle, insert);
+    QList<QVariantList> values;
+    values.reserve(rows.rowCount());
     for (int row = 0; row < rows.rowCount(); ++row) {
+        QVariantList cells;
         for (int i = 0; i < names.size(); ++i)
-            insert.bindValue(i, source.at(i) < 0 ? QVariant() : rows.value(row, source.at(i)));
-        if (!insert.exec())
-            return failure(writeTitle, insert);
+            cells.append(source.at(i) < 0 ? QVariant() : rows.value(row, source.at(i)));
+        values.append(cells);
     }
-    return std::nullopt;
+    return fillScratchTable(db, writeTitle, table, names, values);
 }
 
 }
@@ -69,16 +62,11 @@ const QStringList &KlientsStore::columns()
 
 Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditions &conditions)
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto FROM tabl "
-                                 "WHERE Klient = ? AND data BETWEEN ? AND ? ORDER BY data, id"));
-    query.addBindValue(conditions.SeekKlient);
-    query.addBindValue(conditions.period.from);
-    query.addBindValue(conditions.period.to);
-    if (!query.exec())
-        return failure(readTitle, query);
-    const Checked<RowSet> read = RowSet::fromQuery(query, readTitle);
+    const Checked<RowSet> read = readRows(db, readTitle,
+                                          QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto "
+                                                         "FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ? "
+                                                         "ORDER BY data, id"),
+                                          {conditions.SeekKlient, conditions.period.from, conditions.period.to});
     if (!read)
         return read;
     const RowSet &all = read.value();
@@ -123,11 +111,6 @@ Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditi
 
 std::optional<UserMessage> KlientsStore::fillWorkingList(const RowSet &courses, const std::function<void(int)> &progress)
 {
-    Transaction transaction(m_scratch);
-    QSqlQuery insert(m_scratch);
-    if (!insert.prepare(QStringLiteral("INSERT INTO TempKlients (Data, Marsh, VidTovar, Kola, KM, Ton, Tarifa, Suma) "
-                                       "VALUES (?, ?, ?, ?, ?, ?, ?, ?)")))
-        return failure(writeTitle, insert);
     const int data = courses.column(QStringLiteral("data"));
     const int marsh = courses.column(QStringLiteral("Marsh"));
     const int tovar = courses.column(QStringLiteral("Tovar"));
@@ -136,38 +119,26 @@ std::optional<UserMessage> KlientsStore::fillWorkingList(const RowSet &courses, 
     const int ton = courses.column(QStringLiteral("ton"));
     const int tarifa = courses.column(QStringLiteral("Tarifa"));
     const int bruto = courses.column(QStringLiteral("bruto"));
+    QList<QVariantList> rows;
+    rows.reserve(courses.rowCount());
     for (int row = 0; row < courses.rowCount(); ++row) {
-        insert.bindValue(0, dateOfValue(courses.value(row, data)));
-        insert.bindValue(1, courses.value(row, marsh));
-        insert.bindValue(2, courses.value(row, tovar));
-        insert.bindValue(3, courses.value(row, kola));
         // The working list holds whole kilometres.
         const QVariant kmValue = courses.value(row, km);
-        insert.bindValue(4, kmValue.isNull() ? QVariant()
-                                             : QVariant(static_cast<qlonglong>(wholeKm(kmValue.toDouble()))));
-        insert.bindValue(5, courses.value(row, ton));
-        insert.bindValue(6, courses.value(row, tarifa));
-        insert.bindValue(7, courses.value(row, bruto));
-        if (!insert.exec())
-            return failure(writeTitle, insert);
-        if (progress && (row + 1) % progressStep == 0)
-            progress(row + 1);
+        rows.append({dateOfValue(courses.value(row, data)), courses.value(row, marsh), courses.value(row, tovar),
+                     courses.value(row, kola),
+                     kmValue.isNull() ? QVariant() : QVariant(static_cast<qlonglong>(wholeKm(kmValue.toDouble()))),
+                     courses.value(row, ton), courses.value(row, tarifa), courses.value(row, bruto)});
     }
-    if (progress)
-        progress(courses.rowCount());
-    return commitOrMessage(transaction, m_scratch);
+    return fillScratchTable(m_scratch, writeTitle, QStringLiteral("TempKlients"), columns(), rows, progress);
 }
 
 Checked<RowSet> KlientsStore::workingList(Order order) const
 {
-    QSqlQuery query(m_scratch);
-    query.setForwardOnly(true);
     const QString orderBy = order == Order::AsEntered ? QStringLiteral("rowid") : QStringLiteral("Marsh, Data, rowid");
-    if (!query.exec(QStringLiteral("SELECT rowid AS RowKey, Data, Marsh, VidTovar, Kola, KM, Ton, Tarifa, Suma "
+    return readRows(m_scratch, readTitle,
+                    QStringLiteral("SELECT rowid AS RowKey, Data, Marsh, VidTovar, Kola, KM, Ton, Tarifa, Suma "
                                    "FROM TempKlients ORDER BY ")
-                    + orderBy))
-        return failure(readTitle, query);
-    return RowSet::fromQuery(query, readTitle);
+                        + orderBy);
 }
 
 std::optional<UserMessage> KlientsStore::setValue(qint64 rowKey, const QString &field, const QVariant &value)
@@ -179,23 +150,13 @@ std::optional<UserMessage> KlientsStore::setValue(qint64 rowKey, const QString &
         column = QStringLiteral("Tarifa");
     else
         return UserMessage{writeTitle, QStringLiteral("Колоната %1 не се коригира.").arg(field), UserMessage::Icon::Critical};
-    QSqlQuery update(m_scratch);
-    update.prepare(QStringLiteral("UPDATE TempKlients SET %1 = ? WHERE rowid = ?").arg(column));
-    update.addBindValue(value);
-    update.addBindValue(rowKey);
-    if (!update.exec())
-        return failure(writeTitle, update);
-    return std::nullopt;
+    return execute(m_scratch, writeTitle, QStringLiteral("UPDATE TempKlients SET %1 = ? WHERE rowid = ?").arg(column),
+                   {value, rowKey});
 }
 
 std::optional<UserMessage> KlientsStore::removeRow(qint64 rowKey)
 {
-    QSqlQuery remove(m_scratch);
-    remove.prepare(QStringLiteral("DELETE FROM TempKlients WHERE rowid = ?"));
-    remove.addBindValue(rowKey);
-    if (!remove.exec())
-        return failure(writeTitle, remove);
-    return std::nullopt;
+    return execute(m_scratch, writeTitle, QStringLiteral("DELETE FROM TempKlients WHERE rowid = ?"), {rowKey});
 }
 
 Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(int)> &progress)
@@ -204,75 +165,50 @@ Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(in
     if (!working)
         return working.message();
     const RowSet &rows = working.value();
-    Transaction transaction(m_scratch);
-    QSqlQuery query(m_scratch);
-    // A statement lists each row once, however often it is printed.
-    if (!query.exec(QStringLiteral("DELETE FROM TempKlientsNew")))
-        return failure(writeTitle, query);
-    if (!query.prepare(QStringLiteral("INSERT INTO TempKlientsNew (Data, Marsh, VidTovar, Kola, KM, Ton, Tarifa, Suma) "
-                                      "VALUES (?, ?, ?, ?, ?, ?, ?, ?)")))
-        return failure(writeTitle, query);
     StatementTotals totals;
     // Each course's money is in the currency of its day; the sums in euro once any course is.
     const DatedAmounts amounts = datedAmounts(rows, QStringLiteral("Data"));
     const int date = rows.column(QStringLiteral("Data"));
     totals.currency = amounts.totals;
     totals.mixed = amounts.mixed;
+    QList<QVariantList> printed;
+    printed.reserve(rows.rowCount());
     for (int row = 0; row < rows.rowCount(); ++row) {
         const double km = rows.value(row, QStringLiteral("KM")).toDouble();
         const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
         const StatementLine line = statementLine(km, ton, rows.value(row, QStringLiteral("Tarifa")).toDouble());
         const Currency currency = rowCurrency(rows, row, date);
-        query.bindValue(0, rows.value(row, QStringLiteral("Data")));
-        query.bindValue(1, rows.value(row, QStringLiteral("Marsh")));
-        query.bindValue(2, rows.value(row, QStringLiteral("VidTovar")));
-        query.bindValue(3, rows.value(row, QStringLiteral("Kola")));
-        query.bindValue(4, line.km);
-        query.bindValue(5, line.ton);
-        query.bindValue(6, line.tarifa);
-        query.bindValue(7, rowAmountText(line.suma, currency, amounts.mixed));
-        if (!query.exec())
-            return failure(writeTitle, query);
+        printed.append({rows.value(row, QStringLiteral("Data")), rows.value(row, QStringLiteral("Marsh")),
+                        rows.value(row, QStringLiteral("VidTovar")), rows.value(row, QStringLiteral("Kola")), line.km,
+                        line.ton, line.tarifa, rowAmountText(line.suma, currency, amounts.mixed)});
         totals.km += km;
         totals.ton += ton;
         // The sum as printed, so the total equals its lines (converted where the course is in leva).
         totals.gross += convertAmount(line.suma, currency, amounts.totals);
         ++totals.lines;
-        if (progress && (row + 1) % progressStep == 0)
-            progress(row + 1);
     }
-    if (auto refusal = commitOrMessage(transaction, m_scratch))
+    // A statement lists each row once, however often it is printed.
+    if (auto refusal
+        = fillScratchTable(m_scratch, writeTitle, QStringLiteral("TempKlientsNew"), columns(), printed, progress))
         return *refusal;
     return totals;
 }
 
 Checked<RowSet> KlientsStore::printCopy() const
 {
-    QSqlQuery query(m_scratch);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT Data, Marsh, VidTovar, Kola, KM, Ton, Tarifa, Suma FROM TempKlientsNew "
-                                   "ORDER BY rowid")))
-        return failure(readTitle, query);
-    return RowSet::fromQuery(query, readTitle);
+    return readRows(m_scratch, readTitle,
+                    QStringLiteral("SELECT Data, Marsh, VidTovar, Kola, KM, Ton, Tarifa, Suma FROM TempKlientsNew "
+                                   "ORDER BY rowid"));
 }
 
 std::optional<UserMessage> KlientsStore::clearPrintCopy()
 {
-    QSqlQuery query(m_scratch);
-    if (!query.exec(QStringLiteral("DELETE FROM TempKlientsNew")))
-        return failure(writeTitle, query);
-    return std::nullopt;
+    return execute(m_scratch, writeTitle, QStringLiteral("DELETE FROM TempKlientsNew"));
 }
 
 std::optional<UserMessage> KlientsStore::replaceRows(const StatementFileRows &rows)
 {
     Transaction transaction(m_scratch);
-    QSqlQuery query(m_scratch);
-    for (const QString &table : {QStringLiteral("TempKlients"), QStringLiteral("TempKlientsNew")}) {
-        if (!query.exec(QStringLiteral("DELETE FROM ") + table))
-            return failure(writeTitle, query);
-    }
-    query.finish();
     if (auto refusal = insertRows(m_scratch, QStringLiteral("TempKlients"), rows.klients))
         return refusal;
     if (auto refusal = insertRows(m_scratch, QStringLiteral("TempKlientsNew"), rows.klientsNew))

@@ -1,8 +1,8 @@
 #include "paymentstore.h"
 
+#include "data/query.h"
 #include "data/sqlerror.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -29,12 +29,9 @@ PaymentStore::PaymentStore(QSqlDatabase db) : m_db(std::move(db)) {}
 
 Checked<DriverPapers> PaymentStore::driverPapers(const QString &kod)
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT EGN, LKarta FROM shof WHERE kod = ? ORDER BY id"));
-    query.addBindValue(kod);
-    if (!query.exec())
-        return sqlErrorMessage(readErrorTitle, query.lastError());
+    Query query(m_db, QStringLiteral("SELECT EGN, LKarta FROM shof WHERE kod = ? ORDER BY id"));
+    if (auto failure = query.run(readErrorTitle, {kod}))
+        return *failure;
     if (!query.next())
         return driverMissingMessage();
     return DriverPapers{query.value(0).toString(), query.value(1).toString()};
@@ -42,64 +39,39 @@ Checked<DriverPapers> PaymentStore::driverPapers(const QString &kod)
 
 Checked<RowSet> PaymentStore::courses(const QString &kod, const Period &period, bool paid, bool byRoute)
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(courseColumns + QStringLiteral("WHERE plat = ? AND kod = ? AND Data BETWEEN ? AND ? ORDER BY Data, ")
-                  + (byRoute ? QStringLiteral("Marsh, id") : QStringLiteral("id")));
-    query.addBindValue(paid);
-    query.addBindValue(kod);
-    query.addBindValue(period.from);
-    query.addBindValue(period.to);
-    if (!query.exec())
-        return sqlErrorMessage(readErrorTitle, query.lastError());
-    return RowSet::fromQuery(query, readErrorTitle);
+    return readRows(m_db, readErrorTitle,
+                    courseColumns
+                        + QStringLiteral("WHERE plat = ? AND kod = ? AND Data BETWEEN ? AND ? ORDER BY Data, ")
+                        + (byRoute ? QStringLiteral("Marsh, id") : QStringLiteral("id")),
+                    {paid, kod, period.from, period.to});
 }
 
 Checked<QList<PayTruck>> PaymentStore::payTrucks()
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT kola, Procent, Ton FROM Config ORDER BY id")))
-        return sqlErrorMessage(readErrorTitle, query.lastError());
+    Query query(m_db, QStringLiteral("SELECT kola, Procent, Ton FROM Config ORDER BY id"));
+    if (auto failure = query.run(readErrorTitle))
+        return *failure;
     QList<PayTruck> trucks;
     while (query.next())
         trucks.append({query.value(0).toString().trimmed(), query.value(1).toDouble(), query.value(2).toDouble()});
-    if (query.lastError().isValid())
-        return sqlErrorMessage(readErrorTitle, query.lastError());
+    if (auto failure = query.readFailure(readErrorTitle))
+        return *failure;
     return trucks;
 }
 
 Checked<RowSet> PaymentStore::storedCourse(qint64 id)
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    query.prepare(courseColumns + QStringLiteral("WHERE id = ?"));
-    query.addBindValue(id);
-    if (!query.exec())
-        return sqlErrorMessage(readErrorTitle, query.lastError());
-    return RowSet::fromQuery(query, readErrorTitle);
+    return readRows(m_db, readErrorTitle, courseColumns + QStringLiteral("WHERE id = ?"), {id});
 }
 
 Checked<int> PaymentStore::setPaid(qint64 id, int rowVersion, bool paid)
 {
     // One statement is one transaction of its own: the mark and the new version go together.
-    if (!m_markQuery) {
-        m_markQuery.emplace(m_db);
-        if (!m_markQuery->prepare(QStringLiteral("UPDATE tabl SET plat = ?, row_version = row_version + 1 "
-                                                 "WHERE id = ? AND row_version = ?"))) {
-            const UserMessage message = sqlErrorMessage(saveErrorTitle, m_markQuery->lastError());
-            m_markQuery.reset();
-            return message;
-        }
-    }
-    QSqlQuery &query = *m_markQuery;
-    query.bindValue(0, paid);
-    query.bindValue(1, id);
-    query.bindValue(2, rowVersion);
-    if (!query.exec())
-        return sqlErrorMessage(saveErrorTitle, query.lastError());
-    if (query.numRowsAffected() != 1)
-        return rowConflictMessage(saveErrorTitle);
+    if (auto failure = executeOnVersion(m_db, saveErrorTitle,
+                                        QStringLiteral("UPDATE tabl SET plat = ?, row_version = row_version + 1 "
+                                                       "WHERE id = ? AND row_version = ?"),
+                                        {paid, id, rowVersion}))
+        return *failure;
     return rowVersion + 1;
 }
 

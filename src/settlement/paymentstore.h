@@ -6,7 +6,6 @@
 #include "settlement/paysheet.h"
 
 #include <QSqlDatabase>
-#include <QSqlQuery>
 #include <optional>
 
 namespace zarek {
@@ -39,12 +38,11 @@ public:
 
     // Writes a course's paid mark if the course is still as it was read at rowVersion; the new row
     // version, or the save error box (the conflict box when another user changed it meanwhile).
-    // The statement is prepared once per store: a mark is one round trip to the server.
+    // The statement is prepared once per connection: a mark is one round trip to the server.
     Checked<int> setPaid(qint64 id, int rowVersion, bool paid);
 
 private:
     QSqlDatabase m_db;
-    std::optional<QSqlQuery> m_markQuery;
 };
 
 // "Няма данни за шофьора!" under "ВНИМАНИЕ!"

@@ -1,10 +1,10 @@
 #include "paysheetstore.h"
 
 #include "core/valueformat.h"
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "settlement/paymentstore.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -34,17 +34,11 @@ Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDa
     if (!trucks)
         return trucks.message();
 
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    query.prepare(QStringLiteral("SELECT data, kola, ton, KM, Marsh, Tovar, bruto FROM tabl "
-                                 "WHERE kod = ? AND plat = ? AND data BETWEEN ? AND ? ORDER BY data, id"));
-    query.addBindValue(sheet.kod);
-    query.addBindValue(false);
-    query.addBindValue(sheet.period.from);
-    query.addBindValue(sheet.period.to);
-    if (!query.exec())
-        return sqlErrorMessage(readErrorTitle, query.lastError());
-    const Checked<RowSet> read = RowSet::fromQuery(query, readErrorTitle);
+    const Checked<RowSet> read = readRows(db, readErrorTitle,
+                                          QStringLiteral("SELECT data, kola, ton, KM, Marsh, Tovar, bruto FROM tabl "
+                                                         "WHERE kod = ? AND plat = ? AND data BETWEEN ? AND ? "
+                                                         "ORDER BY data, id"),
+                                          {sheet.kod, false, sheet.period.from, sheet.period.to});
     if (!read)
         return read.message();
     const RowSet &courses = read.value();

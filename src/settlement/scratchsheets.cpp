@@ -4,65 +4,18 @@
 #include "core/valueformat.h"
 #include "data/currencyrows.h"
 #include "data/scratchdatabase.h"
-#include "data/sqlerror.h"
-#include "data/transaction.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
 
 namespace {
 
-const QString errorTitle = QStringLiteral("ГРЕШКА при работа с временната база!");
-
-// "INSERT INTO table (columns) VALUES (?, …), (?, …)" for rows rows.
-QString insertText(const QString &table, const QStringList &columns, int rows)
-{
-    const QString one = QLatin1Char('(') + QStringList(columns.size(), QStringLiteral("?")).join(QStringLiteral(", "))
-                        + QLatin1Char(')');
-    return QStringLiteral("INSERT INTO %1 (%2) VALUES ").arg(table, columns.join(QStringLiteral(", ")))
-           + QStringList(rows, one).join(QStringLiteral(", "));
-}
-
-// Makes the table anew and fills it in one transaction, many rows to a statement, then reads it
-// back by Red.
+// Makes the table anew, fills it and reads it back by Red.
 Checked<RowSet> fill(ScratchDatabase &scratch, const QString &table, const QStringList &columns,
                      const QList<QList<QVariant>> &rows)
 {
-    constexpr int rowsPerStatement = 64;
-    if (auto refusal = scratch.RebuildScratchTable(table))
-        return *refusal;
-    QSqlDatabase db = scratch.db();
-    {
-        Transaction transaction(db);
-        if (!transaction.isActive())
-            return sqlErrorMessage(errorTitle, db.lastError());
-        QSqlQuery query(db);
-        int prepared = 0;
-        for (qsizetype first = 0; first < rows.size(); first += rowsPerStatement) {
-            const int count = static_cast<int>(std::min<qsizetype>(rowsPerStatement, rows.size() - first));
-            if (count != prepared) {
-                if (!query.prepare(insertText(table, columns, count)))
-                    return sqlErrorMessage(errorTitle, query.lastError());
-                prepared = count;
-            }
-            int position = 0;
-            for (qsizetype row = first; row < first + count; ++row) {
-                for (const QVariant &value : rows.at(row))
-                    query.bindValue(position++, value);
-            }
-            if (!query.exec())
-                return sqlErrorMessage(errorTitle, query.lastError());
-        }
-        if (!transaction.commit())
-            return sqlErrorMessage(errorTitle, db.lastError());
-    }
-    QSqlQuery read(db);
-    read.setForwardOnly(true);
-    if (!read.exec(QStringLiteral("SELECT * FROM %1 ORDER BY Red").arg(table)))
-        return sqlErrorMessage(errorTitle, read.lastError());
-    return RowSet::fromQuery(read, errorTitle);
+    return scratch.layOut(table, columns, rows, QStringLiteral("SELECT * FROM %1 ORDER BY Red").arg(table));
 }
 
 }

@@ -5,13 +5,12 @@
 #include "core/rounding.h"
 #include "core/version.h"
 #include "courses/coursereports.h"
-#include "data/sqlerror.h"
+#include "data/query.h"
 #include "warehouse/fifo.h"
 #include "warehouse/stockrules.h"
 #include "warehouse/warehousestore.h"
 
 #include <QHash>
-#include <QSqlQuery>
 #include <QVariant>
 #include <algorithm>
 
@@ -41,15 +40,6 @@ void fillTotal(Report &report, const QString &caption, const StockList &list)
                       caption + formatAmount(list.total) + QLatin1Char(' ') + amountUnit(list.currency));
     if (list.mixed)
         report.addFooterNote(conversionNote(booksChangeover(), list.currency));
-}
-
-bool prepareAndRun(QSqlQuery &query, const QString &sql, const QVariantList &values)
-{
-    query.setForwardOnly(true);
-    query.prepare(sql);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    return query.exec();
 }
 
 QString windowCaption(const QString &text)
@@ -89,9 +79,9 @@ UserMessage noMovementsMessage(bool receipts)
 
 Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix)
 {
-    QSqlQuery query(db);
-    if (!prepareAndRun(query, QStringLiteral("SELECT Name, Edin, Broi FROM Nalich"), {}))
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db);
+    if (auto failure = query.exec(readTitle, QStringLiteral("SELECT Name, Edin, Broi FROM Nalich")))
+        return *failure;
     struct Item {
         QString name;
         double edin;
@@ -122,9 +112,9 @@ Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix)
 
 Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::function<void(int, int)> &progress)
 {
-    QSqlQuery query(db);
-    if (!prepareAndRun(query, QStringLiteral("SELECT DISTINCT Name FROM Sklad"), {}))
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db);
+    if (auto failure = query.exec(readTitle, QStringLiteral("SELECT DISTINCT Name FROM Sklad")))
+        return *failure;
     QStringList names;
     while (query.next())
         names.append(query.value(0).toString());
@@ -145,11 +135,12 @@ Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::
     const Changeover changeover = booksChangeover();
     const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
     QList<Part> parts;
-    if (!prepareAndRun(query,
-                       QStringLiteral("SELECT Name, VidKol, CASE WHEN Data >= ? THEN 1 ELSE 0 END, SUM(Kol), SUM(Suma) "
-                                      "FROM Sklad WHERE Data BETWEEN ? AND ? GROUP BY 1, 2, 3"),
-                       {euroFrom, period.from, period.to}))
-        return sqlErrorMessage(readTitle, query.lastError());
+    if (auto failure
+        = query.exec(readTitle,
+                     QStringLiteral("SELECT Name, VidKol, CASE WHEN Data >= ? THEN 1 ELSE 0 END, SUM(Kol), "
+                                    "SUM(Suma) FROM Sklad WHERE Data BETWEEN ? AND ? GROUP BY 1, 2, 3"),
+                     {euroFrom, period.from, period.to}))
+        return *failure;
     bool anyEuro = false;
     bool anyLeva = false;
     while (query.next()) {
@@ -171,11 +162,11 @@ Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::
     }
     // The price of each name is that of its oldest receipt in the period, in that receipt's currency.
     QHash<QString, QString> firstPrice;
-    if (!prepareAndRun(query,
-                       QStringLiteral("SELECT Name, Edin, Data FROM Sklad WHERE VidKol = 'P' AND Data BETWEEN ? AND ? "
-                                      "ORDER BY Data, id"),
-                       {period.from, period.to}))
-        return sqlErrorMessage(readTitle, query.lastError());
+    if (auto failure = query.exec(readTitle,
+                                  QStringLiteral("SELECT Name, Edin, Data FROM Sklad WHERE VidKol = 'P' AND Data "
+                                                 "BETWEEN ? AND ? ORDER BY Data, id"),
+                                  {period.from, period.to}))
+        return *failure;
     while (query.next()) {
         const QString name = query.value(0).toString();
         if (!firstPrice.contains(name))
@@ -212,12 +203,13 @@ Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::
 Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &period, const QString &articlePrefix,
                                   const QString &truckPrefix, const std::function<void(int, int)> &progress)
 {
-    QSqlQuery query(db);
-    if (!prepareAndRun(query,
-                       QStringLiteral("SELECT DocVid, DocNom, Data, Name, Kol, Edin, Suma FROM Sklad "
-                                      "WHERE VidKol = ? AND Data BETWEEN ? AND ? ORDER BY Data, id"),
-                       {receipts ? StockMovement::receiptKind() : StockMovement::issueKind(), period.from, period.to}))
-        return sqlErrorMessage(readTitle, query.lastError());
+    Query query(db);
+    if (auto failure
+        = query.exec(readTitle,
+                     QStringLiteral("SELECT DocVid, DocNom, Data, Name, Kol, Edin, Suma FROM Sklad "
+                                    "WHERE VidKol = ? AND Data BETWEEN ? AND ? ORDER BY Data, id"),
+                     {receipts ? StockMovement::receiptKind() : StockMovement::issueKind(), period.from, period.to}))
+        return *failure;
     struct Item {
         QString docVid, docNom;
         QDate data;

@@ -2,11 +2,11 @@
 
 #include "core/rounding.h"
 #include "data/changeoverstore.h"
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 
 #include <QSqlError>
-#include <QSqlQuery>
 #include <QVariant>
 #include <algorithm>
 
@@ -26,7 +26,7 @@ double money(double amount)
     return roundHalfEven(amount, 2);
 }
 
-StockMovement movementOf(const QSqlQuery &q)
+StockMovement movementOf(const Query &q)
 {
     StockMovement m;
     m.id = q.value(0).toLongLong();
@@ -72,38 +72,35 @@ public:
     QDate today() const { return m_now.date(); }
     QTime time() const { return m_now.time(); }
 
-    bool read(QSqlQuery &query, const QString &sql, const QVariantList &values)
+    QSqlDatabase db() const { return m_db; }
+
+    bool read(Query &query, const QString &sql, const QVariantList &values)
     {
         if (!ok())
             return false;
-        query = QSqlQuery(m_db);
-        query.setForwardOnly(true);
-        query.prepare(sql);
-        for (const QVariant &value : values)
-            query.addBindValue(value);
-        if (!query.exec())
-            return fail(sqlErrorMessage(m_title, query.lastError()));
+        if (auto failure = query.exec(m_title, sql, values))
+            return fail(*failure);
         return true;
     }
 
     // A write; a versioned one must change exactly one row, or the row changed since it was read.
     bool write(const QString &sql, const QVariantList &values, bool versioned)
     {
-        QSqlQuery query(m_db);
-        if (!start(query, sql, values))
+        Query query(m_db, sql);
+        if (!start(query, values))
             return false;
-        if (versioned && query.numRowsAffected() != 1)
+        if (versioned && query.rowsAffected() != 1)
             return fail(rowConflictMessage(m_title));
         return true;
     }
 
     std::optional<qint64> insert(const QString &sql, const QVariantList &values, int *rowVersion)
     {
-        QSqlQuery query(m_db);
-        if (!start(query, sql + QStringLiteral(" RETURNING id, row_version"), values))
+        Query query(m_db, sql + QStringLiteral(" RETURNING id, row_version"));
+        if (!start(query, values))
             return std::nullopt;
         if (!query.next()) {
-            fail(sqlErrorMessage(m_title, query.lastError()));
+            fail(query.readFailure(m_title).value_or(rowConflictMessage(m_title)));
             return std::nullopt;
         }
         const qint64 id = query.value(0).toLongLong();
@@ -123,7 +120,7 @@ public:
     }
 
 private:
-    bool start(QSqlQuery &query, const QString &sql, const QVariantList &values)
+    bool start(Query &query, const QVariantList &values)
     {
         if (!ok())
             return false;
@@ -132,11 +129,8 @@ private:
             if (auto failure = m_beforeWrite(m_writes))
                 return fail(*failure);
         }
-        query.prepare(sql);
-        for (const QVariant &value : values)
-            query.addBindValue(value);
-        if (!query.exec())
-            return fail(sqlErrorMessage(m_title, query.lastError()));
+        if (auto failure = query.run(m_title, values))
+            return fail(*failure);
         return true;
     }
 
@@ -153,7 +147,7 @@ private:
 
 std::optional<StockMovement> readMovement(Work &work, qint64 id)
 {
-    QSqlQuery q;
+    Query q(work.db());
     if (!work.read(q, QStringLiteral("SELECT %1 FROM Sklad WHERE id = ?").arg(movementColumns), {id}) || !q.next())
         return std::nullopt;
     return movementOf(q);
@@ -194,7 +188,7 @@ std::optional<StockMovement> readReceiptAsSeen(Work &work, const StockMovement &
 
 std::optional<StockOnHand> readOnHand(Work &work, const QString &name)
 {
-    QSqlQuery q;
+    Query q(work.db());
     if (!work.read(q, QStringLiteral("SELECT id, row_version, Name, Edin, Broi FROM Nalich WHERE Name = ? ORDER BY id"),
                    {name.trimmed()})
         || !q.next())
@@ -221,7 +215,7 @@ Changeover readChangeover(Work &work, QSqlDatabase db)
 QList<OpenReceipt> readOpenReceipts(Work &work, const QString &name, Currency issue, const Changeover &changeover)
 {
     QList<OpenReceipt> receipts;
-    QSqlQuery q;
+    Query q(work.db());
     if (!work.read(q,
                    QStringLiteral("SELECT s.id, s.row_version, s.Ostat, s.Edin, s.Data, e.Edin FROM Sklad s "
                                   "LEFT JOIN EvroSklad e ON e.ReceiptID = s.id WHERE s.Name = ? AND s.VidKol = 'P' "
@@ -245,7 +239,7 @@ QList<OpenReceipt> readOpenReceipts(Work &work, const QString &name, Currency is
 std::optional<double> newestReceiptPrice(Work &work, const QString &name, const Changeover &changeover,
                                          qint64 leaveOut = 0)
 {
-    QSqlQuery q;
+    Query q(work.db());
     if (!work.read(q,
                    QStringLiteral("SELECT Edin, Data FROM Sklad WHERE Name = ? AND VidKol = 'P' AND id <> ? "
                                   "ORDER BY id DESC LIMIT 1"),
@@ -263,7 +257,7 @@ bool forgetEuroPrice(Work &work, qint64 receiptId)
 
 bool isNewestReceipt(Work &work, const StockMovement &receipt)
 {
-    QSqlQuery q;
+    Query q(work.db());
     return work.read(q, QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = ? AND VidKol = 'P' AND id > ?"),
                      {receipt.name, receipt.id})
            && q.next() && q.value(0).toInt() == 0;
@@ -272,7 +266,7 @@ bool isNewestReceipt(Work &work, const StockMovement &receipt)
 QList<IssueLot> readLots(Work &work, qint64 issueId)
 {
     QList<IssueLot> lots;
-    QSqlQuery q;
+    Query q(work.db());
     if (!work.read(q, QStringLiteral("SELECT ReceiptID, Kol, Edin FROM SkladLots WHERE IssueID = ? ORDER BY id"),
                    {issueId}))
         return lots;
@@ -285,7 +279,7 @@ bool drawnOn(Work &work, const StockMovement &receipt)
 {
     if (receipt.lipsa || storedQuantity(receipt.ostat.value_or(0)) != storedQuantity(receipt.kol))
         return true;
-    QSqlQuery q;
+    Query q(work.db());
     return !work.read(q, QStringLiteral("SELECT COUNT(*) FROM SkladLots WHERE ReceiptID = ?"), {receipt.id})
            || !q.next() || q.value(0).toInt() > 0;
 }
@@ -670,13 +664,11 @@ Checked<bool> WarehouseStore::isDrawnOn(qint64 receiptId) const
 
 Checked<QList<IssueLotRow>> WarehouseStore::lotsOf(qint64 issueId) const
 {
-    QSqlQuery q(m_db);
-    q.setForwardOnly(true);
-    q.prepare(QStringLiteral("SELECT l.ReceiptID, s.Data, s.DocVid, s.DocNom, l.Kol, l.Edin FROM SkladLots l "
-                             "LEFT JOIN Sklad s ON s.id = l.ReceiptID WHERE l.IssueID = ? ORDER BY l.id"));
-    q.addBindValue(issueId);
-    if (!q.exec())
-        return sqlErrorMessage(readTitle, q.lastError());
+    Query q(m_db,
+            QStringLiteral("SELECT l.ReceiptID, s.Data, s.DocVid, s.DocNom, l.Kol, l.Edin FROM SkladLots l "
+                           "LEFT JOIN Sklad s ON s.id = l.ReceiptID WHERE l.IssueID = ? ORDER BY l.id"));
+    if (auto failure = q.run(readTitle, {issueId}))
+        return *failure;
     QList<IssueLotRow> lots;
     while (q.next()) {
         IssueLotRow lot{q.value(0).toLongLong(), q.value(1).toDate(), q.value(2).toString(), q.value(3).toString(),
@@ -701,12 +693,8 @@ namespace {
 QStringList distinctTexts(QSqlDatabase db, const QString &sql, const QVariantList &values)
 {
     QStringList texts;
-    QSqlQuery q(db);
-    q.setForwardOnly(true);
-    q.prepare(sql);
-    for (const QVariant &value : values)
-        q.addBindValue(value);
-    if (!q.exec())
+    Query q(db, sql);
+    if (q.run(QString(), values))
         return texts;
     while (q.next()) {
         const QString text = q.value(0).toString();

@@ -5,13 +5,11 @@
 #include "core/rounding.h"
 #include "core/version.h"
 #include "courses/coursereports.h"
+#include "data/query.h"
 #include "data/scratchdatabase.h"
-#include "data/sqlerror.h"
-#include "data/transaction.h"
 #include "forms/recordfield.h"
 
 #include <QHash>
-#include <QSqlQuery>
 #include <QVariant>
 #include <cmath>
 
@@ -51,18 +49,6 @@ qint64 hundredths(const QVariant &value)
     return value.isNull() ? 0 : std::llround(roundHalfEven(value.toDouble(), 2) * 100.0);
 }
 
-std::optional<UserMessage> query(QSqlQuery &q, const QString &sql, const QVariantList &values)
-{
-    q.setForwardOnly(true);
-    if (!q.prepare(sql))
-        return sqlErrorMessage(readTitle, q.lastError());
-    for (const QVariant &value : values)
-        q.addBindValue(value);
-    if (!q.exec())
-        return sqlErrorMessage(readTitle, q.lastError());
-    return std::nullopt;
-}
-
 }
 
 Checked<Report> RowdReport(const SearchConditions &conditions, QSqlDatabase db, ScratchDatabase &scratch,
@@ -80,11 +66,9 @@ Checked<Report> RowdReport(const SearchConditions &conditions, QSqlDatabase db, 
         values.prepend(truck);
     }
 
-    QSqlQuery waybills(db);
-    if (auto failure = query(waybills,
-                             QStringLiteral("SELECT ListID, Data, Kola, SumKM, SumRazhN, EndKM, ZarN FROM RowdList "
-                                            "WHERE %1 ORDER BY Data, ListID, id").arg(where),
-                             values))
+    Query waybills(db, QStringLiteral("SELECT ListID, Data, Kola, SumKM, SumRazhN, EndKM, ZarN FROM RowdList "
+                                      "WHERE %1 ORDER BY Data, ListID, id").arg(where));
+    if (auto failure = waybills.run(readTitle, values))
         return *failure;
     struct Head {
         QString listId;
@@ -102,11 +86,9 @@ Checked<Report> RowdReport(const SearchConditions &conditions, QSqlDatabase db, 
                                      QStringLiteral("Моля, изберете други."), UserMessage::Icon::Exclamation);
 
     // The route lines of all those waybills at once, each number's in the order they were typed.
-    QSqlQuery routes(db);
-    if (auto failure = query(routes,
-                             QStringLiteral("SELECT MarshID, Marshrut, KM, Ton, Koef, RazhN FROM Marsh WHERE MarshID IN "
-                                            "(SELECT ListID FROM RowdList WHERE %1) ORDER BY MarshID, id").arg(where),
-                             values))
+    Query routes(db, QStringLiteral("SELECT MarshID, Marshrut, KM, Ton, Koef, RazhN FROM Marsh WHERE MarshID IN "
+                                    "(SELECT ListID FROM RowdList WHERE %1) ORDER BY MarshID, id").arg(where));
+    if (auto failure = routes.run(readTitle, values))
         return *failure;
     QHash<QString, QList<Line>> lines;
     while (routes.next())
@@ -114,48 +96,29 @@ Checked<Report> RowdReport(const SearchConditions &conditions, QSqlDatabase db, 
             {routes.value(1).toString(), routes.value(2), routes.value(3), routes.value(4), routes.value(5)});
 
     // The scratch table is emptied, then filled: what is printed is exactly these rows.
-    QSqlDatabase temp = scratch.db();
-    {
-        Transaction transaction(temp);
-        QSqlQuery insert(temp);
-        if (!insert.exec(QStringLiteral("DELETE FROM TempRowdList")))
-            return sqlErrorMessage(readTitle, insert.lastError());
-        insert.prepare(QStringLiteral("INSERT INTO TempRowdList (Red, NomData, KolaID, Marsh, KM, Ton, RazhN, Proc) "
-                                      "VALUES (?, ?, ?, ?, ?, ?, ?, ?)"));
-        const auto add = [&insert](const QStringList &cells) -> std::optional<UserMessage> {
-            for (const QString &cell : cells)
-                insert.addBindValue(cell);
-            if (!insert.exec())
-                return sqlErrorMessage(readTitle, insert.lastError());
-            return std::nullopt;
-        };
-        const QString blank = QStringLiteral(" ");
-        int red = 0;
-        for (const Head &head : std::as_const(heads)) {
-            const QString fuel = head.zarN.toDouble() > 0
-                                     ? plain(head.zarN) + QStringLiteral("л. - ") + plain(head.endKm) + QStringLiteral("км")
-                                     : QStringLiteral(" - ");
-            if (auto failure = add({QString::number(++red) + QLatin1Char('.'),
-                                    head.listId + QStringLiteral(" / ") + formatDate(head.date), head.kola, fuel,
-                                    fixed(head.sumKm, 2), blank, fixed(head.sumFuel, 2), blank}))
-                return *failure;
-            for (const Line &line : lines.value(head.listId)) {
-                if (auto failure = add({blank, blank, blank, line.route, fixed(line.km, 2), fixed(line.ton, 3),
-                                        fixed(line.fuel, 2), plain(line.koef)}))
-                    return *failure;
-            }
-        }
-        if (!transaction.commit())
-            return sqlErrorMessage(readTitle, temp.lastError());
+    QList<QVariantList> sheet;
+    const QString blank = QStringLiteral(" ");
+    int red = 0;
+    for (const Head &head : std::as_const(heads)) {
+        const QString fuel = head.zarN.toDouble() > 0
+                                 ? plain(head.zarN) + QStringLiteral("л. - ") + plain(head.endKm) + QStringLiteral("км")
+                                 : QStringLiteral(" - ");
+        sheet.append({QString::number(++red) + QLatin1Char('.'), head.listId + QStringLiteral(" / ") + formatDate(head.date),
+                      head.kola, fuel, fixed(head.sumKm, 2), blank, fixed(head.sumFuel, 2), blank});
+        for (const Line &line : lines.value(head.listId))
+            sheet.append({blank, blank, blank, line.route, fixed(line.km, 2), fixed(line.ton, 3), fixed(line.fuel, 2),
+                          plain(line.koef)});
     }
-    QSqlQuery read(temp);
-    if (auto failure = query(read,
-                             QStringLiteral("SELECT Red, NomData, KolaID, Marsh, KM, Ton, RazhN, Proc, "
-                                            "CASE WHEN Red = ' ' THEN 0 ELSE 1 END AS Head FROM TempRowdList "
-                                            "ORDER BY rowid"),
-                             {}))
+    if (auto failure = fillScratchTable(scratch.db(), readTitle, QStringLiteral("TempRowdList"),
+                                        {QStringLiteral("Red"), QStringLiteral("NomData"), QStringLiteral("KolaID"),
+                                         QStringLiteral("Marsh"), QStringLiteral("KM"), QStringLiteral("Ton"),
+                                         QStringLiteral("RazhN"), QStringLiteral("Proc")},
+                                        sheet))
         return *failure;
-    const Checked<RowSet> rows = RowSet::fromQuery(read, readTitle);
+    const Checked<RowSet> rows = readRows(scratch.db(), readTitle,
+                                          QStringLiteral("SELECT Red, NomData, KolaID, Marsh, KM, Ton, RazhN, Proc, "
+                                                         "CASE WHEN Red = ' ' THEN 0 ELSE 1 END AS Head FROM TempRowdList "
+                                                         "ORDER BY rowid"));
     if (!rows)
         return rows.message();
 

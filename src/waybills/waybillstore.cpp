@@ -1,12 +1,12 @@
 #include "waybillstore.h"
 
 #include "courses/searchlists.h"
+#include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 #include "waybills/fuelnorm.h"
 #include "waybills/waybillrules.h"
 
-#include <QSqlQuery>
 #include <QVariant>
 
 namespace zarek {
@@ -17,32 +17,15 @@ const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
 
 QString idList(const QList<qint64> &ids, QVariantList &values)
 {
-    QStringList marks;
-    for (qint64 id : ids) {
-        marks.append(QStringLiteral("?"));
+    for (qint64 id : ids)
         values.append(id);
-    }
-    return marks.join(QStringLiteral(", "));
-}
-
-// Runs a statement with its bound values; the message of its failure, if any.
-std::optional<UserMessage> run(QSqlQuery &query, const QString &sql, const QVariantList &values,
-                               const QString &errorTitle)
-{
-    if (!query.prepare(sql))
-        return sqlErrorMessage(errorTitle, query.lastError());
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec())
-        return sqlErrorMessage(errorTitle, query.lastError());
-    return std::nullopt;
+    return placeholders(ids.size());
 }
 
 Checked<QStringList> list(QSqlDatabase db, const QString &sql)
 {
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (auto failure = run(query, sql, {}, readTitle))
+    Query query(db);
+    if (auto failure = query.exec(readTitle, sql))
         return *failure;
     QStringList items;
     while (query.next()) {
@@ -70,20 +53,19 @@ QStringList WaybillStore::lineColumns()
 
 Checked<bool> WaybillStore::numberTaken(const QString &listId, qint64 exceptId) const
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (auto failure = run(query, QStringLiteral("SELECT COUNT(*) FROM RowdList WHERE ListID = ? AND id <> ?"),
-                           {listId, exceptId}, readTitle))
+    Query query(m_db);
+    if (auto failure
+        = query.exec(readTitle, QStringLiteral("SELECT COUNT(*) FROM RowdList WHERE ListID = ? AND id <> ?"),
+                     {listId, exceptId}))
         return *failure;
     return query.next() && query.value(0).toLongLong() > 0;
 }
 
 Checked<std::optional<double>> WaybillStore::truckNorm(const QString &kola) const
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (auto failure = run(query, QStringLiteral("SELECT Razhod FROM Config WHERE kola = ? ORDER BY id"), {kola},
-                           readTitle))
+    Query query(m_db);
+    if (auto failure
+        = query.exec(readTitle, QStringLiteral("SELECT Razhod FROM Config WHERE kola = ? ORDER BY id"), {kola}))
         return *failure;
     if (!query.next() || query.value(0).isNull())
         return std::optional<double>();
@@ -92,11 +74,10 @@ Checked<std::optional<double>> WaybillStore::truckNorm(const QString &kola) cons
 
 Checked<WaybillStore::Sums> WaybillStore::lineSums(const QString &listId) const
 {
-    QSqlQuery query(m_db);
-    query.setForwardOnly(true);
-    if (auto failure = run(query,
-                           QStringLiteral("SELECT SUM(KM) AS SumKM, SUM(RazhN) AS SumRazhN FROM Marsh WHERE MarshID = ?"),
-                           {listId}, readTitle))
+    Query query(m_db);
+    if (auto failure = query.exec(
+            readTitle, QStringLiteral("SELECT SUM(KM) AS SumKM, SUM(RazhN) AS SumRazhN FROM Marsh WHERE MarshID = ?"),
+            {listId}))
         return *failure;
     Sums sums;
     if (query.next()) {
@@ -127,21 +108,24 @@ Checked<RecordRow> WaybillStore::saveHeader(RecordRow row, bool adding, const QS
     const RecordStore headers(m_db, QStringLiteral("RowdList"), headerColumns(), QStringLiteral("ListID"));
     if (auto failure = adding ? headers.insert(row, title) : headers.update(row, title))
         return *failure;
-    QSqlQuery query(m_db);
+    Query query(m_db);
     if (adding && !newLines.isEmpty() && linesNumber != number) {
         QVariantList values{number};
         const QString ids = idList(newLines, values);
-        if (auto failure = run(query, QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 "
-                                                     "WHERE id IN (%1)").arg(ids),
-                               values, title))
+        if (auto failure = query.exec(title,
+                                      QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 "
+                                                     "WHERE id IN (%1)")
+                                          .arg(ids),
+                                      values))
             return *failure;
     }
     // Another waybill of the old number (old data may have two) keeps the lines it shows.
     if (!adding && linesNumber != number) {
-        if (auto failure = run(query, QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 "
+        if (auto failure = query.exec(title,
+                                      QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 "
                                                      "WHERE MarshID = ? AND NOT EXISTS "
                                                      "(SELECT 1 FROM RowdList WHERE ListID = ? AND id <> ?)"),
-                               {number, linesNumber, linesNumber, row.id}, title))
+                                      {number, linesNumber, linesNumber, row.id}))
             return *failure;
     }
     // The header holds the sums of the lines stored under its number; one without lines keeps
@@ -168,9 +152,10 @@ Checked<WaybillStore::Sums> WaybillStore::refreshSums(const QString &listId, con
         return sums;
     const double km = sums.value().km.value_or(0.0);
     const double fuel = sums.value().fuel.value_or(0.0);
-    QSqlQuery query(m_db);
-    if (auto failure = run(query, QStringLiteral("UPDATE RowdList SET SumKM = ?, SumRazhN = ? WHERE ListID = ?"),
-                           {km, fuel, listId}, errorTitle))
+    Query query(m_db);
+    if (auto failure
+        = query.exec(errorTitle, QStringLiteral("UPDATE RowdList SET SumKM = ?, SumRazhN = ? WHERE ListID = ?"),
+                     {km, fuel, listId}))
         return *failure;
     return Sums{km, fuel};
 }
@@ -184,9 +169,8 @@ Checked<WaybillStore::SavedLine> WaybillStore::saveLine(const RecordStore &lines
     // A line moved to another number leaves the sums of its old one behind.
     QString oldNumber;
     if (!adding) {
-        QSqlQuery query(m_db);
-        query.setForwardOnly(true);
-        if (auto failure = run(query, QStringLiteral("SELECT MarshID FROM Marsh WHERE id = ?"), {line.id}, errorTitle))
+        Query query(m_db);
+        if (auto failure = query.exec(errorTitle, QStringLiteral("SELECT MarshID FROM Marsh WHERE id = ?"), {line.id}))
             return *failure;
         if (query.next())
             oldNumber = query.value(0).toString();
@@ -214,9 +198,8 @@ Checked<WaybillStore::Sums> WaybillStore::removeLine(const RecordStore &lines, c
         return sqlErrorMessage(errorTitle, transaction.lastError());
     QString number;
     {
-        QSqlQuery query(m_db);
-        query.setForwardOnly(true);
-        if (auto failure = run(query, QStringLiteral("SELECT MarshID FROM Marsh WHERE id = ?"), {line.id}, errorTitle))
+        Query query(m_db);
+        if (auto failure = query.exec(errorTitle, QStringLiteral("SELECT MarshID FROM Marsh WHERE id = ?"), {line.id}))
             return *failure;
         if (query.next())
             number = query.value(0).toString();
@@ -238,10 +221,11 @@ std::optional<UserMessage> WaybillStore::deleteWaybill(const RecordRow &row, con
     if (auto failure = headers.remove(row, errorTitle))
         return failure;
     const QString number = row.values.value(QStringLiteral("ListID")).toString();
-    QSqlQuery query(m_db);
-    if (auto failure = run(query, QStringLiteral("DELETE FROM Marsh WHERE MarshID = ? AND NOT EXISTS "
+    Query query(m_db);
+    if (auto failure = query.exec(errorTitle,
+                                  QStringLiteral("DELETE FROM Marsh WHERE MarshID = ? AND NOT EXISTS "
                                                  "(SELECT 1 FROM RowdList WHERE ListID = ?)"),
-                           {number, number}, errorTitle))
+                                  {number, number}))
         return failure;
     if (!transaction.commit())
         return sqlErrorMessage(errorTitle, m_db.lastError());
@@ -252,13 +236,12 @@ Checked<RecordRow> WaybillStore::storeSums(RecordRow row, const Sums &sums, cons
 {
     const QVariant km = sums.km ? QVariant(*sums.km) : QVariant(0.0);
     const QVariant fuel = sums.fuel ? QVariant(*sums.fuel) : QVariant(0.0);
-    QSqlQuery query(m_db);
-    if (auto failure = run(query, QStringLiteral("UPDATE RowdList SET SumKM = ?, SumRazhN = ?, "
-                                                 "row_version = row_version + 1 WHERE id = ? AND row_version = ?"),
-                           {km, fuel, row.id, row.rowVersion}, errorTitle))
+    if (auto failure
+        = executeOnVersion(m_db, errorTitle,
+                           QStringLiteral("UPDATE RowdList SET SumKM = ?, SumRazhN = ?, "
+                                          "row_version = row_version + 1 WHERE id = ? AND row_version = ?"),
+                           {km, fuel, row.id, row.rowVersion}))
         return *failure;
-    if (query.numRowsAffected() != 1)
-        return rowConflictMessage(errorTitle);
     ++row.rowVersion;
     row.values.insert(QStringLiteral("SumKM"), km);
     row.values.insert(QStringLiteral("SumRazhN"), fuel);
@@ -271,8 +254,8 @@ std::optional<UserMessage> WaybillStore::deleteLines(const QList<qint64> &ids, c
         return std::nullopt;
     QVariantList values;
     const QString marks = idList(ids, values);
-    QSqlQuery query(m_db);
-    return run(query, QStringLiteral("DELETE FROM Marsh WHERE id IN (%1)").arg(marks), values, errorTitle);
+    Query query(m_db);
+    return query.exec(errorTitle, QStringLiteral("DELETE FROM Marsh WHERE id IN (%1)").arg(marks), values);
 }
 
 std::optional<UserMessage> WaybillStore::moveLines(const QList<qint64> &ids, const QString &listId,
@@ -282,10 +265,11 @@ std::optional<UserMessage> WaybillStore::moveLines(const QList<qint64> &ids, con
         return std::nullopt;
     QVariantList values{listId};
     const QString marks = idList(ids, values);
-    QSqlQuery query(m_db);
-    return run(query, QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 WHERE id IN (%1)")
-                          .arg(marks),
-               values, errorTitle);
+    Query query(m_db);
+    return query.exec(
+        errorTitle,
+        QStringLiteral("UPDATE Marsh SET MarshID = ?, row_version = row_version + 1 WHERE id IN (%1)").arg(marks),
+        values);
 }
 
 }

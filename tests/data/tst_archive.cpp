@@ -667,9 +667,9 @@ private slots:
         QList<archiving::SchemaObject> copied;
         QList<archiving::SchemaObject> own;
         {
-            archiving::FileConnection copy(prepared.workingCopy());
+            PrivateConnection copy(prepared.workingCopy());
             QVERIFY(!archiving::readSchemaObjects(copy.db(), copied));
-            archiving::FileConnection fresh(QStringLiteral(":memory:"));
+            PrivateConnection fresh(QStringLiteral(":memory:"));
             QSqlDatabase freshDb = fresh.db();
             QVERIFY(!upgradeSchema(freshDb));
             QVERIFY(!archiving::readSchemaObjects(freshDb, own));
@@ -873,7 +873,7 @@ private slots:
             }
             ++taken;
             {
-                archiving::FileConnection copy(prepared.workingCopy(), archiving::readOnlyOptions());
+                PrivateConnection copy(prepared.workingCopy(), archiving::readOnlyOptions());
                 const QString refusedByScreens = firstValueTheScreensRefuse(copy.db());
                 QVERIFY2(refusedByScreens.isEmpty(), qPrintable(statements.join(QStringLiteral("; ")) + QStringLiteral(" -> ")
                                                                 + refusedByScreens));
@@ -949,7 +949,7 @@ private slots:
                 continue;
             }
             {
-                archiving::FileConnection copy(prepared.workingCopy(), archiving::readOnlyOptions());
+                PrivateConnection copy(prepared.workingCopy(), archiving::readOnlyOptions());
                 QCOMPARE(firstValueTheScreensRefuse(copy.db()), QString());
             }
             // The damaged bytes are only ever read by the check and SQLite's copy of them; what is

@@ -54,7 +54,7 @@ QByteArray goodArchive(const QString &folder)
     const QString live = QDir(folder).filePath(QStringLiteral("live.db"));
     const QString path = QDir(folder).filePath(QStringLiteral("good.abd"));
     {
-        FileConnection connection(live);
+        PrivateConnection connection(live);
         QSqlDatabase db = connection.db();
         if (upgradeSchema(db))
             return {};
@@ -116,7 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         QFile::copy(w.dir->filePath(QStringLiteral("good.abd")), w.damaged);
         QFile::setPermissions(w.damaged, QFile::ReadOwner | QFile::WriteOwner);
         {
-            FileConnection connection(w.damaged);
+            PrivateConnection connection(w.damaged);
             // The value as text, as a number when it reads as one, as raw bytes otherwise.
             bool number = false;
             const double asNumber = QString::fromUtf8(value).toDouble(&number);
@@ -136,7 +136,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (prepared.prepare(w.damaged, w.work))
         return 0;
     // Taken: the working copy holds only values the screens take, whatever the input was.
-    FileConnection copy(prepared.workingCopy(), readOnlyOptions());
+    PrivateConnection copy(prepared.workingCopy(), readOnlyOptions());
     if (checkStoredValues(copy.db()))
         __builtin_trap();
     return 0;
