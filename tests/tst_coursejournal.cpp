@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "courses/coursejournal.h"
 #include "core/currency.h"
 #include "core/formats.h"
@@ -283,8 +284,8 @@ private slots:
             query.addBindValue(false);
             QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
         }
-        setBooksChangeover(Changeover{QDate(2026, 3, 3)});
-        const auto restore = qScopeGuard([] { setBooksChangeover(Changeover{}); });
+        setCommandDay({Changeover{QDate(2026, 3, 3)}, QDate::currentDate()});
+        const auto restore = qScopeGuard([] { setCommandDay({}); });
         RecordingMessageService messages;
         CourseJournal journal(scratch.db());
         journal.refreshSummary();
@@ -300,7 +301,7 @@ private slots:
         QVERIFY2(total.startsWith(QStringLiteral("Всичко:;;;;;;69,750;404;;")), qPrintable(total));
         QCOMPARE(total.section(QLatin1Char(';'), 9, 9), formatAmount(journal.totals().gross));
         QVERIFY(total.endsWith(QStringLiteral(";евро")));
-        QCOMPARE(lines.at(11), conversionNote(booksChangeover(), Currency::Euro));
+        QCOMPARE(lines.at(11), conversionNote(commandDay().changeover, Currency::Euro));
         QVERIFY(journal.findChild<QLabel *>(QStringLiteral("lblTotals"))->text().contains(formatAmount(journal.totals().gross)));
         QVERIFY(messages.shown.isEmpty());
     }

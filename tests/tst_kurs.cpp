@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "forms/dialog.h"
 #include "forms/messageservice.h"
 #include "courses/courseeditorrules.h"
@@ -41,7 +42,7 @@ void addCourse(QSqlDatabase db, const QString &kola, const QString &date, const 
     entry.kola = kola;
     entry.date = date;
     entry.tarifa = tarifa;
-    QVERIFY(CourseStore(db).save(entry, {}, QDate(2026, 1, 1)).ok());
+    QVERIFY(CourseStore(db).save(entry, {}, {commandDay().changeover, QDate(2026, 1, 1)}).ok());
 }
 
 template <typename T = QWidget>
@@ -602,7 +603,7 @@ private slots:
         prepare(scratch);
         addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20\" = 0.17895216, \"Trf_20-30\" = 0.06391149")));
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
         RecordingMessageService messages;
         Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2025, 12, 1), QDate(2025, 12, 31)});
         screen.show();
@@ -628,7 +629,7 @@ private slots:
         prepare(scratch);
         addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20-30\" = 0.06391149")));
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
         screen.show();
@@ -713,7 +714,7 @@ private slots:
         prepare(scratch);
         addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
         screen.show();
@@ -752,7 +753,7 @@ private slots:
         prepare(scratch);
         addCourse(scratch.db(), QStringLiteral("СА 1234 ВК"), QStringLiteral("30.12.2025"));
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
         screen.show();

@@ -58,15 +58,16 @@ void landscapeSetUp(Report &report)
 
 // The courses' rows with their money in the currency of each course's day: rows of both
 // currencies show each sum with its unit, and the total, in euro, says how it was made.
-void setCourseRows(Report &report, RowSet rows, const QString &amountBox = QStringLiteral("Text105"))
+void setCourseRows(Report &report, RowSet rows, const BooksDay &books,
+                   const QString &amountBox = QStringLiteral("Text105"))
 {
-    const DatedAmounts amounts = datedAmounts(rows, QStringLiteral("data"));
-    prepareDatedAmounts(rows, QStringLiteral("data"), {QStringLiteral("bruto")}, amounts);
+    const DatedAmounts amounts = datedAmounts(books, rows, QStringLiteral("data"));
+    prepareDatedAmounts(books, rows, QStringLiteral("data"), {QStringLiteral("bruto")}, amounts);
     report.setDataSource(std::move(rows));
     report.control(reportFooter, QStringLiteral("Function105")).format = totalFormat(amounts.totals);
     if (amounts.mixed) {
         report.setFontSize(detail, amountBox, amountWithUnitFontSize);
-        report.addFooterNote(conversionNote(booksChangeover(), amounts.totals));
+        report.addFooterNote(conversionNote(books.changeover, amounts.totals));
     }
 }
 
@@ -140,7 +141,8 @@ void fillFirmBlock(Report &report, const FirmProfile &firm, const QString &conta
     report.setCaption(header, contactLabel, firmContactLine(firm));
 }
 
-Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                           const BooksDay &books)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
@@ -153,7 +155,7 @@ Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, 
     if (!rows)
         return rows.message();
     landscapeSetUp(report);
-    setCourseRows(report, rows.value());
+    setCourseRows(report, rows.value(), books);
     fillCommon(report, firm, QStringLiteral("за курсовете на кола №") + conditions.SeekKola, conditions.period,
                truckFields());
     report.setSuggestedFileName(
@@ -161,7 +163,8 @@ Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, 
     return report;
 }
 
-Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                           const BooksDay &books)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
@@ -187,13 +190,14 @@ Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, c
         return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсове")));
     landscapeSetUp(report);
-    setCourseRows(report, rows.value());
+    setCourseRows(report, rows.value(), books);
     fillCommon(report, firm, subject + firm.UserName, conditions.period, firmFields());
     report.setSuggestedFileName(fileName(QStringLiteral("Обща справка ") + subject + firm.UserName, conditions.period));
     return report;
 }
 
-Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                           const BooksDay &books)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
@@ -207,7 +211,7 @@ Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db
     if (!rows)
         return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
-    setCourseRows(report, rows.value(), QStringLiteral("Text104"));
+    setCourseRows(report, rows.value(), books, QStringLiteral("Text104"));
     report.setCaption(header, QStringLiteral("Label3"),
                       QStringLiteral("Извършени от ") + firm.UserName + QStringLiteral(" курсове"));
     fillCommon(report, firm, QStringLiteral("по заявка на ") + conditions.SeekKlient, conditions.period,
@@ -223,7 +227,8 @@ Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db
     return report;
 }
 
-Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                           const BooksDay &books)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
@@ -237,7 +242,7 @@ Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db
         return rows.message();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
     landscapeSetUp(report);
-    setCourseRows(report, rows.value());
+    setCourseRows(report, rows.value(), books);
     // Each date cell tells that course's own payment: white when paid, grey while unpaid.
     report.setBackColorByField(detail, QStringLiteral("Text100"), QStringLiteral("plat"), colorWhite, colorGrey);
     Fields fields = firmFields();

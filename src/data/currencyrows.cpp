@@ -5,19 +5,26 @@
 
 namespace zarek {
 
-Currency rowCurrency(const RowSet &rows, int row, int dateColumn)
+SqlPart byRowCurrency(const QString &dateColumn, const Changeover &changeover, const QString &inEuro,
+                      const QString &inLeva)
 {
-    return currencyOn(dateColumn >= 0 ? dateOfValue(rows.value(row, dateColumn)) : QDate());
+    const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
+    return {QStringLiteral("CASE WHEN %1 >= ? THEN %2 ELSE %3 END").arg(dateColumn, inEuro, inLeva), {euroFrom}};
 }
 
-DatedAmounts datedAmounts(const RowSet &rows, const QString &dateColumn, std::optional<Currency> handedOut,
+Currency rowCurrency(const BooksDay &books, const RowSet &rows, int row, int dateColumn)
+{
+    return books.currencyOn(dateColumn >= 0 ? dateOfValue(rows.value(row, dateColumn)) : QDate());
+}
+
+DatedAmounts datedAmounts(const BooksDay &books, const RowSet &rows, const QString &dateColumn, std::optional<Currency> handedOut,
                           std::optional<Currency> fixed)
 {
     const int date = rows.column(dateColumn);
     bool anyEuro = false;
     bool anyLeva = false;
     for (int row = 0; row < rows.rowCount(); ++row) {
-        if (rowCurrency(rows, row, date) == Currency::Euro)
+        if (rowCurrency(books, rows, row, date) == Currency::Euro)
             anyEuro = true;
         else
             anyLeva = true;
@@ -33,7 +40,7 @@ QString rowAmountText(Money amount, Currency currency, bool withUnit)
     return withUnit ? formatAmount(amount) + QLatin1Char(' ') + amountUnit(currency) : formatAmount(amount);
 }
 
-void prepareDatedAmounts(RowSet &rows, const QString &dateColumn, const QStringList &amountColumns,
+void prepareDatedAmounts(const BooksDay &books, RowSet &rows, const QString &dateColumn, const QStringList &amountColumns,
                          const DatedAmounts &amounts)
 {
     const int date = rows.column(dateColumn);
@@ -46,7 +53,7 @@ void prepareDatedAmounts(RowSet &rows, const QString &dateColumn, const QStringL
             const QVariant value = rows.value(row, source);
             if (value.isNull())
                 continue;
-            const Currency currency = rowCurrency(rows, row, date);
+            const Currency currency = rowCurrency(books, rows, row, date);
             const Money amount = Money::fromAmount(value.toDouble());
             rows.setValue(row, total, convertAmount(amount, currency, amounts.totals).toDouble());
             if (amounts.mixed)

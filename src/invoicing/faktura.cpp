@@ -110,7 +110,7 @@ Faktura::Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatab
         totalsCurrencyRule = [this](bool) { return *m_invoiceCurrency; };
     } else {
         // A new invoice is issued today, in today's currency.
-        totalsCurrencyRule = [this](bool anyEuro) { return zarek::totalsCurrency(anyEuro, currencyOn(clock().date())); };
+        totalsCurrencyRule = [this](bool anyEuro) { return zarek::totalsCurrency(anyEuro, books().currencyOn(clock().date())); };
     }
 
     Checked<RowSet> rows = [&] {
@@ -161,16 +161,17 @@ void Faktura::chooseNumber()
 void Faktura::print()
 {
     m_printed = true;
-    const QList<StatementLine> lines = statementLines(model()->rows());
+    const QList<StatementLine> lines = statementLines(model()->rows(), {books().changeover, clock().date()});
     if (lines.isEmpty()) {
         m_statement.clear();
         MessageService::instance().inform(
             UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма курсове за фактуриране!")});
         return;
     }
-    const StatementMoney money =
-        m_mode == FakturaMode::EditFakt ? statementMoney(lines, std::nullopt, m_invoiceCurrency)
-                                        : statementMoney(lines, currencyOn(clock().date()));
+    StatementMoney money = m_mode == FakturaMode::EditFakt
+                               ? statementMoney(lines, std::nullopt, m_invoiceCurrency)
+                               : statementMoney(lines, books().currencyOn(clock().date()));
+    money.changeover = books().changeover;
     Checked<Report> report = [&]() -> Checked<Report> {
         WaitCursor wait;
         if (const auto refusal = fillTempPlaten(m_scratch, lines, money.mixed))

@@ -187,7 +187,7 @@ std::optional<UserMessage> KlientsStore::removeRow(qint64 rowKey)
     return std::nullopt;
 }
 
-Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(int)> &progress)
+Checked<StatementTotals> KlientsStore::fillPrintCopy(const BooksDay &books, const std::function<void(int)> &progress)
 {
     const Checked<RowSet> working = workingList(Order::ByRouteAndDate);
     if (!working)
@@ -203,15 +203,16 @@ Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(in
         return failure(writeTitle, query);
     StatementTotals totals;
     // Each course's money is in the currency of its day; the sums in euro once any course is.
-    const DatedAmounts amounts = datedAmounts(rows, QStringLiteral("Data"));
+    const DatedAmounts amounts = datedAmounts(books, rows, QStringLiteral("Data"));
     const int date = rows.column(QStringLiteral("Data"));
     totals.currency = amounts.totals;
+    totals.changeover = books.changeover;
     totals.mixed = amounts.mixed;
     for (int row = 0; row < rows.rowCount(); ++row) {
         const double km = rows.value(row, QStringLiteral("KM")).toDouble();
         const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
         const StatementLine line = statementLine(km, ton, rows.value(row, QStringLiteral("Tarifa")).toDouble());
-        const Currency currency = rowCurrency(rows, row, date);
+        const Currency currency = rowCurrency(books, rows, row, date);
         query.bindValue(0, rows.value(row, QStringLiteral("Data")));
         query.bindValue(1, rows.value(row, QStringLiteral("Marsh")));
         query.bindValue(2, rows.value(row, QStringLiteral("VidTovar")));

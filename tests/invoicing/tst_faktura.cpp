@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "core/currency.h"
 #include "core/docnumber.h"
 #include "data/dialect.h"
@@ -374,7 +375,7 @@ private slots:
         QFETCH(int, euroRows);
         ZAREK_SCRATCH_DB(db);
         const QList<qint64> ids = fillMarch(db.db());
-        ScopedBooksChangeover books(Changeover{changeover});
+        ScopedCommandDay books({Changeover{changeover}, QDate::currentDate()});
         Scratch scratch;
         RecordingMessageService messages;
         Screen s(FakturaMode::FaktNew, newConditions(), db.db(), scratch);
