@@ -107,7 +107,7 @@ void benchMode(QSqlDatabase db, BalansMode mode, const Period &period, const QSt
     const FirmProfile firm;
     QElapsedTimer step;
     step.start();
-    const Checked<QList<TruckBalance>> figures = BalansStore(db).balances(mode, period);
+    const Checked<QList<TruckBalance>> figures = BalansStore(db).balances(mode, period, Changeover{});
     const double queries = ms(step);
     if (!figures) {
         std::fprintf(stderr, "balance: %s\n", qPrintable(figures.message().text));

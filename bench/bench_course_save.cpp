@@ -48,10 +48,11 @@ void run(const QString &engine, QSqlDatabase db, int count)
         return;
     }
     CourseStore store(db);
+    const BooksDay books{Changeover{}, QDate::currentDate()};
     QElapsedTimer timer;
     timer.start();
     for (int i = 0; i < count; ++i) {
-        if (!store.save(entryFor(i), {CourseMode::NewKurs, true, {}}).ok()) {
+        if (!store.save(entryFor(i), {CourseMode::NewKurs, true, {}}, books).ok()) {
             std::printf("%s: save failed at %d\n", qPrintable(engine), i);
             return;
         }

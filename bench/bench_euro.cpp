@@ -10,6 +10,7 @@
 #include "core/formats.h"
 #include "courses/coursereports.h"
 #include "data/changeoverstore.h"
+#include "forms/commandday.h"
 #include "forms/resultgridscreen.h"
 #include "reports/reportlayout.h"
 
@@ -30,13 +31,13 @@ const Changeover midway{QDate(2023, 1, 1)};
 
 void benchReport(QSqlDatabase db, int count, bool changedOver)
 {
-    ScopedBooksChangeover books(changedOver ? midway : Changeover{});
+    const BooksDay books{changedOver ? midway : Changeover{}, QDate::currentDate()};
     SearchConditions conditions;
     conditions.SeekChoice = QStringLiteral("All");
     conditions.period = {QDate(2022, 1, 1), QDate(2023, 12, 31)};
     QElapsedTimer step;
     step.start();
-    const Checked<Report> report = ReportAll(conditions, db, FirmProfile{});
+    const Checked<Report> report = ReportAll(conditions, db, FirmProfile{}, books);
     const double query = ms(step);
     if (!report) {
         std::fprintf(stderr, "report: %s\n", qPrintable(report.message().text));
@@ -50,7 +51,7 @@ void benchReport(QSqlDatabase db, int count, bool changedOver)
 
 void benchSpace(QSqlDatabase db, int count, bool changedOver)
 {
-    ScopedBooksChangeover books(changedOver ? midway : Changeover{});
+    ScopedCommandDay books({changedOver ? midway : Changeover{}, QDate::currentDate()});
     QSqlQuery query(db);
     query.setForwardOnly(true);
     query.exec(QStringLiteral("SELECT Data, Marsh, kola, KM, Ton, Tarifa, neto, plat FROM tabl ORDER BY Data"));

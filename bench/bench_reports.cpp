@@ -144,7 +144,7 @@ void benchReport(QSqlDatabase db, int count)
     total.start();
     QElapsedTimer step;
     step.start();
-    const Checked<Report> report = ReportAll(conditions, db, firm);
+    const Checked<Report> report = ReportAll(conditions, db, firm, {Changeover{}, QDate::currentDate()});
     const double query = ms(step);
     if (!report) {
         std::fprintf(stderr, "report: %s\n", qPrintable(report.message().text));

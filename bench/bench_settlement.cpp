@@ -95,7 +95,7 @@ void run(const char *engine, QSqlDatabase db, int count)
         total.start();
         QElapsedTimer step;
         step.start();
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db);
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {Changeover{}, QDate::currentDate()});
         const double compute = ms(step);
         if (!sheet) {
             std::fprintf(stderr, "pay sheet: %s\n", qPrintable(sheet.message().text));
@@ -105,7 +105,7 @@ void run(const char *engine, QSqlDatabase db, int count)
         const Checked<RowSet> rows = writeTempZaplata(scratch, sheet.value());
         const double scratchMs = ms(step);
         step.restart();
-        const LaidOutReport laid = layoutReport(ReportZaplata(sheet.value(), rows.value(), firm).value());
+        const LaidOutReport laid = layoutReport(ReportZaplata(sheet.value(), rows.value(), firm, QDate::currentDate()).value());
         const double layout = ms(step);
         step.restart();
         ReportPreview preview(laid);
@@ -121,7 +121,7 @@ void run(const char *engine, QSqlDatabase db, int count)
 
     QElapsedTimer open;
     open.start();
-    Plashtane screen(conditions, db, scratch, firm);
+    Plashtane screen(conditions, db, scratch, firm, nullptr, QDate::currentDate());
     screen.show();
     QCoreApplication::processEvents();
     screen.grab();

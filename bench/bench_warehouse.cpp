@@ -281,7 +281,7 @@ void run(const QString &engine, QSqlDatabase db)
     const Period year{QDate(2025, 1, 1), QDate(2025, 12, 31)};
     timer.restart();
     cpu = cpuMs();
-    const Checked<StockList> audit = stockAudit(db, year);
+    const Checked<StockList> audit = stockAudit(db, year, {Changeover{}, QDate::currentDate()});
     const double auditMs = ms(timer);
     const double auditCpu = cpuMs() - cpu;
     timer.restart();
@@ -304,7 +304,7 @@ void run(const QString &engine, QSqlDatabase db)
         conditions.period = year;
         timer.restart();
         cpu = cpuMs();
-        const Checked<Report> report = SkladReport(receipts, conditions, db, {});
+        const Checked<Report> report = SkladReport(receipts, conditions, db, {}, {Changeover{}, QDate::currentDate()});
         const double query = ms(timer);
         timer.restart();
         const LaidOutReport laid = layoutReport(report.value());

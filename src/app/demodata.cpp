@@ -274,7 +274,7 @@ bool Generator::courses()
         entry.nomFakt = noDocumentNumber();
         if (between(1, 10) == 1)
             entry.razhod = formatAmount(priceOn(double(between(1000, 9000)) / 100.0, date));
-        const CourseSaveOutcome outcome = store.save(entry, {CourseMode::NewKurs, true, {}}, m_options.today);
+        const CourseSaveOutcome outcome = store.save(entry, {CourseMode::NewKurs, true, {}}, {m_changeover, m_options.today});
         if (!outcome.ok()) {
             m_error = outcome.message;
             return false;

@@ -14,6 +14,7 @@
 #include "data/changeoverstore.h"
 #include "core/version.h"
 #include "data/scratchdatabase.h"
+#include "forms/commandday.h"
 #include "forms/commands.h"
 #include "forms/messageservice.h"
 #include "documents/documentscommands.h"
@@ -74,7 +75,7 @@ QIcon toolbarIcon(const QString &key)
         {QStringLiteral("Save"), {QStringLiteral("⇩"), 3}},
         {QStringLiteral("Open"), {QStringLiteral("⇧"), 3}}};
     // Payments show the sign of the money paid today.
-    const auto look = key == QLatin1String("PL") ? std::pair{currencySign(currencyOn(QDate::currentDate())), 2} : looks.value(key);
+    const auto look = key == QLatin1String("PL") ? std::pair{currencySign(commandDay().currencyOn(commandDay().today)), 2} : looks.value(key);
     const QColor colours[] = {reports, data, money, disk};
     return badgeIcon(look.first, colours[look.second]);
 }
@@ -322,12 +323,12 @@ void FrmMain::applyRights(const QString &userVid)
 }
 
 // Another workstation may have changed the firm over to the euro meanwhile: every command starts
-// from what the database says (a failed reading keeps what was known).
+// from what the database says (a failed reading keeps what was known), and from today's date, read
+// here once for all the command does.
 void FrmMain::refreshChangeover()
 {
     const Checked<Changeover> changeover = loadChangeover(m_db);
-    if (changeover)
-        setBooksChangeover(changeover.value());
+    setCommandDay({changeover ? changeover.value() : commandDay().changeover, QDate::currentDate()});
     if (m_toolBar) {
         if (QAction *payments = m_toolBar->findChild<QAction *>(QStringLiteral("PL")))
             payments->setIcon(toolbarIcon(QStringLiteral("PL")));
@@ -418,8 +419,8 @@ void FrmMain::registerShellCommands()
     commands.add(QStringLiteral("mnuSpAdmin"), [this] { PassWord(m_db, this).exec(); });
     commands.add(QStringLiteral("mnuSpEvro"), [this] {
         // Made once: a firm in euro already is told so, and nothing opens.
-        if (booksChangeover().isSet()) {
-            MessageService::instance().inform(changeoverDoneMessage(booksChangeover()));
+        if (commandDay().changedOver()) {
+            MessageService::instance().inform(changeoverDoneMessage(commandDay().changeover));
             return;
         }
         setPanel(QStringLiteral("Преминаване към евро"));

@@ -3,6 +3,7 @@
 #include "core/dates.h"
 #include "core/formats.h"
 #include "core/version.h"
+#include "forms/commandday.h"
 #include "forms/dateentry.h"
 #include "forms/messageservice.h"
 #include "forms/waitcursor.h"
@@ -258,7 +259,7 @@ void PrehodEvro::accept()
         return;
     }
     m_done = true;
-    setBooksChangeover(Changeover{m_review->date});
+    setCommandDay({Changeover{m_review->date}, commandDay().today});
     MessageService::instance().inform(UserMessage::twoLines(
         changeoverTitle(), QStringLiteral("Фирмата води сметките си в евро от %1.").arg(formatDate(m_review->date)),
         QStringLiteral("Документите отпреди тази дата остават в лева."), UserMessage::Icon::Information));

@@ -10,12 +10,6 @@ namespace zarek {
 
 namespace {
 
-Changeover &current()
-{
-    static Changeover changeover;
-    return changeover;
-}
-
 enum class Rounding { HalfUp, Up };
 
 // numerator / denominator (a positive denominator) to a whole number: half away from zero, or up
@@ -125,21 +119,6 @@ QString conversionNote(const Changeover &changeover, Currency totals)
     // A leva paper (an invoice issued before the changeover) takes euro amounts back into leva.
     const QString which = totals == Currency::Leva ? QStringLiteral("от") : QStringLiteral("преди");
     return QStringLiteral("Сумите %1 %2 са преизчислени по курс %3.").arg(which, formatDate(changeover.date), rate);
-}
-
-const Changeover &booksChangeover()
-{
-    return current();
-}
-
-void setBooksChangeover(const Changeover &changeover)
-{
-    current() = changeover;
-}
-
-Currency currencyOn(const QDate &day)
-{
-    return booksChangeover().currencyOn(day);
 }
 
 }

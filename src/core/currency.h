@@ -29,7 +29,7 @@ struct Changeover {
 
     bool isSet() const { return date.isValid(); }
     // The currency of an amount of that day; a day that is no date counts as today.
-    Currency currencyOn(const QDate &day, const QDate &today = QDate::currentDate()) const;
+    Currency currencyOn(const QDate &day, const QDate &today) const;
     // The currency of the prices that stand undated (tariffs, stock on hand): euro once the firm
     // has changed over, whatever the date.
     Currency priceCurrency() const { return isSet() ? Currency::Euro : Currency::Leva; }
@@ -90,26 +90,18 @@ Currency totalsCurrency(bool anyEuro, std::optional<Currency> handedOut = std::n
 // "Сумите преди 01.01.2026 са преизчислени по курс 1,95583 лв. за 1 евро."
 QString conversionNote(const Changeover &changeover, Currency totals = Currency::Euro);
 
-// The changeover of the open database, loaded at start-up and whenever a command begins. Screens
-// and report routines read it here: passed by hand it would go through every screen of the
-// program. Tests set it with ScopedBooksChangeover.
-const Changeover &booksChangeover();
-void setBooksChangeover(const Changeover &changeover);
-// The currency of an amount of that day in the open books.
-Currency currencyOn(const QDate &day);
+// The books as one command sees them: the firm's changeover and today's date, worked out once
+// when the command starts and handed to the screens, rules and stores it runs. Nothing below the
+// command reads the clock or a changeover of its own.
+struct BooksDay {
+    Changeover changeover;
+    QDate today;
 
-class ScopedBooksChangeover {
-public:
-    explicit ScopedBooksChangeover(const Changeover &changeover) : m_previous(booksChangeover())
-    {
-        setBooksChangeover(changeover);
-    }
-    ~ScopedBooksChangeover() { setBooksChangeover(m_previous); }
-    ScopedBooksChangeover(const ScopedBooksChangeover &) = delete;
-    ScopedBooksChangeover &operator=(const ScopedBooksChangeover &) = delete;
-
-private:
-    Changeover m_previous;
+    // The currency of an amount of that day; a day that is no date counts as today.
+    Currency currencyOn(const QDate &day) const { return changeover.currencyOn(day, today); }
+    Currency priceCurrency() const { return changeover.priceCurrency(); }
+    bool changedOver() const { return changeover.isSet(); }
+    bool operator==(const BooksDay &) const = default;
 };
 
 }

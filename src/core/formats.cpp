@@ -44,11 +44,6 @@ QString currencySign(Currency currency)
     return currency == Currency::Euro ? QStringLiteral("€") : QStringLiteral("лв");
 }
 
-QString amountUnit(const QDate &date)
-{
-    return amountUnit(currencyOn(date));
-}
-
 QString amountText(double amount, Currency currency)
 {
     return formatAmount(amount) + (currency == Currency::Euro ? QStringLiteral(" ") : QString()) + amountUnit(currency);

@@ -26,8 +26,6 @@ inline QString formatKm(double value) { return formatFixed(value, 0); }      // 
 // The unit printed after amounts, one written form for each currency: "лв." and "евро". Kept
 // here alone: the books change currency in one place.
 QString amountUnit(Currency currency);
-// The unit of an amount of that day in the open books.
-QString amountUnit(const QDate &date);
 // The currency's sign, where a unit must be a glyph (a toolbar badge): "лв" and "€".
 QString currencySign(Currency currency);
 // An amount with its unit where a screen or list puts it right after the number: "275,00лв.",

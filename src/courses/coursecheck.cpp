@@ -80,7 +80,7 @@ QString driverCodeOf(const QString &driverText)
     return trimmed.left(comma).trimmed();
 }
 
-CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext &context, QDate today)
+CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext &context, const BooksDay &books)
 {
     CourseCheckResult result;
     const QString kola = entry.kola.trimmed();
@@ -132,7 +132,7 @@ CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext 
         return result;
 
     // The month check only warns; a date that cannot be read at all is never stored.
-    const auto date = parseDate(entry.date, today);
+    const auto date = parseDate(entry.date, books.today);
     if (BadMonth(entry.date) || !date)
         result.focusDate = true;
     if (!date) {
@@ -174,7 +174,7 @@ CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext 
         // The expense is in the currency of the course's day.
         result.refusal = UserMessage::twoLines(saveErrorTitle(), QStringLiteral("Разхода не е число!"),
                                                QStringLiteral("Моля, въведете разхода на курса в ")
-                                                   + amountUnit(currencyOn(*date)),
+                                                   + amountUnit(books.currencyOn(*date)),
                                                UserMessage::Icon::Exclamation);
         result.faultField = QStringLiteral("razhod");
         return result;

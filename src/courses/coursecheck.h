@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "core/money.h"
 #include "core/storedvalues.h"
 #include "core/usermessage.h"
@@ -70,8 +71,8 @@ std::optional<UserMessage> checkCourseNumbers(double ton, double km, double rate
 
 // The checks of the save, in their order; the first failing one wins. Before them, a text with a
 // control character; after them the date, the numbers and their limits, and the money.
-CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext &context,
-                              QDate today = QDate::currentDate());
+// The date is read, and the money is in the currency of its day, by the books given.
+CourseCheckResult checkCourse(const CourseEntry &entry, const CourseSaveContext &context, const BooksDay &books);
 
 // The driver's code in a "kod,ime" text: the trimmed part before the first comma; none without one.
 QString driverCodeOf(const QString &driverText);

@@ -5,6 +5,7 @@
 #include "courses/editkm.h"
 #include "courses/kurs.h"
 #include "courses/searchcommand.h"
+#include "forms/commandday.h"
 #include "reports/reportpreview.h"
 
 namespace zarek {
@@ -16,19 +17,19 @@ void registerCourseCommands(CommandRegistry &commands)
                      {QStringLiteral("mnuSprKola"), SearchMode::Kola, SearchDialogKind::Seek,
                       QStringLiteral("Търсене - Курсове на кола №"), QStringLiteral("Справка за кола")},
                      [&context](const SearchConditions &c) {
-                         showReport(streamReportKola(c, context.db, context.firm()), context.window);
+                         showReport(streamReportKola(c, context.db, context.firm(), commandDay()), context.window);
                      });
     addSearchCommand(commands,
                      {QStringLiteral("mnuSprPer"), SearchMode::All, SearchDialogKind::SeekAlt,
                       QStringLiteral("Търсене - Всички курсове на фирмата"), QStringLiteral("Справка за период")},
                      [&context](const SearchConditions &c) {
-                         showReport(streamReportAll(c, context.db, context.firm()), context.window);
+                         showReport(streamReportAll(c, context.db, context.firm(), commandDay()), context.window);
                      });
     addSearchCommand(commands,
                      {QStringLiteral("mnuSprKlient"), SearchMode::Klients, SearchDialogKind::Seek,
                       QStringLiteral("Търсене - Всички курсове на клиент"), QStringLiteral("Справка за клиент")},
                      [&context](const SearchConditions &c) {
-                         showReport(streamReportKlient(c, context.db, context.firm()), context.window);
+                         showReport(streamReportKlient(c, context.db, context.firm(), commandDay()), context.window);
                      });
     addSearchCommand(commands,
                      {QStringLiteral("mnuDataKorКм"), SearchMode::Kola, SearchDialogKind::Seek,

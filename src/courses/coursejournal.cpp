@@ -2,6 +2,7 @@
 
 #include "core/dates.h"
 #include "core/formats.h"
+#include "forms/commandday.h"
 #include "forms/dateentry.h"
 #include "forms/exportservice.h"
 #include "forms/messageservice.h"
@@ -50,11 +51,11 @@ JournalFilter::Mark markOf(const QComboBox *combo)
 
 }
 
-CourseJournal::CourseJournal(QSqlDatabase db, QWidget *parent) : QWidget(parent, Qt::Window), m_store(db)
+CourseJournal::CourseJournal(QSqlDatabase db, QWidget *parent) : QWidget(parent, Qt::Window), m_books(commandDay()), m_store(db)
 {
     setObjectName(QStringLiteral("CourseJournal"));
     setWindowTitle(QStringLiteral("Журнал на курсовете"));
-    m_model = new CourseJournalModel(m_store, this);
+    m_model = new CourseJournalModel(m_store, m_books, this);
     if (const auto error = m_store.refreshLists())
         MessageService::instance().inform(*error);
     buildScreen();
@@ -203,7 +204,7 @@ void CourseJournal::applyFilter()
 void CourseJournal::refreshSummary()
 {
     m_summaryTimer->stop();
-    const Checked<JournalSummary> summary = m_store.summary(m_model->filter());
+    const Checked<JournalSummary> summary = m_store.summary(m_model->filter(), m_books.changeover);
     m_totals = summary ? summary.value().totals : JournalTotals{};
     m_months = summary ? summary.value().months : QList<QPair<QString, double>>{};
     showTotals();
@@ -218,7 +219,7 @@ void CourseJournal::showTotals()
                             amountUnit(m_totals.currency));
     // A line under the totals tells how courses of both currencies were added up.
     if (m_totals.converted)
-        text += QLatin1Char('\n') + conversionNote(booksChangeover(), m_totals.currency);
+        text += QLatin1Char('\n') + conversionNote(m_books.changeover, m_totals.currency);
     m_totalsLabel->setText(text);
 }
 
@@ -298,7 +299,7 @@ Checked<ExportTable> CourseJournal::exportTable() const
     };
     // The totals are the ones under the grid, added up the same way (in euro once any course is,
     // the leva of each month converted once): the file and the screen never differ by a cent.
-    const Checked<JournalSummary> summary = m_store.summary(m_model->filter());
+    const Checked<JournalSummary> summary = m_store.summary(m_model->filter(), m_books.changeover);
     if (!summary)
         return summary.message();
     const JournalTotals &totals = summary.value().totals;
@@ -307,17 +308,17 @@ Checked<ExportTable> CourseJournal::exportTable() const
     table.totals[int(JournalColumn::Km)] = totals.km;
     table.totals[int(JournalColumn::Gross)] = totals.gross;
     // Once the books hold both currencies, each course's currency stands in a column of its own.
-    if (booksChangeover().isSet()) {
+    if (m_books.changedOver()) {
         table.columns.append(ExportColumn{QStringLiteral("Валута"), ExportColumn::Kind::Text, 0});
-        table.cell = [rows, order, base = table.cell](int row, int column) -> QVariant {
+        table.cell = [rows, order, base = table.cell, books = m_books](int row, int column) -> QVariant {
             if (column < journalColumnCount)
                 return base(row, column);
             const JournalRow *found = order->at(row);
-            return found ? QVariant(amountUnit(currencyOn(found->date))) : QVariant();
+            return found ? QVariant(amountUnit(books.currencyOn(found->date))) : QVariant();
         };
         table.totals.append(amountUnit(totals.currency));
         if (totals.converted)
-            table.noteLines.append(conversionNote(booksChangeover(), totals.currency));
+            table.noteLines.append(conversionNote(m_books.changeover, totals.currency));
     }
     return table;
 }

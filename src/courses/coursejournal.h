@@ -54,6 +54,7 @@ private:
     void showChart();
     void chooseExportFile();
 
+    BooksDay m_books;
     CourseJournalStore m_store;
     CourseJournalModel *m_model = nullptr;
     QTableView *m_grid = nullptr;

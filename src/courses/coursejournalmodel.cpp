@@ -25,8 +25,8 @@ const ColumnLook looks[journalColumnCount] = {
 
 }
 
-CourseJournalModel::CourseJournalModel(CourseJournalStore &store, QObject *parent)
-    : QAbstractTableModel(parent), m_store(store)
+CourseJournalModel::CourseJournalModel(CourseJournalStore &store, const BooksDay &books, QObject *parent)
+    : QAbstractTableModel(parent), m_store(store), m_books(books)
 {
 }
 
@@ -94,9 +94,9 @@ QVariant CourseJournalModel::data(const QModelIndex &index, int role) const
     if (column == JournalColumn::Driver)
         return row->driverName.isEmpty() ? row->driverCode : row->driverCode + QStringLiteral(" ") + row->driverName;
     // Once the books hold both currencies, each course's gross says which.
-    if (column == JournalColumn::Gross && booksChangeover().isSet())
+    if (column == JournalColumn::Gross && m_books.changedOver())
         return formatReportValue(row->value(column), format(index.column())) + QLatin1Char(' ')
-               + amountUnit(currencyOn(row->date));
+               + amountUnit(m_books.currencyOn(row->date));
     return formatReportValue(row->value(column), format(index.column()));
 }
 

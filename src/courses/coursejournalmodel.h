@@ -13,7 +13,7 @@ namespace zarek {
 class CourseJournalModel : public QAbstractTableModel {
     Q_OBJECT
 public:
-    explicit CourseJournalModel(CourseJournalStore &store, QObject *parent = nullptr);
+    CourseJournalModel(CourseJournalStore &store, const BooksDay &books, QObject *parent = nullptr);
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
@@ -43,6 +43,7 @@ private:
     std::optional<UserMessage> readIds();
 
     CourseJournalStore &m_store;
+    BooksDay m_books;
     JournalFilter m_filter;
     JournalColumn m_sortColumn = JournalColumn::Date;
     bool m_ascending = false;  // the newest courses first

@@ -1,5 +1,6 @@
 #include "courses/coursejournalstore.h"
 
+#include "data/currencyrows.h"
 #include "data/dialect.h"
 #include "data/query.h"
 #include "data/sqlerror.h"
@@ -312,7 +313,7 @@ Checked<QList<JournalRow>> CourseJournalStore::read(const QString &condition, co
     return out;
 }
 
-Checked<JournalSummary> CourseJournalStore::summary(const JournalFilter &filter) const
+Checked<JournalSummary> CourseJournalStore::summary(const JournalFilter &filter, const Changeover &changeover) const
 {
     JournalSummary summary;
     const Where condition = where(filter);
@@ -322,16 +323,15 @@ Checked<JournalSummary> CourseJournalStore::summary(const JournalFilter &filter)
                                                                    : QStringLiteral("substr(data, 1, 7)");
     // One pass over the rows for both; gross in whole stotinki, so many rows add up without drift.
     // The money of the days from the changeover is in euro, that of the days before in leva.
-    const Changeover changeover = booksChangeover();
-    const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
-    Query query(m_db,
-                QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), "
-                               "SUM(CASE WHEN data >= ? THEN ROUND(bruto * 100) ELSE 0 END), "
-                               "SUM(CASE WHEN data < ? THEN ROUND(bruto * 100) ELSE 0 END), "
-                               "SUM(CASE WHEN data >= ? THEN 1 ELSE 0 END) FROM tabl")
-                        .arg(month)
-                    + condition.sql + QStringLiteral(" GROUP BY 1 ORDER BY 1"));
-    if (auto failure = query.run(readTitle, QVariantList{euroFrom, euroFrom, euroFrom} + condition.values))
+    const QString cents = QStringLiteral("ROUND(bruto * 100)");
+    const QString none = QStringLiteral("0");
+    const SqlPart euro = byRowCurrency(QStringLiteral("data"), changeover, cents, none);
+    const SqlPart leva = byRowCurrency(QStringLiteral("data"), changeover, none, cents);
+    const SqlPart euroCount = byRowCurrency(QStringLiteral("data"), changeover, QStringLiteral("1"), none);
+    Query query(m_db, QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), SUM(%2), SUM(%3), SUM(%4) FROM tabl")
+                          .arg(month, euro.sql, leva.sql, euroCount.sql)
+                      + condition.sql + QStringLiteral(" GROUP BY 1 ORDER BY 1"));
+    if (auto failure = query.run(readTitle, euro.values + leva.values + euroCount.values + condition.values))
         return *failure;
     struct Month {
         QString name;

@@ -89,7 +89,7 @@ public:
     Checked<QList<JournalRow>> allRows(const JournalFilter &filter) const;
     // The totals of the courses that pass, and the gross of each month ("2026-03"), in one reading;
     // the gross in euro once any course is, the leva of the months before the changeover converted.
-    Checked<JournalSummary> summary(const JournalFilter &filter) const;
+    Checked<JournalSummary> summary(const JournalFilter &filter, const Changeover &changeover) const;
 
     const QStringList &trucks() const { return m_trucks; }
     const QStringList &clients() const { return m_clients; }

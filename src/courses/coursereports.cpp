@@ -43,7 +43,7 @@ void landscapeSetUp(Report &report)
 // The courses of the condition (a WHERE clause ending in " AND ", then the period), read as the
 // report is laid out, with their money in the currency of each course's day: rows of both
 // currencies show each sum with its unit, and the total, in euro, says how it was made.
-Checked<StreamedReport> courseRows(Report report, QSqlDatabase db, const QString &condition, QList<QVariant> values,
+Checked<StreamedReport> courseRows(Report report, QSqlDatabase db, const BooksDay &books, const QString &condition, QList<QVariant> values,
                                    const Period &dates, const QString &amountBox = QStringLiteral("Text105"))
 {
     values << dates.from << dates.to;
@@ -56,7 +56,7 @@ Checked<StreamedReport> courseRows(Report report, QSqlDatabase db, const QString
                             + QStringLiteral(" ? LIMIT 1"));
         return !query.run(QStringLiteral("ГРЕШКА при четене!"), bound) && query.next();
     };
-    const DatedAmounts amounts = datedAmountsOverPeriod(dates.from, dates.to, rowsExist);
+    const DatedAmounts amounts = datedAmountsOverPeriod(books, dates.from, dates.to, rowsExist);
     const Checked<std::shared_ptr<RowStream>> rows =
         queryRowStream(db, courseColumns + where + order, values, QStringLiteral("ГРЕШКА при четене!"));
     if (!rows)
@@ -65,11 +65,11 @@ Checked<StreamedReport> courseRows(Report report, QSqlDatabase db, const QString
     const QStringList amountColumns = {QStringLiteral("bruto")};
     StreamedReport streamed{std::move(report),
                             changedRows(rows.value(), datedAmountColumns(columns, amountColumns),
-                                        datedAmountsChange(columns, QStringLiteral("data"), amountColumns, amounts))};
+                                        datedAmountsChange(books, columns, QStringLiteral("data"), amountColumns, amounts))};
     streamed.report.control(reportFooter, QStringLiteral("Function105")).format = totalFormat(amounts.totals);
     if (amounts.mixed) {
         streamed.report.setFontSize(detail, amountBox, amountWithUnitFontSize);
-        streamed.report.addFooterNote(conversionNote(booksChangeover(), amounts.totals));
+        streamed.report.addFooterNote(conversionNote(books.changeover, amounts.totals));
     }
     return streamed;
 }
@@ -144,7 +144,8 @@ void fillFirmBlock(Report &report, const FirmProfile &firm, const QString &conta
     report.setCaption(header, contactLabel, firmContactLine(firm));
 }
 
-Checked<StreamedReport> streamReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<StreamedReport> streamReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                                          const BooksDay &books)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
@@ -154,7 +155,7 @@ Checked<StreamedReport> streamReportKola(const SearchConditions &conditions, QSq
     Report report = loaded.value();
     landscapeSetUp(report);
     Checked<StreamedReport> rows =
-        courseRows(report, db, QStringLiteral("kola = ? AND "), {conditions.SeekKola}, conditions.period);
+        courseRows(report, db, books, QStringLiteral("kola = ? AND "), {conditions.SeekKola}, conditions.period);
     if (!rows)
         return rows;
     StreamedReport streamed = rows.value();
@@ -165,7 +166,8 @@ Checked<StreamedReport> streamReportKola(const SearchConditions &conditions, QSq
     return streamed;
 }
 
-Checked<StreamedReport> streamReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<StreamedReport> streamReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                                          const BooksDay &books)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
@@ -187,7 +189,7 @@ Checked<StreamedReport> streamReportAll(const SearchConditions &conditions, QSql
     }
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсове")));
     landscapeSetUp(report);
-    Checked<StreamedReport> rows = courseRows(report, db, condition, values, conditions.period);
+    Checked<StreamedReport> rows = courseRows(report, db, books, condition, values, conditions.period);
     if (!rows)
         return rows;
     StreamedReport streamed = rows.value();
@@ -197,7 +199,8 @@ Checked<StreamedReport> streamReportAll(const SearchConditions &conditions, QSql
     return streamed;
 }
 
-Checked<StreamedReport> streamReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<StreamedReport> streamReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                                          const BooksDay &books)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
@@ -206,7 +209,7 @@ Checked<StreamedReport> streamReportKlient(const SearchConditions &conditions, Q
         return loaded.message();
     Report report = loaded.value();
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
-    Checked<StreamedReport> rows = courseRows(report, db, QStringLiteral("Klient = ? AND "), {conditions.SeekKlient},
+    Checked<StreamedReport> rows = courseRows(report, db, books, QStringLiteral("Klient = ? AND "), {conditions.SeekKlient},
                                               conditions.period, QStringLiteral("Text104"));
     if (!rows)
         return rows;
@@ -226,7 +229,8 @@ Checked<StreamedReport> streamReportKlient(const SearchConditions &conditions, Q
     return streamed;
 }
 
-Checked<StreamedReport> streamReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<StreamedReport> streamReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                                          const BooksDay &books)
 {
     if (auto refusal = checkPeriod(conditions.period))
         return *refusal;
@@ -237,7 +241,7 @@ Checked<StreamedReport> streamReportDriver(const SearchConditions &conditions, Q
     report.setWindowCaption(windowCaption(QStringLiteral("Справка за курсовете")));
     landscapeSetUp(report);
     Checked<StreamedReport> rows =
-        courseRows(report, db, QStringLiteral("kod = ? AND "), {conditions.SeekDriverKod}, conditions.period);
+        courseRows(report, db, books, QStringLiteral("kod = ? AND "), {conditions.SeekDriverKod}, conditions.period);
     if (!rows)
         return rows;
     StreamedReport streamed = rows.value();
@@ -253,24 +257,28 @@ Checked<StreamedReport> streamReportDriver(const SearchConditions &conditions, Q
     return streamed;
 }
 
-Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<Report> ReportKola(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                           const BooksDay &books)
 {
-    return withAllRows(streamReportKola(conditions, db, firm));
+    return withAllRows(streamReportKola(conditions, db, firm, books));
 }
 
-Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<Report> ReportAll(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                           const BooksDay &books)
 {
-    return withAllRows(streamReportAll(conditions, db, firm));
+    return withAllRows(streamReportAll(conditions, db, firm, books));
 }
 
-Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                           const BooksDay &books)
 {
-    return withAllRows(streamReportKlient(conditions, db, firm));
+    return withAllRows(streamReportKlient(conditions, db, firm, books));
 }
 
-Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm)
+Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
+                           const BooksDay &books)
 {
-    return withAllRows(streamReportDriver(conditions, db, firm));
+    return withAllRows(streamReportDriver(conditions, db, firm, books));
 }
 
 }

@@ -44,9 +44,9 @@ UserMessage CourseStore::conflictMessage(const QString &title)
     return rowConflictMessage(title);
 }
 
-CourseSaveOutcome CourseStore::save(const CourseEntry &entry, const CourseSaveContext &context, QDate today)
+CourseSaveOutcome CourseStore::save(const CourseEntry &entry, const CourseSaveContext &context, const BooksDay &books)
 {
-    const CourseCheckResult check = checkCourse(entry, context, today);
+    const CourseCheckResult check = checkCourse(entry, context, books);
     CourseSaveOutcome outcome;
     outcome.dateWarning = check.dateWarning;
     outcome.focusDate = check.focusDate;

@@ -26,8 +26,7 @@ public:
     explicit CourseStore(QSqlDatabase db);
 
     // Checks, prices and writes the course from the editor's boxes.
-    CourseSaveOutcome save(const CourseEntry &entry, const CourseSaveContext &context,
-                           QDate today = QDate::currentDate());
+    CourseSaveOutcome save(const CourseEntry &entry, const CourseSaveContext &context, const BooksDay &books);
 
     // Writes a checked course (a new row when its id is 0, else the row of its id and version)
     // together with its "Разходи за курс" row, in one transaction.

@@ -58,7 +58,7 @@ std::optional<UserMessage> EditKM::write(int row, const QString &field, const QV
     else if (!m_rateTyped.contains(row))
         // The placeholder's rate was that of 1 km; the bands stand in euro once the firm has changed
         // over, and a course of a leva day takes its band's rate back in leva.
-        rate = convertRate(m_bands.rateFor(km), booksChangeover().priceCurrency(), rowCurrency(row));
+        rate = convertRate(m_bands.rateFor(km), books().priceCurrency(), rowCurrency(row));
     const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
     KmCorrectionStore store(m_db);
     const Checked<KmCorrection> written = store.correct(rows.value(row, QStringLiteral("id")).toLongLong(),

@@ -4,6 +4,7 @@
 
 #include "core/formats.h"
 #include "core/valueformat.h"
+#include "forms/commandday.h"
 #include "forms/messageservice.h"
 #include "core/version.h"
 #include "forms/waitcursor.h"
@@ -87,7 +88,7 @@ std::unique_ptr<Kurs> Kurs::forCourse(QSqlDatabase db, qint64 id, QWidget *paren
 }
 
 Kurs::Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &period, QWidget *parent)
-    : QDialog(parent), m_mode(mode), m_db(std::move(db)), m_ui(std::make_unique<Ui::Kurs>())
+    : QDialog(parent), m_mode(mode), m_db(std::move(db)), m_books(commandDay()), m_ui(std::make_unique<Ui::Kurs>())
 {
     m_ui->setupUi(this);
     setObjectName(QStringLiteral("Kurs"));
@@ -250,7 +251,7 @@ void Kurs::onEditStarted()
     m_kmAtRate = m_ui->txtFields_4->text();
     const Checked<double> band = m_tariffBands.rateForText(m_kmAtRate);
     m_rateByHand = !band
-                   || formatRate(convertRate(band.value(), booksChangeover().priceCurrency(), *m_rateCurrency))
+                   || formatRate(convertRate(band.value(), m_books.priceCurrency(), *m_rateCurrency))
                           != m_ui->txtTarifa->text();
     m_outsideAtStart = typedOutside();
     m_valueCombos[0]->setFocus();
@@ -298,9 +299,9 @@ Currency Kurs::courseCurrency() const
 {
     if (m_form->state() == RecordForm::State::Browsing) {
         const RecordRow *row = m_form->currentRow();
-        return currencyOn(row ? dateOfValue(row->values.value(QStringLiteral("data"))) : QDate());
+        return m_books.currencyOn(row ? dateOfValue(row->values.value(QStringLiteral("data"))) : QDate());
     }
-    return currencyOn(parseDate(m_ui->txtFields_1->text()).value_or(QDate()));
+    return m_books.currencyOn(parseDate(m_ui->txtFields_1->text()).value_or(QDate()));
 }
 
 void Kurs::showUnits()
@@ -336,7 +337,7 @@ void Kurs::pickRate()
     // The bands stand in euro once the firm has changed over; a course of a day in leva (one
     // corrected after the changeover, say) takes the band's rate back in leva.
     m_rateCurrency = courseCurrency();
-    m_currentTariff = convertRate(rate.value(), booksChangeover().priceCurrency(), *m_rateCurrency);
+    m_currentTariff = convertRate(rate.value(), m_books.priceCurrency(), *m_rateCurrency);
     m_ui->txtTarifa->setText(formatRate(m_currentTariff));
     m_rateByHand = false;
     m_kmAtRate = m_ui->txtFields_4->text();
@@ -356,7 +357,7 @@ void Kurs::settleRateCurrency()
         const auto words = [](Currency c) { return c == Currency::Euro ? QStringLiteral("евро") : QStringLiteral("лева"); };
         const Checked<double> band = m_tariffBands.rateForText(m_ui->txtFields_4->text());
         const QString offered =
-            band ? QStringLiteral(" %1").arg(formatRate(convertRate(band.value(), booksChangeover().priceCurrency(), now)))
+            band ? QStringLiteral(" %1").arg(formatRate(convertRate(band.value(), m_books.priceCurrency(), now)))
                  : QString();
         const UserMessage question = UserMessage::twoLines(
             QStringLiteral("Тарифа на курса"),
@@ -426,7 +427,7 @@ std::optional<UserMessage> Kurs::check(QVariantMap &entry)
     CourseSaveContext context{m_mode, adding, {}};
     if (!adding && m_form->currentRow())
         context.original = courseeditor::courseOf(*m_form->currentRow());
-    m_checked = checkCourse(entryOf(entry), context);
+    m_checked = checkCourse(entryOf(entry), context, m_books);
     const auto focusDate = [this] {
         m_ui->txtFields_1->setFocus();
         m_ui->txtFields_1->selectAll();

@@ -76,6 +76,7 @@ private:
 
     CourseMode m_mode;
     QSqlDatabase m_db;
+    BooksDay m_books;  // of the command that opened the editor
     TariffBands m_tariffBands;
     QStringList m_drivers;  // "kod,ime" of each driver
     double m_currentTariff = 0;

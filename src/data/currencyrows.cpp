@@ -5,19 +5,26 @@
 
 namespace zarek {
 
-Currency rowCurrency(const RowSet &rows, int row, int dateColumn)
+SqlPart byRowCurrency(const QString &dateColumn, const Changeover &changeover, const QString &inEuro,
+                      const QString &inLeva)
 {
-    return currencyOn(dateColumn >= 0 ? dateOfValue(rows.value(row, dateColumn)) : QDate());
+    const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
+    return {QStringLiteral("CASE WHEN %1 >= ? THEN %2 ELSE %3 END").arg(dateColumn, inEuro, inLeva), {euroFrom}};
 }
 
-DatedAmounts datedAmounts(const RowSet &rows, const QString &dateColumn, std::optional<Currency> handedOut,
+Currency rowCurrency(const BooksDay &books, const RowSet &rows, int row, int dateColumn)
+{
+    return books.currencyOn(dateColumn >= 0 ? dateOfValue(rows.value(row, dateColumn)) : QDate());
+}
+
+DatedAmounts datedAmounts(const BooksDay &books, const RowSet &rows, const QString &dateColumn, std::optional<Currency> handedOut,
                           std::optional<Currency> fixed)
 {
     const int date = rows.column(dateColumn);
     bool anyEuro = false;
     bool anyLeva = false;
     for (int row = 0; row < rows.rowCount(); ++row) {
-        if (rowCurrency(rows, row, date) == Currency::Euro)
+        if (rowCurrency(books, rows, row, date) == Currency::Euro)
             anyEuro = true;
         else
             anyLeva = true;
@@ -33,11 +40,11 @@ QString rowAmountText(Money amount, Currency currency, bool withUnit)
     return withUnit ? formatAmount(amount) + QLatin1Char(' ') + amountUnit(currency) : formatAmount(amount);
 }
 
-DatedAmounts datedAmountsOverPeriod(const QDate &from, const QDate &to,
+DatedAmounts datedAmountsOverPeriod(const BooksDay &books, const QDate &from, const QDate &to,
                                     const std::function<bool(const QString &comparison, const QDate &day)> &rowsExist,
                                     std::optional<Currency> handedOut)
 {
-    const Changeover &changeover = booksChangeover();
+    const Changeover &changeover = books.changeover;
     bool anyEuro = false;
     bool anyLeva = false;
     if (changeover.isSet() && to >= changeover.date) {
@@ -61,7 +68,8 @@ QStringList datedAmountColumns(const QStringList &columns, const QStringList &am
     return added;
 }
 
-std::function<void(QList<QVariant> &cells)> datedAmountsChange(const QStringList &columns, const QString &dateColumn,
+std::function<void(QList<QVariant> &cells)> datedAmountsChange(const BooksDay &books, const QStringList &columns,
+                                                               const QString &dateColumn,
                                                                const QStringList &amountColumns,
                                                                const DatedAmounts &amounts)
 {
@@ -74,7 +82,7 @@ std::function<void(QList<QVariant> &cells)> datedAmountsChange(const QStringList
         if (source >= 0)
             sourceAndTotal.append({source, total++});
     }
-    return [date, sourceAndTotal, amounts](QList<QVariant> &cells) {
+    return [books, date, sourceAndTotal, amounts](QList<QVariant> &cells) {
         bool known = false;
         Currency currency = Currency::Leva;
         for (const auto &[source, total] : sourceAndTotal) {
@@ -82,7 +90,7 @@ std::function<void(QList<QVariant> &cells)> datedAmountsChange(const QStringList
             if (value.isNull())
                 continue;
             if (!known) {
-                currency = currencyOn(date >= 0 ? dateOfValue(cells.at(date)) : QDate());
+                currency = books.currencyOn(date >= 0 ? dateOfValue(cells.at(date)) : QDate());
                 known = true;
             }
             const Money amount = Money::fromAmount(value.toDouble());
@@ -93,11 +101,11 @@ std::function<void(QList<QVariant> &cells)> datedAmountsChange(const QStringList
     };
 }
 
-void prepareDatedAmounts(RowSet &rows, const QString &dateColumn, const QStringList &amountColumns,
+void prepareDatedAmounts(const BooksDay &books, RowSet &rows, const QString &dateColumn, const QStringList &amountColumns,
                          const DatedAmounts &amounts)
 {
     const QStringList added = datedAmountColumns(rows.columns(), amountColumns);
-    const auto change = datedAmountsChange(rows.columns(), dateColumn, amountColumns, amounts);
+    const auto change = datedAmountsChange(books, rows.columns(), dateColumn, amountColumns, amounts);
     // Row by row into a set with the added columns, not a copy of the whole set per column.
     RowSet prepared(rows.columns() + added);
     prepared.reserveRows(rows.rowCount());

@@ -83,7 +83,7 @@ void Balans::load()
                                 ? QStringLiteral("Обработка на приходите и разходите от колите...")
                                 : QStringLiteral("Обработка разхода на нафта на колите..."),
                             steps, this);
-        balances = store.balances(m_mode, m_period);
+        balances = store.balances(m_mode, m_period, books().changeover);
         progress.setValue(steps);
     }
     if (!balances) {
@@ -93,11 +93,11 @@ void Balans::load()
     m_balances = balances.value();
     // The total adds the remainders as shown, so it always equals the sum of the column.
     m_sumTotal = balansTotal(m_balances);
-    const Currency currency = balansCurrency(m_period, booksChangeover());
+    const Currency currency = balansCurrency(m_period, books().changeover);
     m_currency = currency;
     m_total->setText(QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, m_sumTotal, currency));
-    if (m_mode == BalansMode::Profit && balansConverted(m_period, booksChangeover()))
-        setAmountNote(conversionNote(booksChangeover(), currency));
+    if (m_mode == BalansMode::Profit && balansConverted(m_period, books().changeover))
+        setAmountNote(conversionNote(books().changeover, currency));
     showChart();
     if (auto refusal = BalansStore::writeScratch(m_scratch->db(), m_mode, m_balances, currency)) {
         MessageService::instance().inform(*refusal);
@@ -123,7 +123,7 @@ void Balans::showChart()
 
 Checked<Report> Balans::report() const
 {
-    Checked<Report> filled = ReportBalans(m_mode, model()->rows(), m_period, m_sumTotal, m_firm());
+    Checked<Report> filled = ReportBalans(m_mode, model()->rows(), m_period, m_sumTotal, m_firm(), books().changeover);
     if (!filled)
         return filled;
     // The chart prints on a page of its own after the list, and goes with it to a workbook.

@@ -28,7 +28,7 @@ QString contactLine(const FirmProfile &firm)
 }
 
 Checked<Report> ReportBalans(BalansMode mode, const RowSet &rows, const Period &period, qint64 sumTotal,
-                             const FirmProfile &firm)
+                             const FirmProfile &firm, const Changeover &changeover)
 {
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptBalans"));
     if (!loaded)
@@ -51,7 +51,7 @@ Checked<Report> ReportBalans(BalansMode mode, const RowSet &rows, const Period &
         report.setCaption(pageHeader, QStringLiteral("Label103"), QStringLiteral("Заредено"));
         report.setCaption(pageHeader, QStringLiteral("Label104"), QStringLiteral("Разлика"));
     }
-    const Currency currency = balansCurrency(period, booksChangeover());
+    const Currency currency = balansCurrency(period, changeover);
     const QString unit = profit ? QStringLiteral("[") + amountUnit(currency) + QStringLiteral("]") : QStringLiteral("[ л. ]");
     for (const QString &label : {QStringLiteral("Label202"), QStringLiteral("Label203"), QStringLiteral("Label204")})
         report.setCaption(pageHeader, label, unit);
@@ -66,8 +66,8 @@ Checked<Report> ReportBalans(BalansMode mode, const RowSet &rows, const Period &
     if (profit) {
         report.setCaption(reportFooter, QStringLiteral("Label8"),
                           QStringLiteral("Всичко: ") + balansFigure(BalansMode::Profit, sumTotal, currency));
-        if (balansConverted(period, booksChangeover()))
-            report.addFooterNote(conversionNote(booksChangeover(), currency));
+        if (balansConverted(period, changeover))
+            report.addFooterNote(conversionNote(changeover, currency));
     }
     return report;
 }

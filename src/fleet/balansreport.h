@@ -10,7 +10,7 @@ namespace zarek {
 // rptBalans over the rows of TempBalans: the profit of every truck with its total, or the fuel
 // of every truck, which has no total.
 Checked<Report> ReportBalans(BalansMode mode, const RowSet &rows, const Period &period, qint64 sumTotal,
-                             const FirmProfile &firm);
+                             const FirmProfile &firm, const Changeover &changeover);
 
 // rptKolaN: one truck's waybills of the period (ListID, Data, NameDriver, SumRazhN, ZarN), the
 // norm fuel against the fuel loaded, with their totals.

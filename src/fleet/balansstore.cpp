@@ -1,7 +1,9 @@
 #include "balansstore.h"
 
+#include "data/currencyrows.h"
 #include "data/query.h"
 #include "data/scratchdatabase.h"
+#include "data/transaction.h"
 
 #include "core/currency.h"
 
@@ -59,7 +61,8 @@ Checked<QStringList> BalansStore::trucks() const
     return trucks;
 }
 
-Checked<QList<TruckBalance>> BalansStore::balances(BalansMode mode, const Period &period) const
+Checked<QList<TruckBalance>> BalansStore::balances(BalansMode mode, const Period &period,
+                                                   const Changeover &changeover) const
 {
     const Checked<QStringList> fleet = trucks();
     if (!fleet)
@@ -71,18 +74,21 @@ Checked<QList<TruckBalance>> BalansStore::balances(BalansMode mode, const Period
         // converted a truck at a time.
         QHash<QString, Sums> income;
         QHash<QString, Sums> cost;
-        const Changeover changeover = booksChangeover();
-        const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
-        const QString split = QStringLiteral("SUM(CASE WHEN %1 >= ? THEN %2 ELSE 0 END), "
-                                             "SUM(CASE WHEN %1 < ? THEN %2 ELSE 0 END)");
+        const auto split = [&changeover](const QString &date, const QString &amount) {
+            const SqlPart euro = byRowCurrency(date, changeover, amount, QStringLiteral("0"));
+            const SqlPart leva = byRowCurrency(date, changeover, QStringLiteral("0"), amount);
+            return SqlPart{QStringLiteral("SUM(%1), SUM(%2)").arg(euro.sql, leva.sql), euro.values + leva.values};
+        };
+        const SqlPart courses = split(QStringLiteral("data"), QStringLiteral("bruto"));
         refusal = sumsByTruck(m_db, QStringLiteral("SELECT kola, %1 FROM tabl WHERE data BETWEEN ? AND ? "
-                                                   "GROUP BY kola").arg(split.arg(QStringLiteral("data"), QStringLiteral("bruto"))),
-                              period, 2, income, false, {euroFrom, euroFrom});
+                                                   "GROUP BY kola").arg(courses.sql),
+                              period, 2, income, false, courses.values);
+        const SqlPart costs = split(QStringLiteral("Data"), QStringLiteral("Suma"));
         if (!refusal)
             refusal = sumsByTruck(m_db, QStringLiteral("SELECT DocVid, %1 FROM Sklad WHERE VidKol = 'R' "
                                                        "AND Data BETWEEN ? AND ? GROUP BY DocVid")
-                                            .arg(split.arg(QStringLiteral("Data"), QStringLiteral("Suma"))),
-                                  period, 2, cost, false, {euroFrom, euroFrom});
+                                            .arg(costs.sql),
+                                  period, 2, cost, false, costs.values);
         if (!refusal) {
             const Currency currency = balansCurrency(period, changeover);
             const auto figure = [currency](double euro, double levaPart) {

@@ -22,7 +22,7 @@ public:
     // it (VidKol 'R', DocVid = the truck), in the currency of balansCurrency: a period that reaches
     // the changeover has its leva sums converted to euro, each truck's once. Fuel: norm = Σ SumRazhN and loaded = Σ ZarN of its waybills,
     // each waybill counted whole in the period of its date. A truck without movement gets zeros.
-    Checked<QList<TruckBalance>> balances(BalansMode mode, const Period &period) const;
+    Checked<QList<TruckBalance>> balances(BalansMode mode, const Period &period, const Changeover &changeover) const;
 
     // A truck's waybills of the period by date and number: ListID, Data, NameDriver, SumRazhN, ZarN.
     Checked<RowSet> waybills(const QString &kola, const Period &period) const;

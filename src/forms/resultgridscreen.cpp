@@ -1,5 +1,7 @@
 #include "resultgridscreen.h"
 
+#include "forms/commandday.h"
+
 #include "core/formats.h"
 #include "core/valueformat.h"
 #include "forms/exportservice.h"
@@ -25,7 +27,7 @@
 namespace zarek {
 
 ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
-    : QDialog(parent), m_config(std::move(config))
+    : QDialog(parent), m_config(std::move(config)), m_books(commandDay())
 {
     setObjectName(m_config.formName);
     setWindowTitle(m_config.caption);
@@ -296,7 +298,7 @@ Currency ResultGridScreen::rowCurrency(int row) const
 {
     if (m_config.dateField.isEmpty())
         return m_totals;
-    return currencyOn(dateOfValue(m_model->value(row, m_config.dateField)));
+    return m_books.currencyOn(dateOfValue(m_model->value(row, m_config.dateField)));
 }
 
 // The currency of the total and, where rows of the other currency stand beside it, each row's
@@ -305,20 +307,20 @@ void ResultGridScreen::updateCurrencies()
 {
     if (m_config.dateField.isEmpty()) {
         // Without a date column the rows are in the books' price currency.
-        m_totals = totalsCurrencyOf(booksChangeover().priceCurrency() == Currency::Euro);
+        m_totals = totalsCurrencyOf(m_books.priceCurrency() == Currency::Euro);
         return;
     }
     const int date = m_model->rows().column(m_config.dateField);
     bool anyEuro = false;
     for (int row = 0; date >= 0 && row < m_model->rowCount() && !anyEuro; ++row)
-        anyEuro = currencyOn(dateOfValue(m_model->value(row, m_config.dateField))) == Currency::Euro;
+        anyEuro = m_books.currencyOn(dateOfValue(m_model->value(row, m_config.dateField))) == Currency::Euro;
     m_totals = totalsCurrencyOf(anyEuro);
     bool mixed = false;
     for (int row = 0; row < m_model->rowCount() && !mixed; ++row)
         mixed = rowCurrency(row) != m_totals;
     if (mixed) {
         m_model->setRowUnit([this](int row) { return amountUnit(rowCurrency(row)); });
-        setAmountNote(conversionNote(booksChangeover(), m_totals));
+        setAmountNote(conversionNote(m_books.changeover, m_totals));
     } else {
         m_model->setRowUnit({});
         setAmountNote({});

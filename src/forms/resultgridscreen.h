@@ -57,6 +57,8 @@ public:
     explicit ResultGridScreen(ResultGridConfig config, QWidget *parent = nullptr);
 
     const ResultGridConfig &config() const { return m_config; }
+    // The changeover and today of the command that opened the screen.
+    const BooksDay &books() const { return m_books; }
 
     // Puts the rows in the grid; with none, tells the screen's message and stays open.
     void setRows(RowSet rows);
@@ -145,6 +147,7 @@ private:
     CurrencyTotal markedTotal() const;
 
     ResultGridConfig m_config;
+    BooksDay m_books;
     ResultGridModel *m_model = nullptr;
     QTableView *m_grid = nullptr;
     QLineEdit *m_text1 = nullptr;

@@ -4,6 +4,7 @@
 #include "core/dates.h"
 #include "core/docnumber.h"
 #include "core/formats.h"
+#include "forms/commandday.h"
 #include "forms/boxfocus.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
@@ -256,7 +257,7 @@ void InsideKurs::markTripRequired(bool on)
 void InsideKurs::showUnits()
 {
     const QDate date = parseDate(field(1)->text()).value_or(QDate());
-    const QString unit = amountUnit(currencyOn(date));
+    const QString unit = amountUnit(commandDay().currencyOn(date));
     m_ui->lblLabels_21->setText(m_sumCaptions.value(0) + unit);
     m_ui->lblLabels_22->setText(m_sumCaptions.value(1) + unit);
 }

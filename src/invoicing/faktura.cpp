@@ -126,12 +126,12 @@ Currency Faktura::totalsCurrencyOf(bool anyEuro) const
 {
     if (m_invoiceCurrency)
         return *m_invoiceCurrency;
-    return zarek::totalsCurrency(anyEuro, currencyOn(clock().date()));
+    return zarek::totalsCurrency(anyEuro, books().currencyOn(clock().date()));  // issued today, in today's currency
 }
 
 Money Faktura::marksTotal() const
 {
-    return statementMoney(statementLines(model()->rows()), std::nullopt, totalsCurrency()).sum;
+    return statementMoney(statementLines(model()->rows(), {books().changeover, clock().date()}), std::nullopt, totalsCurrency()).sum;
 }
 
 QString Faktura::text1() const
@@ -160,16 +160,17 @@ void Faktura::chooseNumber()
 void Faktura::print()
 {
     m_printed = true;
-    const QList<StatementLine> lines = statementLines(model()->rows());
+    const QList<StatementLine> lines = statementLines(model()->rows(), {books().changeover, clock().date()});
     if (lines.isEmpty()) {
         m_statement.clear();
         MessageService::instance().inform(
             UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма курсове за фактуриране!")});
         return;
     }
-    const StatementMoney money =
-        m_mode == FakturaMode::EditFakt ? statementMoney(lines, std::nullopt, m_invoiceCurrency)
-                                        : statementMoney(lines, currencyOn(clock().date()));
+    StatementMoney money = m_mode == FakturaMode::EditFakt
+                               ? statementMoney(lines, std::nullopt, m_invoiceCurrency)
+                               : statementMoney(lines, books().currencyOn(clock().date()));
+    money.changeover = books().changeover;
     Checked<Report> report = [&]() -> Checked<Report> {
         WaitCursor wait;
         if (const auto refusal = fillTempPlaten(m_scratch, lines, money.mixed))

@@ -18,7 +18,7 @@ const QString scratchError = QStringLiteral("ГРЕШКА при работа с
 
 }
 
-QList<StatementLine> statementLines(const RowSet &rows)
+QList<StatementLine> statementLines(const RowSet &rows, const BooksDay &books)
 {
     QList<StatementLine> lines;
     const int fakt = rows.column(QStringLiteral("Fakt"));
@@ -45,7 +45,7 @@ QList<StatementLine> statementLines(const RowSet &rows)
         line.ton = rows.value(row, ton).toDouble();
         line.tarifa = rows.value(row, tarifa).toDouble();
         line.suma = Money::fromAmount(rows.value(row, bruto).toDouble());
-        line.currency = currencyOn(line.data);
+        line.currency = books.currencyOn(line.data);
         lines.append(line);
     }
     return lines;
@@ -146,7 +146,7 @@ Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMo
     report.setCaption(footer, QStringLiteral("Label10"), totals.at(2));
     if (money.mixed) {
         report.setFontSize(QStringLiteral("Detail"), QStringLiteral("Text108"), amountWithUnitFontSize);
-        report.addFooterNote(conversionNote(booksChangeover(), money.currency));
+        report.addFooterNote(conversionNote(money.changeover, money.currency));
     }
     return report;
 }

@@ -5,6 +5,7 @@
 #include "core/firmprofile.h"
 #include "core/money.h"
 #include "core/usermessage.h"
+#include "core/vat.h"
 #include "data/rowset.h"
 #include "invoicing/invoiceclosing.h"
 #include "reports/report.h"
@@ -17,8 +18,8 @@
 // namespace: the client statement has a line of its own.
 namespace zarek::invoicing {
 
-// The VAT rate of the statement; a constant of the law, not a setting.
-inline constexpr double vatRate = 0.2;
+// The VAT rate of the statement (core/vat.h).
+inline constexpr double vatRate = vatFactor;
 
 // One course of the statement, as TempPlaten holds it.
 struct StatementLine {
@@ -35,7 +36,7 @@ struct StatementLine {
 };
 
 // The marked rows of the screen (flag column Fakt, amount bruto), numbered in their order.
-QList<StatementLine> statementLines(const RowSet &rows);
+QList<StatementLine> statementLines(const RowSet &rows, const BooksDay &books);
 Money statementSum(const QList<StatementLine> &lines);
 
 // The statement's sum in the statement's currency. A new invoice's statement is handed out today,
@@ -46,6 +47,7 @@ struct StatementMoney {
     Currency currency = Currency::Leva;
     Money sum;
     bool mixed = false;
+    Changeover changeover;  // the books the lines were dated by, for the note under a mixed total
 };
 StatementMoney statementMoney(const QList<StatementLine> &lines, std::optional<Currency> handedOut,
                               std::optional<Currency> fixed = std::nullopt);

@@ -2,6 +2,7 @@
 
 #include "core/formats.h"
 #include "documents/documentstore.h"
+#include "forms/commandday.h"
 #include "forms/messageservice.h"
 #include "core/version.h"
 #include "forms/recordbinder.h"
@@ -94,7 +95,7 @@ Options::Options(QSqlDatabase db, QWidget *parent) : QDialog(parent), m_db(std::
     connect(save, &QPushButton::clicked, this, &Options::saveTariffs);
     auto *tariffsLayout = new QVBoxLayout(tariffsPage);
     // Once the firm has changed over, the bands are euro (with the decimals the conversion gave them).
-    if (booksChangeover().isSet()) {
+    if (commandDay().changedOver()) {
         auto *unit = new QLabel(QStringLiteral("Цени в %1 за тон и километър").arg(amountUnit(Currency::Euro)), tariffsPage);
         unit->setObjectName(QStringLiteral("lblTariffUnit"));
         tariffsLayout->addWidget(unit);

@@ -2,6 +2,7 @@
 
 #include "core/formats.h"
 #include "core/rounding.h"
+#include "core/vat.h"
 #include "courses/coursecheck.h"
 
 #include <cmath>
@@ -20,7 +21,7 @@ StatementLine statementLine(double km, double ton, double tarifa)
 
 StatementTax statementTax(Money gross)
 {
-    const Money vat = gross.share(1, 5);
+    const Money vat = gross.share(vatPercent, 100);
     return {gross, vat, gross - vat};
 }
 

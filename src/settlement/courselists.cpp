@@ -7,7 +7,8 @@
 namespace zarek {
 
 Checked<Report> BuildDriverCourseList(bool paid, const SearchConditions &conditions, QSqlDatabase db,
-                                      ScratchDatabase &scratch, const FirmProfile &firm, const WorkProgress &progress)
+                                      ScratchDatabase &scratch, const FirmProfile &firm, const BooksDay &books,
+                                      const WorkProgress &progress)
 {
     PaymentStore store(db);
     const Checked<RowSet> courses = store.courses(conditions.SeekDriverKod, conditions.period, paid, true);
@@ -22,7 +23,7 @@ Checked<Report> BuildDriverCourseList(bool paid, const SearchConditions &conditi
     for (int row = 0; row < count; ++row)
         rows[row] = row;
     // The tariff shows two decimals on these lists.
-    const Checked<ScratchStatement> statement = writeTempPlaten(scratch, courses.value(), rows, 2);
+    const Checked<ScratchStatement> statement = writeTempPlaten(scratch, courses.value(), rows, 2, {books});
     if (!statement)
         return statement.message();
     if (progress)

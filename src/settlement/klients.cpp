@@ -183,7 +183,7 @@ void Klients::showSums(const RowSet &rows, const QString &dateColumn, const QStr
         m_sumKm += wholeKm(rows.value(row, kmColumn).toDouble());
         m_sumTon += rows.value(row, tonColumn).toDouble();
         m_sumBruto += convertAmount(Money::fromAmount(rows.value(row, moneyColumn).toDouble()),
-                                    zarek::rowCurrency(rows, row, date), totalsCurrency());
+                                    zarek::rowCurrency(books(), rows, row, date), totalsCurrency());
     }
     m_sumKmLabel->setText(formatFixed(m_sumKm, 0));
     m_sumTonLabel->setText(formatFixed(m_sumTon, 2));
@@ -358,7 +358,7 @@ ReportPreview *Klients::print()
     {
         WaitCursor wait;
         ProgDialog progress(QStringLiteral("Обработвам данните за справката..."), byRoute.value().rowCount() + 1, this);
-        totals = store.fillPrintCopy([&progress](int done) { progress.setValue(done); });
+        totals = store.fillPrintCopy(books(), [&progress](int done) { progress.setValue(done); });
     }
     if (!totals) {
         MessageService::instance().inform(totals.message());

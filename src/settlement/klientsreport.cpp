@@ -49,7 +49,7 @@ Checked<Report> ReportKlientS(const RowSet &printCopy, const StatementTotals &to
     report.setCaption(reportFooter, QStringLiteral("Label1004"), formatFixed(totals.km, 0) + QStringLiteral(" км"));
     if (totals.mixed) {
         report.setFontSize(detail, QStringLiteral("Text107"), amountWithUnitFontSize);
-        report.addFooterNote(conversionNote(booksChangeover(), totals.currency));
+        report.addFooterNote(conversionNote(totals.changeover, totals.currency));
     }
     return report;
 }

@@ -159,7 +159,7 @@ std::optional<UserMessage> KlientsStore::removeRow(qint64 rowKey)
     return execute(m_scratch, writeTitle, QStringLiteral("DELETE FROM TempKlients WHERE rowid = ?"), {rowKey});
 }
 
-Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(int)> &progress)
+Checked<StatementTotals> KlientsStore::fillPrintCopy(const BooksDay &books, const std::function<void(int)> &progress)
 {
     const Checked<RowSet> working = workingList(Order::ByRouteAndDate);
     if (!working)
@@ -167,9 +167,10 @@ Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(in
     const RowSet &rows = working.value();
     StatementTotals totals;
     // Each course's money is in the currency of its day; the sums in euro once any course is.
-    const DatedAmounts amounts = datedAmounts(rows, QStringLiteral("Data"));
+    const DatedAmounts amounts = datedAmounts(books, rows, QStringLiteral("Data"));
     const int date = rows.column(QStringLiteral("Data"));
     totals.currency = amounts.totals;
+    totals.changeover = books.changeover;
     totals.mixed = amounts.mixed;
     QList<QVariantList> printed;
     printed.reserve(rows.rowCount());
@@ -177,7 +178,7 @@ Checked<StatementTotals> KlientsStore::fillPrintCopy(const std::function<void(in
         const double km = rows.value(row, QStringLiteral("KM")).toDouble();
         const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
         const StatementLine line = statementLine(km, ton, rows.value(row, QStringLiteral("Tarifa")).toDouble());
-        const Currency currency = rowCurrency(rows, row, date);
+        const Currency currency = rowCurrency(books, rows, row, date);
         printed.append({rows.value(row, QStringLiteral("Data")), rows.value(row, QStringLiteral("Marsh")),
                         rows.value(row, QStringLiteral("VidTovar")), rows.value(row, QStringLiteral("Kola")), line.km,
                         line.ton, line.tarifa, rowAmountText(line.suma, currency, amounts.mixed)});

@@ -23,6 +23,7 @@ struct StatementTotals {
     // were converted into them, each sum then printed with its unit.
     Currency currency = Currency::Leva;
     bool mixed = false;
+    Changeover changeover;  // the books the sums were made by
 };
 
 // The rows of a statement file (.kl): the working list and its printed copy.
@@ -57,7 +58,7 @@ public:
 
     // Empties the printed copy and fills it again from the working list, by route and then date,
     // each sum recomputed from km, tonnes and rate, in one transaction. The totals of its lines.
-    Checked<StatementTotals> fillPrintCopy(const std::function<void(int done)> &progress = {});
+    Checked<StatementTotals> fillPrintCopy(const BooksDay &books, const std::function<void(int done)> &progress = {});
     Checked<RowSet> printCopy() const;
     std::optional<UserMessage> clearPrintCopy();
 

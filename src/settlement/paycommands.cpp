@@ -2,6 +2,7 @@
 
 #include "courses/searchcommand.h"
 #include "data/scratchdatabase.h"
+#include "forms/commandday.h"
 #include "forms/messageservice.h"
 #include "forms/progdialog.h"
 #include "forms/waitcursor.h"
@@ -42,12 +43,12 @@ void showPaySheet(CommandContext &context, const SearchConditions &conditions)
 {
     const Checked<PaySheet> sheet = withProgress(
         context.window, QStringLiteral("Обработка курсове на шофьор..."),
-        [&](const WorkProgress &progress) { return BuildDriverPaySheet(conditions, context.db, progress); });
+        [&](const WorkProgress &progress) { return BuildDriverPaySheet(conditions, context.db, commandDay(), progress); });
     if (!sheet) {
         MessageService::instance().inform(sheet.message());
         return;
     }
-    const Checked<Report> report = ReportZaplata(sheet.value(), paySheetRows(sheet.value()), context.firm());
+    const Checked<Report> report = ReportZaplata(sheet.value(), paySheetRows(sheet.value()), context.firm(), commandDay().today);
     if (!report) {
         MessageService::instance().inform(report.message());
         return;
@@ -62,7 +63,7 @@ void showDriverCourseList(CommandContext &context, bool paid, const SearchCondit
     context.setPanel(QStringLiteral("Справка за курсове..."));
     const Checked<Report> report = withProgress(
         context.window, QStringLiteral("Обработка на курсовете на шофьора..."), [&](const WorkProgress &progress) {
-            return BuildDriverCourseList(paid, conditions, context.db, *context.scratch, context.firm(), progress);
+            return BuildDriverCourseList(paid, conditions, context.db, *context.scratch, context.firm(), commandDay(), progress);
         });
     if (!report) {
         MessageService::instance().inform(report.message());
@@ -84,7 +85,7 @@ void registerDriverPayCommands(CommandRegistry &commands)
                       QStringLiteral("Корекция на неплатени курсове на шофьор...")},
                      [&commands, &context](const SearchConditions &c) {
                          context.setPanel(QStringLiteral("Справка за курсове..."));
-                         Plashtane screen(c, context.db, *context.scratch, context.firm(), context.window);
+                         Plashtane screen(c, context.db, *context.scratch, context.firm(), context.window, commandDay().today);
                          commands.runModal(screen, context.helpTopic(QStringLiteral("mnuDataKorPl")));
                      });
 }

@@ -71,13 +71,14 @@ UserMessage noPercentMessage(const QString &kola)
                                                        + QStringLiteral(" !")};
 }
 
-std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> &trucks, QDate today,
+std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> &trucks, const BooksDay &books,
                                          std::optional<Currency> currency)
 {
     bool anyEuro = false;
     for (const PaySheetLine &line : std::as_const(sheet.lines))
-        anyEuro = anyEuro || currencyOn(line.data) == Currency::Euro;
-    sheet.currency = currency ? *currency : totalsCurrency(anyEuro, currencyOn(today));
+        anyEuro = anyEuro || books.currencyOn(line.data) == Currency::Euro;
+    sheet.currency = currency ? *currency : totalsCurrency(anyEuro, books.currencyOn(books.today));
+    sheet.changeover = books.changeover;
     sheet.total = {};
     sheet.otherTotal = {};
     for (PaySheetLine &line : sheet.lines) {
@@ -85,7 +86,7 @@ std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> 
         if (truck.percent == 0.0)
             return noPercentMessage(line.kola);
         line.pay = coursePay(line.bruto, truck.percent, line.ton, truck.ratedTon);
-        line.currency = currencyOn(line.data);
+        line.currency = books.currencyOn(line.data);
         (line.currency == sheet.currency ? sheet.total : sheet.otherTotal) += line.pay;
     }
     return std::nullopt;

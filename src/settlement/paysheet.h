@@ -87,6 +87,7 @@ struct PaySheet {
     ExactPay total;       // the pay of the lines in the sheet's currency added up unrounded: printed,
                           // it may differ from the printed lines' sum
     ExactPay otherTotal;  // the pay of the lines in the other currency, added up the same way
+    Changeover changeover;  // the books it was priced by
 
     // Lines of both currencies: each amount shows its unit, and a note stands under the total.
     bool mixed() const;
@@ -100,7 +101,7 @@ struct PaySheet {
 // currency given (a screen that already shows its sum in one). Every figure a driver is paid by
 // comes from here: the pay sheet and the running sum of the payment screen. Refused at the first
 // line of a truck without a percent, with "Няма зададен процент за кола № … !".
-std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> &trucks, QDate today,
+std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> &trucks, const BooksDay &books,
                                          std::optional<Currency> currency = std::nullopt);
 
 // "Няма зададен процент за кола № " + number + " !" under "ВНИМАНИЕ!"

@@ -16,7 +16,7 @@ const QString readErrorTitle = QStringLiteral("ГРЕШКА при четене!
 }
 
 Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDatabase db,
-                                      const WorkProgress &progress, QDate today)
+                                      const BooksDay &books, const WorkProgress &progress)
 {
     PaySheet sheet;
     sheet.kod = conditions.SeekDriverKod;
@@ -61,7 +61,7 @@ Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDa
         line.bruto = courses.value(row, 6).toDouble();
         sheet.lines.append(line);
     }
-    if (auto refusal = pricePaySheet(sheet, trucks.value(), today))
+    if (auto refusal = pricePaySheet(sheet, trucks.value(), books))
         return *refusal;
     return sheet;
 }

@@ -18,6 +18,6 @@ namespace zarek {
 // only. Refused with "Няма данни за шофьора!", "Няма курсове за плащане!" or, at the first course
 // of a truck without a percent, "Няма зададен процент за кола № … !" (then no sheet at all).
 Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDatabase db,
-                                      const WorkProgress &progress = {}, QDate today = QDate::currentDate());
+                                      const BooksDay &books, const WorkProgress &progress = {});
 
 }

@@ -77,7 +77,7 @@ Plashtane::Plashtane(const SearchConditions &conditions, QSqlDatabase db, Scratc
 
 Currency Plashtane::totalsCurrencyOf(bool anyEuro) const
 {
-    return zarek::totalsCurrency(anyEuro, currencyOn(m_today));
+    return zarek::totalsCurrency(anyEuro, books().currencyOn(m_today));  // paid today, in today's currency
 }
 
 // Space marks by the pay rule; any key shows the sum due again.
@@ -154,7 +154,7 @@ QList<int> Plashtane::markedRows() const
 Checked<Money> Plashtane::markedPay() const
 {
     PaySheet sheet = sheetOf(markedRows());
-    if (auto refusal = pricePaySheet(sheet, m_trucks, m_today, totalsCurrency()))
+    if (auto refusal = pricePaySheet(sheet, m_trucks, {books().changeover, m_today}, totalsCurrency()))
         return *refusal;
     return sheet.printedTotal();
 }
@@ -165,7 +165,7 @@ bool Plashtane::spacePressed()
     if (row >= 0 && !model()->isMarked(row)) {
         // A course of a truck without a percent has no pay to be paid by.
         PaySheet course = sheetOf({row});
-        if (auto refusal = pricePaySheet(course, m_trucks, m_today, totalsCurrency())) {
+        if (auto refusal = pricePaySheet(course, m_trucks, {books().changeover, m_today}, totalsCurrency())) {
             MessageService::instance().inform(*refusal);
             return true;
         }
@@ -202,7 +202,7 @@ std::optional<LaidOutReport> Plashtane::statement()
     }
     // TempPlaten is made anew for each print: a statement lists each marked course once.
     const Checked<ScratchStatement> written =
-        writeTempPlaten(m_scratch, model()->rows(), marked, 3, {totalsCurrency(), true});
+        writeTempPlaten(m_scratch, model()->rows(), marked, 3, {{books().changeover, m_today}, totalsCurrency(), true});
     if (!written) {
         MessageService::instance().inform(written.message());
         return std::nullopt;

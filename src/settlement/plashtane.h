@@ -21,7 +21,7 @@ class Plashtane : public ResultGridScreen {
     Q_OBJECT
 public:
     Plashtane(const SearchConditions &conditions, QSqlDatabase db, ScratchDatabase &scratch, FirmProfile firm,
-              QWidget *parent = nullptr, QDate today = QDate::currentDate());
+              QWidget *parent, QDate today);
 
     static ResultGridConfig config(const QString &driverName, QDate today);
 

@@ -71,18 +71,18 @@ Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet
     const int neto = courses.column(QStringLiteral("neto"));
     bool anyEuro = false;
     for (const int row : rows)
-        anyEuro = anyEuro || rowCurrency(courses, row, data) == Currency::Euro;
+        anyEuro = anyEuro || rowCurrency(currency.books, courses, row, data) == Currency::Euro;
     const Currency totals = totalsCurrency(anyEuro, currency.handedOut);
     bool mixed = false;
     for (const int row : rows)
-        mixed = mixed || rowCurrency(courses, row, data) != totals;
+        mixed = mixed || rowCurrency(currency.books, courses, row, data) != totals;
     QList<QList<QVariant>> values;
     values.reserve(rows.size());
     CurrencyTotal total(totals, currency.wages ? CurrencyTotal::Rule::Wages : CurrencyTotal::Rule::EachAmount);
     int red = 0;
     for (const int row : rows) {
         const Money amount = Money::fromAmount(courses.value(row, neto).toDouble());
-        const Currency of = rowCurrency(courses, row, data);
+        const Currency of = rowCurrency(currency.books, courses, row, data);
         total.add(amount, of);
         const double rate = courses.value(row, tarifa).toDouble();
         values.append({++red, dateOfValue(courses.value(row, data)), courses.value(row, marsh).toString(),
@@ -99,7 +99,7 @@ Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet
              values);
     if (!written)
         return written.message();
-    return ScratchStatement{written.value(), total.total(), totals, mixed};
+    return ScratchStatement{written.value(), total.total(), totals, mixed, currency.books.changeover};
 }
 
 }

@@ -17,11 +17,13 @@ struct ScratchStatement {
     Money total;
     Currency currency = Currency::Leva;
     bool mixed = false;  // courses of both currencies: each sum with its unit, a note under the total
+    Changeover changeover;
 };
 
 // How a statement of courses totals: in euro when any course is or when it is handed out on a day
 // in euro; a payment converts the driver's leva once, rounded up, as pay is.
 struct StatementCurrency {
+    BooksDay books;
     std::optional<Currency> handedOut;
     bool wages = false;
 };
@@ -39,6 +41,6 @@ RowSet paySheetRows(const PaySheet &sheet);
 // tarifaDecimals (three: the rate's own decimals, up to eight), Suma (neto) "###0.00". The total
 // adds the amounts as written, so it is always the sum of the statement's own lines.
 Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet &courses, const QList<int> &rows,
-                                          int tarifaDecimals, const StatementCurrency &currency = {});
+                                          int tarifaDecimals, const StatementCurrency &currency);
 
 }

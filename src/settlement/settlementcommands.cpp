@@ -4,6 +4,7 @@
 #include "courses/searchcommand.h"
 #include "data/scratchdatabase.h"
 #include "forms/messageservice.h"
+#include "forms/commandday.h"
 #include "reports/reportpreview.h"
 #include "settlement/klients.h"
 #include "settlement/paycommands.h"
@@ -20,7 +21,7 @@ void registerSettlementCommands(CommandRegistry &commands)
                      [&context](const SearchConditions &c) {
                          if (c.SeekChoice == QLatin1String("All")) {
                              context.setPanel(QStringLiteral("Справка за всички курсове на шофьор"));
-                             showReport(streamReportDriver(c, context.db, context.firm()), context.window);
+                             showReport(streamReportDriver(c, context.db, context.firm(), commandDay()), context.window);
                              return;
                          }
                          context.setPanel(c.SeekChoice == QLatin1String("Yes")

@@ -71,7 +71,7 @@ Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, 
     report.setWindowCaption(windowCaption(QStringLiteral("Заплата")));
     RowSet rows = tempZaplata;
     const bool mixed = sheet.mixed();
-    prepareDatedAmounts(rows, QStringLiteral("Data"), {QStringLiteral("Suma"), QStringLiteral("Zaplata")},
+    prepareDatedAmounts({sheet.changeover, today}, rows, QStringLiteral("Data"), {QStringLiteral("Suma"), QStringLiteral("Zaplata")},
                         {sheet.currency, mixed});
     report.setDataSource(rows);
     fillFrame(report, firm, sheet.name, sheet.period,
@@ -85,7 +85,7 @@ Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, 
     if (mixed) {
         report.setFontSize(detail, QStringLiteral("Text107"), amountWithUnitFontSize);
         report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
-        report.addFooterNote(conversionNote(booksChangeover(), sheet.currency), QStringLiteral("Label8"));
+        report.addFooterNote(conversionNote(sheet.changeover, sheet.currency), QStringLiteral("Label8"));
     }
     return report;
 }
@@ -106,7 +106,7 @@ Checked<Report> ReportPlaten(const QString &name, const DriverPapers &papers, co
     fillReceipt(report, {name, papers, statement.total, firm.UserName, today, statement.currency});
     if (statement.mixed) {
         report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
-        report.addFooterNote(conversionNote(booksChangeover(), statement.currency), QStringLiteral("Label8"));
+        report.addFooterNote(conversionNote(statement.changeover, statement.currency), QStringLiteral("Label8"));
     }
     return report;
 }
@@ -126,7 +126,7 @@ Checked<Report> ReportNePlaten(bool paid, const QString &name, const Period &per
                       QStringLiteral("Всичко: ") + amountWithUnit(statement.total, statement.currency));
     if (statement.mixed) {
         report.setFontSize(detail, QStringLiteral("Text108"), amountWithUnitFontSize);
-        report.addFooterNote(conversionNote(booksChangeover(), statement.currency));
+        report.addFooterNote(conversionNote(statement.changeover, statement.currency));
     }
     return report;
 }

@@ -28,14 +28,12 @@ QStringList receiptLines(const Receipt &receipt);
 
 // rptZaplata over the rows of TempZaplata: the firm, "Извлечение", the driver and period, the
 // courses with their pay, "Всичко заработка:" with the sheet's total, and the receipt.
-Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, const FirmProfile &firm,
-                              QDate today = QDate::currentDate());
+Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, const FirmProfile &firm, QDate today);
 
 // rptPlaten over the rows of TempPlaten: the courses marked paid and their sum, with the receipt.
 // The firm's address stands without its town.
 Checked<Report> ReportPlaten(const QString &name, const DriverPapers &papers, const Period &period,
-                             const ScratchStatement &statement, const FirmProfile &firm,
-                             QDate today = QDate::currentDate());
+                             const ScratchStatement &statement, const FirmProfile &firm, QDate today);
 
 // rptNePlaten over the rows of TempPlaten: the paid (or unpaid) courses and "Всичко:"; no receipt.
 Checked<Report> ReportNePlaten(bool paid, const QString &name, const Period &period, const ScratchStatement &statement,

@@ -53,4 +53,27 @@ struct Consumption {
 // and the walk goes on. Stops when the need is met or the receipts run out.
 Consumption ConsumeReceipts(const QList<OpenReceipt> &oldestFirst, Quantity need);
 
+// A receipt an issue took from, as it stands now (open, used up, or drawn on by later issues).
+struct HeldReceipt {
+    qint64 id = 0;
+    int rowVersion = 0;
+    Quantity ostat = 0;
+};
+
+struct GivenBack {
+    QList<ReceiptAfter> receipts;  // each receipt given to, once, in the order of the issue's lots
+    QList<IssueLot> lotsLeft;      // what the issue still holds, oldest first
+    Quantity given = 0;
+    qint64 missingReceipt = 0;     // a lot's receipt that is gone: nothing is given back then
+
+    bool complete() const { return missingReceipt == 0; }
+};
+
+// The reverse of ConsumeReceipts: gives back up to the quantity of what an issue took, from its
+// last lot backwards (what it took last goes back first). Each receipt gets back exactly what it
+// gave, whatever later issues took from it, and is open again (Lipsa false), so the next issue
+// takes from it before any later receipt.
+GivenBack GiveBackToReceipts(const QList<HeldReceipt> &receipts, const QList<IssueLot> &lotsOldestFirst,
+                             Quantity quantity);
+
 }

@@ -5,6 +5,7 @@
 #include "core/formats.h"
 #include "core/valueformat.h"
 #include "core/version.h"
+#include "forms/commandday.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "forms/recordset.h"
@@ -37,7 +38,7 @@ StockMovement movementOf(const RecordRow &row)
     m.name = v.value(QStringLiteral("Name")).toString();
     m.kol = v.value(QStringLiteral("Kol")).toDouble();
     m.edin = v.value(QStringLiteral("Edin")).toDouble();
-    m.suma = v.value(QStringLiteral("Suma")).toDouble();
+    m.suma = Money::fromAmount(v.value(QStringLiteral("Suma")).toDouble());
     m.vidKol = v.value(QStringLiteral("VidKol")).toString();
     if (!v.value(QStringLiteral("Ostat")).isNull())
         m.ostat = v.value(QStringLiteral("Ostat")).toDouble();
@@ -55,7 +56,7 @@ RecordRow rowOf(const StockMovement &m)
              {QStringLiteral("Name"), m.name},
              {QStringLiteral("Kol"), m.kol},
              {QStringLiteral("Edin"), m.edin},
-             {QStringLiteral("Suma"), m.suma},
+             {QStringLiteral("Suma"), m.suma.toDouble()},
              {QStringLiteral("Lipsa"), m.lipsa},
              {QStringLiteral("Ostat"), m.ostat ? QVariant(*m.ostat) : QVariant(QMetaType::fromType<double>())},
              {QStringLiteral("VidKol"), m.vidKol}}};
@@ -92,7 +93,8 @@ QString quantityText(double quantity)
 }
 
 Sklad::Sklad(const QString &vidKol, QSqlDatabase db, QWidget *parent, WarehouseStore::Clock clock)
-    : QWidget(parent, Qt::Window), m_ui(std::make_unique<Ui::Sklad>()), m_vidKol(vidKol), m_db(db), m_store(db, clock)
+    : QWidget(parent, Qt::Window), m_ui(std::make_unique<Ui::Sklad>()), m_vidKol(vidKol), m_db(db), m_store(db, clock),
+      m_books(commandDay())
 {
     m_ui->setupUi(this);
     const bool issues = isIssues();
@@ -282,8 +284,8 @@ void Sklad::showAmount()
         date = parseDate(m_ui->txtFields_0->text()).value_or(QDate());
     }
     // Once the books have both currencies, the amount says which one it is in.
-    if (!text.isEmpty() && booksChangeover().isSet())
-        text += QLatin1Char(' ') + amountUnit(currencyOn(date));
+    if (!text.isEmpty() && m_books.changedOver())
+        text += QLatin1Char(' ') + amountUnit(m_books.currencyOn(date));
     m_ui->txtFields_6->setText(text);
 }
 
@@ -366,14 +368,14 @@ void Sklad::showLots()
             grid->setItem(r, c, item);
         }
         quantity += lot.kol;
-        total += Money::fromAmount(lot.suma);
+        total += lot.suma;
         ++r;
     }
     // The lots are priced in the currency of the issue's day.
     m_ui->lblLots->setText(QStringLiteral("От %1 доставки: %2 за %3")
                                .arg(lots.value().size())
                                .arg(quantityText(quantity),
-                                    amountText(total, currencyOn(dateOfValue(row->values.value(QStringLiteral("Data")))))));
+                                    amountText(total, m_books.currencyOn(dateOfValue(row->values.value(QStringLiteral("Data")))))));
 }
 
 // While an issue is entered: what the name holds and the price to type, the latest receipt's.
@@ -391,7 +393,7 @@ void Sklad::showStockOf(const QString &name)
     }
     m_ui->lblStock->setText(QStringLiteral("Наличност: %1, цена на последната доставка: %2")
                                 .arg(quantityText(quantityValue(stock.value()->broi)),
-                                     amountText(stock.value()->edin, booksChangeover().priceCurrency())));
+                                     amountText(stock.value()->edin, m_books.priceCurrency())));
 }
 
 void Sklad::learn(const RecordRow &row)

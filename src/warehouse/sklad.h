@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/currency.h"
 #include "forms/recordstore.h"
 #include "warehouse/warehousestore.h"
 
@@ -58,6 +59,7 @@ private:
     QString m_vidKol;
     QSqlDatabase m_db;
     WarehouseStore m_store;
+    BooksDay m_books;  // of the command that opened the window
     RecordForm *m_form = nullptr;
 };
 

@@ -5,6 +5,7 @@
 #include "core/rounding.h"
 #include "core/version.h"
 #include "courses/coursereports.h"
+#include "data/currencyrows.h"
 #include "data/query.h"
 #include "warehouse/fifo.h"
 #include "warehouse/stockrules.h"
@@ -39,7 +40,7 @@ void fillTotal(Report &report, const QString &caption, const StockList &list)
     report.setCaption(reportFooter, QStringLiteral("Label8"),
                       caption + formatAmount(list.total) + QLatin1Char(' ') + amountUnit(list.currency));
     if (list.mixed)
-        report.addFooterNote(conversionNote(booksChangeover(), list.currency));
+        report.addFooterNote(conversionNote(list.changeover, list.currency));
 }
 
 QString windowCaption(const QString &text)
@@ -77,7 +78,7 @@ UserMessage noMovementsMessage(bool receipts)
                                                   : QStringLiteral("Няма разходи в склада за периода!")};
 }
 
-Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix)
+Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix, const BooksDay &books)
 {
     Query query(db);
     if (auto failure = query.exec(readTitle, QStringLiteral("SELECT Name, Edin, Broi FROM Nalich")))
@@ -98,7 +99,7 @@ Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix)
     // The prices on hand stand in euro once the firm has changed over.
     StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Kol"), QStringLiteral("Cena"),
                            QStringLiteral("Suma")}),
-                   {}, booksChangeover().priceCurrency()};
+                   {}, books.priceCurrency(), false, books.changeover};
     list.rows.reserveRows(static_cast<int>(items.size()));
     int red = 0;
     for (const Item &item : std::as_const(items)) {
@@ -110,7 +111,8 @@ Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix)
     return list;
 }
 
-Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::function<void(int, int)> &progress)
+Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const BooksDay &books,
+                              const std::function<void(int, int)> &progress)
 {
     Query query(db);
     if (auto failure = query.exec(readTitle, QStringLiteral("SELECT DISTINCT Name FROM Sklad")))
@@ -132,14 +134,14 @@ Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::
         Currency currency;
     };
     // Each name's movements by kind, the leva before the changeover apart from the euro after it.
-    const Changeover changeover = booksChangeover();
-    const QVariant euroFrom = changeover.isSet() ? changeover.date : QDate(9999, 12, 31);
+    const Changeover &changeover = books.changeover;
+    const SqlPart inEuro = byRowCurrency(QStringLiteral("Data"), changeover, QStringLiteral("1"), QStringLiteral("0"));
     QList<Part> parts;
-    if (auto failure
-        = query.exec(readTitle,
-                     QStringLiteral("SELECT Name, VidKol, CASE WHEN Data >= ? THEN 1 ELSE 0 END, SUM(Kol), "
-                                    "SUM(Suma) FROM Sklad WHERE Data BETWEEN ? AND ? GROUP BY 1, 2, 3"),
-                     {euroFrom, period.from, period.to}))
+    if (auto failure = query.exec(readTitle,
+                                  QStringLiteral("SELECT Name, VidKol, %1, SUM(Kol), SUM(Suma) "
+                                                 "FROM Sklad WHERE Data BETWEEN ? AND ? GROUP BY 1, 2, 3")
+                                      .arg(inEuro.sql),
+                                  inEuro.values + QVariantList{period.from, period.to}))
         return *failure;
     bool anyEuro = false;
     bool anyLeva = false;
@@ -171,14 +173,14 @@ Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::
         const QString name = query.value(0).toString();
         if (!firstPrice.contains(name))
             firstPrice.insert(name, amountText(Money::fromAmount(query.value(1).toDouble()),
-                                               changeover.currencyOn(query.value(2).toDate())));
+                                               books.currencyOn(query.value(2).toDate())));
     }
 
     StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Cena"),
                            QStringLiteral("Prihod"), QStringLiteral("SumaP"), QStringLiteral("Razhod"),
                            QStringLiteral("SumaR"), QStringLiteral("Ostatak"), QStringLiteral("SumaO"),
                            QStringLiteral("OstatakKol")}),
-                   {}, currency, currency == Currency::Euro && anyLeva};
+                   {}, currency, currency == Currency::Euro && anyLeva, changeover};
     list.rows.reserveRows(static_cast<int>(names.size()));
     int red = 0;
     for (const QString &name : std::as_const(names)) {
@@ -201,7 +203,8 @@ Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const std::
 }
 
 Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &period, const QString &articlePrefix,
-                                  const QString &truckPrefix, const std::function<void(int, int)> &progress)
+                                  const QString &truckPrefix, const BooksDay &books,
+                                  const std::function<void(int, int)> &progress)
 {
     Query query(db);
     if (auto failure
@@ -214,13 +217,14 @@ Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &
         QString docVid, docNom;
         QDate data;
         QString name;
-        double kol, edin, suma;
+        double kol, edin;
+        Money suma;
     };
     QList<Item> items;
     while (query.next()) {
         Item item{query.value(0).toString(), query.value(1).toString(), query.value(2).toDate(),
                   query.value(3).toString(), query.value(4).toDouble(), query.value(5).toDouble(),
-                  query.value(6).toDouble()};
+                  Money::fromAmount(query.value(6).toDouble())};
         if (!matchesPrefix(item.name, articlePrefix) || (!receipts && !matchesPrefix(item.docVid, truckPrefix)))
             continue;
         items.append(item);
@@ -241,13 +245,13 @@ Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &
     bool anyEuro = false;
     bool anyLeva = false;
     for (const Item &item : std::as_const(items))
-        (currencyOn(item.data) == Currency::Euro ? anyEuro : anyLeva) = true;
+        (books.currencyOn(item.data) == Currency::Euro ? anyEuro : anyLeva) = true;
     CurrencyTotal total(totalsCurrency(anyEuro));
     const bool mixed = anyEuro && anyLeva;
     StockList list{RowSet({QStringLiteral("Red"), QStringLiteral("DocVid"), QStringLiteral("NomData"),
                            QStringLiteral("Name"), QStringLiteral("Broi"), QStringLiteral("Edin"),
                            QStringLiteral("Suma")}),
-                   {}, total.currency(), mixed};
+                   {}, total.currency(), mixed, books.changeover};
     list.rows.reserveRows(static_cast<int>(items.size()));
     int red = 0;
     for (const Item &item : std::as_const(items)) {
@@ -258,8 +262,8 @@ Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &
                                                              .arg(item.data.year())
                                                        : QString());
         // Each amount counts as printed, so the total equals the column.
-        const Money suma = Money::fromAmount(item.suma);
-        const Currency of = currencyOn(item.data);
+        const Money suma = item.suma;
+        const Currency of = books.currencyOn(item.data);
         const QString unit = mixed ? QLatin1Char(' ') + amountUnit(of) : QString();
         list.rows.appendRow({++red, item.docVid, nomData, item.name, formatFixed(item.kol, 3),
                              formatAmount(item.edin) + unit, formatAmount(suma) + unit});
@@ -339,11 +343,11 @@ Checked<Report> ReportSkladPR(const StockList &movements, bool receipts, const P
 }
 
 Checked<Report> SkladReport(bool receipts, const SearchConditions &conditions, QSqlDatabase db,
-                            const FirmProfile &firm, const std::function<void(int, int)> &progress)
+                            const FirmProfile &firm, const BooksDay &books, const std::function<void(int, int)> &progress)
 {
     const QString article = receipts ? conditions.SeekArtikul : conditions.SeekMarsh;
     const Checked<StockList> movements = stockMovements(db, receipts, conditions.period, article,
-                                                        receipts ? QString() : conditions.SeekKola, progress);
+                                                        receipts ? QString() : conditions.SeekKola, books, progress);
     if (!movements)
         return movements.message();
     if (movements.value().rows.isEmpty())

@@ -27,11 +27,13 @@ struct StockList {
     // unit and the total's leva converted, as a note under it says.
     Currency currency = Currency::Leva;
     bool mixed = false;
+    // The changeover the amounts were read under, for the note under the total.
+    Changeover changeover;
 };
 
 // Stock on hand of the names that begin with the prefix (all for an empty one), by name:
 // Red, Name, Kol (Broi), Cena (Edin), Suma (Broi x Edin to the cent).
-Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix);
+Checked<StockList> stockPosition(QSqlDatabase db, const QString &articlePrefix, const BooksDay &books);
 // "В склада няма артикул с това име!" / "Моля, изберете друго."
 UserMessage noStockArticleMessage();
 bool priceDrawnRed(double price);  // under 1
@@ -40,7 +42,7 @@ bool priceDrawnRed(double price);  // under 1
 // (course costs count as issues of their name). Text columns Red, Name, Cena, Prihod, SumaP,
 // Razhod, SumaR, Ostatak, SumaO, and the remainder as a number in OstatakKol. The total is the
 // sum of SumaO. progress, when given, is told each name done (done, count).
-Checked<StockList> stockAudit(QSqlDatabase db, const Period &period,
+Checked<StockList> stockAudit(QSqlDatabase db, const Period &period, const BooksDay &books,
                               const std::function<void(int, int)> &progress = {});
 bool remainderDrawnRed(double remainder);  // under 1
 
@@ -48,7 +50,7 @@ bool remainderDrawnRed(double remainder);  // under 1
 // whose document kind, the truck of a course cost, begins with the truck prefix), by name:
 // text columns Red, DocVid, NomData ("number / d.M.yyyy"), Name, Broi, Edin, Suma.
 Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &period,
-                                  const QString &articlePrefix, const QString &truckPrefix,
+                                  const QString &articlePrefix, const QString &truckPrefix, const BooksDay &books,
                                   const std::function<void(int, int)> &progress = {});
 // "Няма приходи в склада за периода!" or "Няма разходи в склада за периода!"
 UserMessage noMovementsMessage(bool receipts);
@@ -63,6 +65,7 @@ Checked<Report> ReportSkladPR(const StockList &movements, bool receipts, const P
 // dialog's SeekArtikul for receipts, SeekMarsh for issues, and the truck SeekKola); the message
 // when the period has none. progress as for the audit, by rows.
 Checked<Report> SkladReport(bool receipts, const SearchConditions &conditions, QSqlDatabase db,
-                            const FirmProfile &firm, const std::function<void(int, int)> &progress = {});
+                            const FirmProfile &firm, const BooksDay &books,
+                            const std::function<void(int, int)> &progress = {});
 
 }

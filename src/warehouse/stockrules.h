@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/money.h"
 #include "core/usermessage.h"
 #include "warehouse/fifo.h"
 
@@ -21,7 +22,7 @@ struct StockMovement {
     QString name;
     double kol = 0;
     double edin = 0;
-    double suma = 0;
+    Money suma;  // kol x edin, to the cent
     QString vidKol;
     std::optional<double> ostat;  // a normal issue has none
     bool lipsa = false;

@@ -28,7 +28,7 @@ void showStockList(ResultGridScreen &screen, const StockList &list)
     screen.setRows(list.rows);
     screen.setRunningTotal(list.total, true);
     if (list.mixed)
-        screen.setAmountNote(conversionNote(booksChangeover(), list.currency));
+        screen.setAmountNote(conversionNote(list.changeover, list.currency));
 }
 
 }
@@ -61,7 +61,7 @@ NalichSK::NalichSK(const QString &articlePrefix, QSqlDatabase db, FirmProfile fi
 {
     {
         WaitCursor wait;
-        const Checked<StockList> list = stockPosition(db, articlePrefix);
+        const Checked<StockList> list = stockPosition(db, articlePrefix, books());
         if (!list) {
             MessageService::instance().inform(list.message());
             return;
@@ -109,7 +109,7 @@ SkladSK::SkladSK(const Period &period, QSqlDatabase db, FirmProfile firm, QWidge
     {
         WaitCursor wait;
         ProgDialog progress(QStringLiteral("Обработка на приходите и разходите в склада..."), 1, parent);
-        const Checked<StockList> list = stockAudit(db, period, [&progress](int done, int count) {
+        const Checked<StockList> list = stockAudit(db, period, books(), [&progress](int done, int count) {
             progress.setMaximum(count);
             progress.setValue(done);
         });

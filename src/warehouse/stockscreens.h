@@ -14,8 +14,7 @@ namespace zarek {
 class NalichSK : public ResultGridScreen {
     Q_OBJECT
 public:
-    NalichSK(const QString &articlePrefix, QSqlDatabase db, FirmProfile firm, QWidget *parent = nullptr,
-             QDate today = QDate::currentDate());
+    NalichSK(const QString &articlePrefix, QSqlDatabase db, FirmProfile firm, QWidget *parent, QDate today);
 
     static ResultGridConfig config(QDate today);
     const StockList &list() const { return m_list; }
@@ -36,8 +35,7 @@ private:
 class SkladSK : public ResultGridScreen {
     Q_OBJECT
 public:
-    SkladSK(const Period &period, QSqlDatabase db, FirmProfile firm, QWidget *parent = nullptr,
-            QDate today = QDate::currentDate());
+    SkladSK(const Period &period, QSqlDatabase db, FirmProfile firm, QWidget *parent, QDate today);
 
     static ResultGridConfig config(QDate today);
     const StockList &list() const { return m_list; }

@@ -1,6 +1,7 @@
 #include "warehouse/warehousecommands.h"
 
 #include "courses/searchcommand.h"
+#include "forms/commandday.h"
 #include "forms/commands.h"
 #include "forms/progdialog.h"
 #include "forms/waitcursor.h"
@@ -48,7 +49,7 @@ void printMovements(CommandContext &context, bool receipts, const SearchConditio
     progress.setWindowTitle(receipts ? QStringLiteral("Справка за приходите в склада...")
                                      : QStringLiteral("Справка за разходите в склада..."));
     const Checked<Report> report =
-        SkladReport(receipts, conditions, context.db, context.firm(), [&progress](int done, int count) {
+        SkladReport(receipts, conditions, context.db, context.firm(), commandDay(), [&progress](int done, int count) {
             progress.setMaximum(count + 1);
             progress.setValue(done);
         });
@@ -75,7 +76,7 @@ void registerWarehouseCommands(CommandRegistry &commands)
                      {QStringLiteral("mnuNal"), SearchMode::NalichSK, SearchDialogKind::Seek,
                       QStringLiteral("Търсене - Наличност в склада"), QStringLiteral("Наличност в склада")},
                      [&commands, &context](const SearchConditions &c) {
-                         NalichSK screen(c.SeekArtikul, context.db, context.firm(), context.window);
+                         NalichSK screen(c.SeekArtikul, context.db, context.firm(), context.window, commandDay().today);
                          commands.runModal(screen, context.helpTopic(QStringLiteral("mnuNal")));
                      });
     addSearchCommand(commands,
@@ -88,7 +89,7 @@ void registerWarehouseCommands(CommandRegistry &commands)
                          context.setPanel(QStringLiteral("Ревизия на склада"));
                          commands.showOnce(
                              auditMenu,
-                             [&context, c] { return new SkladSK(c.period, context.db, context.firm(), context.window); },
+                             [&context, c] { return new SkladSK(c.period, context.db, context.firm(), context.window, commandDay().today); },
                              context.helpTopic(auditMenu));
                      });
 }

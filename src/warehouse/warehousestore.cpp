@@ -21,11 +21,6 @@ const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
 const QString movementColumns =
     QStringLiteral("id, row_version, Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa");
 
-double money(double amount)
-{
-    return roundHalfEven(amount, 2);
-}
-
 StockMovement movementOf(const Query &q)
 {
     StockMovement m;
@@ -37,7 +32,7 @@ StockMovement movementOf(const Query &q)
     m.name = q.value(5).toString();
     m.kol = q.value(6).toDouble();
     m.edin = q.value(7).toDouble();
-    m.suma = q.value(8).toDouble();
+    m.suma = Money::fromAmount(q.value(8).toDouble());
     m.vidKol = q.value(9).toString();
     if (!q.value(10).isNull())
         m.ostat = q.value(10).toDouble();
@@ -197,8 +192,9 @@ std::optional<StockOnHand> readOnHand(Work &work, const QString &name)
                        storedQuantity(q.value(4).toDouble())};
 }
 
-// The firm's changeover as the database holds it now: what currency each movement and price is in.
-Changeover readChangeover(Work &work, QSqlDatabase db)
+// The firm's changeover as the database holds it now (what currency each movement and price is
+// in), read in the call's own transaction, and the call's day.
+BooksDay readBooks(Work &work, QSqlDatabase db)
 {
     if (!work.ok())
         return {};
@@ -207,12 +203,12 @@ Changeover readChangeover(Work &work, QSqlDatabase db)
         work.fail(changeover.message());
         return {};
     }
-    return changeover.value();
+    return {changeover.value(), work.today()};
 }
 
 // The name's open receipts, oldest first, each priced in the issue's currency: a leva receipt
 // still open at the changeover costs its reviewed euro price, any other is converted as needed.
-QList<OpenReceipt> readOpenReceipts(Work &work, const QString &name, Currency issue, const Changeover &changeover)
+QList<OpenReceipt> readOpenReceipts(Work &work, const QString &name, Currency issue, const BooksDay &books)
 {
     QList<OpenReceipt> receipts;
     Query q(work.db());
@@ -223,7 +219,7 @@ QList<OpenReceipt> readOpenReceipts(Work &work, const QString &name, Currency is
                    {name, false}))
         return receipts;
     while (q.next()) {
-        const Currency receipt = changeover.currencyOn(q.value(4).toDate());
+        const Currency receipt = books.currencyOn(q.value(4).toDate());
         double price = q.value(3).toDouble();
         if (issue == Currency::Euro && receipt == Currency::Leva && !q.value(5).isNull())
             price = q.value(5).toDouble();
@@ -236,7 +232,7 @@ QList<OpenReceipt> readOpenReceipts(Work &work, const QString &name, Currency is
 
 // The price of the name's newest receipt (the last one entered), leaving one receipt out, in the
 // currency of the prices on hand.
-std::optional<double> newestReceiptPrice(Work &work, const QString &name, const Changeover &changeover,
+std::optional<double> newestReceiptPrice(Work &work, const QString &name, const BooksDay &books,
                                          qint64 leaveOut = 0)
 {
     Query q(work.db());
@@ -246,7 +242,7 @@ std::optional<double> newestReceiptPrice(Work &work, const QString &name, const 
                    {name, leaveOut})
         || !q.next())
         return std::nullopt;
-    return convertPrice(q.value(0).toDouble(), changeover.currencyOn(q.value(1).toDate()), changeover.priceCurrency());
+    return convertPrice(q.value(0).toDouble(), books.currencyOn(q.value(1).toDate()), books.priceCurrency());
 }
 
 // A receipt's euro price of the changeover holds only for the receipt as it was reviewed.
@@ -291,7 +287,7 @@ bool insertMovement(Work &work, StockMovement &m)
     const std::optional<qint64> id = work.insert(
         QStringLiteral("INSERT INTO Sklad (Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa, DateMod, "
                        "TimeMod) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
-        {m.data, m.docVid, m.docNom, m.name, m.kol, m.edin, m.suma, m.vidKol, ostatValue(m), m.lipsa, work.today(),
+        {m.data, m.docVid, m.docNom, m.name, m.kol, m.edin, m.suma.toDouble(), m.vidKol, ostatValue(m), m.lipsa, work.today(),
          work.time()},
         &m.rowVersion);
     if (!id)
@@ -305,7 +301,7 @@ bool updateMovement(Work &work, StockMovement &m)
     if (!work.write(QStringLiteral("UPDATE Sklad SET Data = ?, DocVid = ?, DocNom = ?, Name = ?, Kol = ?, Edin = ?, "
                                    "Suma = ?, Ostat = ?, Lipsa = ?, DateMod = ?, TimeMod = ?, "
                                    "row_version = row_version + 1 WHERE id = ? AND row_version = ?"),
-                    {m.data, m.docVid, m.docNom, m.name, m.kol, m.edin, m.suma, ostatValue(m), m.lipsa, work.today(),
+                    {m.data, m.docVid, m.docNom, m.name, m.kol, m.edin, m.suma.toDouble(), ostatValue(m), m.lipsa, work.today(),
                      work.time(), m.id, m.rowVersion},
                     true))
         return false;
@@ -348,36 +344,41 @@ bool insertLots(Work &work, qint64 issueId, const QList<IssueLot> &lots)
     return true;
 }
 
-// Gives back to each receipt what the issue took from it and forgets the lots; the total given back.
+// Gives back to each receipt what the issue took from it (GiveBackToReceipts) and forgets the
+// lots; the total given back.
 std::optional<Quantity> giveBack(Work &work, qint64 issueId, const QList<IssueLot> &lots, const QString &title)
 {
+    QList<HeldReceipt> held;
     Quantity total = 0;
     for (const IssueLot &lot : lots) {
+        total += lot.quantity;
         const std::optional<StockMovement> receipt = readMovement(work, lot.receiptId);
         if (!work.ok())
             return std::nullopt;
-        if (!receipt) {
-            work.fail(rowConflictMessage(title));
-            return std::nullopt;
-        }
-        const ReceiptAfter after{receipt->id, receipt->rowVersion,
-                                 storedQuantity(receipt->ostat.value_or(0)) + lot.quantity, false};
+        if (receipt)
+            held.append({receipt->id, receipt->rowVersion, storedQuantity(receipt->ostat.value_or(0))});
+    }
+    const GivenBack given = GiveBackToReceipts(held, lots, total);
+    if (!given.complete()) {
+        work.fail(rowConflictMessage(title));
+        return std::nullopt;
+    }
+    for (const ReceiptAfter &after : given.receipts) {
         if (!writeReceiptStock(work, after))
             return std::nullopt;
-        total += lot.quantity;
     }
     if (!lots.isEmpty()
         && !work.write(QStringLiteral("DELETE FROM SkladLots WHERE IssueID = ?"), {issueId}, false))
         return std::nullopt;
-    return total;
+    return given.given;
 }
 
 // Takes the quantity from the name's open receipts, first in, first out; the lots taken, priced
 // in the issue's currency.
 std::optional<Consumption> takeFromReceipts(Work &work, const QString &name, Quantity quantity, Currency issue,
-                                            const Changeover &changeover)
+                                            const BooksDay &books)
 {
-    const QList<OpenReceipt> receipts = readOpenReceipts(work, name, issue, changeover);
+    const QList<OpenReceipt> receipts = readOpenReceipts(work, name, issue, books);
     if (!work.ok())
         return std::nullopt;
     const Consumption consumption = ConsumeReceipts(receipts, quantity);
@@ -396,7 +397,7 @@ std::optional<Consumption> takeFromReceipts(Work &work, const QString &name, Qua
 void costIssue(StockMovement &issue, const Consumption &consumption)
 {
     issue.edin = consumption.averagePrice().value_or(0);
-    issue.suma = money(consumption.cost);
+    issue.suma = Money::fromAmount(consumption.cost);
 }
 
 template <typename T>
@@ -438,15 +439,15 @@ Checked<StockMovement> WarehouseStore::addReceipt(StockMovement m) const
     m.kol = quantityValue(*quantity);
     m.ostat = m.kol;
     m.lipsa = false;
-    m.suma = money(m.kol * m.edin);
+    m.suma = Money::fromAmount(m.kol * m.edin);
 
     Work work(m_db, saveTitle, beforeWrite, m_clock());
-    const Changeover changeover = readChangeover(work, m_db);
+    const BooksDay books = readBooks(work, m_db);
     std::optional<StockOnHand> stock = readOnHand(work, m.name);
     if (!insertMovement(work, m))
         return work.failure();
     // The newest receipt's price stands for the whole name, in the currency of the prices on hand.
-    const double price = convertPrice(m.edin, changeover.currencyOn(m.data), changeover.priceCurrency());
+    const double price = convertPrice(m.edin, books.currencyOn(m.data), books.priceCurrency());
     if (!stock)
         stock = StockOnHand{0, 0, m.name, price, 0};
     stock->broi += *quantity;
@@ -458,7 +459,7 @@ Checked<StockMovement> WarehouseStore::addReceipt(StockMovement m) const
 Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read, const StockMovement &typed) const
 {
     Work work(m_db, saveTitle, beforeWrite, m_clock());
-    const Changeover changeover = readChangeover(work, m_db);
+    const BooksDay books = readBooks(work, m_db);
     std::optional<StockMovement> m = readReceiptAsSeen(work, read, saveTitle);
     if (!m)
         return work.failure();
@@ -474,14 +475,14 @@ Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read,
         return work.failure();
     if (drawn && (*after != before || priceChanged))
         return receiptDrawnOnMessage();
-    if (changeover.isSet() && (priceChanged || typed.data != m->data) && !forgetEuroPrice(work, m->id))
+    if (books.changedOver() && (priceChanged || typed.data != m->data) && !forgetEuroPrice(work, m->id))
         return work.failure();
 
     m->data = typed.data;
     m->docNom = typed.docNom;
     m->kol = quantityValue(*after);
     m->edin = typed.edin;
-    m->suma = money(m->kol * m->edin);
+    m->suma = Money::fromAmount(m->kol * m->edin);
     if (!drawn)
         m->ostat = m->kol;
     if (!updateMovement(work, *m))
@@ -494,7 +495,7 @@ Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read,
             return stockOutOfStepMessage(m->name);
         stock->broi += *after - before;
         if (isNewestReceipt(work, *m))
-            stock->edin = convertPrice(m->edin, changeover.currencyOn(m->data), changeover.priceCurrency());
+            stock->edin = convertPrice(m->edin, books.currencyOn(m->data), books.priceCurrency());
         writeOnHand(work, *stock);
     }
     return finish(work, *m);
@@ -503,7 +504,7 @@ Checked<StockMovement> WarehouseStore::correctReceipt(const StockMovement &read,
 std::optional<UserMessage> WarehouseStore::removeReceipt(const StockMovement &read) const
 {
     Work work(m_db, deleteTitle, beforeWrite, m_clock());
-    const Changeover changeover = readChangeover(work, m_db);
+    const BooksDay books = readBooks(work, m_db);
     const std::optional<StockMovement> m = readReceiptAsSeen(work, read, deleteTitle);
     if (!m)
         return work.failure();
@@ -514,13 +515,13 @@ std::optional<UserMessage> WarehouseStore::removeReceipt(const StockMovement &re
         return receiptDrawnOnDeleteMessage();
     std::optional<StockOnHand> stock = readOnHand(work, m->name);
     const bool newest = isNewestReceipt(work, *m);
-    const std::optional<double> previousPrice = newestReceiptPrice(work, m->name, changeover, m->id);
+    const std::optional<double> previousPrice = newestReceiptPrice(work, m->name, books, m->id);
     if (!work.ok())
         return work.failure();
     const Quantity quantity = storedQuantity(m->kol);
     if (!stock || stock->broi < quantity)
         return stockOutOfStepMessage(m->name);
-    if ((changeover.isSet() && !forgetEuroPrice(work, m->id)) || !deleteMovement(work, *m))
+    if ((books.changedOver() && !forgetEuroPrice(work, m->id)) || !deleteMovement(work, *m))
         return work.failure();
     stock->broi -= quantity;
     if (newest && previousPrice)
@@ -539,13 +540,13 @@ Checked<StockMovement> WarehouseStore::addIssue(StockMovement m) const
     if (auto refusal = checkPrice(m.edin))
         return *refusal;
     Work work(m_db, saveTitle, beforeWrite, m_clock());
-    const Changeover changeover = readChangeover(work, m_db);
+    const BooksDay books = readBooks(work, m_db);
     if (!work.ok())
         return work.failure();
     if (isRepair(m.name)) {
         m.kol = 1;
         m.ostat = 0.0;
-        m.suma = money(m.kol * m.edin);
+        m.suma = Money::fromAmount(m.kol * m.edin);
         insertMovement(work, m);
         return finish(work, m);
     }
@@ -559,10 +560,10 @@ Checked<StockMovement> WarehouseStore::addIssue(StockMovement m) const
     if (!work.ok())
         return work.failure();
     // The typed price is in the issue's currency; the price on hand may be in euro already.
-    const Currency issue = changeover.currencyOn(m.data);
-    if (auto refusal = checkStockIssue(stock, convertPrice(m.edin, issue, changeover.priceCurrency()), *quantity))
+    const Currency issue = books.currencyOn(m.data);
+    if (auto refusal = checkStockIssue(stock, convertPrice(m.edin, issue, books.priceCurrency()), *quantity))
         return *refusal;
-    const std::optional<Consumption> consumption = takeFromReceipts(work, m.name, *quantity, issue, changeover);
+    const std::optional<Consumption> consumption = takeFromReceipts(work, m.name, *quantity, issue, books);
     if (!consumption)
         return work.failure();
     costIssue(m, *consumption);
@@ -575,7 +576,7 @@ Checked<StockMovement> WarehouseStore::addIssue(StockMovement m) const
 Checked<StockMovement> WarehouseStore::correctIssue(const StockMovement &read, const StockMovement &typed) const
 {
     Work work(m_db, saveTitle, beforeWrite, m_clock());
-    const Changeover changeover = readChangeover(work, m_db);
+    const BooksDay books = readBooks(work, m_db);
     std::optional<StockMovement> m = readAtVersion(work, read, saveTitle);
     if (!m)
         return work.failure();
@@ -592,7 +593,7 @@ Checked<StockMovement> WarehouseStore::correctIssue(const StockMovement &read, c
                 return *refusal;
         }
         m->kol = typed.kol;
-        m->suma = money(m->kol * m->edin);
+        m->suma = Money::fromAmount(m->kol * m->edin);
         updateMovement(work, *m);
         return finish(work, *m);
     }
@@ -611,7 +612,7 @@ Checked<StockMovement> WarehouseStore::correctIssue(const StockMovement &read, c
             return UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("В склада нямате такова количество!"),
                                UserMessage::Icon::Exclamation};
         const std::optional<Consumption> consumption =
-            takeFromReceipts(work, m->name, *after, changeover.currencyOn(m->data), changeover);
+            takeFromReceipts(work, m->name, *after, books.currencyOn(m->data), books);
         if (!consumption)
             return work.failure();
         stock->broi += *given - *after;
@@ -627,13 +628,13 @@ Checked<StockMovement> WarehouseStore::correctIssue(const StockMovement &read, c
 std::optional<UserMessage> WarehouseStore::removeIssue(const StockMovement &read) const
 {
     Work work(m_db, deleteTitle, beforeWrite, m_clock());
-    const Changeover changeover = readChangeover(work, m_db);
+    const BooksDay books = readBooks(work, m_db);
     const std::optional<StockMovement> m = readAtVersion(work, read, deleteTitle);
     if (!m)
         return work.failure();
     const QList<IssueLot> lots = readLots(work, m->id);
     std::optional<StockOnHand> stock = readOnHand(work, m->name);
-    const std::optional<double> price = newestReceiptPrice(work, m->name, changeover);
+    const std::optional<double> price = newestReceiptPrice(work, m->name, books);
     if (!work.ok())
         return work.failure();
     const std::optional<Quantity> given = giveBack(work, m->id, lots, deleteTitle);
@@ -642,8 +643,8 @@ std::optional<UserMessage> WarehouseStore::removeIssue(const StockMovement &read
     if (*given > 0) {
         if (!stock)
             stock = StockOnHand{0, 0, m->name,
-                                price.value_or(convertPrice(m->edin, changeover.currencyOn(m->data),
-                                                            changeover.priceCurrency())),
+                                price.value_or(convertPrice(m->edin, books.currencyOn(m->data),
+                                                            books.priceCurrency())),
                                 0};
         stock->broi += *given;
         writeOnHand(work, *stock);
@@ -672,8 +673,8 @@ Checked<QList<IssueLotRow>> WarehouseStore::lotsOf(qint64 issueId) const
     QList<IssueLotRow> lots;
     while (q.next()) {
         IssueLotRow lot{q.value(0).toLongLong(), q.value(1).toDate(), q.value(2).toString(), q.value(3).toString(),
-                        q.value(4).toDouble(), q.value(5).toDouble(), 0};
-        lot.suma = money(lot.kol * lot.edin);
+                        q.value(4).toDouble(), q.value(5).toDouble(), {}};
+        lot.suma = Money::fromAmount(lot.kol * lot.edin);
         lots.append(lot);
     }
     return lots;

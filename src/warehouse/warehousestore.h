@@ -20,7 +20,7 @@ struct IssueLotRow {
     QString docNom;
     double kol = 0;
     double edin = 0;
-    double suma = 0;     // kol x edin, to the cent
+    Money suma;          // kol x edin, to the cent
 };
 
 // The movements of the warehouse and its stock on hand, written so that stock never drifts:

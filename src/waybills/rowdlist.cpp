@@ -6,6 +6,7 @@
 #include "core/docnumber.h"
 #include "core/formats.h"
 #include "core/version.h"
+#include "forms/commandday.h"
 #include "forms/boxfocus.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
@@ -138,8 +139,9 @@ void RowdList::buildHeader()
 void RowdList::showPriceUnits()
 {
     QString unit;
-    if (booksChangeover().isSet())
-        unit = QStringLiteral(", ") + amountUnit(currencyOn(parseDate(m_ui->txtFields_0->text()).value_or(QDate())));
+    const BooksDay &books = commandDay();
+    if (books.changedOver())
+        unit = QStringLiteral(", ") + amountUnit(books.currencyOn(parseDate(m_ui->txtFields_0->text()).value_or(QDate())));
     m_ui->lblLabels_9->setText(m_priceCaptions.value(0) + unit);
     m_ui->lblLabels_10->setText(m_priceCaptions.value(1) + unit);
 }

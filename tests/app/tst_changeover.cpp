@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "app/firststart.h"
 #include "app/prehodevro.h"
 #include "core/formats.h"
@@ -234,7 +235,7 @@ private slots:
         QSqlDatabase db = scratch.db();
         QVERIFY(fillLevaFirm(scratch));
         QCOMPARE(textOf(runChangeover(db, reviewChangeover(db, euroDay).value(), runTime)), QString());
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         const WarehouseStore store = storeAt(db, QDate(2026, 1, 10));
         // The price on hand is asked in euro now; the leva price of old is no longer it.
         const Checked<StockMovement> leva = store.addIssue(movement(QStringLiteral("Масло"), 8, 3.20, QDate(2026, 1, 10)));
@@ -243,7 +244,7 @@ private slots:
         // 6 left of the lot at 3,00 лв. (1,53 €) and 2 of the lot at 3,20 лв. (1,64 €).
         const Checked<StockMovement> issued = store.addIssue(movement(QStringLiteral("Масло"), 8, 1.64, QDate(2026, 1, 10)));
         QVERIFY2(issued.ok(), why(issued).constData());
-        QCOMPARE(issued.value().suma, 6 * 1.53 + 2 * 1.64);
+        QCOMPARE(issued.value().suma, Money::fromCents(6 * 153 + 2 * 164));
         const Checked<QList<IssueLotRow>> lots = store.lotsOf(issued.value().id);
         QCOMPARE(lots.value().size(), 2);
         QCOMPARE(lots.value().at(0).edin, 1.53);
@@ -251,7 +252,7 @@ private slots:
         // An issue dated before the changeover, typed late, still costs in leva.
         const Checked<StockMovement> late = store.addIssue(movement(QStringLiteral("Масло"), 1, 3.20, QDate(2025, 12, 30)));
         QVERIFY2(late.ok(), why(late).constData());
-        QCOMPARE(late.value().suma, 3.20);
+        QCOMPARE(late.value().suma, Money::fromCents(320));
     }
 
     void aLevaReceiptTypedAfterTheChangeoverPricesTheStockInEuro()
@@ -329,7 +330,7 @@ private slots:
         QSqlDatabase db = scratch.db();
         QVERIFY(fillLevaFirm(scratch));
         RecordingMessageService messages;
-        ScopedBooksChangeover books(Changeover{});
+        ScopedCommandDay books({Changeover{}, QDate::currentDate()});
         PrehodEvro screen(db);
         screen.clock = [] { return runTime; };
         messages.answers.append(true);
@@ -337,7 +338,7 @@ private slots:
         QVERIFY(screen.done());
         QCOMPARE(loadChangeover(db).value().date, euroDay);
         // The open program reads the books in euro from now on.
-        QCOMPARE(booksChangeover().date, euroDay);
+        QCOMPARE(commandDay().changeover.date, euroDay);
         QVERIFY(messages.shown.last().text.contains(QStringLiteral("в евро от 01.01.2026")));
     }
 

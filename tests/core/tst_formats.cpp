@@ -45,10 +45,11 @@ private slots:
 
     void amountUnitFollowsTheDate()
     {
-        QCOMPARE(amountUnit(QDate(2030, 1, 1)), QStringLiteral("лв."));  // not changed over: leva
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
-        QCOMPARE(amountUnit(QDate(2025, 12, 31)), QStringLiteral("лв."));
-        QCOMPARE(amountUnit(QDate(2026, 1, 1)), QStringLiteral("евро"));
+        const QDate today(2026, 6, 1);
+        QCOMPARE(amountUnit(BooksDay{{}, today}.currencyOn(QDate(2030, 1, 1))), QStringLiteral("лв."));  // not changed over: leva
+        const BooksDay books{Changeover{QDate(2026, 1, 1)}, today};
+        QCOMPARE(amountUnit(books.currencyOn(QDate(2025, 12, 31))), QStringLiteral("лв."));
+        QCOMPARE(amountUnit(books.currencyOn(QDate(2026, 1, 1))), QStringLiteral("евро"));
     }
 
     void typedNumbersTakeCommaOrPoint_data()

@@ -8,6 +8,12 @@ using namespace zarek;
 
 namespace {
 
+// A firm still in leva, on the day the test runs.
+BooksDay leva()
+{
+    return {Changeover{}, QDate::currentDate()};
+}
+
 CourseEntry validEntry()
 {
     return test::exampleCourseEntry();
@@ -27,7 +33,7 @@ class CourseCheckTest : public QObject {
 private slots:
     void allEmptyStopsAtTheDriver()
     {
-        const auto result = checkCourse(CourseEntry{}, adding);
+        const auto result = checkCourse(CourseEntry{}, adding, leva());
         QVERIFY(result.refusal);
         QCOMPARE(result.refusal->title, QStringLiteral("ГРЕШКА при запис!"));
         QCOMPARE(result.refusal->text, QStringLiteral("Няма име на шофьора!\nМоля, изберете името на шофьора!"));
@@ -88,12 +94,12 @@ private slots:
                             : &entry.razhod;
             *target = value;
         }
-        QCOMPARE(firstLine(checkCourse(entry, adding)), expected);
+        QCOMPARE(firstLine(checkCourse(entry, adding, leva())), expected);
     }
 
     void exampleCourseIsPriced()
     {
-        const auto result = checkCourse(validEntry(), adding);
+        const auto result = checkCourse(validEntry(), adding, leva());
         QVERIFY(!result.refusal);
         QCOMPARE(result.course.bruto.cents(), qint64(3125));
         QCOMPARE(result.course.procent.cents(), qint64(94));
@@ -110,7 +116,7 @@ private slots:
         entry.nomFakt = QStringLiteral("0000000125");
         entry.fakt = true;
         entry.plat = true;
-        const auto result = checkCourse(entry, adding);
+        const auto result = checkCourse(entry, adding, leva());
         QCOMPARE(result.course.NomFakt, QStringLiteral("0000000000"));
         QVERIFY(!result.course.Fakt);
         QVERIFY(result.course.plat);
@@ -126,7 +132,7 @@ private slots:
         Course original;
         original.id = 41;
         original.rowVersion = 3;
-        const auto result = checkCourse(entry, {CourseMode::EditKurs, false, original});
+        const auto result = checkCourse(entry, {CourseMode::EditKurs, false, original}, leva());
         QVERIFY(!result.refusal);
         QCOMPARE(result.course.kod, QStringLiteral("012"));
         QCOMPARE(result.course.NomFakt, QStringLiteral("0000000125"));
@@ -140,7 +146,7 @@ private slots:
         // A row started in the correction task is added, but its invoice is not forced.
         CourseEntry entry = validEntry();
         entry.nomFakt = QStringLiteral("0000000125");
-        const auto result = checkCourse(entry, {CourseMode::EditKurs, true, {}});
+        const auto result = checkCourse(entry, {CourseMode::EditKurs, true, {}}, leva());
         QCOMPARE(result.course.kod, QStringLiteral("007"));
         QCOMPARE(result.course.NomFakt, QStringLiteral("0000000125"));
     }
@@ -149,7 +155,7 @@ private slots:
     {
         CourseEntry entry = validEntry();
         entry.date = QStringLiteral("05032006");
-        const auto result = checkCourse(entry, adding);
+        const auto result = checkCourse(entry, adding, leva());
         QVERIFY(!result.refusal);
         QVERIFY(result.dateWarning);
         QVERIFY(result.focusDate);
@@ -162,7 +168,7 @@ private slots:
     {
         CourseEntry entry = validEntry();
         entry.date = QStringLiteral("31.13.2005");
-        const auto result = checkCourse(entry, adding);
+        const auto result = checkCourse(entry, adding, leva());
         QVERIFY(result.refusal);
         QVERIFY(result.focusDate);
         QVERIFY(!result.dateWarning);  // one message, not two
@@ -183,14 +189,14 @@ private slots:
         QFETCH(qint64, cents);
         CourseEntry entry = validEntry();
         entry.razhod = text;
-        QCOMPARE(checkCourse(entry, adding).expense.cents(), cents);
+        QCOMPARE(checkCourse(entry, adding, leva()).expense.cents(), cents);
     }
 
     void typedRateWins()
     {
         CourseEntry entry = validEntry();
         entry.tarifa = QStringLiteral("0.2");
-        const auto result = checkCourse(entry, adding);
+        const auto result = checkCourse(entry, adding, leva());
         QCOMPARE(result.course.Tarifa, 0.2);
         QCOMPARE(result.course.bruto.cents(), qint64(5000));
     }
@@ -224,7 +230,7 @@ private slots:
         entry.ton = ton;
         entry.km = km;
         entry.tarifa = rate;
-        const auto result = checkCourse(entry, adding);
+        const auto result = checkCourse(entry, adding, leva());
         QVERIFY(result.refusal);
         QCOMPARE(result.refusal->title, QStringLiteral("ГРЕШКА при запис!"));
         QCOMPARE(result.refusal->text.section(QLatin1Char('\n'), 0, 0), fault);
@@ -250,7 +256,7 @@ private slots:
         entry.ton = ton;
         entry.km = km;
         entry.tarifa = rate;
-        const auto result = checkCourse(entry, adding);
+        const auto result = checkCourse(entry, adding, leva());
         QVERIFY2(!result.refusal, qPrintable(result.refusal ? result.refusal->text : QString()));
         QCOMPARE(result.course.bruto.cents(), bruto);
     }
@@ -259,7 +265,7 @@ private slots:
     {
         CourseEntry entry = validEntry();
         entry.razhod = "1" + QString(40, u'0');
-        const auto result = checkCourse(entry, adding);
+        const auto result = checkCourse(entry, adding, leva());
         QVERIFY(result.refusal);
         QCOMPARE(result.refusal->text.section(QLatin1Char('\n'), 0, 0), QStringLiteral("Разхода е извън разрешените граници!"));
     }
@@ -281,7 +287,7 @@ private slots:
                         : field == "tovar" ? entry.tovar : entry.ton;
         text.insert(1, QChar(u'\0'));
         entry.driver.clear();  // would be refused too, but later
-        const auto result = checkCourse(entry, adding);
+        const auto result = checkCourse(entry, adding, leva());
         QVERIFY(result.refusal);
         QCOMPARE(*result.refusal, controlCharacterMessage(QStringLiteral("ГРЕШКА при запис!")));
     }

@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "courses/coursejournal.h"
 #include "core/currency.h"
 #include "core/formats.h"
@@ -251,8 +252,8 @@ private slots:
         for (int i = 0; i < 2; ++i)
             QVERIFY(test::insertCourse(scratch.db(), {QDate(2026, 3, 2), "007", "СА 1234 ВК", "Арго ООД", 1, 1, 0.01, 0.01,
                                                       false, false, "а", 0, 0}));
-        setBooksChangeover(Changeover{QDate(2026, 3, 3)});
-        const auto restore = qScopeGuard([] { setBooksChangeover(Changeover{}); });
+        setCommandDay({Changeover{QDate(2026, 3, 3)}, QDate::currentDate()});
+        const auto restore = qScopeGuard([] { setCommandDay({}); });
         RecordingMessageService messages;
         CourseJournal journal(scratch.db());
         journal.refreshSummary();
@@ -268,7 +269,7 @@ private slots:
         QVERIFY2(total.startsWith(QStringLiteral("Всичко:;;;;;;69,750;404;;")), qPrintable(total));
         QCOMPARE(total.section(QLatin1Char(';'), 9, 9), formatAmount(journal.totals().gross));
         QVERIFY(total.endsWith(QStringLiteral(";евро")));
-        QCOMPARE(lines.at(11), conversionNote(booksChangeover(), Currency::Euro));
+        QCOMPARE(lines.at(11), conversionNote(commandDay().changeover, Currency::Euro));
         QVERIFY(journal.findChild<QLabel *>(QStringLiteral("lblTotals"))->text().contains(formatAmount(journal.totals().gross)));
         QVERIFY(messages.shown.isEmpty());
     }

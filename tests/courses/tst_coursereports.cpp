@@ -1,4 +1,5 @@
 #include "examplefirm.h"
+#include "forms/commandday.h"
 #include "courses/coursereports.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
@@ -202,7 +203,7 @@ private slots:
         QVERIFY(fillCourses(scratch.db()));
         SearchConditions conditions = march();
         conditions.SeekKola = QStringLiteral("СА 1234 ВК");
-        const Checked<Report> report = ReportKola(conditions, scratch.db(), exampleFirm());
+        const Checked<Report> report = ReportKola(conditions, scratch.db(), exampleFirm(), commandDay());
         QVERIFY(report.ok());
         QCOMPARE(report.value().design().page.orientation, ReportOrientation::Landscape);
         QCOMPARE(report.value().design().page.leftMargin, 1000);
@@ -244,7 +245,7 @@ private slots:
         QVERIFY(fillCourses(scratch.db()));
         SearchConditions conditions = march();
         conditions.SeekChoice = choice;
-        const Checked<Report> report = ReportAll(conditions, scratch.db(), exampleFirm());
+        const Checked<Report> report = ReportAll(conditions, scratch.db(), exampleFirm(), commandDay());
         QVERIFY(report.ok());
         QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка за курсове"));
         QCOMPARE(report.value().data().rowCount(), rows);
@@ -261,7 +262,7 @@ private slots:
         QVERIFY(fillCourses(scratch.db()));
         SearchConditions conditions = march();
         conditions.SeekKlient = QStringLiteral("Д'Аргос ООД");  // an apostrophe is just a letter
-        const Checked<Report> report = ReportKlient(conditions, scratch.db(), exampleFirm());
+        const Checked<Report> report = ReportKlient(conditions, scratch.db(), exampleFirm(), commandDay());
         QVERIFY(report.ok());
         QCOMPARE(report.value().design().page.orientation, ReportOrientation::Portrait);
         QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка за курсовете"));
@@ -291,7 +292,7 @@ private slots:
         QVERIFY(update.exec());
         SearchConditions conditions = march();
         conditions.SeekKlient = QStringLiteral("Бетон АД");
-        const LaidOutReport laid = laidOut(ReportKlient(conditions, scratch.db(), exampleFirm()));
+        const LaidOutReport laid = laidOut(ReportKlient(conditions, scratch.db(), exampleFirm(), commandDay()));
         const QString page = laid.textLines().join(QLatin1Char(' '));
         QVERIFY2(!page.contains(QChar(0x2026)), qPrintable(page));
         for (const QString &word : (route + QLatin1Char(' ') + cargo).split(QLatin1Char(' ')))
@@ -305,7 +306,7 @@ private slots:
         SearchConditions conditions = march();
         conditions.SeekDriverKod = QStringLiteral("007");
         conditions.SeekDriverIme = QStringLiteral("Иван Петров");
-        const Checked<Report> report = ReportDriver(conditions, scratch.db(), exampleFirm());
+        const Checked<Report> report = ReportDriver(conditions, scratch.db(), exampleFirm(), commandDay());
         QVERIFY(report.ok());
         const LaidOutReport laid = laidOut(report);
         const QStringList lines = laid.textLines();
@@ -353,10 +354,10 @@ private slots:
         conditions.SeekKlient = QStringLiteral("Бетон/Инерт АД");
         conditions.SeekDriverKod = QStringLiteral("007");
         conditions.SeekDriverIme = QStringLiteral("Иван Петров");
-        const Checked<Report> filled = report == QLatin1String("rptKola")     ? ReportKola(conditions, scratch.db(), exampleFirm())
-                                     : report == QLatin1String("rptAll")      ? ReportAll(conditions, scratch.db(), exampleFirm())
-                                     : report == QLatin1String("rptKlient")   ? ReportKlient(conditions, scratch.db(), exampleFirm())
-                                                                              : ReportDriver(conditions, scratch.db(), exampleFirm());
+        const Checked<Report> filled = report == QLatin1String("rptKola")     ? ReportKola(conditions, scratch.db(), exampleFirm(), commandDay())
+                                     : report == QLatin1String("rptAll")      ? ReportAll(conditions, scratch.db(), exampleFirm(), commandDay())
+                                     : report == QLatin1String("rptKlient")   ? ReportKlient(conditions, scratch.db(), exampleFirm(), commandDay())
+                                                                              : ReportDriver(conditions, scratch.db(), exampleFirm(), commandDay());
         QVERIFY(filled.ok());
         const ReportPreview preview(laidOut(filled));
         QCOMPARE(preview.suggestedPdfName(), fileName);
@@ -369,7 +370,7 @@ private slots:
         SearchConditions conditions;
         conditions.period = {QDate(2007, 1, 1), QDate(2007, 12, 31)};
         conditions.SeekKola = QStringLiteral("СА 1234 ВК");
-        const LaidOutReport laid = laidOut(ReportKola(conditions, scratch.db(), exampleFirm()));
+        const LaidOutReport laid = laidOut(ReportKola(conditions, scratch.db(), exampleFirm(), commandDay()));
         QCOMPARE(laid.pageCount(), 1);
         const QStringList lines = laid.textLines();
         QCOMPARE(lines.at(5), QStringLiteral("за периода от 01.01.2007 до 31.12.2007"));
@@ -391,7 +392,7 @@ private slots:
         }
         SearchConditions conditions = march();
         conditions.SeekChoice = QStringLiteral("All");
-        const LaidOutReport laid = laidOut(ReportAll(conditions, scratch.db(), exampleFirm()));
+        const LaidOutReport laid = laidOut(ReportAll(conditions, scratch.db(), exampleFirm(), commandDay()));
         QVERIFY(laid.pageCount() >= 3);
         for (int page = 0; page < laid.pageCount(); ++page) {
             const QStringList lines = laid.textLines(page);

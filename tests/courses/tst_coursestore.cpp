@@ -8,6 +8,12 @@ using namespace zarek;
 
 namespace {
 
+// A firm still in leva, on the day the test runs.
+BooksDay leva()
+{
+    return {Changeover{}, QDate::currentDate()};
+}
+
 CourseEntry exampleEntry()
 {
     CourseEntry entry = test::exampleCourseEntry();
@@ -50,7 +56,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         CourseStore store(scratch.db());
-        const auto outcome = store.save(exampleEntry(), adding);
+        const auto outcome = store.save(exampleEntry(), adding, leva());
         QVERIFY2(outcome.ok(), qPrintable(outcome.message ? outcome.message->text : QString()));
 
         const auto stored = store.find(outcome.saved->id);
@@ -87,7 +93,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(scratch.exec(QStringLiteral("ALTER TABLE Sklad RENAME TO Sklad_away")));
         CourseStore store(scratch.db());
-        const auto outcome = store.save(exampleEntry(), adding);
+        const auto outcome = store.save(exampleEntry(), adding, leva());
         QVERIFY(!outcome.ok());
         QCOMPARE(outcome.message->title, QStringLiteral("ГРЕШКА при запис!"));
         QVERIFY(outcome.message->text.contains(QLatin1Char(':')));
@@ -111,7 +117,7 @@ private slots:
         CourseEntry entry = exampleEntry();
         (field == "date" ? entry.date : field == "tarifa" ? entry.tarifa : field == "klient" ? entry.klient
                                                                                             : entry.kola) = value;
-        const auto outcome = CourseStore(scratch.db()).save(entry, adding);
+        const auto outcome = CourseStore(scratch.db()).save(entry, adding, leva());
         QVERIFY(!outcome.ok());
         QVERIFY(outcome.message);
         QCOMPARE(countRows(scratch.db(), QStringLiteral("tabl")), 0);
@@ -142,7 +148,7 @@ private slots:
         entry.km = km;
         entry.tarifa = rate;
         entry.marsh = route;
-        const auto outcome = CourseStore(scratch.db()).save(entry, adding);
+        const auto outcome = CourseStore(scratch.db()).save(entry, adding, leva());
         QVERIFY(!outcome.ok());
         QVERIFY(outcome.message);
         QCOMPARE(outcome.message->text.count(QLatin1Char('\n')), 1);  // the checks' two lines, no SQL
@@ -167,7 +173,7 @@ private slots:
         entry.klient = QStringLiteral("О'Нийл & Сие ЕООД");
         entry.marsh = QStringLiteral("Бургас - Ямбол'; DROP");
         entry.tovar = QStringLiteral("Жито „Ранно“");
-        QVERIFY(CourseStore(scratch.db()).save(entry, adding).ok());
+        QVERIFY(CourseStore(scratch.db()).save(entry, adding, leva()).ok());
 
         QSqlQuery query(scratch.db());
         query.prepare(QStringLiteral("SELECT Marsh, Tovar FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ?"));
@@ -184,13 +190,13 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         CourseStore store(scratch.db());
-        const Course first = *store.save(exampleEntry(), adding).saved;
+        const Course first = *store.save(exampleEntry(), adding, leva()).saved;
 
         CourseEntry entry = entryFor(first);
         entry.km = QStringLiteral("40");
         entry.tarifa = QStringLiteral("0,2");
         entry.razhod.clear();
-        const auto outcome = store.save(entry, correcting(first));
+        const auto outcome = store.save(entry, correcting(first), leva());
         QVERIFY(outcome.ok());
         const Course stored = *store.find(first.id);
         QCOMPARE(stored.km, 40.0);
@@ -205,7 +211,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         CourseStore mine(scratch.db());
-        const Course read = *mine.save(exampleEntry(), adding).saved;
+        const Course read = *mine.save(exampleEntry(), adding, leva()).saved;
 
         QSqlDatabase other = scratch.openSecondConnection();
         QSqlQuery theirs(other);
@@ -215,7 +221,7 @@ private slots:
 
         CourseEntry entry = entryFor(read);
         entry.km = QStringLiteral("40");
-        const auto outcome = mine.save(entry, correcting(read));
+        const auto outcome = mine.save(entry, correcting(read), leva());
         QVERIFY(!outcome.ok());
         QCOMPARE(outcome.message->title, QStringLiteral("ГРЕШКА при запис!"));
         QVERIFY(outcome.message->text.contains(QStringLiteral("друг потребител")));
@@ -227,11 +233,11 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         CourseStore mine(scratch.db());
-        const Course read = *mine.save(exampleEntry(), adding).saved;
+        const Course read = *mine.save(exampleEntry(), adding, leva()).saved;
         QSqlQuery theirs(scratch.openSecondConnection());
         QVERIFY(theirs.exec(QStringLiteral("DELETE FROM tabl")));
 
-        QVERIFY(!mine.save(entryFor(read), correcting(read)).ok());
+        QVERIFY(!mine.save(entryFor(read), correcting(read), leva()).ok());
         QCOMPARE(countRows(scratch.db(), QStringLiteral("tabl")), 0);
         QVERIFY(mine.remove(read).has_value());
     }
@@ -240,7 +246,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         CourseStore store(scratch.db());
-        Course course = *store.save(exampleEntry(), adding).saved;
+        Course course = *store.save(exampleEntry(), adding, leva()).saved;
         Course stale = course;
         stale.rowVersion = 7;
         QVERIFY(store.remove(stale).has_value());

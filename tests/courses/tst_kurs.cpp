@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "forms/dialog.h"
 #include "forms/messageservice.h"
 #include "courses/courseeditorrules.h"
@@ -41,7 +42,7 @@ void prepare(test::ScratchDatabase &scratch, const QStringList &courses = {})
         entry.kola = parts[0] + QLatin1Char(' ') + parts[1] + QLatin1Char(' ') + parts[2];
         entry.date = parts[3];
         entry.tarifa = parts.value(4, QStringLiteral("0,125"));
-        QVERIFY(CourseStore(scratch.db()).save(entry, {}, QDate(2026, 1, 1)).ok());
+        QVERIFY(CourseStore(scratch.db()).save(entry, {}, {commandDay().changeover, QDate(2026, 1, 1)}).ok());
     }
 }
 
@@ -601,7 +602,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch, {"СА 1234 ВК 30.12.2025"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20\" = 0.17895216, \"Trf_20-30\" = 0.06391149")));
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
         RecordingMessageService messages;
         Kurs screen(scratch.db(), sa1234, {QDate(2025, 12, 1), QDate(2025, 12, 31)});
         show(screen);
@@ -624,7 +625,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch, {"СА 1234 ВК 30.12.2025"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20-30\" = 0.06391149")));
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
         show(screen);
@@ -699,7 +700,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch, {"СА 1234 ВК 30.12.2025"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
         show(screen);
@@ -736,7 +737,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch, {"СА 1234 ВК 30.12.2025"});
         QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
         RecordingMessageService messages;
         Kurs screen(scratch.db());
         show(screen);

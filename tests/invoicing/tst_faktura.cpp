@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "core/currency.h"
 #include "core/docnumber.h"
 #include "data/dialect.h"
@@ -375,7 +376,7 @@ private slots:
     {
         QFETCH(QDate, changeover);
         QFETCH(int, euroRows);
-        ScopedBooksChangeover books(Changeover{changeover});
+        ScopedCommandDay books({Changeover{changeover}, QDate::currentDate()});
         Faktura &screen = printed({0});
         QCOMPARE(s->statements.size(), 1);
         screen.close();

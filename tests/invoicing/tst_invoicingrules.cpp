@@ -185,7 +185,7 @@ private slots:
                         12.5, 0.1, 50.0, false});
         rows.appendRow({QDate(2006, 3, 4), QStringLiteral("В"), QStringLiteral("Пясък"), QStringLiteral("К1"), 100.0,
                         20.0, 0.05, 100.0, 1});
-        const QList<StatementLine> lines = statementLines(rows);
+        const QList<StatementLine> lines = statementLines(rows, BooksDay{});
         QCOMPARE(lines.size(), 2);
         QCOMPARE(lines.at(0).red, 1);
         QCOMPARE(lines.at(0).data, QDate(2006, 3, 2));

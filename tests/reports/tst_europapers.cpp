@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "core/currency.h"
 #include "core/docnumber.h"
 #include "courses/coursejournalstore.h"
@@ -107,11 +108,11 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         fillTwoCourses(scratch.db());
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         SearchConditions conditions;
         conditions.SeekKlient = dargos;
         conditions.period = winter;
-        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), firm()));
+        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), firm(), commandDay()));
         QVERIFY2(containsLine(lines, QStringLiteral("31.12.2025 | СА 1234 ВК | 10,000 | 40 | 100,00 лв.")),
                  qPrintable(lines.join('\n')));
         QVERIFY(containsLine(lines, QStringLiteral("01.01.2026 | СА 1234 ВК | 10,000 | 40 | 60,00 евро")));
@@ -124,11 +125,11 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         fillTwoCourses(scratch.db());
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         SearchConditions conditions;
         conditions.SeekKlient = dargos;
         conditions.period = december;
-        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), firm()));
+        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), firm(), commandDay()));
         QVERIFY2(containsLine(lines, QStringLiteral("31.12.2025 | СА 1234 ВК | 10,000 | 40 | 100,00 | ")),
                  qPrintable(lines.join('\n')));
         QVERIFY(!containsLine(lines, QStringLiteral("лв.")));
@@ -148,13 +149,13 @@ private slots:
                           450, 20, 1.0, 9000.0});
         insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck,
                           300, 20, 0.1, 600.0});
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         SearchConditions conditions;
         conditions.SeekDriverKod = QStringLiteral("007");
         conditions.SeekDriverIme = QStringLiteral("Иван Петров");
         conditions.period = winter;
         const QDate payday(2026, 1, 20);
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {}, payday);
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {commandDay().changeover, payday});
         QVERIFY(sheet.ok());
         QCOMPARE(sheet.value().currency, Currency::Euro);
         QVERIFY(sheet.value().mixed());
@@ -170,7 +171,7 @@ private slots:
 
         // Paid before the changeover, the December course alone is leva through and through.
         conditions.period = december;
-        const Checked<PaySheet> old = BuildDriverPaySheet(conditions, db, {}, QDate(2025, 12, 31));
+        const Checked<PaySheet> old = BuildDriverPaySheet(conditions, db, {commandDay().changeover, QDate(2025, 12, 31)});
         QCOMPARE(old.value().currency, Currency::Leva);
         QVERIFY(!old.value().mixed());
         const QStringList oldLines =
@@ -193,7 +194,7 @@ private slots:
                           450, 2, 1.0, 900.0});
         insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck,
                           300, 2, 0.1, 60.0});
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         RecordingMessageService messages;
         Scratch paper;
         SearchConditions conditions;
@@ -245,7 +246,7 @@ private slots:
                           25, 10, 0.125, 31.25, true, QStringLiteral("0000000120")});
         insertCourse(db, {QDate(2025, 11, 4), dargos, QStringLiteral("Перник - София"), QStringLiteral("Пясък"), truck,
                           25, 10, 0.125, 31.25, true, QStringLiteral("0000000120")});
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         RecordingMessageService messages;
         Scratch paper;
         paper.db.RebuildScratchTable(QStringLiteral("TempPlaten"));
@@ -313,7 +314,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         fillTwoCourses(scratch.db());
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         SearchConditions conditions;
         conditions.SeekKlient = dargos;
         conditions.period = winter;
@@ -321,7 +322,7 @@ private slots:
         QVERIFY(!paper.db.RebuildScratchTable(QStringLiteral("TempKlients")));
         KlientsStore store(paper.db.db());
         QVERIFY(!store.fillWorkingList(KlientsStore::clientCourses(scratch.db(), conditions).value(), {}));
-        const Checked<StatementTotals> totals = store.fillPrintCopy({});
+        const Checked<StatementTotals> totals = store.fillPrintCopy(commandDay());
         QVERIFY(totals.ok());
         QCOMPARE(totals.value().currency, Currency::Euro);
         QVERIFY(totals.value().mixed);
@@ -345,19 +346,19 @@ private slots:
                           300, 20, 0.1, 600.0});
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Sklad (Data, DocVid, Name, Kol, Edin, Suma, VidKol, Lipsa) "
                                             "VALUES ('2026-01-06', 'СА 1234 ВК', 'Ремонт', 1, 100, 100, 'R', TRUE)")));
-        ScopedBooksChangeover books(Changeover{euroDay});
-        const Checked<QList<TruckBalance>> balances = BalansStore(db).balances(BalansMode::Profit, winter);
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
+        const Checked<QList<TruckBalance>> balances = BalansStore(db).balances(BalansMode::Profit, winter, commandDay().changeover);
         QVERIFY(balances.ok());
         QCOMPARE(balances.value().size(), 1);
         QCOMPARE(balances.value().first().prihod, qint64(520163));  // 600 € and 9000 лв. = 4601,63 €
         QCOMPARE(balances.value().first().razhod, qint64(10000));
-        QCOMPARE(balansCurrency(winter, booksChangeover()), Currency::Euro);
-        QVERIFY(balansConverted(winter, booksChangeover()));
+        QCOMPARE(balansCurrency(winter, commandDay().changeover), Currency::Euro);
+        QVERIFY(balansConverted(winter, commandDay().changeover));
         QCOMPARE(balansFigure(BalansMode::Profit, balances.value().first().ostatak(), Currency::Euro),
                  QStringLiteral("5101,63 евро"));
         // December alone is a leva balance.
-        QCOMPARE(BalansStore(db).balances(BalansMode::Profit, december).value().first().prihod, qint64(900000));
-        QCOMPARE(balansCurrency(december, booksChangeover()), Currency::Leva);
+        QCOMPARE(BalansStore(db).balances(BalansMode::Profit, december, commandDay().changeover).value().first().prihod, qint64(900000));
+        QCOMPARE(balansCurrency(december, commandDay().changeover), Currency::Leva);
     }
 
     void theReceiptsListShowsEachReceiptsUnitAndAConvertedTotal()
@@ -367,8 +368,8 @@ private slots:
                                             "Lipsa) VALUES ('2025-12-10', 'Фактура', '11', 'Масло', 10, 3, 30, 'P', 10, FALSE)")));
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Sklad (Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, "
                                             "Lipsa) VALUES ('2026-01-10', 'Фактура', '12', 'Масло', 10, 1.6, 16, 'P', 10, FALSE)")));
-        ScopedBooksChangeover books(Changeover{euroDay});
-        const Checked<StockList> list = stockMovements(scratch.db(), true, winter, {}, {}, {});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
+        const Checked<StockList> list = stockMovements(scratch.db(), true, winter, {}, {}, commandDay());
         QVERIFY(list.ok());
         QCOMPARE(list.value().rows.value(0, QStringLiteral("Suma")).toString(), QStringLiteral("30,00 лв."));
         QCOMPARE(list.value().rows.value(1, QStringLiteral("Edin")).toString(), QStringLiteral("1,60 евро"));
@@ -382,13 +383,13 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         fillTwoCourses(scratch.db());
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         CourseJournalStore store(scratch.db());
         QVERIFY(!store.refreshLists());
         JournalFilter filter;
         filter.from = winter.from;
         filter.to = winter.to;
-        const Checked<JournalSummary> summary = store.summary(filter);
+        const Checked<JournalSummary> summary = store.summary(filter, commandDay().changeover);
         QVERIFY(summary.ok());
         QCOMPARE(summary.value().totals.currency, Currency::Euro);
         QVERIFY(summary.value().totals.converted);
@@ -420,7 +421,7 @@ private slots:
         };
         for (const CourseRow &row : rows)
             insertCourse(db, row);
-        ScopedBooksChangeover books(Changeover{euroDay});
+        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         const auto savePdf = [&dir](const Checked<Report> &report, const QString &name) {
             QVERIFY(report.ok());
             ReportPreview preview(layoutReport(report.value()));
@@ -431,8 +432,8 @@ private slots:
         conditions.SeekDriverKod = QStringLiteral("007");
         conditions.SeekDriverIme = QStringLiteral("Иван Петров");
         conditions.period = winter;
-        savePdf(ReportKlient(conditions, db, firm()), QStringLiteral("euro-client-report.pdf"));
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {}, QDate(2026, 1, 20));
+        savePdf(ReportKlient(conditions, db, firm(), commandDay()), QStringLiteral("euro-client-report.pdf"));
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {commandDay().changeover, QDate(2026, 1, 20)});
         QVERIFY(sheet.ok());
         Scratch paper;
         savePdf(ReportZaplata(sheet.value(), writeTempZaplata(paper.db, sheet.value()).value(), firm(), QDate(2026, 1, 20)),

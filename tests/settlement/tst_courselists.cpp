@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "core/formats.h"
 #include "data/scratchdatabase.h"
 #include "reports/reportlayout.h"
@@ -68,7 +69,7 @@ private slots:
         QTemporaryDir folder;
         zarek::ScratchDatabase temp(folder.path());
         const Checked<Report> report =
-            BuildDriverCourseList(paid, marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm());
+            BuildDriverCourseList(paid, marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), commandDay());
         QVERIFY(report.ok());
         QCOMPARE(report.value().windowCaption(), caption);
         const QStringList lines = laidOut(report).textLines();
@@ -99,7 +100,7 @@ private slots:
         zarek::ScratchDatabase temp(folder.path());
         SearchConditions conditions = marchOf(QStringLiteral("007"));
         conditions.period = {QDate(2006, 5, 1), QDate(2006, 5, 31)};
-        const Checked<Report> report = BuildDriverCourseList(paid, conditions, scratch.db(), temp, exampleFirm());
+        const Checked<Report> report = BuildDriverCourseList(paid, conditions, scratch.db(), temp, exampleFirm(), commandDay());
         QVERIFY(!report.ok());
         QCOMPARE(report.message(), (UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Няма платени курсове!")}));
     }
@@ -110,9 +111,9 @@ private slots:
         QVERIFY(fillCourses(scratch.db()));
         QTemporaryDir folder;
         zarek::ScratchDatabase temp(folder.path());
-        QVERIFY(BuildDriverCourseList(true, marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm()).ok());
+        QVERIFY(BuildDriverCourseList(true, marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), commandDay()).ok());
         const Checked<Report> second =
-            BuildDriverCourseList(false, marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm());
+            BuildDriverCourseList(false, marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), commandDay());
         QVERIFY(second.ok());
         QCOMPARE(second.value().data().rowCount(), 2);
         QSqlQuery count(temp.db());

@@ -15,6 +15,12 @@ using namespace zarek::test;
 
 namespace {
 
+// A firm still in leva, on the day the test runs.
+BooksDay leva()
+{
+    return {Changeover{}, QDate::currentDate()};
+}
+
 const QString truck = QStringLiteral("СА 1234 ВК");
 const QString truck2 = QStringLiteral("РВ 7777 АА");
 const QDate today(2006, 4, 5);
@@ -33,7 +39,7 @@ private slots:
         QVERIFY(fillPaySheetExample(scratch.db()));
         int lastDone = 0;
         int lastTotal = 0;
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(),
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva(),
                                                             [&](int done, int total) {
                                                                 lastDone = done;
                                                                 lastTotal = total;
@@ -60,8 +66,8 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fillPaySheetExample(scratch.db()));
-        const Checked<PaySheet> first = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db());
-        const Checked<PaySheet> second = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db());
+        const Checked<PaySheet> first = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva());
+        const Checked<PaySheet> second = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva());
         QVERIFY(first.ok() && second.ok());
         QCOMPARE(second.value().lines.size(), first.value().lines.size());
         QCOMPARE(second.value().total, first.value().total);
@@ -102,7 +108,7 @@ private slots:
             QVERIFY(insertCourse(scratch.db(), {QDate(2006, 3, 20), "007", extraTruck, "Без процент", 10, 25, 0.4, 100, 97}));
         SearchConditions conditions = marchOf(kod);
         conditions.period = {from, to};
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, scratch.db());
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, scratch.db(), leva());
         QVERIFY(!sheet.ok());
         QCOMPARE(sheet.message(), (UserMessage{QStringLiteral("ВНИМАНИЕ!"), message}));
     }
@@ -117,7 +123,7 @@ private slots:
             QVERIFY(insertCourse(scratch.db(), {QDate(2006, 3, 1).addDays(i / 5), "007", truck,
                                                 QStringLiteral("Курс %1").arg(i), 10, 25, 0.1, 10.0 + i, 9}));
         QVERIFY(scratch.db().commit());
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db());
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva());
         QVERIFY(sheet.ok());
         QTemporaryDir folder;
         zarek::ScratchDatabase temp(folder.path());
@@ -135,7 +141,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fillPaySheetExample(scratch.db()));
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db());
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva());
         QVERIFY(sheet.ok());
         QTemporaryDir folder;
         zarek::ScratchDatabase temp(folder.path());
@@ -174,7 +180,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fillPaySheetExample(scratch.db()));
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db());
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva());
         QVERIFY(sheet.ok());
         QTemporaryDir folder;
         zarek::ScratchDatabase temp(folder.path());

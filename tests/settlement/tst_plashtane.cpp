@@ -337,7 +337,7 @@ private slots:
         QCOMPARE(screen.model()->rowCount(), 5);
         if (marked.size() == 5) {
             // The pay sheet of the same courses, before they are marked paid.
-            const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), db, {}, today);
+            const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), db, {Changeover{}, today});
             QVERIFY(sheet.ok());
             QCOMPARE(formatAmount(sheet.value().printedTotal()), sum);
         }

@@ -27,6 +27,22 @@ QString after(const Consumption &c)
     return parts.join(QLatin1Char(' '));
 }
 
+QString after(const GivenBack &g)
+{
+    QStringList parts;
+    for (const ReceiptAfter &r : g.receipts)
+        parts.append(QStringLiteral("%1:%2%3").arg(r.id).arg(r.ostat).arg(r.lipsa ? "x" : ""));
+    return parts.join(QLatin1Char(' '));
+}
+
+QString lotsText(const QList<IssueLot> &lots)
+{
+    QStringList parts;
+    for (const IssueLot &lot : lots)
+        parts.append(QStringLiteral("%1:%2@%3").arg(lot.receiptId).arg(lot.quantity).arg(lot.price));
+    return parts.join(QLatin1Char(' '));
+}
+
 QString lots(const Consumption &c)
 {
     QStringList parts;
@@ -83,6 +99,64 @@ private slots:
         QTEST(lots(c), "lotsTaken");
         QTEST(c.complete(), "complete");
         QTEST(c.cost, "cost");
+    }
+
+    // An issue of 15 took 10 @ 2.00 (receipt 1, used up) and 5 @ 3.00 (receipt 2, 5 left); a later
+    // receipt 3 (10 @ 4.00) and a later issue may stand beside them. Receipts after read as above.
+    void givingBackReturnsWhatTheIssueTookLastFirst_data()
+    {
+        QTest::addColumn<Quantity>("secondHolds");  // Ostat of receipt 2 now (a later issue took from it)
+        QTest::addColumn<Quantity>("giveBack");
+        QTest::addColumn<QString>("receiptsAfter");
+        QTest::addColumn<QString>("lotsLeft");
+        QTest::addColumn<QString>("nextIssueOf12");  // what an issue of 12 then takes, first in, first out
+
+        QTest::newRow("the whole issue") << Quantity(5000) << Quantity(15000) << "1:10000 2:10000" << ""
+                                         << "1:10000@2 2:2000@3";
+        QTest::newRow("part of it: the second receipt's lot first, then the first's")
+            << Quantity(5000) << Quantity(7000) << "1:2000 2:10000" << "1:8000@2" << "1:2000@2 2:10000@3";
+        QTest::newRow("part within the last lot") << Quantity(5000) << Quantity(3000) << "2:8000" << "1:10000@2 2:2000@3"
+                                                  << "2:8000@3 3:4000@4";
+        QTest::newRow("after a later issue took from the second receipt, exactly what the issue took")
+            << Quantity(1000) << Quantity(15000) << "1:10000 2:6000" << "" << "1:10000@2 2:2000@3";
+        QTest::newRow("nothing asked, nothing given") << Quantity(5000) << Quantity(0) << "" << "1:10000@2 2:5000@3"
+                                                      << "2:5000@3 3:7000@4";
+    }
+    void givingBackReturnsWhatTheIssueTookLastFirst()
+    {
+        QFETCH(Quantity, secondHolds);
+        QFETCH(Quantity, giveBack);
+        const Consumption issue = ConsumeReceipts(receipts({{10000, 2.0}, {10000, 3.0}}), 15000);
+        const QList<HeldReceipt> held = {{1, 2, 0}, {2, 3, secondHolds}, {3, 1, 10000}};
+        const GivenBack given = GiveBackToReceipts(held, issue.lots, giveBack);
+        QVERIFY(given.complete());
+        QTEST(after(given), "receiptsAfter");
+        QTEST(lotsText(given.lotsLeft), "lotsLeft");
+        QCOMPARE(given.given, giveBack);
+        // Each receipt is written at the version it was read at.
+        for (const ReceiptAfter &r : given.receipts)
+            QCOMPARE(r.rowVersion, held.at(r.id - 1).rowVersion);
+        // The receipts given back to are open again and go before the later receipt.
+        QList<OpenReceipt> open;
+        for (const HeldReceipt &h : held) {
+            Quantity ostat = h.ostat;
+            for (const ReceiptAfter &r : given.receipts)
+                if (r.id == h.id)
+                    ostat = r.ostat;
+            if (ostat > 0)
+                open.append({h.id, 1, ostat, 1.0 + h.id});
+        }
+        QTEST(lotsText(ConsumeReceipts(open, 12000).lots), "nextIssueOf12");
+    }
+
+    void givingBackToAReceiptThatIsGoneGivesNothing()
+    {
+        const Consumption issue = ConsumeReceipts(receipts({{10000, 2.0}, {10000, 3.0}}), 15000);
+        const GivenBack given = GiveBackToReceipts({{2, 1, 5000}}, issue.lots, 15000);
+        QVERIFY(!given.complete());
+        QCOMPARE(given.missingReceipt, qint64(1));
+        QCOMPARE(given.given, Quantity(0));
+        QVERIFY(given.receipts.isEmpty());
     }
 
     void theIssueCostsTheWeightedAverageOfWhatItTook()

@@ -1,3 +1,4 @@
+#include "forms/commandday.h"
 #include "core/formats.h"
 #include "reports/reportlayout.h"
 #include "testdatabase.h"
@@ -85,7 +86,7 @@ private slots:
         fill(scratch);
         QFETCH(QString, prefix);
         QFETCH(QStringList, rows);
-        const Checked<StockList> list = stockPosition(scratch.db(), prefix);
+        const Checked<StockList> list = stockPosition(scratch.db(), prefix, commandDay());
         QVERIFY(list);
         QStringList got;
         for (int r = 0; r < list.value().rows.rowCount(); ++r)
@@ -112,7 +113,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         fill(scratch);
-        const Checked<StockList> audit = stockAudit(scratch.db(), {QDate(2026, 3, 1), QDate(2026, 3, 31)});
+        const Checked<StockList> audit = stockAudit(scratch.db(), {QDate(2026, 3, 1), QDate(2026, 3, 31)}, commandDay());
         QVERIFY(audit);
         const RowSet &rows = audit.value().rows;
         const QStringList columns = {"Red", "Name", "Cena", "Prihod", "SumaP", "Razhod", "SumaR", "Ostatak", "SumaO"};
@@ -142,7 +143,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         fill(scratch);
-        const Checked<StockList> audit = stockAudit(scratch.db(), {QDate(2026, 3, 3), QDate(2026, 3, 31)});
+        const Checked<StockList> audit = stockAudit(scratch.db(), {QDate(2026, 3, 3), QDate(2026, 3, 31)}, commandDay());
         QVERIFY(audit);
         const RowSet &rows = audit.value().rows;
         QCOMPARE(rows.value(1, "Name").toString(), QStringLiteral("Крушка 24V"));
@@ -191,7 +192,7 @@ private slots:
         QFETCH(QString, truck);
         QFETCH(QStringList, rows);
         const Checked<StockList> list =
-            stockMovements(scratch.db(), receipts, {QDate(2026, 3, 1), QDate(2026, 3, 31)}, article, truck);
+            stockMovements(scratch.db(), receipts, {QDate(2026, 3, 1), QDate(2026, 3, 31)}, article, truck, commandDay());
         QVERIFY(list);
         QStringList got;
         for (int r = 0; r < list.value().rows.rowCount(); ++r)
@@ -206,11 +207,11 @@ private slots:
         fill(scratch);
         SearchConditions c;
         c.period = {QDate(2025, 1, 1), QDate(2025, 12, 31)};
-        const Checked<Report> receipts = SkladReport(true, c, scratch.db(), firm());
+        const Checked<Report> receipts = SkladReport(true, c, scratch.db(), firm(), commandDay());
         QVERIFY(!receipts);
         QCOMPARE(receipts.message().title, QStringLiteral("ВНИМАНИЕ!"));
         QCOMPARE(receipts.message().text, QStringLiteral("Няма приходи в склада за периода!"));
-        QCOMPARE(SkladReport(false, c, scratch.db(), firm()).message().text,
+        QCOMPARE(SkladReport(false, c, scratch.db(), firm(), commandDay()).message().text,
                  QStringLiteral("Няма разходи в склада за периода!"));
     }
 
@@ -221,7 +222,7 @@ private slots:
         const QDate today(2026, 3, 31);
         const Period march{QDate(2026, 3, 1), QDate(2026, 3, 31)};
 
-        const Checked<Report> nalich = ReportNalich(stockPosition(scratch.db(), {}).value(), firm(), today);
+        const Checked<Report> nalich = ReportNalich(stockPosition(scratch.db(), {}, commandDay()).value(), firm(), today);
         QVERIFY(nalich);
         QCOMPARE(nalich.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка склад"));
         const QStringList nalichText = layoutReport(nalich.value()).textLines();
@@ -235,7 +236,7 @@ private slots:
 
         SearchConditions c;
         c.period = march;
-        const Checked<Report> audit = ReportSklad(stockAudit(scratch.db(), march).value(), firm(), today);
+        const Checked<Report> audit = ReportSklad(stockAudit(scratch.db(), march, commandDay()).value(), firm(), today);
         const QString a = layoutReport(audit.value()).textLines().join(QLatin1Char('\n'));
         QVERIFY2(a.contains(QStringLiteral("за приходите и разходите в склада към 31.03.2026")), qPrintable(a));
         QVERIFY(a.contains(QStringLiteral("3 | Масло двигателно | 10 | 30,00лв. | 15 | 35,00лв. | -5 | -5,00лв.")));
@@ -243,7 +244,7 @@ private slots:
         QVERIFY(!a.contains(QStringLiteral("Пловдив")));  // the subject line prints where the address stood
 
         c.SeekMarsh = QStringLiteral("Масло");
-        const Checked<Report> issues = SkladReport(false, c, scratch.db(), firm());
+        const Checked<Report> issues = SkladReport(false, c, scratch.db(), firm(), commandDay());
         QVERIFY(issues);
         QCOMPARE(issues.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка - Разходи в склада"));
         const QString i = layoutReport(issues.value()).textLines().join(QLatin1Char('\n'));
@@ -253,7 +254,7 @@ private slots:
         QVERIFY(i.contains(QStringLiteral("Обща сума на разходите: 35,00 лв.")));
 
         c.SeekArtikul = QStringLiteral("Масло");
-        const QString r = layoutReport(SkladReport(true, c, scratch.db(), firm()).value()).textLines().join('\n');
+        const QString r = layoutReport(SkladReport(true, c, scratch.db(), firm(), commandDay()).value()).textLines().join('\n');
         QVERIFY2(r.contains(QStringLiteral("Приход")) && !r.contains(QStringLiteral("Разход")), qPrintable(r));
         QVERIFY(r.contains(QStringLiteral("Обща сума на приходите: 30,00 лв.")));
     }

@@ -153,7 +153,7 @@ private slots:
         QCOMPARE(receiptState(db, second.value().id), QStringLiteral("5"));
         QCOMPARE(broi(db, "Филтър маслен"), 5.0);
         QCOMPARE(issue.value().edin, 35.0 / 15.0);
-        QCOMPARE(issue.value().suma, 35.0);
+        QCOMPARE(issue.value().suma, Money::fromCents(3500));
         QCOMPARE(issue.value().lipsa, true);
         QCOMPARE(scalar(db, "SELECT Edin FROM Sklad WHERE VidKol = 'R'").toDouble(), 35.0 / 15.0);
         QCOMPARE(scalar(db, "SELECT Suma FROM Sklad WHERE VidKol = 'R'").toDouble(), 35.0);
@@ -167,7 +167,7 @@ private slots:
         QCOMPARE(lots.value()[0].edin, 2.0);
         QCOMPARE(lots.value()[0].receiptDate, QDate(2026, 3, 1));
         QCOMPARE(lots.value()[1].kol, 5.0);
-        QCOMPARE(lots.value()[1].suma, 15.0);
+        QCOMPARE(lots.value()[1].suma, Money::fromCents(1500));
         QVERIFY(brokenInvariants(db).isEmpty());
     }
 
@@ -305,7 +305,7 @@ private slots:
         const auto repair = store.addIssue(movement(" Ремонт ", 5, 240.50, QDate(2026, 3, 5), "СА 1234 ВК"));
         QVERIFY2(repair, qPrintable(textOf(repair)));
         QCOMPARE(repair.value().kol, 1.0);
-        QCOMPARE(repair.value().suma, 240.50);
+        QCOMPARE(repair.value().suma, Money::fromCents(24050));
         QCOMPARE(repair.value().name, QStringLiteral("Ремонт"));
         QCOMPARE(repair.value().ostat.value(), 0.0);
         QCOMPARE(repair.value().lipsa, true);
@@ -379,7 +379,7 @@ private slots:
         const auto early = store.addIssue(movement("Гума", 3, 612, QDate(2026, 3, 3)));
         const auto late = store.addIssue(movement("Гума", 2, 612, QDate(2026, 3, 4)));
         QVERIFY(early && late);
-        QCOMPARE(early.value().suma, 1812.0);  // 2 x 600 + 1 x 612
+        QCOMPARE(early.value().suma, Money::fromCents(181200));  // 2 x 600 + 1 x 612
         QCOMPARE(receiptState(db, a), QStringLiteral("0x"));
         QCOMPARE(receiptState(db, b), QStringLiteral("1"));
 
@@ -447,7 +447,7 @@ private slots:
         const auto corrected = store.correctReceipt(newer.value(), typed);
         QVERIFY2(corrected, qPrintable(textOf(corrected)));
         QCOMPARE(corrected.value().ostat.value(), 5.0);
-        QCOMPARE(corrected.value().suma, 755.0);
+        QCOMPARE(corrected.value().suma, Money::fromCents(75500));
         QCOMPARE(broi(db, "Накладки"), 11.0);
         QCOMPARE(scalar(db, "SELECT Edin FROM Nalich").toDouble(), 151.0);  // the newest receipt's price
 
@@ -479,7 +479,7 @@ private slots:
         typed.edin = 99;  // the price of an issue is not typed again
         const auto smaller = store.correctIssue(issue.value(), typed);
         QVERIFY2(smaller, qPrintable(textOf(smaller)));
-        QCOMPARE(smaller.value().suma, 26.0);
+        QCOMPARE(smaller.value().suma, Money::fromCents(2600));
         QCOMPARE(smaller.value().edin, 26.0 / 12.0);
         QCOMPARE(receiptState(db, a), QStringLiteral("0x"));
         QCOMPARE(receiptState(db, b), QStringLiteral("8"));
@@ -497,7 +497,7 @@ private slots:
         typed.docNom = QStringLiteral("77");
         const auto all = store.correctIssue(smaller.value(), typed);
         QVERIFY2(all, qPrintable(textOf(all)));
-        QCOMPARE(all.value().suma, 50.0);
+        QCOMPARE(all.value().suma, Money::fromCents(5000));
         QCOMPARE(all.value().docNom, QStringLiteral("77"));
         QCOMPARE(broi(db, "Масло"), 0.0);
         QVERIFY(brokenInvariants(db).isEmpty());
