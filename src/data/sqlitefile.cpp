@@ -136,13 +136,12 @@ std::optional<UserMessage> createDatabaseFile(const QString &filePath)
 
 std::optional<UserMessage> checkDatabaseIntegrity(const QString &filePath)
 {
-    OwnConnection connection(filePath, QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=10000"));
+    PrivateConnection connection(filePath, QStringLiteral("QSQLITE_OPEN_READONLY;QSQLITE_BUSY_TIMEOUT=10000"));
     QSqlDatabase db = connection.db();
     if (!db.isOpen())
         return readError(filePath, db.lastError());
-    QSqlQuery query(db);
-    query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("PRAGMA quick_check")))
+    Query query(db);
+    if (query.exec(QString(), QStringLiteral("PRAGMA quick_check")))
         return readError(filePath, query.lastError());
     if (!query.next() || query.value(0).toString() != QLatin1String("ok"))
         return damagedFile(filePath);
