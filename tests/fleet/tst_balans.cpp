@@ -17,6 +17,7 @@
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <memory>
 
 using namespace zarek;
 
@@ -142,20 +143,50 @@ const QString firmLines = QStringLiteral(
 
 }
 
+// Each test gets a fresh database, a scratch file and a message recorder; open() makes the screen.
 class BalansTest : public QObject {
     Q_OBJECT
+    std::unique_ptr<test::ScratchDatabase> database;
+    std::unique_ptr<QTemporaryDir> folder;
+    std::unique_ptr<ScratchDatabase> scratch;
+    std::unique_ptr<RecordingMessageService> messages;
+    std::unique_ptr<Balans> balans;
+    QSqlDatabase db;
+
+    Balans &open(BalansMode mode, const Period &period = march)
+    {
+        balans = std::make_unique<Balans>(mode, period, db, scratch.get(), firmSource());
+        return *balans;
+    }
+
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
+    void init()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        database = std::make_unique<test::ScratchDatabase>(engine);
+        if (!database->isReady())
+            QSKIP(qPrintable(database->skipReason()));
+        db = database->db();
+        folder = std::make_unique<QTemporaryDir>();
+        scratch = std::make_unique<ScratchDatabase>(folder->path());
+        messages = std::make_unique<RecordingMessageService>();
+    }
+    void cleanup()
+    {
+        balans.reset();
+        messages.reset();
+        scratch.reset();
+        folder.reset();
+        db = {};
+        database.reset();
+    }
 
     void everyTruckShowsItsIncomeCostAndRemainder()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
-        const QString before = registerFingerprint(database.db());
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        QVERIFY(fill(db));
+        const QString before = registerFingerprint(db);
+        Balans &screen = open(BalansMode::Profit);
         QCOMPARE(screen.objectName(), QStringLiteral("Balans"));
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Баланс"));
         QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
@@ -178,13 +209,13 @@ private slots:
         QVERIFY(!total->isHidden());
         QCOMPARE(screen.sumTotal(), qint64(24455));
         // The rows stand in TempBalans as they show.
-        QSqlQuery stored(scratch.db());
+        QSqlQuery stored(scratch->db());
         QVERIFY(stored.exec(QStringLiteral("SELECT Red, Kola, Ostatak FROM TempBalans ORDER BY Red")));
         QVERIFY(stored.next());
         QCOMPARE(stored.value(1).toString(), vt);
         QCOMPARE(stored.value(2).toString(), QStringLiteral("-75,50лв."));
-        QCOMPARE(registerFingerprint(database.db()), before);
-        QVERIFY(messages.shown.isEmpty());
+        QCOMPARE(registerFingerprint(db), before);
+        QVERIFY(messages->shown.isEmpty());
     }
 
     void bothEndsOfThePeriodCount_data()
@@ -203,39 +234,27 @@ private slots:
     }
     void bothEndsOfThePeriodCount()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
+        QVERIFY(fill(db));
         QFETCH(QDate, from);
         QFETCH(QDate, to);
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Profit, {from, to}, database.db(), &scratch, firmSource());
+        Balans &screen = open(BalansMode::Profit, {from, to});
         QCOMPARE(screen.model()->rowCount(), 3);
         QTEST(shownRows(screen).at(2), "caRow");
     }
 
     void aFleetWithoutTrucksShowsAnEmptyGridAndNoMessage()
     {
-        ZAREK_SCRATCH_DB(database);
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        Balans &screen = open(BalansMode::Profit);
         QCOMPARE(screen.model()->rowCount(), 0);
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label1"))->text(), QStringLiteral("Всичко: 0,00лв."));
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     // Fuel mode: norm fuel against fuel loaded, in litres; a truck with no waybill shows zeros.
     void fuelModeComparesNormFuelWithFuelLoaded()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Fuel, march, database.db(), &scratch, firmSource());
+        QVERIFY(fill(db));
+        Balans &screen = open(BalansMode::Fuel);
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Разход нафта"));
         QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
                  QStringLiteral("Разход нафта за периода 1.3.2006 - 31.3.2006"));
@@ -252,17 +271,13 @@ private slots:
         QVERIFY(screen.findChild<QLabel *>(QStringLiteral("Label1"))->isHidden());
         QCOMPARE(screen.sumTotal(), qint64(-13));
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label5"))->text(), QStringLiteral("Enter"));
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     void theProfitPrintsWithItsTotal()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        QVERIFY(fill(db));
+        Balans &screen = open(BalansMode::Profit);
         const Checked<Report> report = screen.report();
         QVERIFY(report.ok());
         QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка баланс на колите"));
@@ -288,12 +303,8 @@ private slots:
 
     void theFuelPrintsWithoutATotal()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Fuel, march, database.db(), &scratch, firmSource());
+        QVERIFY(fill(db));
+        Balans &screen = open(BalansMode::Fuel);
         const Checked<Report> report = screen.report();
         QVERIFY(report.ok());
         QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка разход на нафта"));
@@ -313,12 +324,8 @@ private slots:
     // Enter on a truck in fuel mode shows its waybills of the period (rptKolaN).
     void aTrucksWaybillsPrintWithTheirTotals()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Fuel, march, database.db(), &scratch, firmSource());
+        QVERIFY(fill(db));
+        Balans &screen = open(BalansMode::Fuel);
         const QStringList expected = {
             QStringLiteral("Транспорт Петров ЕООД"),
             QStringLiteral("Перник, ул. Индустриална 14"),
@@ -373,22 +380,18 @@ private slots:
     }
     void theRecordFormKeysMoveThroughTheTrucks()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
+        QVERIFY(fill(db));
         QFETCH(int, start);
         QFETCH(int, key);
         QFETCH(int, modifiers);
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
+        Balans &screen = open(BalansMode::Profit);
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
         QTRY_COMPARE(screen.currentRow(), 0);
         screen.grid()->setCurrentIndex(screen.model()->index(start, 1));
         QTest::keyClick(screen.grid(), Qt::Key(key), Qt::KeyboardModifiers(modifiers));
         QTEST(screen.currentRow(), "row");
-        QTEST(messages.beeps, "beeps");
+        QTEST(messages->beeps, "beeps");
         QTest::keyClick(screen.grid(), Qt::Key_Escape);
         QTRY_VERIFY(!screen.isVisible());
     }
@@ -396,30 +399,24 @@ private slots:
     // Another command that rebuilds the scratch tables while the balance stands open takes nothing from it.
     void aLaterScratchRebuildLeavesTheOpenBalanceWhole()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
-        QTemporaryDir dir;
-        ScratchDatabase scratch(dir.path());
-        RecordingMessageService messages;
-        Balans screen(BalansMode::Profit, march, database.db(), &scratch, firmSource());
-        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempNal")));
+        QVERIFY(fill(db));
+        Balans &screen = open(BalansMode::Profit);
+        QVERIFY(!scratch->RebuildScratchTable(QStringLiteral("TempNal")));
         QCOMPARE(screen.model()->rowCount(), 3);
         const QStringList lines = laidOutLines(screen.report());
         QVERIFY(lines.contains(QStringLiteral("3 | СА 1234 ВК | 300,30лв. | 30,30лв. | 270,00лв.")));
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
     }
 
     // Both commands ask a period only; asked again, the window is made anew for the new period.
     void theCommandsOpenTheBalanceBesideTheMainWindow()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(fill(database.db()));
+        QVERIFY(fill(db));
         QTemporaryDir dir;
         ScratchDatabase shared(dir.path());
-        RecordingMessageService messages;
         QString panel;
         CommandContext context;
-        context.db = database.db();
+        context.db = db;
         context.scratch = &shared;
         context.firm = firmSource();
         context.setPanel = [&panel](const QString &text) { panel = text; };
@@ -465,7 +462,7 @@ private slots:
         QCOMPARE(fuel->mode(), BalansMode::Fuel);
         QCOMPARE(fuel->property("helpTopic").toInt(), 11);
         QVERIFY(commands.openWindow(QStringLiteral("Balans")) == second);  // both stand side by side
-        QVERIFY(messages.shown.isEmpty());
+        QVERIFY(messages->shown.isEmpty());
         delete second;
         delete fuel;
     }
