@@ -286,7 +286,8 @@ const std::map<QString, Paper> &papers()
     return all;
 }
 
-// The paper as a reader sees it: the window's title, the name a copy is saved under, every page's lines.
+// The paper as a reader sees it: the window's title, the name a copy is saved under, every page's
+// lines, its cells' colours and its fonts.
 QString paperText(const Report &report)
 {
     const LaidOutReport laidOut = layoutReport(report);
@@ -295,6 +296,25 @@ QString paperText(const Report &report)
     for (int page = 0; page < laidOut.pageCount(); ++page) {
         lines.append(QStringLiteral("--- страница %1").arg(page + 1));
         lines.append(laidOut.textLines(page));
+        // What the lines do not tell: the cells' colours and the texts' fonts, counted.
+        std::map<QString, int> fills, fonts;
+        for (const ReportPrimitive &p : laidOut.pages.at(page).primitives) {
+            if (p.kind == ReportPrimitive::Kind::Fill)
+                ++fills[QString::number(p.color, 16)];
+            if (p.kind == ReportPrimitive::Kind::Text && !p.text.isEmpty()) {
+                const ReportFont &font = laidOut.fonts.at(p.font);
+                ++fonts[QString::number(font.size) + (font.bold ? QStringLiteral(" получер") : QString())
+                        + (font.italic ? QStringLiteral(" курсив") : QString())];
+            }
+        }
+        QStringList counted;
+        for (const auto &[colour, count] : fills)
+            counted.append(QStringLiteral("%1×%2").arg(colour).arg(count));
+        lines.append(QStringLiteral("Заливки: ") + counted.join(QStringLiteral(", ")));
+        counted.clear();
+        for (const auto &[font, count] : fonts)
+            counted.append(QStringLiteral("%1×%2").arg(font).arg(count));
+        lines.append(QStringLiteral("Шрифтове: ") + counted.join(QStringLiteral(", ")));
     }
     QString text = lines.join(QLatin1Char('\n')) + QLatin1Char('\n');
     text.replace(QStringLiteral("Зарек ") + version::text(), QStringLiteral("Зарек <версия>"));
