@@ -20,11 +20,4 @@ Checked<Report> ReportKlient(const SearchConditions &conditions, QSqlDatabase db
 // rptDriver: the courses of conditions.SeekDriverKod, each date cell grey while that course is unpaid.
 Checked<Report> ReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm);
 
-// "тел:… , факс:… , E-mail:… , URL:http//…", the firm's contact line on paper.
-QString firmContactLine(const FirmProfile &firm);
-// The firm block of every report's header: name, town and address, and the contact line.
-void fillFirmBlock(Report &report, const FirmProfile &firm, const QString &contactLabel = QStringLiteral("Label9"));
-// "за периода от 01.03.2006 до 31.03.2006"
-QString periodLine(const Period &period);
-
 }
