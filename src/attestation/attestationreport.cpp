@@ -1,7 +1,6 @@
 #include "attestationreport.h"
 
 #include "core/dates.h"
-#include "core/version.h"
 
 namespace zarek {
 
@@ -46,43 +45,16 @@ Checked<Report> ReportDAI(const AttestationSheet &sheet, const FirmProfile &firm
     if (!loaded)
         return loaded;
     Report report = loaded.value();
-    report.setWindowCaption(QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Удостоверение за ДАИ"));
-    const auto set = [&report](const char *name, const QString &text) {
-        report.setCaption(header, QString::fromLatin1(name), text);
-    };
-
-    set("Label1", firm.UserName);
-    set("Label2", firm.UserCity + QStringLiteral(", ") + firm.UserAdres);
-    set("Label6", QStringLiteral("тел:") + firm.UserTel + QStringLiteral(", факс:") + firm.UserGSM
-                      + QStringLiteral(", E-mail:") + firm.UserEmail + QStringLiteral(", URL:http//") + firm.UserURL);
-    set("Label14", firm.UserName);
-    set("Label15", firm.UserAdres + QStringLiteral(", ") + firm.UserCity + QStringLiteral(", ") + firm.UserCountry);
-    set("Label17", firm.UserTel);
-    set("Label18", firm.UserGSM);  // the firm's second number stands under "факс"
-    set("Label24", firm.UserEmail);
-    set("Label23", firm.UserMOL);
-    set("Label16", QStringLiteral("Управител"));
-    set("Label26", sheet.driverName);
-    set("Label28", sheet.birthDate.isEmpty() ? QString() : sheet.birthDate + QStringLiteral(" г."));
-    set("Label30", sheet.card);
-    set("Label36", attestationPeriodText(attestationHour(sheet.hourFrom).value_or(sheet.hourFrom), sheet.periodFrom));
-    set("Label42", attestationPeriodText(attestationHour(sheet.hourTo).value_or(sheet.hourTo), sheet.periodTo));
-    set("Label44", firm.UserCity);
-    set("Label46", formatDate(today));
-    set("Label50", firm.UserCity);
-    set("Label52", formatDate(today));
-    if (sheet.form == AttestationForm::Decision2007) {
-        set("Label4", QStringLiteral("Попълва се на машина и се подписва преди пътуване\n"
-                                     "Прилага се към оригиналните тахографски листове, когато те са задължителни\n"
-                                     "Подправени удостоверения представляват нарушение"));
-        set("Label49", QStringLiteral("17. Аз, водач на превозно средство, подвърждавам, че по време на горепосочения "
-                                      "период не съм управлявал\n.      превозно средство, попадащо в обхвата на "
-                                      "Регламент (ЕО) №561/2006 или AETR"));
-    } else {
-        set("Label55", sheet.startedOn);
-    }
-    report.setCaption(QStringLiteral("PageFooter"), QStringLiteral("Label5"),
-                      QStringLiteral("Зарек ") + version::majorMinor());
+    report.setFirm(firm);
+    report.setValue(QStringLiteral("driverName"), sheet.driverName);
+    report.setValue(QStringLiteral("birthDate"), sheet.birthDate.isEmpty() ? QString() : sheet.birthDate + QStringLiteral(" г."));
+    report.setValue(QStringLiteral("card"), sheet.card);
+    report.setValue(QStringLiteral("periodFrom"),
+                    attestationPeriodText(attestationHour(sheet.hourFrom).value_or(sheet.hourFrom), sheet.periodFrom));
+    report.setValue(QStringLiteral("periodTo"),
+                    attestationPeriodText(attestationHour(sheet.hourTo).value_or(sheet.hourTo), sheet.periodTo));
+    report.setValue(QStringLiteral("today"), formatDate(today));
+    report.setValue(QStringLiteral("startedOn"), sheet.startedOn);  // the form of 2009 alone asks for it
 
     // One reason, one cross: both strokes over the box of the reason the sheet states.
     const int top = crossTop(sheet.form, sheet.reason);

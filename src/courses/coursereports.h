@@ -37,11 +37,4 @@ Checked<StreamedReport> streamReportKlient(const SearchConditions &conditions, Q
 Checked<StreamedReport> streamReportDriver(const SearchConditions &conditions, QSqlDatabase db, const FirmProfile &firm,
                                           const BooksDay &books);
 
-// "тел:… , факс:… , E-mail:… , URL:http//…", the firm's contact line on paper.
-QString firmContactLine(const FirmProfile &firm);
-// The firm block of every report's header: name, town and address, and the contact line.
-void fillFirmBlock(Report &report, const FirmProfile &firm, const QString &contactLabel = QStringLiteral("Label9"));
-// "за периода от 01.03.2006 до 31.03.2006"
-QString periodLine(const Period &period);
-
 }

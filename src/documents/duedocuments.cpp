@@ -2,7 +2,6 @@
 
 #include "core/dates.h"
 #include "core/version.h"
-#include "courses/coursereports.h"
 #include "documents/documentstore.h"
 #include "forms/messageservice.h"
 #include "forms/waitcursor.h"
@@ -14,11 +13,6 @@
 namespace zarek::documents {
 
 namespace {
-
-const QString header = QStringLiteral("ReportHeader");
-// Colours of the design (0x00BBGGRR): a pale red for expired, a pale amber for due.
-constexpr qint64 expiredPaper = 0xC8C8FF;
-constexpr qint64 duePaper = 0x96DCFF;
 
 QString countText(int count)
 {
@@ -33,16 +27,12 @@ Checked<Report> dueDocumentsReport(const RowSet &rows, const FirmProfile &firm, 
     if (!loaded)
         return loaded;
     Report report = loaded.value();
-    report.setWindowCaption(QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Изтичащи документи"));
     report.setSuggestedFileName(QStringLiteral("Изтичащи документи ") + formatDate(today));
     report.setDataSource(rows);
-    report.setCaption(header, QStringLiteral("Label4"), firm.UserName);
-    report.setCaption(header, QStringLiteral("Label5"), firm.UserCity + QStringLiteral(", ") + firm.UserAdres);
-    report.setCaption(header, QStringLiteral("Label3"), firmContactLine(firm));
-    report.setCaption(header, QStringLiteral("Label2"), QStringLiteral("изтекли и изтичащи към ") + formatDate(today));
-    report.setBackColorByField(QStringLiteral("Detail"), QStringLiteral("Text100"), QStringLiteral("Iztekal"), expiredPaper,
-                               duePaper);
-    report.setCaption(QStringLiteral("ReportFooter"), QStringLiteral("Label8"), QStringLiteral("Всичко: ") + countText(rows.rowCount()));
+    // Each row's state paints it, a pale red for expired and a pale amber for due: the design says so.
+    report.setFirm(firm);
+    report.setValue(QStringLiteral("today"), formatDate(today));
+    report.setValue(QStringLiteral("count"), countText(rows.rowCount()));
     return report;
 }
 

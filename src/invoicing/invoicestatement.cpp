@@ -2,8 +2,6 @@
 
 #include "core/formats.h"
 #include "core/valueformat.h"
-#include "core/version.h"
-#include "courses/coursereports.h"
 #include "data/currencyrows.h"
 #include "data/query.h"
 #include "data/scratchdatabase.h"
@@ -113,41 +111,24 @@ Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMo
         return rows.message();
     report.setDataSource(rows.value());
 
-    const QString header = QStringLiteral("ReportHeader");
-    report.setWindowCaption(QStringLiteral("Зарек ") + version::majorMinor()
-                            + QStringLiteral(" - Справка за курсовете във фактура"));
     // Saved as "Фактура 0000000125 Клиент.pdf".
     report.setSuggestedFileName(QStringList{QStringLiteral("Фактура"), heading.number, heading.klient.trimmed()}.join(QLatin1Char(' ')).trimmed());
-    fillFirmBlock(report, firm, QStringLiteral("Label11"));
+    report.setFirm(firm);
     if (heading.mode == FakturaMode::FaktNew) {
-        report.setCaption(header, QStringLiteral("Label4"),
-                          QStringLiteral("за курсовете на ") + heading.klient
-                              + QStringLiteral(" по издадена фактура №") + heading.number);
-        report.setCaption(header, QStringLiteral("Label5"), periodLine(heading.period));
+        report.setValue(QStringLiteral("subject"), QStringLiteral("за курсовете на ") + heading.klient
+                                                       + QStringLiteral(" по издадена фактура №") + heading.number);
+        report.setPeriod(heading.period);
     } else {
-        report.setCaption(header, QStringLiteral("Label4"),
-                          QStringLiteral("за курсовете по издадена фактура №") + heading.number);
-        report.setCaption(header, QStringLiteral("Label5"), QString());
-        report.setVisible(header, QStringLiteral("Label5"), false);  // an invoice of any dates: no period
+        // An invoice of any dates: no period line.
+        report.setValue(QStringLiteral("subject"), QStringLiteral("за курсовете по издадена фактура №") + heading.number);
     }
-    const QList<QPair<QString, QString>> fields = {
-        {QStringLiteral("Text100"), QStringLiteral("Red")},    {QStringLiteral("Text101"), QStringLiteral("Data")},
-        {QStringLiteral("Text102"), QStringLiteral("KolaID")}, {QStringLiteral("Text103"), QStringLiteral("Marsh")},
-        {QStringLiteral("Text104"), QStringLiteral("VidTovar")}, {QStringLiteral("Text105"), QStringLiteral("ton")},
-        {QStringLiteral("Text106"), QStringLiteral("KM")},     {QStringLiteral("Text107"), QStringLiteral("Tarifa")},
-        {QStringLiteral("Text108"), QStringLiteral("Suma")}};
-    for (const auto &[box, field] : fields)
-        report.setDataField(QStringLiteral("Detail"), box, field);
-    report.setCaption(QStringLiteral("PageFooter"), QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
     const QStringList totals = statementTotals(money.sum, money.currency);
-    const QString footer = QStringLiteral("ReportFooter");
-    report.setCaption(footer, QStringLiteral("Label8"), totals.at(0));
-    report.setCaption(footer, QStringLiteral("Label9"), totals.at(1));
-    report.setCaption(footer, QStringLiteral("Label10"), totals.at(2));
-    if (money.mixed) {
-        report.setFontSize(QStringLiteral("Detail"), QStringLiteral("Text108"), amountWithUnitFontSize);
+    report.setValue(QStringLiteral("totalNet"), totals.at(0));
+    report.setValue(QStringLiteral("totalVat"), totals.at(1));
+    report.setValue(QStringLiteral("totalGross"), totals.at(2));
+    report.setAmountsWithUnits(money.mixed);
+    if (money.mixed)
         report.addFooterNote(conversionNote(money.changeover, money.currency));
-    }
     return report;
 }
 

@@ -3,7 +3,55 @@
 
 namespace zarek {
 
-Report::Report(ReportDesign design) : m_design(std::move(design)) {}
+Report::Report(ReportDesign design) : m_design(std::move(design)), m_values(versionValues())
+{
+    composeTexts();
+}
+
+void Report::setValue(const QString &name, const QString &value)
+{
+    m_values.insert(name, value);
+    composeTexts();
+}
+
+void Report::setValues(const ReportValues &values)
+{
+    for (auto it = values.begin(); it != values.end(); ++it)
+        m_values.insert(it.key(), it.value());
+    composeTexts();
+}
+
+void Report::composeTexts()
+{
+    if (!m_design.captionText.isEmpty())
+        m_design.caption = expandReportText(m_design.captionText, m_values);
+    for (ReportSection &section : m_design.sections) {
+        for (ReportControl &c : section.controls) {
+            if (!c.text.isEmpty()) {
+                c.caption = expandReportText(c.text, m_values);
+                if (c.hiddenWhenEmpty)
+                    c.visible = !c.caption.isEmpty();
+            }
+            if (!c.formatText.isEmpty())
+                c.format = expandReportText(c.formatText, m_values);
+        }
+    }
+}
+
+void Report::setAmountsWithUnits(bool withUnits)
+{
+    if (!withUnits)
+        return;
+    for (ReportSection &section : m_design.sections) {
+        for (ReportControl &c : section.controls) {
+            if (!c.amountWithUnit)
+                continue;
+            if (c.baselineFontSize <= 0)
+                c.baselineFontSize = c.font.size;  // the text stays level with its row
+            c.font.size = amountWithUnitFontSize;
+        }
+    }
+}
 
 Checked<Report> Report::fromDesign(const QString &designName)
 {
@@ -93,8 +141,9 @@ void Report::addFooterNote(const QString &text, const QString &under)
     note.font.size = 8;
     note.font.italic = true;
     int grows = note.top + note.height - footer->height;
-    if (!under.isEmpty()) {
-        const ReportControl &above = control(QStringLiteral("ReportFooter"), under);
+    const QString underName = under.isEmpty() ? footer->notesUnder : under;
+    if (!underName.isEmpty()) {
+        const ReportControl &above = control(QStringLiteral("ReportFooter"), underName);
         note.top = above.top + above.height + 20;
         grows = note.height + 40;
         for (ReportControl &below : footer->controls) {

@@ -110,6 +110,8 @@ Checked<ReportDesign> parseReportDesign(const QByteArray &json)
     ReportDesign design;
     design.name = root.value(QStringLiteral("name")).toString();
     design.caption = root.value(QStringLiteral("caption")).toString();
+    if (design.caption.contains(QLatin1Char('{')))
+        design.captionText = design.caption;
 
     const QJsonObject page = root.value(QStringLiteral("page")).toObject();
     design.page.orientation = page.value(QStringLiteral("orientation")).toString() == QLatin1String("landscape")
@@ -135,6 +137,7 @@ Checked<ReportDesign> parseReportDesign(const QByteArray &json)
         }
         section.height = object.value(QStringLiteral("height")).toInt();
         section.visible = object.value(QStringLiteral("visible")).toBool(true);
+        section.notesUnder = object.value(QStringLiteral("notesUnder")).toString();
         const ReportFont sectionFont = readFont(object.value(QStringLiteral("font")).toObject(), baseFont);
         for (const QJsonValue &value : object.value(QStringLiteral("controls")).toArray()) {
             const QJsonObject c = value.toObject();
@@ -150,9 +153,14 @@ Checked<ReportDesign> parseReportDesign(const QByteArray &json)
             control.width = c.value(QStringLiteral("width")).toInt();
             control.height = c.value(QStringLiteral("height")).toInt();
             control.caption = c.value(QStringLiteral("caption")).toString();
+            control.text = c.value(QStringLiteral("text")).toString();
+            control.hiddenWhenEmpty = c.value(QStringLiteral("hiddenWhenEmpty")).toBool(false);
             control.dataField = c.value(QStringLiteral("dataField")).toString();
             control.functionType = c.value(QStringLiteral("functionType")).toInt(0);
             control.format = c.value(QStringLiteral("format")).toString();
+            if (control.format.contains(QLatin1Char('{')))
+                control.formatText = control.format;
+            control.amountWithUnit = c.value(QStringLiteral("amountWithUnit")).toBool(false);
             control.align = alignOf(c.value(QStringLiteral("align")).toString());
             control.font = readFont(c.value(QStringLiteral("font")).toObject(), sectionFont);
             control.foreColor = c.value(QStringLiteral("foreColor")).toInteger(colorBlack);
@@ -162,6 +170,10 @@ Checked<ReportDesign> parseReportDesign(const QByteArray &json)
             control.lineWidth = c.value(QStringLiteral("lineWidth")).toDouble(control.lineWidth);
             control.visible = c.value(QStringLiteral("visible")).toBool(true);
             control.rising = c.value(QStringLiteral("direction")).toString() == QLatin1String("rising");
+            // A row's own back colour by a yes/no column of that row.
+            control.backColorField = c.value(QStringLiteral("backColorField")).toString();
+            control.backColorWhenTrue = c.value(QStringLiteral("backColorWhenTrue")).toInteger(noColor);
+            control.backColorWhenFalse = c.value(QStringLiteral("backColorWhenFalse")).toInteger(noColor);
             section.controls.append(control);
         }
         design.sections.append(section);

@@ -11,6 +11,19 @@ namespace zarek {
 // A banded report design: five sections with named controls, as the designs under
 // reports/designs describe them. Positions and sizes are in twips (1/1440 inch, 1/20 point),
 // colours are numbers of the form 0x00BBGGRR, as the report designer wrote them.
+//
+// A design declares the whole paper; the routine that prints it hands over rows and values only:
+//  - "dataField" of a Text box: the column it shows; of a Function: the column it sums
+//    ("functionType" 0); "format" may name a value ("{totalFormat}").
+//  - "text" of a Label: composed from values, "{UserName}", "{UserCity}, {UserAdres}",
+//    "{firmContact}" (the firm block, see firmValues), "{period}" (see periodValues),
+//    "Зарек {version}", or any value the paper computes ("{subject}"); "{name|words}" keeps the
+//    design's words until a value replaces them; "hiddenWhenEmpty" hides a line that comes out empty.
+//    The design's "caption" (the window's title) may name values the same way.
+//  - "backColorField" with "backColorWhenTrue" / "backColorWhenFalse": each row paints the box
+//    by a yes/no column of its own.
+//  - "amountWithUnit": the box shows amounts with their unit when a paper has both currencies.
+//  - "notesUnder" of the ReportFooter: the control its notes stand under.
 
 enum class ReportControlKind { Label, Text, Function, Line, Box, PageNumber };
 enum class ReportAlign { Left, Center, Right };
@@ -38,9 +51,15 @@ struct ReportControl {
     int width = 0;
     int height = 0;
     QString caption;        // Label text; for PageNumber a text with %1 (page) and %2 (pages)
+    // Label: the text the report composes from its values ("{UserName}", "{period}"); it becomes
+    // the caption as the values are handed over. Empty: the caption stands as designed.
+    QString text;
+    bool hiddenWhenEmpty = false;  // a composed text that comes out empty hides the control
     QString dataField;      // Text and Function: the column shown or summed
     int functionType = 0;   // Function: 0 is the sum, the only kind the reports use
     QString format;         // "0,00", "###0.000", "Short Date", "Yes/No"; empty shows the value as it is
+    QString formatText;     // a format composed from the report's values ("{totalFormat}"): it becomes format
+    bool amountWithUnit = false;  // shows amounts with their unit when a paper has both currencies: a smaller font
     ReportAlign align = ReportAlign::Left;
     ReportFont font;
     double baselineFontSize = 0;  // set smaller than designed: its text keeps the designed size's baseline
@@ -61,6 +80,7 @@ struct ReportSection {
     QString name;
     int height = 0;
     bool visible = true;
+    QString notesUnder;  // ReportFooter: the control its notes stand under; empty: under everything
     QList<ReportControl> controls;
 
     ReportControl *control(const QString &controlName);
@@ -80,6 +100,7 @@ struct ReportPageSetup {
 struct ReportDesign {
     QString name;
     QString caption;  // the preview window's title until a routine sets one
+    QString captionText;  // the title composed from the report's values ("Зарек {version} - …"), when given
     ReportPageSetup page;
     QList<ReportSection> sections;  // ReportHeader, PageHeader, Detail, PageFooter, ReportFooter
 

@@ -13,19 +13,6 @@
 // the driver signs, and the lists of paid and unpaid courses.
 namespace zarek {
 
-// What the receipt under a pay paper says: who received how much from which firm, and when.
-struct Receipt {
-    QString name;
-    DriverPapers papers;
-    Money total;
-    QString firmName;
-    QDate today;
-    Currency currency = Currency::Leva;  // of the total: "получих сумата от 165,45 лв." / "… 84,59 евро"
-};
-
-// The receipt's four lines (Label500 to Label503), blanks as the receipt aligns on them.
-QStringList receiptLines(const Receipt &receipt);
-
 // rptZaplata over the rows of TempZaplata: the firm, "Извлечение", the driver and period, the
 // courses with their pay, "Всичко заработка:" with the sheet's total, and the receipt.
 Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, const FirmProfile &firm, QDate today);

@@ -3,8 +3,6 @@
 #include "core/sharedroutines.h"
 #include "core/formats.h"
 #include "core/rounding.h"
-#include "core/version.h"
-#include "courses/coursereports.h"
 #include "data/currencyrows.h"
 #include "data/query.h"
 #include "warehouse/fifo.h"
@@ -20,12 +18,6 @@ namespace zarek {
 namespace {
 
 const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
-const QString header = QStringLiteral("ReportHeader");
-const QString pageHeader = QStringLiteral("PageHeader");
-const QString detail = QStringLiteral("Detail");
-const QString pageFooter = QStringLiteral("PageFooter");
-const QString reportFooter = QStringLiteral("ReportFooter");
-
 
 // A quantity as plain text: its decimals and no more, with a decimal comma.
 QString quantityText(double quantity)
@@ -33,25 +25,20 @@ QString quantityText(double quantity)
     return bulgarianLocale().toString(quantityValue(storedQuantity(quantity)), 'g', 15);
 }
 
-// The total line of a list: "Обща сума 31,25 лв.", and the note under it where it converted.
-void fillTotal(Report &report, const QString &caption, const StockList &list)
+// A list's paper: its rows, the firm, the list's total ("31,25 лв.") and the note under it where it converted.
+Checked<Report> listReport(const QString &design, const StockList &list, const FirmProfile &firm)
 {
-    report.setCaption(pageFooter, QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::majorMinor());
-    report.setCaption(reportFooter, QStringLiteral("Label8"),
-                      caption + formatAmount(list.total) + QLatin1Char(' ') + amountUnit(list.currency));
+    Checked<Report> loaded = Report::fromDesign(design);
+    if (!loaded)
+        return loaded;
+    Report report = loaded.value();
+    report.setDataSource(list.rows);
+    report.setFirm(firm);
+    report.setValue(QStringLiteral("total"), formatAmount(list.total) + QLatin1Char(' ') + amountUnit(list.currency));
+    report.setAmountsWithUnits(list.mixed);
     if (list.mixed)
         report.addFooterNote(conversionNote(list.changeover, list.currency));
-}
-
-QString windowCaption(const QString &text)
-{
-    return QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - ") + text;
-}
-
-void bindDetail(Report &report, const QStringList &fields)
-{
-    for (int i = 0; i < fields.size(); ++i)
-        report.setDataField(detail, QStringLiteral("Text%1").arg(100 + i), fields.at(i));
+    return report;
 }
 
 }
@@ -277,69 +264,37 @@ Checked<StockList> stockMovements(QSqlDatabase db, bool receipts, const Period &
 
 Checked<Report> ReportNalich(const StockList &position, const FirmProfile &firm, QDate today)
 {
-    Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptNalich"));
-    if (!loaded)
-        return loaded;
-    Report report = loaded.value();
-    report.setWindowCaption(windowCaption(QStringLiteral("Справка склад")));
-    report.setDataSource(position.rows);
-    report.setCaption(header, QStringLiteral("Label4"), firm.UserName);
-    report.setCaption(header, QStringLiteral("Label5"), firm.UserCity + QStringLiteral(", ") + firm.UserAdres);
-    report.setCaption(header, QStringLiteral("Label3"), firmContactLine(firm));
-    // The spelling of the subject line is the firm's papers' own.
-    report.setCaption(header, QStringLiteral("Label2"), QStringLiteral("за наличноста в склада към ") + formatDate(today));
-    bindDetail(report, {QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Kol"), QStringLiteral("Cena"),
-                        QStringLiteral("Suma")});
-    fillTotal(report, QStringLiteral("Обща сума "), position);
-    return report;
+    Checked<Report> report = listReport(QStringLiteral("rptNalich"), position, firm);
+    if (!report)
+        return report;
+    Report filled = report.value();
+    filled.setValue(QStringLiteral("today"), formatDate(today));
+    return filled;
 }
 
 Checked<Report> ReportSklad(const StockList &audit, const FirmProfile &firm, QDate today)
 {
-    Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptSklad"));
-    if (!loaded)
-        return loaded;
-    Report report = loaded.value();
-    report.setWindowCaption(windowCaption(QStringLiteral("Справка склад")));
-    report.setDataSource(audit.rows);
-    report.setCaption(header, QStringLiteral("Label4"), firm.UserName);
     // The town and address give way to the subject line, which is what the audit prints.
-    report.setCaption(header, QStringLiteral("Label2"),
-                      QStringLiteral("за приходите и разходите в склада към ") + formatDate(today));
-    report.setCaption(header, QStringLiteral("Label10"), firmContactLine(firm));
-    bindDetail(report, {QStringLiteral("Red"), QStringLiteral("Name"), QStringLiteral("Prihod"), QStringLiteral("SumaP"),
-                        QStringLiteral("Razhod"), QStringLiteral("SumaR"), QStringLiteral("Ostatak"),
-                        QStringLiteral("SumaO")});
-    fillTotal(report, QStringLiteral("Обща сума "), audit);
-    return report;
+    Checked<Report> report = listReport(QStringLiteral("rptSklad"), audit, firm);
+    if (!report)
+        return report;
+    Report filled = report.value();
+    filled.setValue(QStringLiteral("today"), formatDate(today));
+    return filled;
 }
 
 Checked<Report> ReportSkladPR(const StockList &movements, bool receipts, const Period &period, const FirmProfile &firm)
 {
-    Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptSkladPR"));
-    if (!loaded)
-        return loaded;
-    Report report = loaded.value();
-    report.setWindowCaption(windowCaption(receipts ? QStringLiteral("Справка - Приходи в склада")
-                                                   : QStringLiteral("Справка - Разходи в склада")));
-    report.setDataSource(movements.rows);
-    report.setCaption(header, QStringLiteral("Label4"), firm.UserName);
-    report.setCaption(header, QStringLiteral("Label2"),
-                      (receipts ? QStringLiteral("за приходите в склада от ") : QStringLiteral("за разходите в склада от "))
-                          + formatDate(period.from) + QStringLiteral(" до ") + formatDate(period.to));
-    report.setCaption(header, QStringLiteral("Label9"), firmContactLine(firm));
+    Checked<Report> report = listReport(QStringLiteral("rptSkladPR"), movements, firm);
+    if (!report)
+        return report;
+    Report filled = report.value();
+    filled.setPeriod(period);
+    filled.setValue(QStringLiteral("movements"), receipts ? QStringLiteral("приходите") : QStringLiteral("разходите"));
+    filled.setValue(QStringLiteral("movementsTitle"), receipts ? QStringLiteral("Приходи") : QStringLiteral("Разходи"));
     if (receipts)
-        report.setCaption(pageHeader, QStringLiteral("Label107"), QStringLiteral("Приход"));
-    bindDetail(report, {QStringLiteral("Red"), QStringLiteral("DocVid"), QStringLiteral("NomData"),
-                        QStringLiteral("Name"), QStringLiteral("Edin"), QStringLiteral("Broi"),
-                        QStringLiteral("Suma")});
-    fillTotal(report, receipts ? QStringLiteral("Обща сума на приходите: ") : QStringLiteral("Обща сума на разходите: "),
-              movements);
-    if (movements.mixed) {
-        report.setFontSize(detail, QStringLiteral("Text104"), amountWithUnitFontSize);
-        report.setFontSize(detail, QStringLiteral("Text106"), amountWithUnitFontSize);
-    }
-    return report;
+        filled.setValue(QStringLiteral("movementHeading"), QStringLiteral("Приход"));
+    return filled;
 }
 
 Checked<Report> SkladReport(bool receipts, const SearchConditions &conditions, QSqlDatabase db,

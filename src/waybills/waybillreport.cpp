@@ -3,8 +3,6 @@
 #include "core/dates.h"
 #include "core/formats.h"
 #include "core/rounding.h"
-#include "core/version.h"
-#include "courses/coursereports.h"
 #include "data/query.h"
 #include "data/scratchdatabase.h"
 #include "forms/recordfield.h"
@@ -18,8 +16,6 @@ namespace zarek {
 namespace {
 
 const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
-const QString header = QStringLiteral("ReportHeader");
-const QString detail = QStringLiteral("Detail");
 
 struct Line {
     QString route;
@@ -28,9 +24,6 @@ struct Line {
     QVariant koef;
     QVariant fuel;
 };
-
-// The light grey under a waybill's head line (colours are 0x00BBGGRR).
-constexpr qint64 headLineColor = 0xEEEEEE;
 
 // A figure as the program writes a number into a text: no more decimals than it has, a decimal comma.
 QString plain(const QVariant &value)
@@ -127,18 +120,9 @@ Checked<Report> RowdReport(const SearchConditions &conditions, QSqlDatabase db, 
         return loaded;
     Report report = loaded.value();
     report.setDataSource(rows.value());
-    report.setWindowCaption(QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Справка пътни листи"));
-    fillFirmBlock(report, firm);
-    report.setCaption(header, QStringLiteral("Label4"), QStringLiteral("за издадените пътни листи"));
-    report.setCaption(header, QStringLiteral("Label5"), periodLine(period));
-    const char *fields[] = {"Red", "NomData", "KolaID", "Marsh", "KM", "Ton", "RazhN", "Proc"};
-    for (int i = 0; i < 8; ++i) {
-        const QString box = QStringLiteral("Text%1").arg(100 + i);
-        report.setDataField(detail, box, QString::fromLatin1(fields[i]));
-        // A waybill's head line stands out from its routes.
-        report.setBackColorByField(detail, box, QStringLiteral("Head"), headLineColor, colorWhite);
-    }
-    report.setCaption(QStringLiteral("PageFooter"), QStringLiteral("Label6"), QStringLiteral("Зарек ") + version::text());
+    // A waybill's head line stands out from its routes, light grey by its Head column: the design says so.
+    report.setFirm(firm);
+    report.setPeriod(period);
 
     qint64 totalKm = 0, totalZarN = 0, totalFuel = 0;
     for (const Head &head : std::as_const(heads)) {
@@ -146,10 +130,9 @@ Checked<Report> RowdReport(const SearchConditions &conditions, QSqlDatabase db, 
         totalZarN += hundredths(head.zarN);
         totalFuel += hundredths(head.sumFuel);
     }
-    const QString footer = QStringLiteral("ReportFooter");
-    report.setCaption(footer, QStringLiteral("Label11"), formatFixed(totalKm / 100.0, 0));
-    report.setCaption(footer, QStringLiteral("Label10"), formatFixed(totalZarN / 100.0, 0));
-    report.setCaption(footer, QStringLiteral("Label8"), formatFixed(totalFuel / 100.0, 1));
+    report.setValue(QStringLiteral("totalKm"), formatFixed(totalKm / 100.0, 0));
+    report.setValue(QStringLiteral("totalZarN"), formatFixed(totalZarN / 100.0, 0));
+    report.setValue(QStringLiteral("totalFuel"), formatFixed(totalFuel / 100.0, 1));
     return report;
 }
 

@@ -1,4 +1,5 @@
 #include "core/formats.h"
+#include "core/version.h"
 #include "forms/messageservice.h"
 #include "reports/report.h"
 #include "core/valueformat.h"
@@ -41,6 +42,27 @@ const char *listDesign = R"({
   "ReportFooter": {"height": 400, "font": {"bold": true}, "controls": [
     {"name": "Label500", "left": 0, "top": 50, "width": 2000, "height": 300, "caption": "Всичко"},
     {"name": "Function102", "left": 3500, "top": 50, "width": 3000, "height": 300, "format": "0,00", "align": "right"}]}
+ }
+})";
+
+// A paper declared whole in its design: the firm block, the period line, the columns, a total
+// with a format handed over, a composed total line and the note under it.
+const char *declaredDesign = R"({
+ "name": "rptDeclared", "caption": "Зарек {version} - {title}",
+ "sections": {
+  "ReportHeader": {"height": 1000, "controls": [
+    {"name": "Label1", "left": 0, "top": 0, "width": 9000, "height": 300, "text": "{UserName}"},
+    {"name": "Label9", "left": 0, "top": 300, "width": 9000, "height": 300, "text": "{firmContact}"},
+    {"name": "Label5", "left": 0, "top": 600, "width": 9000, "height": 300, "text": "{period}", "hiddenWhenEmpty": true}]},
+  "Detail": {"height": 260, "controls": [
+    {"name": "Text100", "left": 0, "top": 0, "width": 2000, "height": 260, "dataField": "name"},
+    {"name": "Text101", "left": 2000, "top": 0, "width": 2000, "height": 260, "dataField": "amount", "format": "0,00",
+     "align": "right", "amountWithUnit": true}]},
+  "ReportFooter": {"height": 1000, "notesUnder": "Label8", "controls": [
+    {"name": "Function101", "left": 2000, "top": 0, "width": 2000, "height": 300, "dataField": "amount",
+     "functionType": 0, "format": "{totalFormat}", "align": "right"},
+    {"name": "Label8", "left": 0, "top": 300, "width": 9000, "height": 300, "text": "Всичко: {total}"},
+    {"name": "Label10", "left": 0, "top": 700, "width": 9000, "height": 300, "caption": "Подпис"}]}
  }
 })";
 
@@ -508,6 +530,72 @@ private slots:
                 fills.append(p.color);
         }
         QCOMPARE(fills, QList<quint32>({0xFFC0C0C0u, 0xFFFFFFFFu}));
+    }
+
+    void aDesignTextNamesTheValuesHandedOver_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("a value") << "{UserName}" << "Транс ООД";
+        QTest::newRow("words around it") << "Извършени от {UserName} курсове" << "Извършени от Транс ООД курсове";
+        QTest::newRow("two values") << "{UserCity}, {UserAdres}" << "Пловдив, ул. Тракия 1";
+        QTest::newRow("a name without a value") << "за {nosuch}" << "за ";
+        QTest::newRow("the design's words") << "{heading|Приход}" << "Приход";
+        QTest::newRow("the design's words replaced") << "{unit|[лв.]}" << "[евро]";
+        QTest::newRow("a brace left open") << "за {UserName" << "за ";
+        QTest::newRow("no names") << "Справка" << "Справка";
+    }
+    void aDesignTextNamesTheValuesHandedOver()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        const ReportValues values = {{QStringLiteral("UserName"), QStringLiteral("Транс ООД")},
+                                     {QStringLiteral("UserCity"), QStringLiteral("Пловдив")},
+                                     {QStringLiteral("UserAdres"), QStringLiteral("ул. Тракия 1")},
+                                     {QStringLiteral("unit"), QStringLiteral("[евро]")}};
+        QCOMPARE(expandReportText(text, values), expected);
+    }
+
+    void aPaperDeclaredInItsDesignIsFilledFromTheValuesHandedOver()
+    {
+        const Checked<ReportDesign> design = parseReportDesign(QByteArray(declaredDesign));
+        QVERIFY(design.ok());
+        Report report(design.value());
+        RowSet rows({QStringLiteral("name"), QStringLiteral("amount")});
+        rows.appendRow({QStringLiteral("А"), 1.5});
+        rows.appendRow({QStringLiteral("Б"), 2.25});
+        report.setDataSource(rows);
+        FirmProfile firm;
+        firm.UserName = QStringLiteral("Транс ООД");
+        firm.UserTel = QStringLiteral("032 1");
+        firm.UserGSM = QStringLiteral("0888");
+        firm.UserEmail = QStringLiteral("a@b.bg");
+        firm.UserURL = QStringLiteral("t.bg");
+        report.setFirm(firm);
+        report.setValue(QStringLiteral("title"), QStringLiteral("Проба"));
+        report.setValue(QStringLiteral("total"), QStringLiteral("3,75 лв."));
+        report.setValue(QStringLiteral("totalFormat"), QStringLiteral("0,000"));
+        QCOMPARE(report.windowCaption(), QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Проба"));
+        QStringList lines = layoutReport(report).textLines();
+        QVERIFY2(lines.contains(QStringLiteral("Транс ООД")), qPrintable(lines.join('\n')));
+        // The firm's mobile number follows "факс:", and the address reads "http//".
+        QVERIFY(lines.contains(QStringLiteral("тел:032 1, факс:0888, E-mail:a@b.bg, URL:http//t.bg")));
+        QVERIFY(!lines.join('\n').contains(QStringLiteral("за периода")));  // no period handed over: no line
+        QVERIFY(lines.contains(QStringLiteral("А | 1,50")));
+        QVERIFY(lines.contains(QStringLiteral("3,750")));
+        QVERIFY(lines.contains(QStringLiteral("Всичко: 3,75 лв.")));
+
+        report.setPeriod({QDate(2026, 3, 1), QDate(2026, 3, 31)});
+        report.setAmountsWithUnits(true);
+        report.addFooterNote(QStringLiteral("Бележка"));
+        lines = layoutReport(report).textLines();
+        QVERIFY(lines.contains(QStringLiteral("за периода от 01.03.2026 до 31.03.2026")));
+        // The note stands under the control the design's footer names, above what follows it.
+        const int total = static_cast<int>(lines.indexOf(QStringLiteral("Всичко: 3,75 лв.")));
+        QCOMPARE(lines.indexOf(QStringLiteral("Бележка")), total + 1);
+        QCOMPARE(lines.indexOf(QStringLiteral("Подпис")), total + 2);
+        QCOMPARE(report.design().section(QStringLiteral("Detail"))->control(QStringLiteral("Text101"))->font.size,
+                 amountWithUnitFontSize);
     }
 
     void thePagesDrawToPdfAndPictures()
