@@ -140,11 +140,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     connect(m_close, &QPushButton::clicked, this, &QDialog::close);
     connect(m_export, &QPushButton::clicked, this, &ResultGridScreen::chooseExportFile);
 
-    // setRows fits once its currencies are known; a reset from elsewhere fits at once.
-    connect(m_model, &QAbstractItemModel::modelReset, this, [this] {
-        if (!m_settingRows)
-            fitColumns();
-    });
+    connect(m_model, &QAbstractItemModel::modelReset, this, &ResultGridScreen::fitColumns);
 
     setTabOrder(m_grid, m_export);
     setTabOrder(m_export, m_print);
@@ -154,9 +150,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
 
 void ResultGridScreen::setRows(RowSet rows)
 {
-    m_settingRows = true;
     m_model->setRows(std::move(rows));
-    m_settingRows = false;
     updateCurrencies();
     m_marked = markedTotal();
     if (m_model->rowCount() == 0 && !m_config.emptyMessage.isEmpty())
@@ -167,7 +161,7 @@ void ResultGridScreen::setRows(RowSet rows)
 
 void ResultGridScreen::fitColumns()
 {
-    constexpr int rowsMeasured = 500;  // a sample over the whole list finds the widest of values that repeat
+    constexpr int rowsMeasured = 2000;  // enough to find the widest of values that repeat
     const QFontMetrics metrics(m_grid->font());
     for (int column = 0; column < m_config.columns.size(); ++column) {
         const ResultGridColumn &config = m_config.columns.at(column);
@@ -177,8 +171,8 @@ void ResultGridScreen::fitColumns()
         if (!grows || config.hidden)
             continue;
         int width = config.widthPixels();
-        const int step = std::max(1, m_model->rowCount() / rowsMeasured);
-        for (int row = 0; row < m_model->rowCount(); row += step)
+        const int rows = std::min(m_model->rowCount(), rowsMeasured);
+        for (int row = 0; row < rows; ++row)
             width = std::max(width, metrics.horizontalAdvance(m_model->index(row, column).data().toString()) + 12);
         m_grid->setColumnWidth(column, width);
     }

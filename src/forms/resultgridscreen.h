@@ -166,7 +166,6 @@ private:
     bool m_changed = false;
     bool m_settled = false;
     bool m_opened = false;
-    bool m_settingRows = false;  // setRows fits the columns itself, once
 };
 
 }
