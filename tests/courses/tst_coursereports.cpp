@@ -81,7 +81,8 @@ bool fillManyCourses(QSqlDatabase db, int count, int first = 0)
     return db.commit();
 }
 
-using StreamedRoutine = Checked<StreamedReport> (*)(const SearchConditions &, QSqlDatabase, const FirmProfile &);
+using StreamedRoutine = Checked<StreamedReport> (*)(const SearchConditions &, QSqlDatabase, const FirmProfile &,
+                                                    const BooksDay &);
 
 SearchConditions everyCondition()
 {
@@ -147,17 +148,17 @@ namespace {
 // The report laid out page by page against the same report laid out whole.
 void comparePages(const QString &report, QSqlDatabase db, int courses)
 {
-    const QHash<QString, QPair<Checked<Report> (*)(const SearchConditions &, QSqlDatabase, const FirmProfile &),
+    const QHash<QString, QPair<Checked<Report> (*)(const SearchConditions &, QSqlDatabase, const FirmProfile &, const BooksDay &),
                                StreamedRoutine>>
         routines = {{QStringLiteral("rptKola"), {&ReportKola, &streamReportKola}},
                     {QStringLiteral("rptAll"), {&ReportAll, &streamReportAll}},
                     {QStringLiteral("rptKlient"), {&ReportKlient, &streamReportKlient}},
                     {QStringLiteral("rptDriver"), {&ReportDriver, &streamReportDriver}}};
     const auto [whole, streamed] = routines.value(report);
-    const LaidOutReport complete = laidOut(whole(everyCondition(), db, exampleFirm()));
+    const LaidOutReport complete = laidOut(whole(everyCondition(), db, exampleFirm(), commandDay()));
     QVERIFY(complete.pageCount() >= 1);
 
-    const Checked<StreamedReport> filled = streamed(everyCondition(), db, exampleFirm());
+    const Checked<StreamedReport> filled = streamed(everyCondition(), db, exampleFirm(), commandDay());
     QVERIFY(filled.ok());
     ReportLayouter layouter(filled.value());
     QVERIFY(layouter.layoutNextPage());
@@ -433,7 +434,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fillManyCourses(scratch.db(), 400));
-        const Checked<StreamedReport> filled = streamReportAll(everyCondition(), scratch.db(), exampleFirm());
+        const Checked<StreamedReport> filled = streamReportAll(everyCondition(), scratch.db(), exampleFirm(), commandDay());
         QVERIFY(filled.ok());
         ReportPreview preview(std::make_shared<ReportLayouter>(filled.value()));
         QCOMPARE(preview.pageCount(), 1);
@@ -482,7 +483,7 @@ private slots:
         services.pdf = dir.filePath(QStringLiteral("report.pdf"));
         services.cancelWork = work;
         services.cancelAtStep = cancelAtStep;
-        const Checked<StreamedReport> filled = streamReportAll(everyCondition(), scratch.db(), exampleFirm());
+        const Checked<StreamedReport> filled = streamReportAll(everyCondition(), scratch.db(), exampleFirm(), commandDay());
         QVERIFY(filled.ok());
         ReportPreview preview(std::make_shared<ReportLayouter>(filled.value()));
         preview.print();

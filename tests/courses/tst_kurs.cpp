@@ -46,6 +46,15 @@ void prepare(test::ScratchDatabase &scratch, const QStringList &courses = {})
     }
 }
 
+// A course saved as another workstation would save it.
+void addCourse(QSqlDatabase db, const QString &kola, const QString &date)
+{
+    CourseEntry entry = test::exampleCourseEntry();
+    entry.kola = kola;
+    entry.date = date;
+    QVERIFY(CourseStore(db).save(entry, {}, {commandDay().changeover, QDate(2026, 1, 1)}).ok());
+}
+
 // The editor shown and active: for new courses, or on the courses of СА 1234 ВК in a period.
 void show(QWidget &screen)
 {

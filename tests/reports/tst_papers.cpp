@@ -8,6 +8,7 @@
 #include "documents/documentstore.h"
 #include "documents/duedocuments.h"
 #include "fleet/balansreport.h"
+#include "forms/commandday.h"
 #include "fleet/balansstore.h"
 #include "invoicing/invoicestatement.h"
 #include "reports/reportlayout.h"
@@ -39,6 +40,7 @@ namespace {
 
 const QDate demoToday(2026, 3, 20);
 const Period period{QDate(2025, 11, 1), QDate(2026, 2, 28)};
+const BooksDay books{Changeover{QDate(2026, 1, 1)}, demoToday};
 
 struct Demo {
     std::unique_ptr<test::ScratchDatabase> database;
@@ -72,7 +74,7 @@ Checked<Report> allCourses(Demo &demo, const QString &choice)
 {
     SearchConditions c = conditions(demo);
     c.SeekChoice = choice;
-    return ReportAll(c, demo.db(), demo.firm);
+    return ReportAll(c, demo.db(), demo.firm, books);
 }
 
 Checked<Report> invoiceStatement(Demo &demo, FakturaMode mode)
@@ -100,11 +102,12 @@ Checked<Report> invoiceStatement(Demo &demo, FakturaMode mode)
         line.ton = query.value(5).toDouble();
         line.tarifa = query.value(6).toDouble();
         line.suma = Money::fromAmount(query.value(7).toDouble());
-        line.currency = currencyOn(line.data);
+        line.currency = books.currencyOn(line.data);
         lines.append(line);
     }
-    const StatementMoney money = mode == FakturaMode::FaktNew ? statementMoney(lines, Currency::Euro)
-                                                              : statementMoney(lines, std::nullopt, Currency::Leva);
+    StatementMoney money = mode == FakturaMode::FaktNew ? statementMoney(lines, Currency::Euro)
+                                                        : statementMoney(lines, std::nullopt, Currency::Leva);
+    money.changeover = books.changeover;
     if (auto refusal = fillTempPlaten(demo.scratch->db(), lines, money.mixed))
         return *refusal;
     return ReportFaktura({mode, demo.client, period, QStringLiteral("0000000042")}, money, demo.scratch->db(),
@@ -123,7 +126,7 @@ Checked<Report> clientStatement(Demo &demo)
     KlientsStore store(demo.scratch->db());
     if (auto refusal = store.fillWorkingList(courses.value()))
         return *refusal;
-    const Checked<StatementTotals> totals = store.fillPrintCopy();
+    const Checked<StatementTotals> totals = store.fillPrintCopy(books);
     if (!totals)
         return totals.message();
     const Checked<RowSet> copy = store.printCopy();
@@ -134,7 +137,7 @@ Checked<Report> clientStatement(Demo &demo)
 
 Checked<Report> paySheet(Demo &demo)
 {
-    const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions(demo), demo.db(), {}, demoToday);
+    const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions(demo), demo.db(), books);
     if (!sheet)
         return sheet.message();
     const Checked<RowSet> rows = writeTempZaplata(*demo.scratch, sheet.value());
@@ -152,7 +155,7 @@ Checked<ScratchStatement> driverStatement(Demo &demo, bool paid)
     QList<int> rows;
     for (int row = 0; row < courses.value().rowCount(); ++row)
         rows.append(row);
-    return writeTempPlaten(*demo.scratch, courses.value(), rows, 2);
+    return writeTempPlaten(*demo.scratch, courses.value(), rows, 2, {books});
 }
 
 Checked<Report> paidCourses(Demo &demo)
@@ -177,18 +180,18 @@ Checked<Report> courseList(Demo &demo, bool paid)
 
 Checked<Report> truckBalance(Demo &demo, BalansMode mode)
 {
-    const Checked<QList<TruckBalance>> balances = BalansStore(demo.db()).balances(mode, period);
+    const Checked<QList<TruckBalance>> balances = BalansStore(demo.db()).balances(mode, period, books.changeover);
     if (!balances)
         return balances.message();
     if (auto refusal = demo.scratch->RebuildScratchTable(QStringLiteral("TempBalans")))
         return *refusal;
-    const Currency currency = balansCurrency(period, booksChangeover());
+    const Currency currency = balansCurrency(period, books.changeover);
     if (auto refusal = BalansStore::writeScratch(demo.scratch->db(), mode, balances.value(), currency))
         return *refusal;
     const Checked<RowSet> rows = BalansStore::readScratch(demo.scratch->db());
     if (!rows)
         return rows.message();
-    return ReportBalans(mode, rows.value(), period, balansTotal(balances.value()), demo.firm);
+    return ReportBalans(mode, rows.value(), period, balansTotal(balances.value()), demo.firm, books.changeover);
 }
 
 Checked<Report> truckFuel(Demo &demo)
@@ -223,7 +226,7 @@ Checked<Report> dueDocuments(Demo &demo)
 
 Checked<Report> stockPositionPaper(Demo &demo)
 {
-    const Checked<StockList> list = stockPosition(demo.db(), QString());
+    const Checked<StockList> list = stockPosition(demo.db(), QString(), books);
     if (!list)
         return list.message();
     return ReportNalich(list.value(), demo.firm, demoToday);
@@ -231,7 +234,7 @@ Checked<Report> stockPositionPaper(Demo &demo)
 
 Checked<Report> stockAuditPaper(Demo &demo)
 {
-    const Checked<StockList> list = stockAudit(demo.db(), period);
+    const Checked<StockList> list = stockAudit(demo.db(), period, books);
     if (!list)
         return list.message();
     return ReportSklad(list.value(), demo.firm, demoToday);
@@ -239,7 +242,7 @@ Checked<Report> stockAuditPaper(Demo &demo)
 
 Checked<Report> stockMovementsPaper(Demo &demo, bool receipts)
 {
-    return SkladReport(receipts, conditions(demo), demo.db(), demo.firm, {});
+    return SkladReport(receipts, conditions(demo), demo.db(), demo.firm, books);
 }
 
 Checked<Report> waybillsPaper(Demo &demo, bool allOfThem)
@@ -255,12 +258,12 @@ Checked<Report> waybillsPaper(Demo &demo, bool allOfThem)
 const std::map<QString, Paper> &papers()
 {
     static const std::map<QString, Paper> all = {
-        {QStringLiteral("rptKola"), [](Demo &d) { return ReportKola(conditions(d), d.db(), d.firm); }},
+        {QStringLiteral("rptKola"), [](Demo &d) { return ReportKola(conditions(d), d.db(), d.firm, books); }},
         {QStringLiteral("rptAll"), [](Demo &d) { return allCourses(d, QStringLiteral("All")); }},
         {QStringLiteral("rptAll-invoiced"), [](Demo &d) { return allCourses(d, QStringLiteral("Yes")); }},
         {QStringLiteral("rptAll-not-invoiced"), [](Demo &d) { return allCourses(d, QStringLiteral("No")); }},
-        {QStringLiteral("rptKlient"), [](Demo &d) { return ReportKlient(conditions(d), d.db(), d.firm); }},
-        {QStringLiteral("rptDriver"), [](Demo &d) { return ReportDriver(conditions(d), d.db(), d.firm); }},
+        {QStringLiteral("rptKlient"), [](Demo &d) { return ReportKlient(conditions(d), d.db(), d.firm, books); }},
+        {QStringLiteral("rptDriver"), [](Demo &d) { return ReportDriver(conditions(d), d.db(), d.firm, books); }},
         {QStringLiteral("rptFaktura-new"), [](Demo &d) { return invoiceStatement(d, FakturaMode::FaktNew); }},
         {QStringLiteral("rptFaktura-issued"), [](Demo &d) { return invoiceStatement(d, FakturaMode::EditFakt); }},
         {QStringLiteral("rptKlientS"), clientStatement},
@@ -347,7 +350,7 @@ private slots:
     {
         QFETCH_GLOBAL(QString, engine);
         QFETCH(QString, paper);
-        ScopedBooksChangeover books(Changeover{QDate(2026, 1, 1)});
+        ScopedCommandDay day(books);
         Demo *demo = demoOf(engine);
         if (!demo)
             QSKIP(qPrintable(m_skipReason));

@@ -220,8 +220,8 @@ private slots:
         QVERIFY(fillPaySheetExample(scratch.db()));
         Changeover books;
         books.date = changeover;
-        const ScopedBooksChangeover inForce(books);
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db());
+        const Checked<PaySheet> sheet =
+            BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), {books, QDate::currentDate()});
         QVERIFY(sheet.ok());
         QTemporaryDir folder;
         zarek::ScratchDatabase temp(folder.path());
