@@ -8,6 +8,7 @@
 #include "app/qttranslations.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QAction>
@@ -25,6 +26,9 @@
 #include <QToolButton>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -469,8 +473,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&window));
         messages.answers = {false};
         QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked.first().text, QStringLiteral("Да изляза ли от програмата?"));
+        QCOMPARE(onlyText(messages.asked), QStringLiteral("Да изляза ли от програмата?"));
         QVERIFY(window.isVisible());
         messages.answers = {true};
         QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);

@@ -2,6 +2,7 @@
 #include "attestation/dai.h"
 #include "forms/messageservice.h"
 #include "reports/reportpreview.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QCheckBox>
@@ -13,6 +14,9 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -345,8 +349,7 @@ private slots:
     {
         QVERIFY(scratch->exec(QStringLiteral("DELETE FROM shof")));
         open();
-        QCOMPARE(messages->shown.size(), 1);
-        QCOMPARE(messages->shown.first().text, QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
+        QCOMPARE(onlyText(messages->shown), QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
     }
 };
 

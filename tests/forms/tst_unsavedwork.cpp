@@ -7,6 +7,7 @@
 #include "forms/unsavedwork.h"
 #include "reference/driver.h"
 #include "reference/options.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QAction>
@@ -18,6 +19,7 @@
 #include <QVBoxLayout>
 
 using namespace zarek;
+using zarek::test::button;
 
 // Closing a window that holds typing not yet written asks "Да"/"Не" first, however it is closed;
 // "Не" keeps the window and the typing, "Да" drops the typing and closes.
@@ -25,7 +27,6 @@ using namespace zarek;
 namespace {
 
 QLineEdit *box(QWidget &w, const QString &name) { return w.findChild<QLineEdit *>(name); }
-QPushButton *button(QWidget &w, const char *name) { return w.findChild<QPushButton *>(QString::fromLatin1(name)); }
 
 int count(QSqlDatabase db, const QString &table)
 {
