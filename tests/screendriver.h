@@ -42,6 +42,13 @@ inline void showActive(QWidget &screen)
     QVERIFY(QTest::qWaitForWindowActive(&screen));
 }
 
+// Shows the screen and waits until it is on the screen (not necessarily active).
+inline void showExposed(QWidget &screen)
+{
+    screen.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&screen));
+}
+
 // Types into the widget that has the focus, as the keyboard would (Cyrillic included).
 inline void type(const QString &text)
 {
