@@ -213,8 +213,7 @@ private slots:
     void aPeriodBoxTurnsIntoItsTextOnLeaving()
     {
         DAI &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         auto *from = child<QLineEdit>(screen, "Text1_0");
         from->setFocus();
         from->setText(QStringLiteral("1 март 2026"));
@@ -234,8 +233,7 @@ private slots:
     void theHoursOfThePeriodAreTyped()
     {
         DAI &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         auto *hour = child<QLineEdit>(screen, "txtHour_1");
         auto *to = child<QLineEdit>(screen, "Text1_1");
         hour->setFocus();

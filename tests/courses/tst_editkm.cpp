@@ -96,8 +96,7 @@ private slots:
         QVERIFY(fill(scratch.db()));
         QVERIFY(test::addBands(scratch));
         EditKM screen(truck, march, scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         QTableView *grid = screen.grid();
         grid->setCurrentIndex(screen.model()->index(1, 4));  // София - Перник, Км

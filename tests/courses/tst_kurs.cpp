@@ -868,8 +868,7 @@ private slots:
         RecordingMessageService messages;
         {
             Kurs screen(scratch.db());
-            screen.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&screen));
+            test::showExposed(screen);
             fillNewCourse(screen);
             QCoreApplication::processEvents();
             screen.grab().save(dir + QStringLiteral("/kurs-new-entering.png"));
@@ -878,8 +877,7 @@ private slots:
             screen.grab().save(dir + QStringLiteral("/kurs-new-browsing.png"));
         }
         Kurs screen(scratch.db(), sa1234, february);
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         screen.recordForm()->next();
         QCoreApplication::processEvents();
         screen.grab().save(dir + QStringLiteral("/kurs-edit-browsing.png"));

@@ -65,8 +65,7 @@ struct StockScreen {
     QString name() const { return boxes[2]->text(); }
     void show()
     {
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        test::showExposed(window);
     }
     void key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
@@ -315,8 +314,7 @@ private slots:
     void typingInAShownRowStartsItsCorrection()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         screen.form->next();
         screen.boxes[3]->setFocus();
         QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("17"));
@@ -334,8 +332,7 @@ private slots:
     void aKeyOnTheStripSaysHowToStart()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         screen.button("cmdDelete")->setFocus();
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_A);
         QCOMPARE(screen.status(), QStringLiteral("За корекция натиснете \"Поправи\", за нов запис \"Добави\""));
@@ -351,8 +348,7 @@ private slots:
     void afterASaveTheFocusIsNotOnClose()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         screen.button("cmdEdit")->click();
         screen.boxes[2]->setText(QStringLiteral("Нов артикул"));
         screen.button("cmdUpdate")->setFocus();
@@ -369,8 +365,7 @@ private slots:
     void aRefusedValuePutsTheCursorInItsBox()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         screen.button("cmdEdit")->click();
         screen.boxes[3]->setText(QStringLiteral("две"));
         screen.button("cmdUpdate")->setFocus();
@@ -389,8 +384,7 @@ private slots:
         WidgetMessageService boxes;
         MessageService::setInstance(&boxes);
         StockScreen screen(scratch.db());
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         QStringList asked;
         QTimer answer;
         answer.setInterval(20);

@@ -284,8 +284,7 @@ private slots:
         QFETCH(bool, duplicate);
         addTrip(db, "0000000037", agro, hellas);
         InsideKurs &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         button(screen, "cmdAdd")->click();
         screen.field(0)->setFocus();
         screen.field(0)->setText(typed);
@@ -314,8 +313,7 @@ private slots:
     {
         addTrip(db, "0000000037", agro, hellas);
         InsideKurs &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         button(screen, "cmdEdit")->click();
         QCOMPARE(statusText(screen), QStringLiteral("Корекция запис"));
         QCOMPARE(combo(screen, "ComboTruckR")->currentText(), QStringLiteral("РВ 0001 ЕЕ"));

@@ -509,8 +509,7 @@ private slots:
         for (int i = 0; i < dialog.combo()->count(); ++i)
             offered << dialog.combo()->itemText(i);
         QCOMPARE(offered, (QStringList{"0000000121", "0000000119", "0000000118"}));
-        dialog.show();
-        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        test::showActive(dialog);
         if (!typed.isEmpty()) {
             dialog.combo()->lineEdit()->selectAll();
             QTest::keyClicks(dialog.combo()->lineEdit(), typed);

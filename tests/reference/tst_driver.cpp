@@ -193,8 +193,7 @@ private slots:
         addDriver(scratch.db(), QStringLiteral("001"), QStringLiteral("Иван Петров"));
         RecordingMessageService messages;
         Driver screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         button(screen, "cmdEdit")->click();
         QCOMPARE(QApplication::focusWidget(), field(screen, 2));  // the first box takes the typing
         field(screen, 2)->setText(QStringLiteral("Иван Петров Иванов"));
@@ -215,8 +214,7 @@ private slots:
         addDriver(scratch.db(), QStringLiteral("001"), QStringLiteral("Иван Петров"));
         RecordingMessageService messages;
         Driver screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         QStringList order{QApplication::focusWidget()->objectName()};
         for (int i = 0; i < 8; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -237,8 +235,7 @@ private slots:
         scratch.exec(QStringLiteral("UPDATE shof SET adres = 'Пловдив, бул. „Марица“ 122', tel = '032643210', "
                                     "mob = '0888123456'"));
         Driver screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         screen.grab().save(dir + QStringLiteral("/driver-browsing.png"));
         button(screen, "cmdEdit")->click();
         QTest::qWait(50);

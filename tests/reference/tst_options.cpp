@@ -178,8 +178,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
         Options screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         QTest::keyClick(box(screen, QStringLiteral("txtFields1_0")), Qt::Key_Escape);
         QTest::keyClick(&screen, Qt::Key_Escape);
         QVERIFY(screen.isVisible());
@@ -216,8 +215,7 @@ private slots:
                                     "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.25, 0.18, 0.14, 0.12, 0.1)"));
         RecordingMessageService messages;
         Options screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         screen.grab().save(dir + QStringLiteral("/options-trucks.png"));
         button(screen, "cmdEdit1")->click();
         QTest::qWait(50);

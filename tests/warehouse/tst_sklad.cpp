@@ -318,8 +318,7 @@ private slots:
     void enterGoesOnAndSavesOnThePrice()
     {
         WAREHOUSE_EMPTY(screen, "P");
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QCOMPARE(QApplication::focusWidget(), combo(screen, 1));
         combo(screen, 1)->setEditText(QStringLiteral("Фактура"));
         QTest::keyClick(combo(screen, 1), Qt::Key_Return);
