@@ -5,6 +5,7 @@
 #include "data/changeoverstore.h"
 #include "data/schema.h"
 #include "forms/messageservice.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 #include "warehouse/warehousestore.h"
 
@@ -357,8 +358,7 @@ private slots:
                     .ok());
         RecordingMessageService messages;
         PrehodEvro screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         auto *tabs = screen.findChild<QTabWidget *>(QStringLiteral("tbsEvro"));
         for (int tab = 0; tab < tabs->count(); ++tab) {
             tabs->setCurrentIndex(tab);

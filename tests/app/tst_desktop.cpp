@@ -18,6 +18,7 @@
 #include "data/firmstore.h"
 #include "data/schema.h"
 #include "forms/messageservice.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QAbstractScrollArea>
@@ -177,8 +178,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        test::showActive(window);
         QTest::keyClick(&window, Qt::Key_F10);
         QTRY_VERIFY(window.menuBar()->activeAction());
         QCOMPARE(window.menuBar()->activeAction()->objectName(), QStringLiteral("mnuSpr"));
@@ -220,8 +220,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        test::showActive(window);
         QDialog screen(&window);
         screen.setProperty("helpTopic", 13);
         QWidget *helpInFront = nullptr;
@@ -336,12 +335,10 @@ private slots:
         QSqlDatabase db = scratch.db();
         const StartState state = readStartState(db);
         FirstStartDialog first(db, state);
-        first.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&first));
+        test::showExposed(first);
         checkFits(&first);
         UserLogin login(db);
-        login.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&login));
+        test::showExposed(login);
         checkFits(&login);
     }
 
@@ -362,8 +359,7 @@ private slots:
         setDiskCommandHooks(hooks);
 
         FrmMain window(acme(), scratch.config(), db, QStringLiteral("A"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        test::showExposed(window);
         checkFits(&window);
 
         // Commands that would change the firm's data or leave the program are not run.

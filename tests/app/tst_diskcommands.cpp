@@ -9,6 +9,7 @@
 #include "forms/diainf.h"
 #include "forms/dialog.h"
 #include "forms/messageservice.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QAction>
@@ -22,6 +23,9 @@
 #include <QTemporaryDir>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 using zarek::test::countOf;
 using zarek::test::dumpDatabase;
 using zarek::test::fillEveryTable;
@@ -134,10 +138,8 @@ private slots:
         MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
         m_chosen = m_dir->filePath(QStringLiteral("копие"));
         window.menuAction(QStringLiteral("mnuDiskZap"))->trigger();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QString());
-        QCOMPARE(messages.shown[0].text,
-                 QStringLiteral("Данните са записани във файла:\n%1\nАрхивът е проверен: 3 курса, 1 складово движение.")
+        QCOMPARE(onlyOne(messages.shown),
+                 QLatin1Char('|') + QStringLiteral("Данните са записани във файла:\n%1\nАрхивът е проверен: 3 курса, 1 складово движение.")
                      .arg(native(m_dir->filePath(QStringLiteral("копие.abd")))));
         PreparedArchive archive;
         QVERIFY(!archive.prepare(m_dir->filePath(QStringLiteral("копие.abd")), m_dir->path()));
@@ -150,8 +152,7 @@ private slots:
         m_chosen = m_dir->filePath(QStringLiteral("zarek.ini/копие.abd"));
         QFile(m_dir->filePath(QStringLiteral("zarek.ini"))).open(QIODevice::WriteOnly);
         window.menuAction(QStringLiteral("mnuDiskZap"))->trigger();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при запис на данни!"));
+        QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ГРЕШКА при запис на данни!"));
         QCOMPARE(messages.shown[0].icon, UserMessage::Icon::Critical);
     }
 
@@ -166,9 +167,8 @@ private slots:
         text.write(QByteArray("Това не е архив.\n").repeated(100));
         text.close();
         window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при зареждане на данни!"));
-        QCOMPARE(messages.shown[0].text, QStringLiteral("Файлът %1 не е архив на Зарек!\nМоля, посочете друг архивен файл. "
+        QCOMPARE(onlyOne(messages.shown),
+                 QStringLiteral("ГРЕШКА при зареждане на данни!|") + QStringLiteral("Файлът %1 не е архив на Зарек!\nМоля, посочете друг архивен файл. "
                                                         "Данните не са променени.")
                                              .arg(native(m_chosen)));
         QCOMPARE(dumpDatabase(scratch.db()), before);
@@ -241,8 +241,8 @@ private slots:
         m_chosen = archive;
         messages.answers = {false};  // "Не": keep what was typed
         window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked[0].text, QStringLiteral("Въведените данни не са записани!\nДа се откажа ли от промените?"));
+        QCOMPARE(onlyText(messages.asked),
+                 QStringLiteral("Въведените данни не са записани!\nДа се откажа ли от промените?"));
         QVERIFY(personal->isVisible());
         QCOMPARE(messages.shown.size(), 0);
         QCOMPARE(countOf(scratch.db(), QStringLiteral("tabl")), 0);
@@ -258,9 +258,8 @@ private slots:
         messages.answers = {false};
         window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
         QCOMPARE(window.panelText(1), QStringLiteral("Приключване на годината..."));
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked[0].title, QString());  // the question box's own caption, "Внимание!"
-        QCOMPARE(messages.asked[0].text, QStringLiteral("Данните ще бъдат изтрити!\n\nДа продължа ли?"));
+        QCOMPARE(onlyOne(messages.asked),
+                 QStringLiteral("|Данните ще бъдат изтрити!\n\nДа продължа ли?"));  // the question box's own caption, "Внимание!"
         QCOMPARE(messages.shown.size(), 0);
         QCOMPARE(countOf(scratch.db(), QStringLiteral("tabl")), 3);
         QVERIFY(!QFileInfo::exists(m_data));
@@ -304,8 +303,7 @@ private slots:
         messages.answers = {true, true};
         window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
         const QString previous = QDir(m_data).filePath(QStringLiteral("2025 предишен 2026-01-05 09-15-30.arh"));
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].text, QStringLiteral("Операцията завърши успешно\nАрхив на 2025 година:\n%1\n"
+        QCOMPARE(onlyText(messages.shown), QStringLiteral("Операцията завърши успешно\nАрхив на 2025 година:\n%1\n"
                                                         "Досегашният архив е запазен като:\n%2")
                                              .arg(native(archive), native(previous)));
         QCOMPARE(countOf(scratch.db(), QStringLiteral("tabl")), 0);

@@ -8,6 +8,7 @@
 #include "app/qttranslations.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QAction>
@@ -25,6 +26,9 @@
 #include <QToolButton>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -129,8 +133,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("C"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        test::showExposed(window);
         const QList<QStringList> expected = {
             {"Kola", "Справка за кола", "mnuSprKola"},
             {"Per", "Справка за период", "mnuSprPer"},
@@ -307,15 +310,13 @@ private slots:
         const QRect placed(150, 120, 800, 500);
         {
             FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-            window.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            test::showExposed(window);
             window.setGeometry(placed);
             window.close();
         }
         for (int start = 1; start <= 3; ++start) {
             FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-            window.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            test::showExposed(window);
             QCOMPARE(window.geometry(), placed);
             window.close();
         }
@@ -327,8 +328,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        test::showActive(window);
         window.menuAction(QStringLiteral("mnuViewToolbar"))->trigger();
         window.menuAction(QStringLiteral("mnuViewStatusBar"))->trigger();
         auto *toolbar = window.findChild<QToolBar *>(QStringLiteral("tbToolBar"));
@@ -465,12 +465,10 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        test::showActive(window);
         messages.answers = {false};
         QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked.first().text, QStringLiteral("Да изляза ли от програмата?"));
+        QCOMPARE(onlyText(messages.asked), QStringLiteral("Да изляза ли от програмата?"));
         QVERIFY(window.isVisible());
         messages.answers = {true};
         QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
@@ -526,8 +524,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        test::showActive(window);
         QTest::keyClick(&window, Qt::Key_F1);
         QCOMPARE(window.shownHelpTopic(), helpContentsTopic);
 

@@ -9,6 +9,7 @@
 #include "app/users.h"
 #include "core/textcheck.h"
 #include "data/sqlerror.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -20,6 +21,9 @@
 #include <limits>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -343,8 +347,7 @@ private slots:
         screen.findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->setText(password);
         screen.findChild<QLineEdit *>(QStringLiteral("txtFields_2"))->setText(QStringLiteral("C"));
         QVERIFY(!screen.recordForm()->update());
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("   ВНИМАНИЕ!"));
+        QCOMPARE(onlyTitle(messages.shown), QStringLiteral("   ВНИМАНИЕ!"));
         QCOMPARE(messages.shown[0].text.section(QLatin1Char('\n'), 0, 0), fault);
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
         QSqlQuery count(scratch.db());

@@ -2,6 +2,7 @@
 #include "attestation/dai.h"
 #include "forms/messageservice.h"
 #include "reports/reportpreview.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QCheckBox>
@@ -13,6 +14,9 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -209,8 +213,7 @@ private slots:
     void aPeriodBoxTurnsIntoItsTextOnLeaving()
     {
         DAI &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         auto *from = child<QLineEdit>(screen, "Text1_0");
         from->setFocus();
         from->setText(QStringLiteral("1 март 2026"));
@@ -230,8 +233,7 @@ private slots:
     void theHoursOfThePeriodAreTyped()
     {
         DAI &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         auto *hour = child<QLineEdit>(screen, "txtHour_1");
         auto *to = child<QLineEdit>(screen, "Text1_1");
         hour->setFocus();
@@ -345,8 +347,7 @@ private slots:
     {
         QVERIFY(scratch->exec(QStringLiteral("DELETE FROM shof")));
         open();
-        QCOMPARE(messages->shown.size(), 1);
-        QCOMPARE(messages->shown.first().text, QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
+        QCOMPARE(onlyText(messages->shown), QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
     }
 };
 

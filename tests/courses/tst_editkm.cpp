@@ -3,6 +3,7 @@
 #include "courses/coursestore.h"
 #include "courses/editkm.h"
 #include "coursesfixture.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QSqlError>
@@ -11,6 +12,9 @@
 #include <QTableView>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -92,8 +96,7 @@ private slots:
         QVERIFY(fill(scratch.db()));
         QVERIFY(test::addBands(scratch));
         EditKM screen(truck, march, scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         QTableView *grid = screen.grid();
         grid->setCurrentIndex(screen.model()->index(1, 4));  // София - Перник, Км
@@ -203,8 +206,7 @@ private slots:
         EditKM screen(truck, march, scratch.db());
         screen.setEditingAllowed(true);
         QVERIFY(!screen.model()->setData(screen.model()->index(1, column), typed));
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ГРЕШКА при запис!"));
         QVERIFY(messages.shown.first().text.section(QLatin1Char('\n'), 0, 0).contains(QStringLiteral("извън разрешените граници")));
         const QSqlRecord course = courseOf(scratch.db(), QStringLiteral("София - Перник"));
         QCOMPARE(course.value(QStringLiteral("km")).toDouble(), 1.0);

@@ -8,6 +8,7 @@
 #include "coursesfixture.h"
 #include "core/currency.h"
 #include "forms/recordform.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QCheckBox>
@@ -24,6 +25,7 @@
 using namespace zarek;
 using zarek::test::rowsText;
 using zarek::test::scalar;
+using namespace zarek::test;
 
 namespace {
 
@@ -55,60 +57,18 @@ void addCourse(QSqlDatabase db, const QString &kola, const QString &date)
     QVERIFY(CourseStore(db).save(entry, {}, {commandDay().changeover, QDate(2026, 1, 1)}).ok());
 }
 
-// The editor shown and active: for new courses, or on the courses of СА 1234 ВК in a period.
-void show(QWidget &screen)
-{
-    screen.show();
-    QVERIFY(QTest::qWaitForWindowActive(&screen));
-}
+// The editor on new courses, or on the courses of СА 1234 ВК in a period.
 const QString sa1234 = QStringLiteral("СА 1234 ВК");
 const Period february{QDate(2026, 2, 1), QDate(2026, 2, 28)};
 
-template <typename T = QWidget>
-T *child(QWidget &w, const QString &name)
-{
-    return w.findChild<T *>(name);
-}
-
 QLineEdit *field(QWidget &w, int index) { return child<QLineEdit>(w, QStringLiteral("txtFields_%1").arg(index)); }
 QComboBox *combo(QWidget &w, int index) { return child<QComboBox>(w, QStringLiteral("Combo%1").arg(index)); }
-QPushButton *button(QWidget &w, const char *name) { return child<QPushButton>(w, QString::fromLatin1(name)); }
 QString sum(QWidget &w, int index) { return child<QLabel>(w, QStringLiteral("lblLabels_%1").arg(index))->text(); }
 // The gross, the percentage and the net shown.
 QString sums(QWidget &w) { return QStringList{sum(w, 15), sum(w, 16), sum(w, 17)}.join(QLatin1Char('|')); }
 QLineEdit *rateBox(QWidget &w) { return child<QLineEdit>(w, QStringLiteral("txtTarifa")); }
 QCheckBox *invoiced(QWidget &w) { return child<QCheckBox>(w, QStringLiteral("Check1")); }
 
-// Types into the box that has the focus, as the keyboard would (Cyrillic included).
-void type(const QString &text)
-{
-    for (const QChar c : text)
-        QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_unknown, QString(c), Qt::NoModifier);
-}
-
-// A key goes to an open list first, as a keyboard's would.
-void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    QWidget *popup = QApplication::activePopupWidget();
-    QTest::keyClick(popup ? popup : QApplication::focusWidget(), key, modifiers);
-    QCoreApplication::processEvents();  // the whole text of a box entered is selected a moment later
-}
-
-QStringList items(QComboBox *box)
-{
-    QStringList list;
-    for (int i = 0; i < box->count(); ++i)
-        list.append(box->itemText(i));
-    return list;
-}
-
-QStringList titles(const RecordingMessageService &messages)
-{
-    QStringList list;
-    for (const UserMessage &m : messages.shown)
-        list.append(m.title + QLatin1Char('|') + m.text);
-    return list;
-}
 
 // Fills the boxes of a new course directly (the checks are what is tested, not the typing).
 void fillNewCourse(Kurs &screen, const QString &nomFakt = QStringLiteral("0000000000"),
@@ -140,6 +100,16 @@ void fillNewCourse(Kurs &screen, const QString &nomFakt = QStringLiteral("000000
     prepare(scratch, {__VA_ARGS__});          \
     RecordingMessageService messages;         \
     Kurs screen(scratch.db(), sa1234, february)
+// A course of 30.12.2025 in leva, the tariff bands changed by the SET clause given, the books past
+// the changeover of 01.01.2026, and the editor shown (new courses, or as the arguments open it).
+#define AFTER_THE_CHANGEOVER(screen, tariffs, ...)                                              \
+    ZAREK_SCRATCH_DB(scratch);                                                                  \
+    prepare(scratch, {"СА 1234 ВК 30.12.2025"});                                                \
+    QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET " tariffs)));                        \
+    ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});              \
+    RecordingMessageService messages;                                                           \
+    Kurs screen(scratch.db() __VA_OPT__(, ) __VA_ARGS__);                                       \
+    showActive(screen)
 
 class KursTest : public QObject {
     Q_OBJECT
@@ -151,7 +121,7 @@ private slots:
     void aCourseEnteredFromTheKeyboardIsStoredPricedWithItsExpense()
     {
         ENTERING_COURSES(screen);
-        show(screen);
+        showActive(screen);
         QCOMPARE(screen.windowTitle().endsWith(QStringLiteral(" - Нов курс")), true);
         QCOMPARE(QApplication::focusWidget(), combo(screen, 5));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("Нов курс"));
@@ -191,7 +161,7 @@ private slots:
         press(Qt::Key_Return);
 
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Browsing);
-        QCOMPARE(titles(messages), QStringList(1, QStringLiteral("ВНИМАНИЕ!|") + emptyList));  // once for the four lists
+        QCOMPARE(test::titled(messages.shown), QStringList(1, QStringLiteral("ВНИМАНИЕ!|") + emptyList));  // once for the four lists
         QCOMPARE(rowsText(scratch.db(), "SELECT kod, kola, Marsh, Klient, Tovar, bruto, procent, neto, Tarifa, data FROM tabl"),
                  QStringLiteral("007|СА 1234 ВК|София - Перник|Д'Аргос ООД|Пясък|31.25|0.94|30.31|0.125|2026-03-05"));
         QCOMPARE(rowsText(scratch.db(), "SELECT Name, DocVid, Suma, VidKol FROM Sklad"),
@@ -217,7 +187,7 @@ private slots:
     {
         QTest::addColumn<QString>("km");
         QTest::addColumn<QString>("rate");
-        QTest::addColumn<int>("messages");
+        QTest::addColumn<int>("told");
         QTest::newRow("0 from the preset") << "0" << "0,350" << 0;
         QTest::newRow("20 the first band") << "20" << "0,350" << 0;
         QTest::newRow("20,5 the second band") << "20,5" << "0,125" << 0;
@@ -230,21 +200,18 @@ private slots:
     {
         QFETCH(QString, km);
         QFETCH(QString, rate);
-        QFETCH(int, messages);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch, {"СА 1234 ВК 01.02.2026"});
-        RecordingMessageService shown;
-        Kurs screen(scratch.db());
-        show(screen);
+        QFETCH(int, told);
+        ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
+        showActive(screen);
         auto *tarifa = rateBox(screen);
         tarifa->setText(QStringLiteral("9,999"));
         field(screen, 4)->setFocus();
         field(screen, 4)->setText(km);
         press(Qt::Key_Tab);
         QCOMPARE(tarifa->text(), rate);
-        QCOMPARE(shown.shown.size(), messages);
-        if (messages)
-            QCOMPARE(shown.shown.first().text, QStringLiteral("Километрите не са число!\nМоля, въведете километрите на курса"));
+        QCOMPARE(messages.shown.size(), told);
+        if (told)
+            QCOMPARE(messages.shown.first().text, QStringLiteral("Километрите не са число!\nМоля, въведете километрите на курса"));
     }
 
     // The first failing check stops the save with its box; the row stays open as typed.
@@ -266,11 +233,10 @@ private slots:
         QFETCH(QString, date);
         QFETCH(QString, message);
         ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        show(screen);
+        showActive(screen);
         fillNewCourse(screen, nomFakt, date);
         QVERIFY(!screen.recordForm()->update());
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().text, message);
+        QCOMPARE(onlyText(messages.shown), message);
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
         QCOMPARE(field(screen, 2)->text(), nomFakt);
         QCOMPARE(rowsText(scratch.db(), "SELECT (SELECT COUNT(*) FROM tabl), (SELECT COUNT(*) FROM Sklad)"), "1|1");
@@ -306,8 +272,7 @@ private slots:
         QVERIFY(db.commit());
         RecordingMessageService messages;
         Kurs screen(db);
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        showActive(screen);
         RecordForm *form = screen.recordForm();
         // Another workstation's course of the same driver, after the editor opened.
         addCourse(db, QStringLiteral("РК 5678 ВС"), QStringLiteral("04.03.2026"));
@@ -337,7 +302,7 @@ private slots:
     void aCorrectionIsPricedAgainAndAddsAnExpenseRow()
     {
         CORRECTING_COURSES(screen, "СА 1234 ВК 01.02.2026", "СА 1234 ВК 03.02.2026 0,2", "РК 5678 ВС 02.02.2026", "СА 1234 ВК 01.03.2026");
-        show(screen);
+        showActive(screen);
         QVERIFY(screen.windowTitle().endsWith(QStringLiteral(" - Корекция курс")));
         RecordForm *form = screen.recordForm();
         QCOMPARE(form->rowCount(), 2);
@@ -493,7 +458,7 @@ private slots:
     void cancelInNewCourseEntryCloses()
     {
         ENTERING_COURSES(screen);
-        show(screen);
+        showActive(screen);
         combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
         messages.answers = {false};
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
@@ -554,7 +519,7 @@ private slots:
     void ctrlApostropheRepeatsTheLastSavedCoursesBox()
     {
         ENTERING_COURSES(screen);
-        show(screen);
+        showActive(screen);
         field(screen, 1)->setFocus();
         QTest::keyClick(field(screen, 1), Qt::Key_Apostrophe, Qt::ControlModifier);
         QCOMPARE(field(screen, 1)->text(), QString());  // nothing saved yet in this opening
@@ -598,8 +563,7 @@ private slots:
         QVERIFY(scratch.exec(QStringLiteral("UPDATE tabl SET ton = 99, row_version = row_version + 1")));
         field(screen, 12)->setText(QStringLiteral("20"));
         QVERIFY(!screen.recordForm()->update());
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ГРЕШКА при запис!"));
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Editing);
         QCOMPARE(rowsText(scratch.db(), "SELECT ton, (SELECT COUNT(*) FROM Sklad) FROM tabl"), "99|1");
     }
@@ -608,13 +572,7 @@ private slots:
     // (its band's rate taken back into leva), a course of a euro day in euro, each with its unit.
     void aLevaCourseCorrectedAfterTheChangeoverIsPricedInLeva()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch, {"СА 1234 ВК 30.12.2025"});
-        QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20\" = 0.17895216, \"Trf_20-30\" = 0.06391149")));
-        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
-        RecordingMessageService messages;
-        Kurs screen(scratch.db(), sa1234, {QDate(2025, 12, 1), QDate(2025, 12, 31)});
-        show(screen);
+        AFTER_THE_CHANGEOVER(screen, "\"Trf_20\" = 0.17895216, \"Trf_20-30\" = 0.06391149", sa1234, {QDate(2025, 12, 1), QDate(2025, 12, 31)});
         QCOMPARE(sum(screen, 2), QStringLiteral("лв."));
         screen.recordForm()->edit();
         auto *tarifa = rateBox(screen);
@@ -631,13 +589,7 @@ private slots:
 
     void aCourseOfAEuroDayIsPricedWithTheEuroBand()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch, {"СА 1234 ВК 30.12.2025"});
-        QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20-30\" = 0.06391149")));
-        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        show(screen);
+        AFTER_THE_CHANGEOVER(screen, "\"Trf_20-30\" = 0.06391149");
         fillNewCourse(screen, QStringLiteral("0000000000"), QStringLiteral("05.01.2026"));
         field(screen, 1)->setFocus();
         field(screen, 4)->setFocus();  // leaving the date shows its unit
@@ -656,7 +608,7 @@ private slots:
     void aNewDatabaseSaysOnceThatTheListsAreEmpty()
     {
         ENTERING_COURSES(screen);
-        QCOMPARE(titles(messages), QStringList{QStringLiteral("ВНИМАНИЕ!|") + emptyList});
+        QCOMPARE(test::titled(messages.shown), QStringList{QStringLiteral("ВНИМАНИЕ!|") + emptyList});
     }
 
     // A driver typed as his code and left with Tab is the list's entry; it failed at the save
@@ -675,7 +627,7 @@ private slots:
         QFETCH(QString, typed);
         QFETCH(QString, shown);
         ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        show(screen);
+        showActive(screen);
         fillNewCourse(screen);
         combo(screen, 5)->setEditText(QString());
         combo(screen, 5)->setFocus();
@@ -706,13 +658,7 @@ private slots:
         QFETCH(QString, savedDate);
         QFETCH(double, rate);
         QFETCH(double, bruto);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch, {"СА 1234 ВК 30.12.2025"});
-        QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
-        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        show(screen);
+        AFTER_THE_CHANGEOVER(screen, "\"Trf_50-100\" = 0.07158086");
         fillNewCourse(screen, QStringLiteral("0000000000"), firstDate);
         rateBox(screen)->clear();
         field(screen, 4)->setText(QStringLiteral("100"));
@@ -743,13 +689,7 @@ private slots:
         QFETCH(bool, answer);
         QFETCH(bool, ctrlEnter);
         QFETCH(double, rate);
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch, {"СА 1234 ВК 30.12.2025"});
-        QVERIFY(scratch.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_50-100\" = 0.07158086")));
-        ScopedCommandDay books({Changeover{QDate(2026, 1, 1)}, QDate::currentDate()});
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        show(screen);
+        AFTER_THE_CHANGEOVER(screen, "\"Trf_50-100\" = 0.07158086");
         fillNewCourse(screen, QStringLiteral("0000000000"), QStringLiteral("15.11.2026"));
         field(screen, 4)->setText(QStringLiteral("100"));
         auto *tarifa = rateBox(screen);
@@ -763,9 +703,7 @@ private slots:
             press(Qt::Key_Return, Qt::ControlModifier);
         else
             press(Qt::Key_Tab);
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.asked.first().text,
-                 QStringLiteral("Тарифата 0,2 е въведена ръчно за курс в евро, а курсът от 15.11.2025 е в лева!\n"
+        QCOMPARE(onlyText(messages.asked), QStringLiteral("Тарифата 0,2 е въведена ръчно за курс в евро, а курсът от 15.11.2025 е в лева!\n"
                                 "Да се вземе ли тарифата в лева 0,140?"));
         if (!ctrlEnter)
             QVERIFY(screen.recordForm()->update());
@@ -800,7 +738,7 @@ private slots:
                                             "neto = 32.33, NomFakt = '0000000001', Fakt = TRUE")));
         RecordingMessageService messages;
         Kurs screen(scratch.db(), sa1234, february);
-        show(screen);
+        showActive(screen);
         screen.recordForm()->edit();
         auto *target = child(screen, box);
         target->setFocus();
@@ -817,9 +755,7 @@ private slots:
         const QSqlDatabase db = scratch.db();
         QCOMPARE(rowsText(db, "SELECT bruto, neto, Tarifa FROM tabl"), "33.33|32.33|0.3333");
         if (refused) {
-            QCOMPARE(messages.shown.size(), 1);
-            QCOMPARE(messages.shown.first().text,
-                     QStringLiteral("Курсът е по фактура № 0000000001: тонаж, километри, тарифа, сума и клиент не се "
+            QCOMPARE(onlyText(messages.shown), QStringLiteral("Курсът е по фактура № 0000000001: тонаж, километри, тарифа, сума и клиент не се "
                                     "променят!\nМоля, първо махнете курса от фактурата с \"Корекция фактури\"! "
                                     "Маршрут и товар може да се поправят."));
             QCOMPARE(screen.recordForm()->state(), RecordForm::State::Editing);
@@ -858,7 +794,7 @@ private slots:
         WidgetMessageService boxes;
         MessageService::setInstance(&boxes);
         Kurs screen(scratch.db());
-        show(screen);
+        showActive(screen);
         combo(screen, 2)->setFocus();
         combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
         QString question;
@@ -893,7 +829,7 @@ private slots:
     {
         QFETCH(QString, blank);
         ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        show(screen);
+        showActive(screen);
         fillNewCourse(screen);
         if (auto *c = child<QComboBox>(screen, blank))
             c->setEditText(QString());
@@ -909,7 +845,7 @@ private slots:
     void typingOnABrowsedCourseSaysHowToCorrectIt()
     {
         CORRECTING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        show(screen);
+        showActive(screen);
         button(screen, "cmdEdit")->setFocus();
         type(QStringLiteral("1"));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("За корекция натиснете \"Поправи\""));
@@ -932,8 +868,7 @@ private slots:
         RecordingMessageService messages;
         {
             Kurs screen(scratch.db());
-            screen.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&screen));
+            test::showExposed(screen);
             fillNewCourse(screen);
             QCoreApplication::processEvents();
             screen.grab().save(dir + QStringLiteral("/kurs-new-entering.png"));
@@ -942,8 +877,7 @@ private slots:
             screen.grab().save(dir + QStringLiteral("/kurs-new-browsing.png"));
         }
         Kurs screen(scratch.db(), sa1234, february);
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         screen.recordForm()->next();
         QCoreApplication::processEvents();
         screen.grab().save(dir + QStringLiteral("/kurs-edit-browsing.png"));

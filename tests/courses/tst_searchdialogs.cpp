@@ -4,6 +4,7 @@
 #include "courses/diaseekalt.h"
 #include "courses/searchlists.h"
 #include "core/textcheck.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -14,6 +15,9 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -64,6 +68,16 @@ QString lastText(const RecordingMessageService &messages)
 
 }
 
+// A fresh database of the current engine, with the sample courses unless "empty", and the
+// messages recorded.
+#define SEARCH_SAMPLE()                   \
+    ZAREK_SCRATCH_DB(scratch);            \
+    fillSample(scratch);                  \
+    RecordingMessageService messages
+#define SEARCH_EMPTY()                    \
+    ZAREK_SCRATCH_DB(scratch);            \
+    RecordingMessageService messages
+
 Q_DECLARE_METATYPE(zarek::SearchMode)
 
 class SearchDialogsTest : public QObject {
@@ -73,9 +87,7 @@ private slots:
 
     void aTruckSearchGivesTheTruckAndThePeriod()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeek dialog(SearchMode::Kola, scratch.db());
         QCOMPARE(child<QComboBox>(dialog, "Combo1")->count(), 2);
         QCOMPARE(child<QComboBox>(dialog, "Combo1")->currentText(), QStringLiteral("РВ 5678 ТМ"));
@@ -106,9 +118,7 @@ private slots:
     {
         QFETCH(QString, dialogName);
         QFETCH(QStringList, order);
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         std::unique_ptr<SearchDialog> dialog;
         if (dialogName == QLatin1String("DiaSeek"))
             dialog = std::make_unique<DiaSeek>(SearchMode::Kola, scratch.db());
@@ -140,8 +150,7 @@ private slots:
         auto *combo = child<QComboBox>(*dialog, "Combo1");
         QCOMPARE(QApplication::focusWidget(), combo);
         combo->lineEdit()->selectAll();
-        for (const QChar c : QStringLiteral("СА 1234 ВК"))
-            QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_unknown, QString(c), Qt::NoModifier);
+        test::type(QStringLiteral("СА 1234 ВК"));
         if (QWidget *popup = QApplication::activePopupWidget())
             QTest::keyClick(popup, Qt::Key_Escape);
         QTest::keyClick(combo, Qt::Key_Return);
@@ -173,9 +182,7 @@ private slots:
         QFETCH(SearchMode, mode);
         QFETCH(QString, typed);
         QFETCH(QString, message);
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeek dialog(mode, scratch.db());
         setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         child<QComboBox>(dialog, "Combo1")->setEditText(typed);
@@ -198,12 +205,10 @@ private slots:
     }
     void periodChecksKeepTheDialogOpen()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
         QFETCH(QString, from);
         QFETCH(QString, to);
         QFETCH(QString, message);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         for (SearchMode mode : {SearchMode::Kola, SearchMode::All}) {
             DiaSeek dialog(mode, scratch.db());
             setPeriod(dialog, from, to);
@@ -221,9 +226,7 @@ private slots:
 
     void invoicesAndStockAskNoPeriod()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeek invoices(SearchMode::EditFakt, scratch.db());
         QVERIFY(!child<QLineEdit>(invoices, "Text1_0")->isEnabled());
         QVERIFY(!child<QLineEdit>(invoices, "Text1_1")->isEnabled());
@@ -246,8 +249,7 @@ private slots:
 
     void allModeNeedsOnlyThePeriod()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        SEARCH_EMPTY();
         DiaSeek dialog(SearchMode::All, scratch.db());
         QVERIFY(!child<QComboBox>(dialog, "Combo1")->isEnabled());
         QVERIFY(messages.shown.isEmpty());  // no list, so no empty-list message
@@ -287,10 +289,7 @@ private slots:
         else
             dialog = std::make_unique<DiaSeek>(mode, scratch.db());
         QComboBox *trucks = child<QComboBox>(*dialog, seekAll ? "Combo2" : "Combo1");
-        QStringList offered;
-        for (int i = 0; i < trucks->count(); ++i)
-            offered << trucks->itemText(i);
-        QCOMPARE(offered, fleet);
+        QCOMPARE(test::items(trucks), fleet);
         setPeriod(*dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         trucks->setEditText(QStringLiteral("РК 2222 ВВ"));
         clickSearch(*dialog);
@@ -308,9 +307,7 @@ private slots:
     void everyTruckIsZeroWhereItIsOffered()
     {
         QFETCH(bool, offered);
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeek dialog(SearchMode::Kola, scratch.db());
         if (offered)
             dialog.offerEveryTruck();
@@ -330,8 +327,7 @@ private slots:
 
     void anEmptyListIsTold()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        SEARCH_EMPTY();
         DiaSeek dialog(SearchMode::Klients, scratch.db());
         QCOMPARE(lastText(messages), QStringLiteral("Липсват данните за списъка!"));
         setPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
@@ -342,9 +338,7 @@ private slots:
 
     void aDriverIsSplitAtTheComma()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeek dialog(SearchMode::Driver, scratch.db());
         setPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(child<QComboBox>(dialog, "Combo1")->currentText(), QStringLiteral("001,Иван Петров"));
@@ -360,9 +354,7 @@ private slots:
 
     void theAlternativeSearchTellsItsChoice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeekAlt all(SearchMode::All, scratch.db());
         QVERIFY(child<QRadioButton>(all, "Option1")->isChecked());
         QCOMPARE(child<QRadioButton>(all, "Option2")->text(), QStringLiteral("Фактурирани"));
@@ -400,13 +392,11 @@ private slots:
     }
     void theInvoicingSearchChecksClientAndTruck()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
         QFETCH(QString, klient);
         QFETCH(QString, kola);
         QFETCH(QString, message);
         QFETCH(QString, seekKola);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeekAll dialog(SearchMode::FaktNew, scratch.db());
         QCOMPARE(child<QComboBox>(dialog, "Combo2")->currentText(), QStringLiteral("ааа"));
         setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
@@ -423,9 +413,7 @@ private slots:
 
     void blankRouteAndCargoAreNoCondition()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeekAll first(SearchMode::FaktNew, scratch.db());
         setPeriod(first, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         child<QComboBox>(first, "Combo2")->setEditText(QString());
@@ -447,9 +435,7 @@ private slots:
     // The truck box starts empty (all trucks): the design text "ааа" taken as a truck emptied the list.
     void warehouseExpensesTakeTheTruckUnchecked()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeekAll dialog(SearchMode::SkladPRN, scratch.db());
         QVERIFY(!child<QComboBox>(dialog, "Combo1")->isEnabled());
         QVERIFY(!child<QLineEdit>(dialog, "Text2")->isEnabled());
@@ -470,8 +456,7 @@ private slots:
 
     void noCoursesAtAllIsToldOnOpening()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        SEARCH_EMPTY();
         DiaSeekAll dialog(SearchMode::FaktNew, scratch.db());
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(lastText(messages), QStringLiteral("Няма въведени курсове в компютъра!"));
@@ -479,24 +464,19 @@ private slots:
 
     void aControlCharacterInASearchBoxIsRefused()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeek dialog(SearchMode::Kola, scratch.db());
         setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         child<QComboBox>(dialog, "Combo1")->setEditText(QStringLiteral("РВ 5678") + QChar(u'\0') + QStringLiteral("ТМ"));
         clickSearch(dialog);
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].text, controlCharacterMessage(QString()).text);
+        QCOMPARE(onlyText(messages.shown), controlCharacterMessage(QString()).text);
         QVERIFY(!dialog.SeekOk());
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
     }
 
     void cancellingIsToldAsNoConditions()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         DiaSeek dialog(SearchMode::Kola, scratch.db());
         setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         child<QPushButton>(dialog, "CancelButton")->click();
@@ -511,9 +491,7 @@ private slots:
         const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
         if (dir.isEmpty())
             QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the dialogs");
-        ZAREK_SCRATCH_DB(scratch);
-        fillSample(scratch);
-        RecordingMessageService messages;
+        SEARCH_SAMPLE();
         const auto save = [&](QDialog &dialog, const QString &title, const QString &name) {
             dialog.setWindowTitle(title);
             dialog.show();

@@ -10,6 +10,7 @@
 #include "reports/reportlayout.h"
 #include "reports/reportrenderer.h"
 #include "documents/documentkinds.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QCheckBox>
@@ -26,6 +27,10 @@
 #include <QTemporaryDir>
 
 using namespace zarek;
+using zarek::test::button;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 using namespace zarek::documents;
 
 namespace {
@@ -70,11 +75,6 @@ void keepPicture(QWidget &widget, const QString &name)
         return;
     QFETCH_GLOBAL(QString, engine);
     widget.grab().save(folder + QLatin1Char('/') + name + QLatin1Char('-') + engine + QStringLiteral(".png"));
-}
-
-QPushButton *button(QWidget &w, const char *name)
-{
-    return w.findChild<QPushButton *>(QString::fromLatin1(name));
 }
 
 }
@@ -145,8 +145,7 @@ private slots:
         screen.show();
         QVERIFY(screen.showDocument(saved[0].id));
         QVERIFY(!screen.attachScanFile(big));
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ВНИМАНИЕ!"));
+        QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ВНИМАНИЕ!"));
         QVERIFY(messages.shown.first().text.contains(QStringLiteral("10,0 MB")));
         QCOMPARE(test::scalar(scratch.db(), "SELECT COUNT(*) FROM DokScan").toInt(), 0);
 

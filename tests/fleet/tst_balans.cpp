@@ -7,6 +7,7 @@
 #include "forms/messageservice.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QLabel>
@@ -342,8 +343,7 @@ private slots:
         };
         QCOMPARE(laidOutLines(screen.waybillReport(2)), expected);
 
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         screen.grid()->setCurrentIndex(screen.model()->index(1, 1));
         ReportPreview *shown = nullptr;
@@ -385,8 +385,7 @@ private slots:
         QFETCH(int, key);
         QFETCH(int, modifiers);
         Balans &screen = open(BalansMode::Profit);
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         screen.grid()->setCurrentIndex(screen.model()->index(start, 1));
         QTest::keyClick(screen.grid(), Qt::Key(key), Qt::KeyboardModifiers(modifiers));

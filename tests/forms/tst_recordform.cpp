@@ -2,6 +2,7 @@
 #include "forms/messageservice.h"
 #include "courses/coursestore.h"
 #include "forms/recordform.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QCheckBox>
@@ -14,6 +15,9 @@
 #include <QTimer>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -61,8 +65,7 @@ struct StockScreen {
     QString name() const { return boxes[2]->text(); }
     void show()
     {
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        test::showExposed(window);
     }
     void key(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
@@ -271,9 +274,7 @@ private slots:
         RecordingMessageService messages;
         StockScreen screen(scratch.db());
         screen.button(qPrintable(press))->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, caption);
-        QCOMPARE(messages.shown[0].text, QStringLiteral("3021:Няма текущ запис."));
+        QCOMPARE(onlyOne(messages.shown), caption + QLatin1Char('|') + QStringLiteral("3021:Няма текущ запис."));
         QVERIFY(messages.asked.isEmpty());
         QCOMPARE(screen.form->state(), RecordForm::State::Browsing);
     }
@@ -313,8 +314,7 @@ private slots:
     void typingInAShownRowStartsItsCorrection()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         screen.form->next();
         screen.boxes[3]->setFocus();
         QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("17"));
@@ -332,8 +332,7 @@ private slots:
     void aKeyOnTheStripSaysHowToStart()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         screen.button("cmdDelete")->setFocus();
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_A);
         QCOMPARE(screen.status(), QStringLiteral("За корекция натиснете \"Поправи\", за нов запис \"Добави\""));
@@ -349,8 +348,7 @@ private slots:
     void afterASaveTheFocusIsNotOnClose()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         screen.button("cmdEdit")->click();
         screen.boxes[2]->setText(QStringLiteral("Нов артикул"));
         screen.button("cmdUpdate")->setFocus();
@@ -367,8 +365,7 @@ private slots:
     void aRefusedValuePutsTheCursorInItsBox()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         screen.button("cmdEdit")->click();
         screen.boxes[3]->setText(QStringLiteral("две"));
         screen.button("cmdUpdate")->setFocus();
@@ -387,8 +384,7 @@ private slots:
         WidgetMessageService boxes;
         MessageService::setInstance(&boxes);
         StockScreen screen(scratch.db());
-        screen.window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen.window));
+        test::showActive(screen.window);
         QStringList asked;
         QTimer answer;
         answer.setInterval(20);
@@ -459,9 +455,7 @@ private slots:
         screen.combo->setEditText(QString());
         screen.boxes[3]->setText(QStringLiteral("7"));
         screen.button("cmdUpdate")->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при запис!"));
-        QCOMPARE(messages.shown[0].text, QStringLiteral("Няма вид!\nМоля, въведете вид."));
+        QCOMPARE(onlyOne(messages.shown), QStringLiteral("ГРЕШКА при запис!|Няма вид!\nМоля, въведете вид."));
         QCOMPARE(screen.form->state(), RecordForm::State::Adding);
         QCOMPARE(screen.boxes[3]->text(), QStringLiteral("7"));
         QVERIFY(!screen.button("cmdUpdate")->isHidden());
@@ -486,8 +480,7 @@ private slots:
         typo->setProperty(RecordForm::columnProperty, QStringLiteral("Nmae"));
         QVERIFY(!form->bindColumns(&window));
         QVERIFY(!form->open());
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при зареждане!"));
+        QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ГРЕШКА при зареждане!"));
         QVERIFY(messages.shown[0].text.contains(QStringLiteral("txtFields_1")));
         QCOMPARE(form->rowCount(), 0);
         QVERIFY(name->text().isEmpty());
@@ -526,10 +519,8 @@ private slots:
         screen.button("cmdEdit")->click();
         screen.boxes[3]->setText(QStringLiteral("дванадесет"));
         screen.button("cmdUpdate")->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при запис!"));
-        QCOMPARE(messages.shown[0].text,
-                 QStringLiteral("\"дванадесет\" не е число!\nМоля, въведете число в поле \"Кол.\"."));
+        QCOMPARE(onlyOne(messages.shown),
+                 QStringLiteral("ГРЕШКА при запис!|\"дванадесет\" не е число!\nМоля, въведете число в поле \"Кол.\"."));
         QCOMPARE(screen.form->state(), RecordForm::State::Editing);
         QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 1'")).toDouble(), 1.0);
     }
@@ -648,9 +639,7 @@ private slots:
         screen.show();
         screen.form->next();
         screen.form->next();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при преместване!"));
-        QCOMPARE(messages.shown[0].text, QStringLiteral("94:Невалидно използване на Null"));
+        QCOMPARE(onlyOne(messages.shown), QStringLiteral("ГРЕШКА при преместване!|94:Невалидно използване на Null"));
         QCOMPARE(screen.form->currentIndex(), 2);
 
         QTest::mouseClick(screen.boxes[2], Qt::LeftButton);  // a click starts the correction

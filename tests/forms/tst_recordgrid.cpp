@@ -1,5 +1,6 @@
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QFormLayout>
@@ -11,6 +12,8 @@
 #include <QTableView>
 
 using namespace zarek;
+using zarek::test::press;
+using zarek::test::type;
 
 namespace {
 
@@ -59,8 +62,7 @@ struct LinesScreen {
 
     void show()
     {
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        test::showActive(window);
     }
     QStringList lines() const
     {
@@ -86,18 +88,6 @@ void addLine(QSqlDatabase db, const QString &document, const QString &route, dou
     query.addBindValue(route);
     query.addBindValue(km);
     QVERIFY(query.exec());
-}
-
-void type(const QString &text)
-{
-    for (const QChar c : text)
-        QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_unknown, QString(c), Qt::NoModifier);
-}
-
-void press(Qt::Key key)
-{
-    QTest::keyClick(QApplication::focusWidget(), key);
-    QCoreApplication::processEvents();
 }
 
 }

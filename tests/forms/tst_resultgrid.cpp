@@ -1,5 +1,6 @@
 #include "forms/messageservice.h"
 #include "forms/resultgridscreen.h"
+#include "screendriver.h"
 
 #include <QHeaderView>
 #include <QPushButton>
@@ -10,6 +11,9 @@
 #include <QtTest>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -150,8 +154,7 @@ private slots:
     {
         ResultGridScreen screen(fakturaConfig());
         screen.setRows(courses());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         QTRY_VERIFY(screen.grid()->hasFocus());
     }
@@ -202,8 +205,7 @@ private slots:
         press(screen.grid(), Qt::Key_Space);
         QVERIFY(!screen.model()->isMarked(0));
         QVERIFY(!screen.changed());
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ГРЕШКА при запис!"));
     }
 
     void editingIsSwitchedByTheKeys_data()
@@ -225,8 +227,7 @@ private slots:
             written.append(QStringLiteral("%1 %2 %3").arg(row).arg(field, value.toString()));
             return std::optional<UserMessage>();
         });
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         QTableView *grid = screen.grid();
         grid->setCurrentIndex(screen.model()->index(0, 4));
@@ -302,11 +303,8 @@ private slots:
         ResultGridScreen screen(fakturaConfig());
         RowSet none(courses().columns());
         screen.setRows(none);
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ВНИМАНИЕ!"));
-        QCOMPARE(messages.shown.first().text, QStringLiteral("Няма курсове за фактуриране!"));
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        QCOMPARE(onlyOne(messages.shown), QStringLiteral("ВНИМАНИЕ!|Няма курсове за фактуриране!"));
+        test::showExposed(screen);
         press(screen.grid(), Qt::Key_Space);  // nothing to mark
         QVERIFY(!screen.changed());
         QVERIFY(screen.isVisible());
@@ -343,8 +341,7 @@ private slots:
         int closed = 0;
         screen.settleHook = [&] { return ++attempts >= 2; };
         screen.closeHook = [&](ResultGridScreen &) { ++closed; };
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         screen.close();
         QVERIFY(screen.isVisible());
         QCOMPARE(closed, 0);
@@ -407,8 +404,7 @@ private slots:
         screen.setRows(courses());
         QVariant atClose;
         screen.closeHook = [&](ResultGridScreen &s) { atClose = s.model()->value(0, QStringLiteral("KM")); };
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         screen.grid()->setCurrentIndex(screen.model()->index(0, 4));
         press(screen.grid(), Qt::Key_F4);
@@ -492,8 +488,7 @@ private slots:
         timer.start();
         ResultGridScreen screen(fakturaConfig());
         screen.setRows(rows);
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         const qint64 elapsed = timer.elapsed();
         qInfo("100000 rows shown in %lld ms", elapsed);

@@ -7,6 +7,7 @@
 #include "forms/unsavedwork.h"
 #include "reference/driver.h"
 #include "reference/options.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QAction>
@@ -18,6 +19,7 @@
 #include <QVBoxLayout>
 
 using namespace zarek;
+using zarek::test::button;
 
 // Closing a window that holds typing not yet written asks "Да"/"Не" first, however it is closed;
 // "Не" keeps the window and the typing, "Да" drops the typing and closes.
@@ -25,7 +27,6 @@ using namespace zarek;
 namespace {
 
 QLineEdit *box(QWidget &w, const QString &name) { return w.findChild<QLineEdit *>(name); }
-QPushButton *button(QWidget &w, const char *name) { return w.findChild<QPushButton *>(QString::fromLatin1(name)); }
 
 int count(QSqlDatabase db, const QString &table)
 {
@@ -88,8 +89,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
         Driver screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         button(screen, "cmdAdd")->click();
         box(screen, QStringLiteral("txtFields_2"))->setFocus();
         box(screen, QStringLiteral("txtFields_2"))->setText(QStringLiteral("Иван Петров"));
@@ -115,8 +115,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
         Kurs screen(scratch.db());  // opens on a new course, nothing typed yet
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
         QVERIFY(!screen.isVisible());
@@ -129,8 +128,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
         Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         box(screen, QStringLiteral("txtRazhod"))->setText(QStringLiteral("12,50"));
         messages.answers = {false};
         screen.close();
@@ -149,8 +147,7 @@ private slots:
                                             "0.125, 31.25, 0.94, 30.31, FALSE, '0000000000', FALSE, FALSE)")));
         RecordingMessageService messages;
         Kurs screen(scratch.db(), QStringLiteral("СА 1234 ВК"), {QDate(2026, 2, 1), QDate(2026, 2, 28)});
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         screen.recordForm()->edit();
         QVERIFY(!screen.recordForm()->hasUnsavedChanges());
         screen.findChild<QComboBox *>(QStringLiteral("Combo2"))->setEditText(QStringLiteral("София - Враца"));
@@ -192,8 +189,7 @@ private slots:
             strips[i]->add();
             boxes[i]->setText(QStringLiteral("ново %1").arg(i));
         }
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
+        test::showActive(window);
         messages.answers = {false};
         QVERIFY(!window.close());
         QCOMPARE(messages.asked.size(), 1);
@@ -212,8 +208,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
         Options screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         for (int i = 1; i <= 6; ++i)
             box(screen, QStringLiteral("Text%1").arg(i))->setText(QStringLiteral("0,2"));
         messages.answers = {false};
@@ -236,8 +231,7 @@ private slots:
         form.show();
         form.close();  // nothing changed
         QVERIFY(messages.asked.isEmpty());
-        form.show();
-        QVERIFY(QTest::qWaitForWindowActive(&form));
+        test::showActive(form);
         box(form, QStringLiteral("txtFirmaCity"))->setText(QStringLiteral("Пазарджик"));
         messages.answers = {false};
         button(form, "cmdCancel")->click();
@@ -259,8 +253,7 @@ private slots:
         FrmMain::setSettingsFile(dir.filePath(QStringLiteral("zarek.ini")));
         RecordingMessageService messages;
         FrmMain main(firm(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        main.show();
-        QVERIFY(QTest::qWaitForWindowActive(&main));
+        test::showActive(main);
         main.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
         auto *personal = main.findChild<Personal *>();
         QVERIFY(personal && personal->isVisible());

@@ -4,6 +4,7 @@
 #include "international/sendresive.h"
 #include "international/tripstore.h"
 #include "queryrows.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -18,6 +19,10 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::items;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -64,14 +69,6 @@ QPushButton *button(QWidget &w, const char *name)
 QComboBox *combo(QWidget &w, const char *name) { return w.findChild<QComboBox *>(QString::fromLatin1(name)); }
 
 QString statusText(InsideKurs &screen) { return screen.recordForm()->statusLabel()->text(); }
-
-QStringList items(QComboBox *box)
-{
-    QStringList list;
-    for (int i = 0; i < box->count(); ++i)
-        list.append(box->itemText(i));
-    return list;
-}
 
 // Fills what a save needs: number, date, driver, tractor, trailer.
 void fillRequired(InsideKurs &screen, const QString &number = "37")
@@ -257,8 +254,7 @@ private slots:
         for (int i = 0; i < 5; ++i) {
             messages->shown.clear();
             QVERIFY(!screen.recordForm()->update());
-            QCOMPARE(messages->shown.size(), 1);
-            QCOMPARE(messages->shown.first().title, QStringLiteral("   ВНИМАНИЕ!"));
+            QCOMPARE(onlyTitle(messages->shown), QStringLiteral("   ВНИМАНИЕ!"));
             QCOMPARE(messages->shown.first().text.section('\n', 0, 0), faults[i]);
             QCOMPARE(statusText(screen), QStringLiteral("Нов запис"));
             fill[i]();
@@ -288,8 +284,7 @@ private slots:
         QFETCH(bool, duplicate);
         addTrip(db, "0000000037", agro, hellas);
         InsideKurs &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         button(screen, "cmdAdd")->click();
         screen.field(0)->setFocus();
         screen.field(0)->setText(typed);
@@ -318,8 +313,7 @@ private slots:
     {
         addTrip(db, "0000000037", agro, hellas);
         InsideKurs &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         button(screen, "cmdEdit")->click();
         QCOMPARE(statusText(screen), QStringLiteral("Корекция запис"));
         QCOMPARE(combo(screen, "ComboTruckR")->currentText(), QStringLiteral("РВ 0001 ЕЕ"));

@@ -2,6 +2,7 @@
 #include "forms/recordform.h"
 #include "reference/driver.h"
 #include "reference/driverrules.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QGroupBox>
@@ -11,6 +12,10 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::button;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -40,11 +45,6 @@ void addDriver(QSqlDatabase db, const QString &kod, const QString &ime)
 QLineEdit *field(QWidget &w, int index)
 {
     return w.findChild<QLineEdit *>(QStringLiteral("txtFields_%1").arg(index));
-}
-
-QPushButton *button(QWidget &w, const char *name)
-{
-    return w.findChild<QPushButton *>(QString::fromLatin1(name));
 }
 
 }
@@ -157,9 +157,7 @@ private slots:
         Driver screen(scratch.db());
         button(screen, "cmdAdd")->click();
         button(screen, "cmdUpdate")->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при запис!"));
-        QCOMPARE(messages.shown[0].text, QStringLiteral("Няма въведен № на лична карта на шофьора!\n"
+        QCOMPARE(onlyOne(messages.shown), QStringLiteral("ГРЕШКА при запис!|Няма въведен № на лична карта на шофьора!\n"
                                                         "Моля, въведете 9 символа за № за лична карта на шофьора!"));
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
     }
@@ -195,8 +193,7 @@ private slots:
         addDriver(scratch.db(), QStringLiteral("001"), QStringLiteral("Иван Петров"));
         RecordingMessageService messages;
         Driver screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         button(screen, "cmdEdit")->click();
         QCOMPARE(QApplication::focusWidget(), field(screen, 2));  // the first box takes the typing
         field(screen, 2)->setText(QStringLiteral("Иван Петров Иванов"));
@@ -217,8 +214,7 @@ private slots:
         addDriver(scratch.db(), QStringLiteral("001"), QStringLiteral("Иван Петров"));
         RecordingMessageService messages;
         Driver screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         QStringList order{QApplication::focusWidget()->objectName()};
         for (int i = 0; i < 8; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
@@ -239,8 +235,7 @@ private slots:
         scratch.exec(QStringLiteral("UPDATE shof SET adres = 'Пловдив, бул. „Марица“ 122', tel = '032643210', "
                                     "mob = '0888123456'"));
         Driver screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         screen.grab().save(dir + QStringLiteral("/driver-browsing.png"));
         button(screen, "cmdEdit")->click();
         QTest::qWait(50);

@@ -2,6 +2,7 @@
 #include "courses/coursestore.h"
 #include "forms/recordform.h"
 #include "reference/options.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QLabel>
@@ -11,17 +12,16 @@
 #include <QTabWidget>
 
 using namespace zarek;
+using zarek::test::button;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
 QLineEdit *box(QWidget &w, const QString &name)
 {
     return w.findChild<QLineEdit *>(name);
-}
-
-QPushButton *button(QWidget &w, const char *name)
-{
-    return w.findChild<QPushButton *>(QString::fromLatin1(name));
 }
 
 void setRates(Options &screen, const QStringList &rates)
@@ -46,9 +46,8 @@ private slots:
         QTest::keyClicks(first, "0,35");
         QVERIFY(messages.shown.isEmpty());
         QTest::keyClick(first, Qt::Key_A);
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при въвеждане!"));
-        QCOMPARE(messages.shown[0].text, QStringLiteral("Въведения символ е невалиден!\nМоля, въведете друг."));
+        QCOMPARE(onlyOne(messages.shown),
+                 QStringLiteral("ГРЕШКА при въвеждане!|Въведения символ е невалиден!\nМоля, въведете друг."));
         QCOMPARE(first->text(), QStringLiteral("0,35a"));  // the text stays as typed
         first->selectAll();
         QTest::keyClick(first, Qt::Key_Backspace);  // clearing is no number either
@@ -179,8 +178,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         RecordingMessageService messages;
         Options screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         QTest::keyClick(box(screen, QStringLiteral("txtFields1_0")), Qt::Key_Escape);
         QTest::keyClick(&screen, Qt::Key_Escape);
         QVERIFY(screen.isVisible());
@@ -217,8 +215,7 @@ private slots:
                                     "\"Trf_100-200\", \"Trf_200\") VALUES (0.35, 0.25, 0.18, 0.14, 0.12, 0.1)"));
         RecordingMessageService messages;
         Options screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         screen.grab().save(dir + QStringLiteral("/options-trucks.png"));
         button(screen, "cmdEdit1")->click();
         QTest::qWait(50);

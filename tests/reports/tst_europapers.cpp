@@ -18,6 +18,7 @@
 #include "settlement/plashtane.h"
 #include "settlement/scratchsheets.h"
 #include "settlement/settlementreports.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 #include "warehouse/stocklists.h"
 
@@ -99,6 +100,16 @@ struct Scratch {
 
 }
 
+// A fresh database of the current engine with the two courses of Д'Аргос (31.12.2025 in leva,
+// 01.01.2026 in euro), the books past the changeover, and a search for the client in the period.
+#define DARGOS_ACROSS_THE_CHANGEOVER(searchPeriod)                        \
+    ZAREK_SCRATCH_DB(scratch);                                           \
+    fillTwoCourses(scratch.db());                                        \
+    ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()}); \
+    SearchConditions conditions;                                         \
+    conditions.SeekKlient = dargos;                                      \
+    conditions.period = searchPeriod
+
 class EuroPapersTest : public QObject {
     Q_OBJECT
 private slots:
@@ -106,12 +117,7 @@ private slots:
 
     void aClientReportAcrossTheChangeoverShowsEachRowsUnitAndAConvertedTotal()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillTwoCourses(scratch.db());
-        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
-        SearchConditions conditions;
-        conditions.SeekKlient = dargos;
-        conditions.period = winter;
+        DARGOS_ACROSS_THE_CHANGEOVER(winter);
         const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), firm(), commandDay()));
         QVERIFY2(containsLine(lines, QStringLiteral("31.12.2025 | СА 1234 ВК | 10,000 | 40 | 100,00 лв.")),
                  qPrintable(lines.join('\n')));
@@ -123,12 +129,7 @@ private slots:
 
     void aReportOfLevaDaysReadsAsItDid()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillTwoCourses(scratch.db());
-        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
-        SearchConditions conditions;
-        conditions.SeekKlient = dargos;
-        conditions.period = december;
+        DARGOS_ACROSS_THE_CHANGEOVER(december);
         const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), firm(), commandDay()));
         QVERIFY2(containsLine(lines, QStringLiteral("31.12.2025 | СА 1234 ВК | 10,000 | 40 | 100,00 | ")),
                  qPrintable(lines.join('\n')));
@@ -202,8 +203,7 @@ private slots:
         conditions.SeekDriverIme = QStringLiteral("Иван Петров");
         conditions.period = winter;
         Plashtane screen(conditions, db, paper.db, firm(), nullptr, QDate(2026, 1, 20));
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        test::showExposed(screen);
         QCOMPARE(screen.model()->index(0, 7).data().toString(), QStringLiteral("900,00 лв."));
         QCOMPARE(screen.model()->index(1, 7).data().toString(), QStringLiteral("60,00 евро"));
         auto *noteLabel = screen.findChild<QLabel *>(QStringLiteral("lblCurrencyNote"));
@@ -260,8 +260,7 @@ private slots:
             Faktura screen(FakturaMode::FaktNew, conditions, db, paper.db.db(), firm());
             screen.clock = [issued] { return issued; };
             screen.showStatement = [&](const Report &report) { statement = layoutReport(report).textLines(); };
-            screen.show();
-            QVERIFY(QTest::qWaitForWindowExposed(&screen));
+            test::showExposed(screen);
             for (int row : {0, 1}) {
                 screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
                 QTest::keyClick(screen.grid(), Qt::Key_Space);
@@ -312,12 +311,7 @@ private slots:
 
     void theClientStatementAddsItsSumsInEuro()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        fillTwoCourses(scratch.db());
-        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
-        SearchConditions conditions;
-        conditions.SeekKlient = dargos;
-        conditions.period = winter;
+        DARGOS_ACROSS_THE_CHANGEOVER(winter);
         Scratch paper;
         QVERIFY(!paper.db.RebuildScratchTable(QStringLiteral("TempKlients")));
         KlientsStore store(paper.db.db());
@@ -464,8 +458,7 @@ private slots:
         // The payment screen with both currencies marked.
         Plashtane pay(conditions, db, paper.db, firm(), nullptr, QDate(2026, 1, 20));
         pay.resize(1000, 420);
-        pay.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&pay));
+        test::showExposed(pay);
         for (int row = 0; row < pay.model()->rowCount(); ++row) {
             pay.grid()->setCurrentIndex(pay.model()->index(row, 0));
             QTest::keyClick(pay.grid(), Qt::Key_Space);

@@ -6,6 +6,7 @@
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 #include "reports/reportrenderer.h"
+#include "screendriver.h"
 
 #include <QBuffer>
 #include <QComboBox>
@@ -629,8 +630,7 @@ private slots:
     {
         const LaidOutReport laid = layoutReport(listReport(rowsOf(120, [](int) { return 1.0; })));
         ReportPreview preview(laid);
-        preview.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&preview));
+        test::showExposed(preview);
         QCOMPARE(preview.windowTitle(), QStringLiteral("Зарек – Проба"));  // "Зарек – <screen>", as every window
         QCOMPARE(preview.currentPage(), 0);
         auto *previous = preview.findChild<QToolButton *>(QStringLiteral("cmdPrevious"));

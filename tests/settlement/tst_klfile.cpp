@@ -4,6 +4,7 @@
 #include "settlement/klfile.h"
 #include "settlement/klients.h"
 #include "klientstestdata.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QCryptographicHash>
@@ -18,6 +19,9 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -94,8 +98,7 @@ void expectRefusal(const QStringList &statements, const QString &fault)
     const QString sumBefore = screen->findChild<QLabel *>(QStringLiteral("Label4"))->text();
     screen->chooseFileToOpen = [&path](QWidget *) { return path; };
     screen->openFile();
-    QCOMPARE(messages.shown.size(), 1);
-    QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при зареждане на файл!"));
+    QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ГРЕШКА при зареждане на файл!"));
     QCOMPARE(messages.shown.first().text.section(QLatin1Char('\n'), 0, 0), fault);
     QCOMPARE(messages.shown.first().text.section(QLatin1Char('\n'), 1),
              QStringLiteral("Файлът не е зареден; справката остава както беше."));
@@ -210,10 +213,8 @@ private slots:
         const QStringList listBefore = shownRows(*screen);
         screen->chooseFileToOpen = [&path](QWidget *) { return path; };
         screen->openFile();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при зареждане на файл!"));
-        QCOMPARE(messages.shown.first().text,
-                 QStringLiteral("Файлът \"файл.kl\" не съдържа данни за клиенти!\n"
+        QCOMPARE(onlyOne(messages.shown),
+                 QStringLiteral("ГРЕШКА при зареждане на файл!|Файлът \"файл.kl\" не съдържа данни за клиенти!\n"
                                 "Моля, изберете файл, записан от справката \"Клиент за фактуриране\"."));
         QVERIFY(!screen->fileLoaded());
         QCOMPARE(shownRows(*screen), listBefore);
@@ -271,8 +272,7 @@ private slots:
         screen->chooseFileToOpen = [&path](QWidget *) { return path; };
         screen->openFile();
         QVERIFY(screen->fileLoaded());
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().text,
+        QCOMPARE(onlyText(messages.shown),
                  QStringLiteral("Файлът \"бетон.kl\" е справка за клиент \"Бетон АД\" за периода от 01.02.2006 до 28.02.2006.\n"
                                 "Справката е превключена към този клиент и период."));
         QCOMPARE(screen->conditions().SeekKlient, QStringLiteral("Бетон АД"));
@@ -442,8 +442,7 @@ private slots:
         QTest::keyClick(screen->grid(), Qt::Key_Delete);
         screen->chooseFileToSave = [&dir](QWidget *) { return dir.filePath(QStringLiteral("няма/такава/папка.kl")); };
         screen->saveFile();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().title, QStringLiteral("ГРЕШКА при запис на файл!"));
+        QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ГРЕШКА при запис на файл!"));
         QVERIFY(screen->isVisible());
         QVERIFY(!screen->fileSaved());
         QCOMPARE(screen->model()->rowCount(), 3);

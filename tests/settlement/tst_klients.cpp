@@ -5,6 +5,7 @@
 #include "settlement/klients.h"
 #include "settlement/settlementcommands.h"
 #include "klientstestdata.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -18,6 +19,9 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::onlyOne;
+using zarek::test::onlyText;
+using zarek::test::onlyTitle;
 
 namespace {
 
@@ -327,8 +331,7 @@ private slots:
         Klients *screen = open();
         screen->setEditingAllowed(true);
         QVERIFY(!screen->model()->setData(screen->model()->index(0, kmColumn), typed));
-        QCOMPARE(messages->shown.size(), 1);
-        QCOMPARE(messages->shown.first().title, QStringLiteral("ГРЕШКА при запис!"));
+        QCOMPARE(onlyTitle(messages->shown), QStringLiteral("ГРЕШКА при запис!"));
         QCOMPARE(screen->model()->index(0, kmColumn).data().toString(), QStringLiteral("40"));
         QCOMPARE(test::scalar(screen->scratch()->db(), QStringLiteral("SELECT SUM(KM) FROM TempKlients")).toInt(), 225);
     }
@@ -347,8 +350,7 @@ private slots:
         messages->answers = {false};
         QVERIFY(!screen->close());
         QVERIFY(screen->isVisible());
-        QCOMPARE(messages->asked.size(), 1);
-        QCOMPARE(messages->asked.first().text,
+        QCOMPARE(onlyText(messages->asked),
                  QStringLiteral("Корекциите в списъка не са записани във файл!\nЗатваряте ли справката без запис?"));
         // The save dialog dismissed: saving ends the screen, but not without the question.
         screen->chooseFileToSave = [](QWidget *) { return QString(); };

@@ -7,6 +7,7 @@
 #include "settlement/plashtane.h"
 #include "settlementfixture.h"
 #include "queryrows.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QLabel>
@@ -164,8 +165,7 @@ private slots:
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label1"))->text(), QStringLiteral("Сума за плащане:"));
         QVERIFY(messages->shown.isEmpty());
 
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         // The legend says "Space - Маркира плащане": the first Space marks, it does not close.
         QTRY_VERIFY(screen.grid()->hasFocus());
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
@@ -283,8 +283,7 @@ private slots:
     {
         QVERIFY(fillCourses(db));
         Plashtane &screen = open();
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         space(screen, 0);
         space(screen, 2);
         QStringList lines = printStatement(screen);
@@ -341,8 +340,7 @@ private slots:
             QVERIFY(sheet.ok());
             QCOMPARE(formatAmount(sheet.value().printedTotal()), sum);
         }
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         for (const int row : marked)
             space(screen, row);
         QCOMPARE(sumText(screen), sum + amountUnit(Currency::Leva));

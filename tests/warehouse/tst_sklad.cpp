@@ -1,6 +1,7 @@
 #include "forms/commands.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 #include "warehouse/issuecost.h"
 #include "warehouse/sklad.h"
@@ -76,15 +77,21 @@ void saveScreenshot(QWidget &widget, const QString &name)
     widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
 }
 
-QStringList texts(const RecordingMessageService &messages)
-{
-    QStringList list;
-    for (const UserMessage &m : messages.shown)
-        list.append(m.title + QLatin1Char('|') + m.text);
-    return list;
-}
+QStringList texts(const RecordingMessageService &messages) { return test::titled(messages.shown); }
 
 }
+
+// A fresh database of the current engine, with two receipts of "Масло" (10 at 2, 10 at 3) unless
+// "empty", the messages recorded, and the warehouse screen of kind P (receipts) or R (issues).
+#define WAREHOUSE_EMPTY(screen, kind)                                             \
+    ZAREK_SCRATCH_DB(scratch);                                                    \
+    RecordingMessageService messages;                                             \
+    Sklad screen(QStringLiteral(kind), scratch.db(), nullptr, fixedClock)
+#define WAREHOUSE_WITH_TWO_RECEIPTS(screen, kind)                                 \
+    ZAREK_SCRATCH_DB(scratch);                                                    \
+    twoReceipts(scratch.db());                                                    \
+    RecordingMessageService messages;                                             \
+    Sklad screen(QStringLiteral(kind), scratch.db(), nullptr, fixedClock)
 
 class SkladTest : public QObject {
     Q_OBJECT
@@ -94,9 +101,7 @@ private slots:
     // An empty warehouse opens straight in a new receipt; saving it raises the stock.
     void aReceiptIsEnteredAndRaisesTheStock()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Sklad screen(QStringLiteral("P"), scratch.db(), nullptr, fixedClock);
+        WAREHOUSE_EMPTY(screen, "P");
         QCOMPARE(screen.objectName(), QStringLiteral("Sklad"));
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Склад - Приход"));
         QCOMPARE(child<QGroupBox>(screen, "Frame3")->title(), QStringLiteral("Приход"));
@@ -148,9 +153,7 @@ private slots:
 
     void aDocumentKindOfSixteenIsCutOnLeavingTheBox()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Sklad screen(QStringLiteral("R"), scratch.db(), nullptr, fixedClock);
+        WAREHOUSE_EMPTY(screen, "R");
         combo(screen, 1)->setEditText(QStringLiteral("Стокова разпис16"));
         emit combo(screen, 1)->lineEdit()->editingFinished();
         QCOMPARE(combo(screen, 1)->currentText(), QStringLiteral("Стокова разпис1"));
@@ -159,10 +162,7 @@ private slots:
     // 10 @ 2.00 then 10 @ 3.00; an issue of 15 typed at 3.00 costs 35 and shows the two lots.
     void anIssueShowsItsCostAndTheLotsItTook()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        twoReceipts(scratch.db());
-        RecordingMessageService messages;
-        Sklad screen(QStringLiteral("R"), scratch.db(), nullptr, fixedClock);
+        WAREHOUSE_WITH_TWO_RECEIPTS(screen, "R");
         QCOMPARE(screen.objectName(), QStringLiteral("Sklad_R"));
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Склад - Разход"));
         QCOMPARE(child<QGroupBox>(screen, "Frame3")->title(), QStringLiteral("Разход"));
@@ -222,10 +222,7 @@ private slots:
 
     void anIssueAtAnOlderPriceIsRefusedAndStaysBeingEntered()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        twoReceipts(scratch.db());
-        RecordingMessageService messages;
-        Sklad screen(QStringLiteral("R"), scratch.db(), nullptr, fixedClock);
+        WAREHOUSE_WITH_TWO_RECEIPTS(screen, "R");
         enter(screen, "СА 1234 ВК", "Масло", "15", "2,00");
         QVERIFY(!screen.recordForm()->update());
         QCOMPARE(texts(messages), QStringList{"ВНИМАНИЕ!|В склада нямате артикул с такава цена!"});
@@ -238,9 +235,7 @@ private slots:
     // "Ремонт": leaving the name locks the quantity at 1; another name frees it again.
     void aRepairLocksItsQuantityAtOne()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Sklad screen(QStringLiteral("R"), scratch.db(), nullptr, fixedClock);
+        WAREHOUSE_EMPTY(screen, "R");
         enter(screen, "СА 1234 ВК", "Ремонт", "", "240");
         QCOMPARE(field(screen, 4)->text(), QStringLiteral("1"));
         QVERIFY(field(screen, 4)->isReadOnly());
@@ -260,10 +255,7 @@ private slots:
     // Deleting an issue asks twice, then gives its quantity back to the receipts and the stock.
     void deletingAnIssueAsksTwiceAndGivesBack()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        twoReceipts(scratch.db());
-        RecordingMessageService messages;
-        Sklad screen(QStringLiteral("R"), scratch.db(), nullptr, fixedClock);
+        WAREHOUSE_WITH_TWO_RECEIPTS(screen, "R");
         enter(screen, "СА 1234 ВК", "Масло", "15", "3");
         QVERIFY(screen.recordForm()->update());
         QSignalSpy changed(&screen, &Sklad::stockChanged);
@@ -325,11 +317,8 @@ private slots:
     // Enter goes on from box to box and saves on the price.
     void enterGoesOnAndSavesOnThePrice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Sklad screen(QStringLiteral("P"), scratch.db(), nullptr, fixedClock);
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        WAREHOUSE_EMPTY(screen, "P");
+        test::showActive(screen);
         QCOMPARE(QApplication::focusWidget(), combo(screen, 1));
         combo(screen, 1)->setEditText(QStringLiteral("Фактура"));
         QTest::keyClick(combo(screen, 1), Qt::Key_Return);

@@ -51,25 +51,9 @@ QString receiptState(QSqlDatabase db, qint64 id)
 // Everything the stock rule writes, as one text: two equal snapshots mean nothing changed.
 QString snapshot(QSqlDatabase db)
 {
-    QStringList lines;
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT id, row_version, Name, Kol, Edin, Suma, Ostat, Lipsa FROM Sklad ORDER BY id"));
-    while (query.next()) {
-        QStringList cells;
-        for (int i = 0; i < 8; ++i)
-            cells.append(query.value(i).toString());
-        lines.append(cells.join(QLatin1Char(',')));
-    }
-    query.exec(QStringLiteral("SELECT id, row_version, Name, Edin, Broi FROM Nalich ORDER BY id"));
-    while (query.next())
-        lines.append(QStringLiteral("N:%1,%2,%3,%4,%5").arg(query.value(0).toString(), query.value(1).toString(),
-                                                            query.value(2).toString(), query.value(3).toString(),
-                                                            query.value(4).toString()));
-    query.exec(QStringLiteral("SELECT IssueID, ReceiptID, Kol FROM SkladLots ORDER BY id"));
-    while (query.next())
-        lines.append(QStringLiteral("L:%1,%2,%3").arg(query.value(0).toString(), query.value(1).toString(),
-                                                      query.value(2).toString()));
-    return lines.join(QLatin1Char('\n'));
+    return test::rowsText(db, "SELECT id, row_version, Name, Kol, Edin, Suma, Ostat, Lipsa FROM Sklad ORDER BY id")
+           + QStringLiteral("\nN: ") + test::rowsText(db, "SELECT id, row_version, Name, Edin, Broi FROM Nalich ORDER BY id")
+           + QStringLiteral("\nL: ") + test::rowsText(db, "SELECT IssueID, ReceiptID, Kol FROM SkladLots ORDER BY id");
 }
 
 // The stock rule's invariants, each failure as a line: for every name Broi is the sum of Ostat of
@@ -129,6 +113,12 @@ QString textOf(const Checked<T> &result)
 
 }
 
+// A fresh database of the current engine (db) and the store on it at the fixed clock.
+#define WAREHOUSE_STORE()                         \
+    ZAREK_SCRATCH_DB(scratch);                    \
+    QSqlDatabase db = scratch.db();               \
+    const WarehouseStore store = storeOf(db)
+
 class WarehouseStoreTest : public QObject {
     Q_OBJECT
 private slots:
@@ -136,9 +126,7 @@ private slots:
 
     void twoReceiptsAndAnIssueOfFifteenGoFirstInFirstOut()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const auto first = store.addReceipt(movement("Филтър маслен", 10, 2.00, QDate(2026, 3, 1)));
         const auto second = store.addReceipt(movement("Филтър маслен", 10, 3.00, QDate(2026, 3, 2)));
         QVERIFY2(first && second, qPrintable(textOf(first) + textOf(second)));
@@ -186,12 +174,10 @@ private slots:
     }
     void aStockIssueIsRefusedAndWritesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
         QFETCH(QString, name);
         QFETCH(double, kol);
         QFETCH(double, price);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         QVERIFY(store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1))));
         QVERIFY(store.addReceipt(movement("Масло", 10, 3.00, QDate(2026, 3, 2))));
         const QString before = snapshot(db);
@@ -236,12 +222,10 @@ private slots:
     }
     void theStoreRefusesWhatTheScreensRefuse()
     {
-        ZAREK_SCRATCH_DB(scratch);
         QFETCH(QString, call);
         QFETCH(double, kol);
         QFETCH(double, price);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const auto receipt = store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1)));
         const auto issue = store.addIssue(movement("Масло", 4, 2.00, QDate(2026, 3, 2)));
         const auto repair = store.addIssue(movement("Ремонт", 1, 240.50, QDate(2026, 3, 3)));
@@ -278,9 +262,7 @@ private slots:
     // The oldest receipt brought exactly to 0 stays open; the next issue passes over it at no cost.
     void anIssueEqualToTheOldestReceiptLeavesItOpenAtZero()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const qint64 first = store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1))).value().id;
         const qint64 second = store.addReceipt(movement("Масло", 10, 3.00, QDate(2026, 3, 2))).value().id;
         const auto issue = store.addIssue(movement("Масло", 10, 3.00, QDate(2026, 3, 5)));
@@ -299,9 +281,7 @@ private slots:
 
     void aRepairIsOnePieceAtTheTypedPriceWithoutStock()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const auto repair = store.addIssue(movement(" Ремонт ", 5, 240.50, QDate(2026, 3, 5), "СА 1234 ВК"));
         QVERIFY2(repair, qPrintable(textOf(repair)));
         QCOMPARE(repair.value().kol, 1.0);
@@ -330,9 +310,7 @@ private slots:
     // "масло " and "масло" are one article: one stock row, and an issue typed either way finds it.
     void namesAreComparedTrimmed()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         QVERIFY(store.addReceipt(movement("масло ", 4, 9.8, QDate(2026, 3, 1))));
         QVERIFY(store.addReceipt(movement(" масло", 6, 9.8, QDate(2026, 3, 2))));
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Nalich").toInt(), 1);
@@ -371,9 +349,7 @@ private slots:
 
     void deletingAnIssueGivesBackExactlyWhatItTook()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const qint64 a = store.addReceipt(movement("Гума", 2, 600, QDate(2026, 3, 1))).value().id;
         const qint64 b = store.addReceipt(movement("Гума", 4, 612, QDate(2026, 3, 2))).value().id;
         const auto early = store.addIssue(movement("Гума", 3, 612, QDate(2026, 3, 3)));
@@ -398,9 +374,7 @@ private slots:
 
     void aReceiptDrawnOnKeepsItsQuantityAndPrice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const auto receipt = store.addReceipt(movement("Антифриз", 30, 6.40, QDate(2026, 3, 1)));
         QVERIFY(store.addIssue(movement("Антифриз", 5, 6.40, QDate(2026, 3, 3))));
         QCOMPARE(store.isDrawnOn(receipt.value().id).value(), true);
@@ -434,9 +408,7 @@ private slots:
 
     void aReceiptNotDrawnOnMovesTheStockWithIt()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const auto older = store.addReceipt(movement("Накладки", 6, 148, QDate(2026, 3, 1)));
         const auto newer = store.addReceipt(movement("Накладки", 4, 150, QDate(2026, 3, 2)));
         QCOMPARE(store.isDrawnOn(newer.value().id).value(), false);
@@ -466,9 +438,7 @@ private slots:
 
     void correctingAnIssuesQuantityTakesItAgainFirstInFirstOut()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const qint64 a = store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1))).value().id;
         const qint64 b = store.addReceipt(movement("Масло", 10, 3.00, QDate(2026, 3, 2))).value().id;
         const auto issue = store.addIssue(movement("Масло", 15, 3.00, QDate(2026, 3, 5)));
@@ -508,9 +478,7 @@ private slots:
     // be overwritten here.
     void aReceiptChangedByAnotherWorkstationIsNotOverwritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const auto receipt = store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1)));
         const WarehouseStore other = storeOf(scratch.openSecondConnection());
         QVERIFY(other.addIssue(movement("Масло", 1, 2.00, QDate(2026, 3, 2))));
@@ -536,9 +504,7 @@ private slots:
 
     void anIssueChangedByAnotherWorkstationIsNotOverwritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         QVERIFY(store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1))));
         const auto issue = store.addIssue(movement("Масло", 4, 2.00, QDate(2026, 3, 2)));
         const WarehouseStore other = storeOf(scratch.openSecondConnection());
@@ -608,9 +574,7 @@ private slots:
     // stock on hand is the sum of the open receipts, and the lots agree with both sides.
     void theStockNeverDriftsUnderARandomSequence()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const WarehouseStore store = storeOf(db);
+        WAREHOUSE_STORE();
         const QStringList names = {"Масло", "Филтър", "Гума", "Крушка", "Антифриз"};
         std::mt19937 random(20260320);
         const auto between = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };

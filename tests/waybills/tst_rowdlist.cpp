@@ -2,6 +2,7 @@
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "queryrows.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 #include "waybills/rowdlist.h"
 #include "waybills/waybillscommands.h"
@@ -21,6 +22,7 @@
 using namespace zarek;
 using zarek::test::row;
 using zarek::test::scalar;
+using namespace zarek::test;
 
 namespace {
 
@@ -64,29 +66,6 @@ void addWaybill(QSqlDatabase db, const QString &listId = QStringLiteral("0000000
 QStringList texts(const RecordingMessageService &messages)
 {
     return test::firstLines(messages.shown);
-}
-
-void type(const QString &text)
-{
-    for (const QChar c : text)
-        QTest::sendKeyEvent(QTest::Click, QApplication::focusWidget(), Qt::Key_unknown, QString(c), Qt::NoModifier);
-}
-
-void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-{
-    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
-    QCoreApplication::processEvents();
-}
-
-QPushButton *button(RowdList &screen, const char *name)
-{
-    return screen.findChild<QPushButton *>(QString::fromLatin1(name));
-}
-
-void show(RowdList &screen)
-{
-    screen.show();
-    QVERIFY(QTest::qWaitForWindowActive(&screen));
 }
 
 // The header of a new waybill, straight into its boxes; the number is left as the user would.
@@ -162,7 +141,7 @@ class RowdListTest : public QObject {
     RowdList &open()
     {
         screen = std::make_unique<RowdList>(db);
-        show(*screen);
+        showActive(*screen);
         return *screen;
     }
     QString sums() { return row(db, "SELECT SumKM, SumRazhN FROM RowdList"); }
@@ -526,10 +505,8 @@ private slots:
         RowdList &screen = open();
         QCOMPARE(screen.field(4)->text(), QStringLiteral("0000000041"));
         button(screen, "cmdDeleteRowd")->click();
-        QCOMPARE(messages->asked.size(), 1);
-        QCOMPARE(messages->asked.first().title, QStringLiteral("   ВНИМАНИЕ!"));
-        QCOMPARE(messages->asked.first().text,
-                 QStringLiteral("Изтривате информацията за пътния лист!\n\nПотвърдете изтриването на пътния лист!"));
+        QCOMPARE(onlyOne(messages->asked),
+                 QStringLiteral("   ВНИМАНИЕ!|Изтривате информацията за пътния лист!\n\nПотвърдете изтриването на пътния лист!"));
         QCOMPARE(test::rows(db, "SELECT MarshID, COUNT(*) FROM Marsh GROUP BY MarshID ORDER BY MarshID"),
                  (yes ? QStringList{"0000000040|1"} : QStringList{"0000000040|1", "0000000041|2"}));
         QCOMPARE(count("SELECT COUNT(*) FROM RowdList"), yes ? 1 : 2);
@@ -593,8 +570,7 @@ private slots:
         screen.field(8)->setText(QStringLiteral("88"));
         QVERIFY(scratch->exec(QStringLiteral("UPDATE RowdList SET ZarN = 77, row_version = row_version + 1")));
         QVERIFY(!screen.header()->update());
-        QCOMPARE(messages->shown.size(), 1);
-        QCOMPARE(messages->shown.first().title, QStringLiteral("ГРЕШКА при записа на пътния лист!"));
+        QCOMPARE(onlyTitle(messages->shown), QStringLiteral("ГРЕШКА при записа на пътния лист!"));
         QCOMPARE(screen.header()->state(), RecordFormState::Editing);
         QCOMPARE(screen.field(8)->text(), QStringLiteral("88"));
         QCOMPARE(scalar(db, "SELECT ZarN FROM RowdList").toDouble(), 77.0);
