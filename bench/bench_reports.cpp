@@ -103,7 +103,7 @@ void benchProgressive(const QString &engine, QSqlDatabase db, int count)
     for (int run = 0; run < 3; ++run) {
         QElapsedTimer timer;
         timer.start();
-        ReportPreview *preview = showReport(streamReportAll(allCourses(), db, benchFirm()));
+        ReportPreview *preview = showReport(streamReportAll(allCourses(), db, benchFirm(), {Changeover{}, QDate::currentDate()}));
         if (!preview)
             return;
         QCoreApplication::processEvents();

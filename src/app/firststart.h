@@ -2,6 +2,7 @@
 
 #include "core/firmprofile.h"
 #include "core/usermessage.h"
+#include "forms/commandday.h"
 
 #include <QDate>
 #include <QSqlDatabase>
@@ -35,7 +36,7 @@ Checked<StartState> prepareDatabase(QSqlDatabase db);
 std::optional<UserMessage> createFirmAndAdministrator(QSqlDatabase db, const FirmProfile &firm,
                                                        const QString &adminName, const QString &password,
                                                        bool euroFromStart = false,
-                                                       const QDate &today = QDate::currentDate());
+                                                       const QDate &today = commandToday());
 
 // The refusals of the first start.
 UserMessage administratorExistsMessage();

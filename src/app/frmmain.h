@@ -5,6 +5,7 @@
 #include "core/firmprofile.h"
 #include "core/searchmode.h"
 #include "data/databaseconfig.h"
+#include "forms/commandday.h"
 
 #include <QHash>
 #include <QMainWindow>
@@ -44,7 +45,7 @@ public:
     int shownHelpTopic() const;
 
     // After sign-in: the short notice of the documents due, unless the user switched it off.
-    bool showDueNotice(const QString &user, const QDate &today = QDate::currentDate());
+    bool showDueNotice(const QString &user, const QDate &today = commandToday());
 
 protected:
     void closeEvent(QCloseEvent *event) override;

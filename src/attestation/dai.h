@@ -3,6 +3,7 @@
 #include "attestation/attestation.h"
 #include "attestation/attestationstore.h"
 #include "core/firmprofile.h"
+#include "forms/commandday.h"
 #include "reports/report.h"
 
 #include <QDate>
@@ -27,7 +28,7 @@ namespace zarek {
 class DAI : public QDialog {
     Q_OBJECT
 public:
-    DAI(QSqlDatabase db, FirmProfile firm, QWidget *parent = nullptr, QDate today = QDate::currentDate());
+    DAI(QSqlDatabase db, FirmProfile firm, QWidget *parent = nullptr, QDate today = commandToday());
     ~DAI() override;
 
     AttestationForm form() const;

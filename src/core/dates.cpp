@@ -9,7 +9,7 @@ namespace {
 int fullYear(const QString &digits, QDate today)
 {
     if (digits.isEmpty())
-        return today.year();
+        return (today.isValid() ? today : QDate::currentDate()).year();
     const int year = digits.toInt();
     return digits.size() <= 2 ? 2000 + year : year;
 }

@@ -11,8 +11,9 @@ namespace zarek {
 
 // Reads dd.MM.yyyy and the shorter forms people type: d.M.yyyy, d.M.yy, d.M (this year),
 // "/" or "-" in place of the dot, a trailing " г.", and the compact ddMMyy and ddMMyyyy.
-// Two-digit years are 2000 + yy. An impossible date (31.02, month 13) is no date.
-std::optional<QDate> parseDate(const QString &text, QDate today = QDate::currentDate());
+// Two-digit years are 2000 + yy. An impossible date (31.02, month 13) is no date. A date typed
+// without its year is of today's year; with no today given the clock is read for it, and only for it.
+std::optional<QDate> parseDate(const QString &text, QDate today = {});
 
 // dd.MM.yyyy
 QString formatDate(const QDate &date);
@@ -29,6 +30,6 @@ struct Period {
 
 // The period check of the search dialogs: empty ends, then an end not after the start.
 std::optional<UserMessage> checkPeriodTexts(const QString &fromText, const QString &toText,
-                                            QDate today = QDate::currentDate());
+                                            QDate today = {});
 
 }

@@ -23,6 +23,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStringListModel>
 #include <QTableView>
 #include <QTimer>
 #include <QValueAxis>
@@ -76,22 +77,24 @@ void CourseJournal::buildScreen()
     m_from->setObjectName(QStringLiteral("txtFrom"));
     m_to = new DateEntry(this);
     m_to->setObjectName(QStringLiteral("txtTo"));
-    const auto lineBox = [this](const QString &name, const QStringList &completions) {
+    const auto lineBox = [this](const QString &name, bool completes) {
         auto *box = new QLineEdit(this);
         box->setObjectName(name);
         box->setClearButtonEnabled(true);
-        if (!completions.isEmpty()) {
-            auto *completer = new QCompleter(completions, box);
+        if (completes) {
+            // The stored values are offered from the first time the box is entered.
+            auto *completer = new QCompleter(new QStringListModel(box), box);
             completer->setCaseSensitivity(Qt::CaseInsensitive);
             completer->setFilterMode(Qt::MatchContains);
             box->setCompleter(completer);
+            box->installEventFilter(this);
         }
         return box;
     };
-    m_truck = lineBox(QStringLiteral("txtTruck"), m_store.trucks());
-    m_driver = lineBox(QStringLiteral("txtDriver"), {});
-    m_client = lineBox(QStringLiteral("txtClient"), m_store.clients());
-    m_text = lineBox(QStringLiteral("txtText"), {});
+    m_truck = lineBox(QStringLiteral("txtTruck"), true);
+    m_driver = lineBox(QStringLiteral("txtDriver"), false);
+    m_client = lineBox(QStringLiteral("txtClient"), true);
+    m_text = lineBox(QStringLiteral("txtText"), false);
     m_invoiced = markCombo(QStringLiteral("cboInvoiced"), QStringLiteral("Фактурирани"), QStringLiteral("Нефактурирани"), this);
     m_paid = markCombo(QStringLiteral("cboPaid"), QStringLiteral("Платени"), QStringLiteral("Неплатени"), this);
     addBox(0, 0, QStringLiteral("&От:"), m_from);
@@ -267,7 +270,8 @@ void CourseJournal::showChart()
 
 Checked<ExportTable> CourseJournal::exportTable() const
 {
-    const Checked<QList<JournalRow>> read = m_store.allRows(m_model->filter());
+    const Checked<QList<JournalRow>> read =
+        m_store.allRows(m_model->filter(), m_model->sortColumn(), m_model->ascending());
     if (!read)
         return read.message();
     ExportTable table;
@@ -280,23 +284,10 @@ Checked<ExportTable> CourseJournal::exportTable() const
                                          filter.to.isValid() ? formatDate(filter.to) : QStringLiteral("…")));
     for (int c = 0; c < journalColumnCount; ++c)
         table.columns.append(exportColumnOf(CourseJournalModel::caption(c), CourseJournalModel::format(c)));
-    // The rows in the grid's order: each id of the grid to its row as read.
+    // The rows in the grid's order, ordered by the database as the grid's pages are.
     auto rows = std::make_shared<QList<JournalRow>>(read.value());
-    QHash<qint64, qsizetype> positionOf;
-    positionOf.reserve(rows->size());
-    for (qsizetype i = 0; i < rows->size(); ++i)
-        positionOf.insert(rows->at(i).id, i);
-    auto order = std::make_shared<QList<const JournalRow *>>();
-    order->reserve(m_model->rowCount());
-    for (int r = 0; r < m_model->rowCount(); ++r) {
-        const auto found = positionOf.constFind(m_model->idAt(r));
-        order->append(found == positionOf.constEnd() ? nullptr : &rows->at(*found));
-    }
-    table.rowCount = static_cast<int>(order->size());
-    table.cell = [rows, order](int row, int column) {
-        const JournalRow *found = order->at(row);
-        return found ? found->value(static_cast<JournalColumn>(column)) : QVariant();
-    };
+    table.rowCount = static_cast<int>(rows->size());
+    table.cell = [rows](int row, int column) { return rows->at(row).value(static_cast<JournalColumn>(column)); };
     // The totals are the ones under the grid, added up the same way (in euro once any course is,
     // the leva of each month converted once): the file and the screen never differ by a cent.
     const Checked<JournalSummary> summary = m_store.summary(m_model->filter(), m_books.changeover);
@@ -310,11 +301,10 @@ Checked<ExportTable> CourseJournal::exportTable() const
     // Once the books hold both currencies, each course's currency stands in a column of its own.
     if (m_books.changedOver()) {
         table.columns.append(ExportColumn{QStringLiteral("Валута"), ExportColumn::Kind::Text, 0});
-        table.cell = [rows, order, base = table.cell, books = m_books](int row, int column) -> QVariant {
+        table.cell = [rows, base = table.cell, books = m_books](int row, int column) -> QVariant {
             if (column < journalColumnCount)
                 return base(row, column);
-            const JournalRow *found = order->at(row);
-            return found ? QVariant(amountUnit(books.currencyOn(found->date))) : QVariant();
+            return QVariant(amountUnit(books.currencyOn(rows->at(row).date)));
         };
         table.totals.append(amountUnit(totals.currency));
         if (totals.converted)
@@ -346,6 +336,8 @@ void CourseJournal::openCurrent()
         return;
     const int column = m_grid->currentIndex().column();
     m_store.refreshLists();
+    for (QLineEdit *box : {m_truck, m_client})
+        static_cast<QStringListModel *>(box->completer()->model())->setStringList({});
     if (const auto error = m_model->reload())
         MessageService::instance().inform(*error);
     refreshSummary();
@@ -358,6 +350,11 @@ void CourseJournal::openCurrent()
 
 bool CourseJournal::eventFilter(QObject *watched, QEvent *event)
 {
+    if ((watched == m_truck || watched == m_client) && event->type() == QEvent::FocusIn) {
+        auto *offered = static_cast<QStringListModel *>(static_cast<QLineEdit *>(watched)->completer()->model());
+        if (offered->rowCount() == 0)
+            offered->setStringList(watched == m_truck ? m_store.trucks() : m_store.clients());
+    }
     if (watched == m_grid && event->type() == QEvent::KeyPress) {
         const auto *key = static_cast<QKeyEvent *>(event);
         if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {

@@ -32,7 +32,7 @@ CourseJournalModel::CourseJournalModel(CourseJournalStore &store, const BooksDay
 
 int CourseJournalModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(m_ids.size());
+    return parent.isValid() ? 0 : m_count;
 }
 
 int CourseJournalModel::columnCount(const QModelIndex &parent) const
@@ -52,25 +52,38 @@ QString CourseJournalModel::format(int column)
 
 const JournalRow *CourseJournalModel::rowAt(int row) const
 {
-    if (row < 0 || row >= m_ids.size())
+    if (row < 0 || row >= m_count)
         return nullptr;
     const int page = row / pageSize;
     auto found = m_pages.find(page);
     if (found == m_pages.end()) {
-        const QList<qint64> ids = m_ids.mid(static_cast<qsizetype>(page) * pageSize, pageSize);
-        const Checked<QList<JournalRow>> rows = m_store.rows(ids);
-        QHash<qint64, JournalRow> byId;
-        if (rows) {
-            for (const JournalRow &r : rows.value())
-                byId.insert(r.id, r);
-        }
+        const Checked<QList<JournalRow>> rows =
+            m_store.page(m_filter, m_sortColumn, m_ascending, page * pageSize, pageSize);
         // A view asks for few pages at a time; the cache stays small however far it scrolls.
         if (m_pages.size() > 50)
             m_pages.clear();
-        found = m_pages.insert(page, byId);
+        found = m_pages.insert(page, rows ? rows.value() : QList<JournalRow>{});
     }
-    const auto row_ = found->constFind(m_ids.at(row));
-    return row_ == found->constEnd() ? nullptr : &*row_;
+    const int at = row - page * pageSize;
+    return at < found->size() ? &found->at(at) : nullptr;
+}
+
+qint64 CourseJournalModel::idAt(int row) const
+{
+    const JournalRow *found = rowAt(row);
+    return found ? found->id : 0;
+}
+
+int CourseJournalModel::rowOf(qint64 id) const
+{
+    for (auto page = m_pages.cbegin(); page != m_pages.cend(); ++page) {
+        for (int i = 0; i < page->size(); ++i) {
+            if (page->at(i).id == id)
+                return page.key() * pageSize + i;
+        }
+    }
+    const Checked<QList<qint64>> ids = m_store.orderedIds(m_filter, m_sortColumn, m_ascending);
+    return ids ? static_cast<int>(ids.value().indexOf(id)) : -1;
 }
 
 QVariant CourseJournalModel::valueAt(int row, int column) const
@@ -107,15 +120,15 @@ QVariant CourseJournalModel::headerData(int section, Qt::Orientation orientation
     return QAbstractTableModel::headerData(section, orientation, role);
 }
 
-std::optional<UserMessage> CourseJournalModel::readIds()
+std::optional<UserMessage> CourseJournalModel::readCount()
 {
-    const Checked<QList<qint64>> ids = m_store.orderedIds(m_filter, m_sortColumn, m_ascending);
+    const Checked<int> count = m_store.count(m_filter);
     beginResetModel();
     m_pages.clear();
-    m_ids = ids ? ids.value() : QList<qint64>{};
+    m_count = count ? count.value() : 0;
     endResetModel();
-    if (!ids)
-        return ids.message();
+    if (!count)
+        return count.message();
     return std::nullopt;
 }
 
@@ -125,21 +138,24 @@ void CourseJournalModel::sort(int column, Qt::SortOrder order)
         return;
     m_sortColumn = static_cast<JournalColumn>(column);
     m_ascending = order == Qt::AscendingOrder;
-    // The view's first sort comes as it is set up, before any conditions: they read the ids once.
-    if (m_filtered)
-        readIds();
+    // The view's first sort comes as it is set up, before any conditions: they count once.
+    if (!m_filtered)
+        return;
+    beginResetModel();
+    m_pages.clear();
+    endResetModel();
 }
 
 std::optional<UserMessage> CourseJournalModel::setFilter(const JournalFilter &filter)
 {
     m_filter = filter;
     m_filtered = true;
-    return readIds();
+    return readCount();
 }
 
 std::optional<UserMessage> CourseJournalModel::reload()
 {
-    return readIds();
+    return readCount();
 }
 
 }

@@ -7,9 +7,9 @@
 
 namespace zarek {
 
-// The journal's rows for a view: the ids of the courses that pass the conditions, in order, and
-// their values read a page at a time as the view asks for them. Sorting asks the store for the
-// ids in the new order; nothing else is read again.
+// The journal's rows for a view: how many courses pass the conditions, and their values read a
+// page at a time, in the order asked, as the view asks for them. The database counts, orders and
+// pages; the screen holds the few pages shown.
 class CourseJournalModel : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -23,12 +23,15 @@ public:
 
     // Applies new conditions; false (after telling why) when the courses could not be read.
     std::optional<UserMessage> setFilter(const JournalFilter &filter);
-    // Reads the ids again (after a correction), keeping conditions and order.
+    // Counts again and forgets the pages read (after a correction), keeping conditions and order.
     std::optional<UserMessage> reload();
 
     const JournalFilter &filter() const { return m_filter; }
-    qint64 idAt(int row) const { return row >= 0 && row < m_ids.size() ? m_ids.at(row) : 0; }
-    int rowOf(qint64 id) const { return static_cast<int>(m_ids.indexOf(id)); }
+    qint64 idAt(int row) const;
+    // Where the course stands in the order; -1 when it does not pass the conditions.
+    int rowOf(qint64 id) const;
+    JournalColumn sortColumn() const { return m_sortColumn; }
+    bool ascending() const { return m_ascending; }
     // The row's values, reading its page when needed; nullptr when it is gone.
     const JournalRow *rowAt(int row) const;
     // The raw value of a cell for export: numbers as numbers, dates as dates.
@@ -40,16 +43,16 @@ public:
     static constexpr int pageSize = 200;
 
 private:
-    std::optional<UserMessage> readIds();
+    std::optional<UserMessage> readCount();
 
     CourseJournalStore &m_store;
     BooksDay m_books;
     JournalFilter m_filter;
     JournalColumn m_sortColumn = JournalColumn::Date;
     bool m_ascending = false;  // the newest courses first
-    bool m_filtered = false;   // conditions were given: the ids are read
-    QList<qint64> m_ids;
-    mutable QHash<int, QHash<qint64, JournalRow>> m_pages;  // page number -> rows of that page by id
+    bool m_filtered = false;   // conditions were given: the rows are counted
+    int m_count = 0;
+    mutable QHash<int, QList<JournalRow>> m_pages;  // page number -> its rows
 };
 
 }

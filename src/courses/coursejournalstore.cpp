@@ -75,6 +75,9 @@ bool isTextColumn(JournalColumn column)
            || column == JournalColumn::Route || column == JournalColumn::Cargo;
 }
 
+const QString columnsRead = QStringLiteral(
+    "SELECT tabl.id, data, kod, kola, Klient, Marsh, Tovar, ton, km, Tarifa, bruto, NomFakt, Fakt, plat FROM tabl");
+
 QDate dateOf(const QVariant &value)
 {
     if (value.metaType().id() == QMetaType::QDate)
@@ -108,27 +111,43 @@ CourseJournalStore::CourseJournalStore(QSqlDatabase db) : m_db(std::move(db)) {}
 
 std::optional<UserMessage> CourseJournalStore::refreshLists()
 {
-    QString error;
-    m_trucks = distinctValues(m_db, QStringLiteral("kola"), &error);
-    m_clients = distinctValues(m_db, QStringLiteral("Klient"), &error);
-    m_routes = distinctValues(m_db, QStringLiteral("Marsh"), &error);
-    m_cargoes = distinctValues(m_db, QStringLiteral("Tovar"), &error);
-    m_driverCodes = distinctValues(m_db, QStringLiteral("kod"), &error);
+    for (auto &list : m_lists)
+        list.reset();
     m_driverNames.clear();
     Query query(m_db, QStringLiteral("SELECT kod, ime FROM shof ORDER BY id"));
-    if (query.run(readTitle))
-        error = query.lastError().text();
+    if (auto failure = query.run(readTitle))
+        return failure;
     while (query.next()) {
         const QString code = query.value(0).toString().trimmed();
         if (!m_driverNames.contains(code))
             m_driverNames.insert(code, query.value(1).toString().trimmed());
     }
-    if (!error.isEmpty())
-        return UserMessage{readTitle, error, UserMessage::Icon::Critical};
-    QCollator collator{QLocale(QLocale::Bulgarian, QLocale::Bulgaria)};
-    for (QStringList *list : {&m_trucks, &m_clients})
-        std::sort(list->begin(), list->end(), collator);
     return std::nullopt;
+}
+
+const QStringList &CourseJournalStore::list(List which) const
+{
+    std::optional<QStringList> &list = m_lists[which];
+    if (!list) {
+        static const char *const columns[ListCount] = {"kola", "Klient", "Marsh", "Tovar", "kod"};
+        QString error;  // a list that cannot be read matches nothing; the rows' reading tells why
+        list = distinctValues(m_db, QString::fromLatin1(columns[which]), &error);
+        if (which == Trucks || which == Clients) {
+            QCollator collator{QLocale(QLocale::Bulgarian, QLocale::Bulgaria)};
+            std::sort(list->begin(), list->end(), collator);
+        }
+    }
+    return *list;
+}
+
+const QStringList &CourseJournalStore::trucks() const
+{
+    return list(Trucks);
+}
+
+const QStringList &CourseJournalStore::clients() const
+{
+    return list(Clients);
 }
 
 CourseJournalStore::Where CourseJournalStore::where(const JournalFilter &filter) const
@@ -143,21 +162,21 @@ CourseJournalStore::Where CourseJournalStore::where(const JournalFilter &filter)
         conditions.append(QStringLiteral("data <= ?"));
         out.values.append(filter.to);
     }
-    const auto textCondition = [&](const QString &typed, const QString &column, const QStringList &values) {
+    const auto textCondition = [&](const QString &typed, const QString &column, List values) {
         const QString text = typed.trimmed();
         if (text.isEmpty())
             return;
-        const QStringList matching = containing(values, text);
+        const QStringList matching = containing(list(values), text);
         if (matching.isEmpty())
             out.nothing = true;
         else
             appendIn(conditions, out.values, column, matching);
     };
-    textCondition(filter.truck, QStringLiteral("kola"), m_trucks);
-    textCondition(filter.client, QStringLiteral("Klient"), m_clients);
+    textCondition(filter.truck, QStringLiteral("kola"), Trucks);
+    textCondition(filter.client, QStringLiteral("Klient"), Clients);
     if (const QString driver = filter.driver.trimmed(); !driver.isEmpty()) {
         QStringList codes;
-        for (const QString &code : m_driverCodes) {
+        for (const QString &code : list(DriverCodes)) {
             if (code.contains(driver, Qt::CaseInsensitive)
                 || m_driverNames.value(code.trimmed()).contains(driver, Qt::CaseInsensitive))
                 codes.append(code);
@@ -168,8 +187,8 @@ CourseJournalStore::Where CourseJournalStore::where(const JournalFilter &filter)
             appendIn(conditions, out.values, QStringLiteral("kod"), codes);
     }
     if (const QString text = filter.text.trimmed(); !text.isEmpty()) {
-        const QStringList routes = containing(m_routes, text);
-        const QStringList cargoes = containing(m_cargoes, text);
+        const QStringList routes = containing(list(Routes), text);
+        const QStringList cargoes = containing(list(Cargoes), text);
         if (routes.isEmpty() && cargoes.isEmpty()) {
             out.nothing = true;
         } else {
@@ -194,101 +213,114 @@ CourseJournalStore::Where CourseJournalStore::where(const JournalFilter &filter)
     return out;
 }
 
+CourseJournalStore::Order CourseJournalStore::order(JournalColumn sortColumn, bool ascending) const
+{
+    Order out;
+    const QString direction = ascending ? QStringLiteral(" ASC") : QStringLiteral(" DESC");
+    if (sortColumn == JournalColumn::Date) {
+        out.by = QStringLiteral(" ORDER BY data%1, id%1").arg(direction);
+        return out;
+    }
+    // Any other order keeps equal values by date, as the newest-first list had them.
+    const QString ties = QStringLiteral(", data, id");
+    const QString column = QString::fromLatin1(columnName(sortColumn));
+    if (!isTextColumn(sortColumn)) {
+        const bool number = sortColumn != JournalColumn::Invoice && sortColumn != JournalColumn::Invoiced
+                            && sortColumn != JournalColumn::Paid;
+        out.by = QStringLiteral(" ORDER BY ") + (number ? QStringLiteral("COALESCE(%1, 0)").arg(column) : column)
+                 + direction + ties;
+        return out;
+    }
+    // Texts go by the Bulgarian alphabet on both engines: the few stored values are ranked once by
+    // the collator, and the database orders the rows by the rank of their value. A driver goes by
+    // his name, or by his code when he has none.
+    const QStringList &values = list(sortColumn == JournalColumn::Truck    ? Trucks
+                                      : sortColumn == JournalColumn::Client ? Clients
+                                      : sortColumn == JournalColumn::Route  ? Routes
+                                      : sortColumn == JournalColumn::Cargo  ? Cargoes
+                                                                            : DriverCodes);
+    if (values.isEmpty()) {
+        out.by = QStringLiteral(" ORDER BY data, id");
+        return out;
+    }
+    QStringList keys;
+    for (const QString &value : values)
+        keys.append(sortColumn == JournalColumn::Driver ? m_driverNames.value(value.trimmed(), value) : value);
+    QList<int> byAlphabet(values.size());
+    std::iota(byAlphabet.begin(), byAlphabet.end(), 0);
+    QCollator collator{QLocale(QLocale::Bulgarian, QLocale::Bulgaria)};
+    std::stable_sort(byAlphabet.begin(), byAlphabet.end(),
+                     [&](int a, int b) { return collator.compare(keys[a], keys[b]) < 0; });
+    QStringList ranks;
+    int rank = -1;
+    for (int i = 0; i < byAlphabet.size(); ++i) {
+        // Equal names (two codes of one driver) share a rank, so their courses stay by date.
+        if (i == 0 || collator.compare(keys[byAlphabet[i - 1]], keys[byAlphabet[i]]) != 0)
+            ++rank;
+        ranks.append(QStringLiteral("(?, %1)").arg(rank));
+        out.values.append(values[byAlphabet[i]]);
+    }
+    out.with = QStringLiteral("WITH journal_rank(v, k) AS (VALUES %1) ").arg(ranks.join(QStringLiteral(", ")));
+    out.join = QStringLiteral(" LEFT JOIN journal_rank ON journal_rank.v = tabl.%1").arg(column);
+    out.by = QStringLiteral(" ORDER BY COALESCE(journal_rank.k, -1)") + direction + ties;
+    return out;
+}
+
+Checked<int> CourseJournalStore::count(const JournalFilter &filter) const
+{
+    const Where condition = where(filter);
+    if (condition.nothing)
+        return 0;
+    const Checked<QVariant> count = scalar(m_db, readTitle, QStringLiteral("SELECT COUNT(*) FROM tabl") + condition.sql,
+                                           condition.values);
+    if (!count)
+        return count.message();
+    return count.value().toInt();
+}
+
 Checked<QList<qint64>> CourseJournalStore::orderedIds(const JournalFilter &filter, JournalColumn sortColumn,
                                                        bool ascending) const
 {
     const Where condition = where(filter);
     if (condition.nothing)
         return QList<qint64>{};
-    // The engine gives the rows by date (its index); any other order is a stable sort here, so
-    // equal values stay by date, texts go by the Bulgarian alphabet on both engines, and no
-    // column needs an index of its own.
-    const bool byDate = sortColumn == JournalColumn::Date;
-    const QString column = QString::fromLatin1(columnName(sortColumn));
-    Query query(m_db,
-                (byDate ? QStringLiteral("SELECT id FROM tabl") : QStringLiteral("SELECT id, %1 FROM tabl").arg(column))
-                    + condition.sql + QStringLiteral(" ORDER BY data, id"));
-    if (auto failure = query.run(readTitle, condition.values))
+    const Order by = order(sortColumn, ascending);
+    Query query(m_db, by.with + QStringLiteral("SELECT tabl.id FROM tabl") + by.join + condition.sql + by.by);
+    if (auto failure = query.run(readTitle, by.values + condition.values))
         return *failure;
     QList<qint64> ids;
-    if (byDate) {
-        while (query.next())
-            ids.append(query.value(0).toLongLong());
-        if (!ascending)
-            std::reverse(ids.begin(), ids.end());
-        return ids;
-    }
-    struct Keyed {
-        qint64 id;
-        double key;
-    };
-    QList<Keyed> keyed;
-    if (isTextColumn(sortColumn)) {
-        QHash<QString, int> ranks;
-        QList<QString> distinct;
-        while (query.next()) {
-            QString value = query.value(1).toString();
-            if (sortColumn == JournalColumn::Driver)
-                value = m_driverNames.value(value.trimmed(), value);
-            auto found = ranks.constFind(value);
-            if (found == ranks.constEnd()) {
-                found = ranks.insert(value, static_cast<int>(distinct.size()));
-                distinct.append(value);
-            }
-            keyed.append({query.value(0).toLongLong(), static_cast<double>(*found)});
-        }
-        // The few distinct values are ranked once by the collator; the many rows sort by rank.
-        QList<int> byAlphabet(distinct.size());
-        std::iota(byAlphabet.begin(), byAlphabet.end(), 0);
-        QCollator collator{QLocale(QLocale::Bulgarian, QLocale::Bulgaria)};
-        std::sort(byAlphabet.begin(), byAlphabet.end(),
-                  [&](int a, int b) { return collator.compare(distinct[a], distinct[b]) < 0; });
-        QList<double> rankOf(distinct.size());
-        for (int i = 0; i < byAlphabet.size(); ++i)
-            rankOf[byAlphabet[i]] = i;
-        for (Keyed &k : keyed)
-            k.key = rankOf[static_cast<int>(k.key)];
-    } else if (sortColumn == JournalColumn::Invoice) {
-        while (query.next())
-            keyed.append({query.value(0).toLongLong(), query.value(1).toString().toDouble()});
-    } else {
-        while (query.next())
-            keyed.append({query.value(0).toLongLong(), query.value(1).toDouble()});
-    }
-    std::stable_sort(keyed.begin(), keyed.end(), [ascending](const Keyed &a, const Keyed &b) {
-        return ascending ? a.key < b.key : a.key > b.key;
-    });
-    ids.reserve(keyed.size());
-    for (const Keyed &k : std::as_const(keyed))
-        ids.append(k.id);
+    while (query.next())
+        ids.append(query.value(0).toLongLong());
+    if (auto failure = query.readFailure(readTitle))
+        return *failure;
     return ids;
 }
 
-Checked<QList<JournalRow>> CourseJournalStore::rows(const QList<qint64> &ids) const
+Checked<QList<JournalRow>> CourseJournalStore::page(const JournalFilter &filter, JournalColumn sortColumn,
+                                                   bool ascending, int offset, int limit) const
 {
-    if (ids.isEmpty())
+    const Where condition = where(filter);
+    if (condition.nothing || limit <= 0)
         return QList<JournalRow>{};
-    QVariantList values;
-    for (qint64 id : ids)
-        values.append(id);
-    return read(QStringLiteral(" WHERE id IN (%1)").arg(placeholders(ids.size())), values);
+    const Order by = order(sortColumn, ascending);
+    return read(by.with + columnsRead + by.join + condition.sql + by.by + QStringLiteral(" LIMIT ? OFFSET ?"),
+                by.values + condition.values + QVariantList{limit, std::max(0, offset)});
 }
 
-Checked<QList<JournalRow>> CourseJournalStore::allRows(const JournalFilter &filter) const
+Checked<QList<JournalRow>> CourseJournalStore::allRows(const JournalFilter &filter, JournalColumn sortColumn,
+                                                      bool ascending) const
 {
     const Where condition = where(filter);
     if (condition.nothing)
         return QList<JournalRow>{};
-    return read(condition.sql, condition.values);
+    const Order by = order(sortColumn, ascending);
+    return read(by.with + columnsRead + by.join + condition.sql + by.by, by.values + condition.values);
 }
 
-Checked<QList<JournalRow>> CourseJournalStore::read(const QString &condition, const QVariantList &values) const
+Checked<QList<JournalRow>> CourseJournalStore::read(const QString &sql, const QVariantList &values) const
 {
     QList<JournalRow> out;
-    Query query(m_db,
-                QStringLiteral("SELECT id, data, kod, kola, Klient, Marsh, Tovar, ton, km, Tarifa, bruto, "
-                               "NomFakt, Fakt, plat FROM tabl")
-                    + condition);
+    Query query(m_db, sql);
     if (auto failure = query.run(readTitle, values))
         return *failure;
     while (query.next()) {
@@ -310,6 +342,8 @@ Checked<QList<JournalRow>> CourseJournalStore::read(const QString &condition, co
         row.paid = query.value(13).toBool();
         out.append(row);
     }
+    if (auto failure = query.readFailure(readTitle))
+        return *failure;
     return out;
 }
 

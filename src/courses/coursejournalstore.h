@@ -10,6 +10,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariant>
+#include <optional>
 
 namespace zarek {
 
@@ -71,28 +72,36 @@ struct JournalSummary {
     QList<QPair<QString, double>> months;
 };
 
-// The journal's reading of tabl: the ids of the courses that pass the conditions in the order
-// asked (text columns in Bulgarian alphabetical order, whatever the engine), the values of a page
-// of ids, the totals and the gross of each month. Every value is bound; a text condition becomes
-// the list of stored values that contain it, so both engines match alike and use their indexes.
+// The journal's reading of tabl: how many courses pass the conditions, a page of them in the
+// order asked (text columns in Bulgarian alphabetical order, whatever the engine; ties by date),
+// the totals and the gross of each month, all worked out by the database. Every value is bound; a
+// text condition becomes the list of stored values that contain it, so both engines match alike
+// and use their indexes. The lists of stored values are read when a condition or an order first
+// needs them, each by steps down its index.
 class CourseJournalStore {
 public:
     explicit CourseJournalStore(QSqlDatabase db);
 
-    // Reads again the drivers and the lists of trucks, clients, routes and cargoes the text
-    // conditions are matched against (after a course was saved, say).
+    // Reads again the drivers and forgets the lists of trucks, clients, routes and cargoes the
+    // text conditions are matched against (after a course was saved, say).
     std::optional<UserMessage> refreshLists();
 
+    Checked<int> count(const JournalFilter &filter) const;
+    // The courses at positions offset .. offset + limit - 1 of the order asked.
+    Checked<QList<JournalRow>> page(const JournalFilter &filter, JournalColumn sortColumn, bool ascending,
+                                    int offset, int limit) const;
+    // The ids of every course that passes, in the order asked.
     Checked<QList<qint64>> orderedIds(const JournalFilter &filter, JournalColumn sortColumn, bool ascending) const;
-    Checked<QList<JournalRow>> rows(const QList<qint64> &ids) const;
-    // Every course that passes the conditions, in one reading (for an export of the list).
-    Checked<QList<JournalRow>> allRows(const JournalFilter &filter) const;
+    // Every course that passes the conditions, in the order asked, in one reading (for an export).
+    Checked<QList<JournalRow>> allRows(const JournalFilter &filter, JournalColumn sortColumn = JournalColumn::Date,
+                                       bool ascending = true) const;
     // The totals of the courses that pass, and the gross of each month ("2026-03"), in one reading;
     // the gross in euro once any course is, the leva of the months before the changeover converted.
     Checked<JournalSummary> summary(const JournalFilter &filter, const Changeover &changeover) const;
 
-    const QStringList &trucks() const { return m_trucks; }
-    const QStringList &clients() const { return m_clients; }
+    // The stored trucks and clients in Bulgarian alphabetical order (read at the first call).
+    const QStringList &trucks() const;
+    const QStringList &clients() const;
     QString driverName(const QString &code) const { return m_driverNames.value(code); }
 
 private:
@@ -101,12 +110,21 @@ private:
         QVariantList values;
         bool nothing = false;  // a text condition no stored value meets
     };
+    struct Order {
+        QString with;  // " WITH …" ranking the values of a text column, or empty
+        QString join;
+        QString by;    // " ORDER BY …"
+        QVariantList values;
+    };
+    enum List { Trucks, Clients, Routes, Cargoes, DriverCodes, ListCount };
+    const QStringList &list(List which) const;
     Where where(const JournalFilter &filter) const;
-    Checked<QList<JournalRow>> read(const QString &condition, const QVariantList &values) const;
+    Order order(JournalColumn sortColumn, bool ascending) const;
+    Checked<QList<JournalRow>> read(const QString &sql, const QVariantList &values) const;
 
     QSqlDatabase m_db;
     QHash<QString, QString> m_driverNames;  // code -> name
-    QStringList m_trucks, m_clients, m_routes, m_cargoes, m_driverCodes;
+    mutable std::optional<QStringList> m_lists[ListCount];
 };
 
 }

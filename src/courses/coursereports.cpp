@@ -12,10 +12,8 @@ namespace zarek {
 namespace {
 
 const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
-const QString courseColumns =
-    QStringLiteral("SELECT data, kola, ton, km, Tarifa, bruto, Marsh, Klient, Tovar, plat, Fakt FROM tabl ");
+const QString courseColumns = QStringLiteral("data, kola, ton, km, Tarifa, bruto, Marsh, Klient, Tovar, plat, Fakt");
 const QString inPeriod = QStringLiteral("data BETWEEN ? AND ? ");
-const QString order = QStringLiteral("ORDER BY data, id");
 
 // The search dialogs always give a period; one without both ends is refused, not guessed.
 std::optional<UserMessage> checkPeriod(const Period &period)
@@ -52,7 +50,9 @@ Checked<StreamedReport> courseReport(const QString &design, const SearchConditio
         return !query.run(readTitle, bound) && query.next();
     };
     const DatedAmounts amounts = datedAmountsOverPeriod(books, dates.from, dates.to, rowsExist);
-    const Checked<std::shared_ptr<RowStream>> rows = queryRowStream(db, courseColumns + where + order, values, readTitle);
+    const Checked<std::shared_ptr<RowStream>> rows =
+        keyedRowStream(db, courseColumns, QStringLiteral("tabl ") + where, {QStringLiteral("data"), QStringLiteral("id")},
+                       values, readTitle);
     if (!rows)
         return rows.message();
     const QStringList columns = rows.value()->columns();

@@ -42,11 +42,11 @@ UserMessage noCoursesMessage();        // "Няма въведени курсо�
 // A truck, invoice, client or driver typed must be one of the list's items (listed).
 Checked<SearchConditions> checkSeek(SearchMode mode, const QString &from, const QString &to, const QString &combo,
                                     const QString &article, const QStringList &listed,
-                                    QDate today = QDate::currentDate());
+                                    QDate today = {});
 
 // The search with the three-way choice: all courses or a driver's.
 Checked<SearchConditions> checkSeekAlt(SearchMode mode, const QString &from, const QString &to, const QString &combo,
-                                       SearchChoice choice, QDate today = QDate::currentDate());
+                                       SearchChoice choice, QDate today = {});
 
 // The invoicing search: a period, a client of the list, optionally a truck of the list, route and
 // cargo prefixes. For warehouse expenses (SkladPRN) client and truck are not checked.
@@ -59,7 +59,7 @@ struct SeekAllInput {
     QString tovar;
 };
 Checked<SearchConditions> checkSeekAll(SearchMode mode, const SeekAllInput &input, const QStringList &klientList,
-                                       const QStringList &kolaList, QDate today = QDate::currentDate());
+                                       const QStringList &kolaList, QDate today = {});
 
 // "kod,ime" split at the first comma into its trimmed parts; no comma gives no driver.
 bool splitDriver(const QString &text, QString *kod, QString *ime);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "documents/documentrules.h"
+#include "forms/commandday.h"
 #include "forms/recordstore.h"
 
 #include <QDate>
@@ -79,7 +80,7 @@ private:
     QList<DocumentKind> m_kinds;
     QList<QPair<QString, QString>> m_drivers;
     std::optional<RecordRow> m_renewing;
-    QDate m_today = QDate::currentDate();
+    QDate m_today = commandToday();
 };
 
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "forms/commandday.h"
+
 #include <QDate>
 #include <QString>
 
@@ -17,6 +19,6 @@ void registerDocumentCommands(CommandRegistry &commands);
 // After sign-in: the short notice of the documents due, unless there are none or the user
 // switched it off. Returns whether it was shown.
 bool showDueNotice(CommandRegistry &commands, QSettings &settings, const QString &user,
-                   const QDate &today = QDate::currentDate());
+                   const QDate &today = commandToday());
 
 }

@@ -2,6 +2,7 @@
 
 #include "core/firmprofile.h"
 #include "data/rowset.h"
+#include "forms/commandday.h"
 #include "forms/resultgridscreen.h"
 #include "reports/report.h"
 
@@ -19,7 +20,7 @@ Checked<Report> dueDocumentsReport(const RowSet &rows, const FirmProfile &firm, 
 class DueDocuments : public ResultGridScreen {
     Q_OBJECT
 public:
-    DueDocuments(QSqlDatabase db, FirmProfile firm, QWidget *parent = nullptr, QDate today = QDate::currentDate());
+    DueDocuments(QSqlDatabase db, FirmProfile firm, QWidget *parent = nullptr, QDate today = commandToday());
 
     static ResultGridConfig config(const QDate &today);
     // Reads the list again (after a document was renewed, say).

@@ -17,6 +17,11 @@ const BooksDay &commandDay()
     return current();
 }
 
+QDate commandToday()
+{
+    return current().today.isValid() ? current().today : QDate::currentDate();
+}
+
 void setCommandDay(const BooksDay &day)
 {
     current() = day;

@@ -9,6 +9,8 @@
 namespace zarek {
 
 const BooksDay &commandDay();
+// Today as the command that runs now read it; the clock's before any command has (at start-up).
+QDate commandToday();
 void setCommandDay(const BooksDay &day);
 
 // Tests set the books of a command with this guard.

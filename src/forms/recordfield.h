@@ -19,6 +19,6 @@ QString recordFieldText(const QVariant &value, RecordFieldKind kind);
 // Bulgarian way. A blank number or date is no value (NULL). A text that is neither gives the
 // two-line message under the title, naming the field by its caption.
 Checked<QVariant> recordFieldValue(const QString &text, RecordFieldKind kind, const QString &caption,
-                                   const QString &title, QDate today = QDate::currentDate());
+                                   const QString &title, QDate today = {});
 
 }

@@ -21,15 +21,103 @@ void ResultGridModel::setColumns(const QList<ResultGridColumn> &columns)
     endResetModel();
 }
 
-void ResultGridModel::setRows(RowSet rows)
+void ResultGridModel::mapColumns()
 {
-    beginResetModel();
-    m_rows = std::move(rows);
     m_sourceColumns.clear();
     for (const ResultGridColumn &column : m_columns)
         m_sourceColumns.append(m_rows.column(column.field));
     m_flagColumn = m_flagField.isEmpty() ? -1 : m_rows.column(m_flagField);
+}
+
+void ResultGridModel::setRows(RowSet rows)
+{
+    beginResetModel();
+    m_read = {};
+    m_total = 0;
+    m_rows = std::move(rows);
+    mapColumns();
     endResetModel();
+}
+
+std::optional<UserMessage> ResultGridModel::setRows(int total, BlockReader read, int blockSize)
+{
+    beginResetModel();
+    m_read = std::move(read);
+    m_total = std::max(0, total);
+    m_blockSize = std::max(1, blockSize);
+    m_rows = RowSet();
+    const Checked<RowSet> first = m_read(0, std::min(m_blockSize, std::max(m_total, 1)));
+    if (first)
+        m_rows = first.value();
+    // Rows the count did not see (saved meanwhile) are not shown; rows gone shorten the grid.
+    if (m_rows.rowCount() < std::min(m_blockSize, m_total) || !first)
+        m_total = m_rows.rowCount();
+    mapColumns();
+    endResetModel();
+    if (!first)
+        return first.message();
+    return std::nullopt;
+}
+
+std::optional<UserMessage> ResultGridModel::readMore(int limit)
+{
+    const int from = m_rows.rowCount();
+    limit = std::min(limit, m_total - from);
+    if (!m_read || limit <= 0)
+        return std::nullopt;
+    const Checked<RowSet> block = m_read(from, limit);
+    if (!block) {
+        m_total = from;  // nothing more is offered after a failure
+        return block.message();
+    }
+    const RowSet &more = block.value();
+    if (more.rowCount() < limit)
+        m_total = from + more.rowCount();
+    if (more.rowCount() == 0)
+        return std::nullopt;
+    beginInsertRows({}, from, from + more.rowCount() - 1);
+    m_rows.reserveRows(from + more.rowCount());
+    QList<QVariant> cells(more.columnCount());
+    for (int row = 0; row < more.rowCount(); ++row) {
+        for (int column = 0; column < more.columnCount(); ++column)
+            cells[column] = more.value(row, column);
+        m_rows.appendRow(cells);
+    }
+    endInsertRows();
+    return std::nullopt;
+}
+
+bool ResultGridModel::canFetchMore(const QModelIndex &parent) const
+{
+    return !parent.isValid() && m_read && m_rows.rowCount() < m_total;
+}
+
+void ResultGridModel::fetchMore(const QModelIndex &parent)
+{
+    if (!canFetchMore(parent))
+        return;
+    if (const auto failure = readMore(m_blockSize))
+        MessageService::instance().inform(*failure);
+}
+
+std::optional<UserMessage> ResultGridModel::fetchAll()
+{
+    if (!m_read || allRead())
+        return std::nullopt;
+    return readMore(m_total - m_rows.rowCount());
+}
+
+RowSet &ResultGridModel::rows()
+{
+    if (const auto failure = fetchAll())
+        MessageService::instance().inform(*failure);
+    return m_rows;
+}
+
+const RowSet &ResultGridModel::rows() const
+{
+    // Reading the rest changes what the grid holds, not what it is.
+    return const_cast<ResultGridModel *>(this)->rows();
 }
 
 void ResultGridModel::setFlagField(const QString &field)
@@ -92,6 +180,8 @@ void ResultGridModel::replaceRow(int row, const RowSet &from, int fromRow)
 
 void ResultGridModel::takeRow(int row)
 {
+    // The rows after it are read first: the database's order has no gap where it was.
+    fetchAll();
     if (row < 0 || row >= m_rows.rowCount())
         return;
     beginRemoveRows({}, row, row);

@@ -11,7 +11,9 @@
 
 namespace zarek {
 
-// The rows of a result grid screen in memory, shown through its column table. A marked row (its
+// The rows of a result grid screen, shown through its column table: all in memory, or read from
+// the database a block at a time as the view scrolls to them (canFetchMore, fetchMore), the
+// blocks read staying in memory with what was done to them. A marked row (its
 // flag column true) is drawn in the marking colour. Edits are allowed only while the screen
 // allows them, and only in editable columns; each accepted edit goes to the edit hook first.
 class ResultGridModel : public QAbstractTableModel {
@@ -26,8 +28,19 @@ public:
     void setColumns(const QList<ResultGridColumn> &columns);
     const QList<ResultGridColumn> &columns() const { return m_columns; }
     void setRows(RowSet rows);
-    RowSet &rows() { return m_rows; }
-    const RowSet &rows() const { return m_rows; }
+    // Rows offset .. offset + limit - 1 of the grid's order, read from the database.
+    using BlockReader = std::function<Checked<RowSet>(int offset, int limit)>;
+    // The grid over total rows that read is asked for a block at a time; the first block at once
+    // (it gives the columns). The message when it cannot be read.
+    std::optional<UserMessage> setRows(int total, BlockReader read, int blockSize = 200);
+    // Every row, the ones not read yet read first.
+    RowSet &rows();
+    const RowSet &rows() const;
+    // Reads the rows not read yet; the message when they could not be.
+    std::optional<UserMessage> fetchAll();
+    // How many rows the grid is over, read or not.
+    int totalRowCount() const { return m_read ? m_total : m_rows.rowCount(); }
+    bool allRead() const { return m_rows.rowCount() >= totalRowCount(); }
 
     void setFlagField(const QString &field);
     bool isMarked(int row) const;
@@ -64,14 +77,21 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
+    bool canFetchMore(const QModelIndex &parent) const override;
+    void fetchMore(const QModelIndex &parent) override;
     bool setData(const QModelIndex &index, const QVariant &value, int role = Qt::EditRole) override;
 
 private:
     QString displayText(const QVariant &value, const ResultGridColumn &column) const;
+    void mapColumns();
+    std::optional<UserMessage> readMore(int limit);
 
     QList<ResultGridColumn> m_columns;
     QList<int> m_sourceColumns;  // column of the row set behind each grid column
     RowSet m_rows;
+    BlockReader m_read;  // none: every row is in m_rows
+    int m_total = 0;
+    int m_blockSize = 200;
     QString m_flagField;
     int m_flagColumn = -1;
     QColor m_markColor = QColor(255, 0, 0);

@@ -1,6 +1,7 @@
 #include "resultgridscreen.h"
 
 #include "forms/commandday.h"
+#include "data/query.h"
 
 #include "core/formats.h"
 #include "core/valueformat.h"
@@ -25,6 +26,23 @@
 #include <algorithm>
 
 namespace zarek {
+
+ResultGridBlocks queryBlocks(QSqlDatabase db, const QString &select, const QVariantList &values,
+                             const QString &errorTitle)
+{
+    ResultGridBlocks blocks;
+    const Checked<QVariant> count =
+        scalar(db, errorTitle, QStringLiteral("SELECT COUNT(*) FROM (") + select + QStringLiteral(") counted"), values);
+    if (!count) {
+        MessageService::instance().inform(count.message());
+        return blocks;
+    }
+    blocks.rowCount = count.value().toInt();
+    blocks.read = [db, sql = select + QStringLiteral(" LIMIT ? OFFSET ?"), values, errorTitle](int offset, int limit) {
+        return readRows(db, errorTitle, sql, values + QVariantList{limit, offset});
+    };
+    return blocks;
+}
 
 ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     : QDialog(parent), m_config(std::move(config)), m_books(commandDay())
@@ -150,10 +168,32 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
 
 void ResultGridScreen::setRows(RowSet rows)
 {
+    m_blocks = {};
     m_model->setRows(std::move(rows));
     updateCurrencies();
     m_marked = markedTotal();
-    if (m_model->rowCount() == 0 && !m_config.emptyMessage.isEmpty())
+    rowsSet();
+}
+
+void ResultGridScreen::setRows(ResultGridBlocks blocks)
+{
+    m_blocks = std::move(blocks);
+    if (const auto failure = m_model->setRows(m_blocks.rowCount, m_blocks.read, m_blocks.blockSize))
+        MessageService::instance().inform(*failure);
+    updateCurrencies();
+    std::optional<CurrencyTotal> marked;
+    if (m_blocks.markedTotal && !m_model->allRead()) {
+        const Checked<CurrencyTotal> total = m_blocks.markedTotal(m_totals);
+        if (total)
+            marked = total.value();
+    }
+    m_marked = marked ? *marked : markedTotal();
+    rowsSet();
+}
+
+void ResultGridScreen::rowsSet()
+{
+    if (m_model->totalRowCount() == 0 && !m_config.emptyMessage.isEmpty())
         MessageService::instance().inform(UserMessage{QStringLiteral("ВНИМАНИЕ!"), m_config.emptyMessage});
     if (m_opened)
         focusFirstRow();
@@ -269,6 +309,9 @@ void ResultGridScreen::reloadRows(RowSet rows, const QString &keyField, const QS
 CurrencyTotal ResultGridScreen::markedTotal() const
 {
     CurrencyTotal total(m_totals);
+    if (m_config.flagField.isEmpty())
+        return total;  // nothing is marked
+    m_model->rows();  // every row read
     for (int row = 0; row < m_model->rowCount(); ++row) {
         if (m_model->isMarked(row))
             total.add(Money::fromAmount(m_model->value(row, m_config.amountField).toDouble()), rowCurrency(row));
@@ -303,6 +346,25 @@ void ResultGridScreen::updateCurrencies()
         // Without a date column the rows are in the books' price currency.
         m_totals = totalsCurrencyOf(m_books.priceCurrency() == Currency::Euro);
         return;
+    }
+    // Leva up to the changeover, euro from it: the first and the last day tell every row's currency.
+    if (m_blocks.dateRange && !m_model->allRead()) {
+        if (const Checked<std::pair<QDate, QDate>> range = m_blocks.dateRange(); range) {
+            const auto [first, last] = range.value();
+            const bool anyEuro = last.isValid() && m_books.currencyOn(last) == Currency::Euro;
+            m_totals = totalsCurrencyOf(anyEuro);
+            const bool mixed = first.isValid()
+                               && (m_books.currencyOn(first) != m_totals || m_books.currencyOn(last) != m_totals);
+            if (mixed) {
+                m_model->setRowUnit([this](int row) { return amountUnit(rowCurrency(row)); });
+                setAmountNote(conversionNote(m_books.changeover, m_totals));
+            } else {
+                m_model->setRowUnit({});
+                setAmountNote({});
+            }
+            fitColumns();
+            return;
+        }
     }
     const int date = m_model->rows().column(m_config.dateField);
     bool anyEuro = false;
@@ -390,22 +452,26 @@ void ResultGridScreen::moveToRow(int row)
 
 bool ResultGridScreen::recordFormKey(QKeyEvent *key)
 {
-    const int rows = m_model->rowCount();
+    int rows = m_model->rowCount();
     const int row = currentRow();
     // Ctrl alone: Ctrl with Shift counts as no Ctrl.
     const bool ctrl = (key->modifiers() & ~Qt::KeypadModifier) == Qt::ControlModifier;
     int target = row;
     switch (key->key()) {
     case Qt::Key_Home: target = 0; break;
-    case Qt::Key_End: target = rows - 1; break;
+    case Qt::Key_End: target = m_model->totalRowCount() - 1; break;
     case Qt::Key_Up:
     case Qt::Key_PageUp: target = ctrl ? 0 : row - 1; break;
     case Qt::Key_Down:
-    case Qt::Key_PageDown: target = ctrl ? rows - 1 : row + 1; break;
+    case Qt::Key_PageDown: target = ctrl ? m_model->totalRowCount() - 1 : row + 1; break;
     default: return false;
     }
     if (rows == 0)
         return true;
+    // A row not read yet is read with the rows before it.
+    while (target >= m_model->rowCount() && m_model->canFetchMore({}))
+        m_model->fetchMore({});
+    rows = m_model->rowCount();
     if (target < 0 || target >= rows) {
         // Past either end: a beep, and the end row stays.
         MessageService::instance().beep();

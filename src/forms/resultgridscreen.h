@@ -9,6 +9,7 @@
 
 #include <QDialog>
 #include <QPointer>
+#include <QSqlDatabase>
 #include <functional>
 #include <optional>
 
@@ -44,6 +45,27 @@ struct ResultGridConfig {
     QString dateField;
 };
 
+// Rows a grid reads from the database a block at a time, as it scrolls to them: a screen over many
+// rows opens on the first block, and what it totals the database works out.
+struct ResultGridBlocks {
+    int rowCount = 0;                      // how many rows there are, by the database's count
+    ResultGridModel::BlockReader read;     // the rows at offset .. offset + limit - 1 of the grid's order
+    int blockSize = 200;
+    // The first and the last day of the rows (the config's dateField), by the database: which
+    // currencies they are in without reading them. None: the rows are read to tell.
+    std::function<Checked<std::pair<QDate, QDate>>()> dateRange;
+    // The marked rows' amounts as the screen opens, by the database, in the currency given: each
+    // amount of the other currency converted on its own (CurrencyTotal). None: the rows are read
+    // to add them up.
+    std::function<Checked<CurrencyTotal>(Currency totals)> markedTotal;
+};
+
+// The blocks of a query's rows: its count, then "select LIMIT ? OFFSET ?" for each block. The
+// query's ORDER BY must give one order (end it with a unique column, such as id); the values are
+// bound in order; a failure is told under errorTitle.
+ResultGridBlocks queryBlocks(QSqlDatabase db, const QString &select, const QVariantList &values,
+                             const QString &errorTitle);
+
 // The screen every grid of results is built on: the grid over the rows a search selected, the
 // line that says what is shown, the bottom strip with the key legend, the running total,
 // "Печат" and "Затвори". A screen is its configuration (names, columns, texts) and a subclass
@@ -62,6 +84,9 @@ public:
 
     // Puts the rows in the grid; with none, tells the screen's message and stays open.
     void setRows(RowSet rows);
+    // The same over rows read a block at a time as the grid scrolls to them; whatever needs every
+    // row (an export, reading the rows anew, taking one out) reads the rest first.
+    void setRows(ResultGridBlocks blocks);
     ResultGridModel *model() const { return m_model; }
     QTableView *grid() const { return m_grid; }
     int currentRow() const;
@@ -145,8 +170,10 @@ private:
     void moveToRow(int row);
     void updateCurrencies();
     CurrencyTotal markedTotal() const;
+    void rowsSet();
 
     ResultGridConfig m_config;
+    ResultGridBlocks m_blocks;  // how the rows are read, when they are read a block at a time
     BooksDay m_books;
     ResultGridModel *m_model = nullptr;
     QTableView *m_grid = nullptr;

@@ -1,7 +1,9 @@
 #include "reports/reportrows.h"
 
+#include "data/dialect.h"
 #include "data/query.h"
 
+#include <QSqlQuery>
 #include <QSqlRecord>
 
 namespace zarek {
@@ -72,6 +74,116 @@ private:
     std::optional<UserMessage> m_error;
 };
 
+// Chunks of rows after the last key read, in one read-only snapshot of a connection of its own.
+class KeyedStream : public RowStream {
+public:
+    KeyedStream(std::unique_ptr<PrivateConnection> connection, QString selectList, QString fromAndWhere,
+                QStringList keys, QList<QVariant> values, QString errorTitle)
+        : m_connection(std::move(connection)), m_keys(std::move(keys)), m_values(std::move(values)),
+          m_errorTitle(std::move(errorTitle))
+    {
+        QStringList keyed;
+        for (int i = 0; i < m_keys.size(); ++i)
+            keyed.append(QStringLiteral("%1 AS zarek_key_%2").arg(m_keys.at(i)).arg(i));
+        const QString select = QStringLiteral("SELECT ") + selectList + QStringLiteral(", ")
+                               + keyed.join(QStringLiteral(", ")) + QStringLiteral(" FROM ") + fromAndWhere;
+        const QString orderBy = QStringLiteral(" ORDER BY ") + m_keys.join(QStringLiteral(", "))
+                                + QStringLiteral(" LIMIT ?");
+        m_first = select + orderBy;
+        const bool hasWhere = fromAndWhere.contains(QStringLiteral(" WHERE "), Qt::CaseInsensitive)
+                              || fromAndWhere.startsWith(QStringLiteral("WHERE "), Qt::CaseInsensitive);
+        m_after = select + (hasWhere ? QStringLiteral(" AND (") : QStringLiteral(" WHERE ("))
+                  + m_keys.join(QStringLiteral(", ")) + QStringLiteral(") > (") + placeholders(m_keys.size())
+                  + QLatin1Char(')') + orderBy;
+    }
+    ~KeyedStream() override { finish(); }
+
+    // Begins the snapshot and reads the first chunk; the message when it cannot.
+    std::optional<UserMessage> start()
+    {
+        QSqlDatabase db = m_connection->db();
+        // Statements of the transaction itself go unprepared (the driver cannot prepare them).
+        if (!db.transaction())
+            return UserMessage{m_errorTitle, db.lastError().text(), UserMessage::Icon::Critical};
+        m_inTransaction = true;
+        QSqlQuery snapshot(db);
+        if (!snapshot.exec(QStringLiteral("SET TRANSACTION ISOLATION LEVEL REPEATABLE READ, READ ONLY")))
+            return UserMessage{m_errorTitle, snapshot.lastError().text(), UserMessage::Icon::Critical};
+        if (auto failure = readChunk())
+            return failure;
+        return std::nullopt;
+    }
+
+    const QStringList &columns() const override { return m_columns; }
+    bool next(QList<QVariant> &cells) override
+    {
+        if (m_at >= m_chunk.rowCount()) {
+            if (m_done || !m_connection)
+                return false;
+            if ((m_error = readChunk()) || m_chunk.rowCount() == 0) {
+                finish();
+                return false;
+            }
+        }
+        const auto count = m_columns.size();
+        cells.resize(count);
+        for (qsizetype i = 0; i < count; ++i)
+            cells[i] = m_chunk.value(m_at, static_cast<int>(i));
+        ++m_at;
+        if (m_at >= m_chunk.rowCount() && m_done)
+            finish();
+        return true;
+    }
+    std::optional<UserMessage> error() const override { return m_error; }
+
+private:
+    std::optional<UserMessage> readChunk()
+    {
+        QList<QVariant> bound = m_values;
+        if (m_chunk.rowCount() > 0) {
+            const int last = m_chunk.rowCount() - 1;
+            for (int i = 0; i < m_keys.size(); ++i)
+                bound.append(m_chunk.value(last, static_cast<int>(m_columns.size()) + i));
+        }
+        bound.append(m_size);
+        const Checked<RowSet> chunk =
+            readRows(m_connection->db(), m_errorTitle, m_chunk.rowCount() > 0 ? m_after : m_first, bound);
+        if (!chunk)
+            return chunk.message();
+        if (m_columns.isEmpty())
+            m_columns = chunk.value().columns().mid(0, chunk.value().columnCount() - m_keys.size());
+        m_done = chunk.value().rowCount() < m_size;
+        m_chunk = chunk.value();
+        m_at = 0;
+        // The first rows come at once; later chunks grow, so a long report takes few round trips.
+        m_size = std::min(m_size * 4, 8000);
+        return std::nullopt;
+    }
+
+    // The last row read: the snapshot, the statement and the connection are let go at once.
+    void finish()
+    {
+        if (m_connection && m_inTransaction)
+            m_connection->db().rollback();
+        m_inTransaction = false;
+        m_connection.reset();
+        m_done = true;
+    }
+
+    std::unique_ptr<PrivateConnection> m_connection;
+    QStringList m_keys;
+    QList<QVariant> m_values;
+    QString m_errorTitle;
+    QString m_first, m_after;
+    QStringList m_columns;
+    RowSet m_chunk;
+    int m_at = 0;
+    int m_size = 125;
+    bool m_done = false;
+    bool m_inTransaction = false;
+    std::optional<UserMessage> m_error;
+};
+
 class ChangedStream : public RowStream {
 public:
     ChangedStream(std::shared_ptr<RowStream> source, const QStringList &added,
@@ -113,6 +225,26 @@ Checked<std::shared_ptr<RowStream>> queryRowStream(QSqlDatabase db, const QStrin
     if (auto failure = query->run(errorTitle, values))
         return *failure;
     return std::shared_ptr<RowStream>(std::make_shared<QueryStream>(std::move(connection), std::move(query), errorTitle));
+}
+
+Checked<std::shared_ptr<RowStream>> keyedRowStream(QSqlDatabase db, const QString &selectList,
+                                                   const QString &fromAndWhere, const QStringList &keyColumns,
+                                                   const QList<QVariant> &values, const QString &errorTitle)
+{
+    if (dialectOf(db) == Dialect::PostgreSQL) {
+        auto connection = std::make_unique<PrivateConnection>(db);
+        if (connection->isOpen()) {
+            auto stream = std::make_shared<KeyedStream>(std::move(connection), selectList, fromAndWhere, keyColumns,
+                                                        values, errorTitle);
+            if (auto failure = stream->start())
+                return *failure;
+            return std::shared_ptr<RowStream>(stream);
+        }
+    }
+    return queryRowStream(db,
+                          QStringLiteral("SELECT ") + selectList + QStringLiteral(" FROM ") + fromAndWhere
+                              + QStringLiteral(" ORDER BY ") + keyColumns.join(QStringLiteral(", ")),
+                          values, errorTitle);
 }
 
 std::shared_ptr<RowStream> changedRows(std::shared_ptr<RowStream> source, const QStringList &addedColumns,

@@ -32,6 +32,17 @@ std::shared_ptr<RowStream> rowStreamOf(RowSet rows);
 Checked<std::shared_ptr<RowStream>> queryRowStream(QSqlDatabase db, const QString &sql, const QList<QVariant> &values,
                                                    const QString &errorTitle);
 
+// The rows of "SELECT selectList FROM fromAndWhere ORDER BY keyColumns" (fromAndWhere: the table
+// and its WHERE clause, if any; the key columns together unique), read as they are asked for. On
+// PostgreSQL, whose driver would hand over the whole result before its first row, they are read in
+// chunks that grow from a first few, each the rows after the last key read ("(data, id) > (?, ?)
+// ORDER BY data, id LIMIT n"), all in one read-only snapshot on the stream's own connection: the
+// first page comes after the first chunk, and the rows are those of one moment. Elsewhere as
+// queryRowStream.
+Checked<std::shared_ptr<RowStream>> keyedRowStream(QSqlDatabase db, const QString &selectList,
+                                                   const QString &fromAndWhere, const QStringList &keyColumns,
+                                                   const QList<QVariant> &values, const QString &errorTitle);
+
 // Each row changed as it is read: the added columns come after the source's, null until the
 // change fills them.
 std::shared_ptr<RowStream> changedRows(std::shared_ptr<RowStream> source, const QStringList &addedColumns,

@@ -8,6 +8,7 @@
 #include "coursesfixture.h"
 #include "testdatabase.h"
 
+#include <QCollator>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -272,6 +273,74 @@ private slots:
         QCOMPARE(lines.at(11), conversionNote(commandDay().changeover, Currency::Euro));
         QVERIFY(journal.findChild<QLabel *>(QStringLiteral("lblTotals"))->text().contains(formatAmount(journal.totals().gross)));
         QVERIFY(messages.shown.isEmpty());
+    }
+
+    // The journal reads a page at a time in the order the database gives: far down the list, in
+    // every order, the rows are those of the whole list ordered here, ties by date.
+    void pagesFarDownFollowTheWholeOrder_data()
+    {
+        QTest::addColumn<int>("sortColumn");
+        QTest::addColumn<bool>("ascending");
+        QTest::newRow("newest first") << int(JournalColumn::Date) << false;
+        QTest::newRow("clients, Bulgarian alphabet") << int(JournalColumn::Client) << true;
+        QTest::newRow("clients backwards") << int(JournalColumn::Client) << false;
+        QTest::newRow("drivers by name") << int(JournalColumn::Driver) << true;
+        QTest::newRow("gross, largest first") << int(JournalColumn::Gross) << false;
+        QTest::newRow("paid first") << int(JournalColumn::Paid) << false;
+    }
+    void pagesFarDownFollowTheWholeOrder()
+    {
+        QFETCH(int, sortColumn);
+        QFETCH(bool, ascending);
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fill(scratch.db()));
+        QVERIFY(scratch.db().transaction());
+        for (int i = 0; i < 2 * CourseJournalModel::pageSize + 50; ++i) {
+            test::CourseRow row = courses.at(i % courses.size());
+            row.data = QDate(2025, 1, 1).addDays(i % 37);
+            row.bruto = (i * 7 % 90) + 0.5;
+            row.plat = i % 3 == 0;
+            QVERIFY(test::insertCourse(scratch.db(), row));
+        }
+        QVERIFY(scratch.db().commit());
+        CourseJournal journal(scratch.db());
+        journal.model()->sort(sortColumn, ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+        // The whole list by date and id, ordered here by the column's value, ties kept by date.
+        CourseJournalStore store(scratch.db());
+        QVERIFY(!store.refreshLists());
+        const Checked<QList<JournalRow>> all = store.allRows({}, JournalColumn::Date, true);
+        QVERIFY(all);
+        QList<JournalRow> expected = all.value();
+        QCollator collator{QLocale(QLocale::Bulgarian, QLocale::Bulgaria)};
+        const auto column = static_cast<JournalColumn>(sortColumn);
+        const auto key = [&](const JournalRow &r) {
+            return column == JournalColumn::Driver ? QVariant(r.driverName) : r.value(column);
+        };
+        const auto before = [&](const JournalRow &a, const JournalRow &b) {
+            const QVariant x = key(a), y = key(b);
+            if (x.metaType().id() == QMetaType::QString)
+                return collator.compare(x.toString(), y.toString()) < 0;
+            return QVariant::compare(x, y) == QPartialOrdering::Less;
+        };
+        if (column == JournalColumn::Date && !ascending)
+            std::reverse(expected.begin(), expected.end());
+        else if (column != JournalColumn::Date)
+            std::stable_sort(expected.begin(), expected.end(), [&](const JournalRow &a, const JournalRow &b) {
+                return ascending ? before(a, b) : before(b, a);
+            });
+        QCOMPARE(journal.model()->rowCount(), expected.size());
+        QList<qint64> shown, wanted;
+        for (int r = 0; r < expected.size(); ++r) {
+            shown.append(journal.model()->idAt(r));
+            wanted.append(expected.at(r).id);
+        }
+        QCOMPARE(shown, wanted);
+        // A course far down is found where it stands.
+        QCOMPARE(journal.model()->rowOf(wanted.at(wanted.size() - 3)), int(wanted.size() - 3));
+        const Checked<ExportTable> table = journal.exportTable();
+        QVERIFY(table);
+        QCOMPARE(table.value().rowCount, int(expected.size()));
+        QCOMPARE(table.value().cell(int(expected.size()) - 1, int(JournalColumn::Gross)), expected.last().value(JournalColumn::Gross));
     }
 };
 

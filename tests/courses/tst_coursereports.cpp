@@ -1,7 +1,9 @@
 #include "examplefirm.h"
 #include "forms/commandday.h"
 #include "courses/coursereports.h"
+#include "data/query.h"
 #include "reports/reportlayout.h"
+#include "reports/reportrows.h"
 #include "reports/reportpreview.h"
 #include "coursesfixture.h"
 #include "testdatabase.h"
@@ -428,6 +430,41 @@ private slots:
             if (QTest::currentTestFailed())
                 return;
         }
+    }
+
+    // The course reports read their rows in growing chunks after the last (date, id) read: across
+    // several chunks they are the rows of the whole query in its order, and those of the moment the
+    // report began (a course saved meanwhile waits for the next report).
+    void theRowsReadInChunksAreThoseOfTheWholeQueryAtItsStart()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillManyCourses(scratch.db(), 3000));
+        const QString columns = QStringLiteral("data, kola, ton, bruto");
+        const QString fromAndWhere = QStringLiteral("tabl WHERE data BETWEEN ? AND ? ");
+        const QList<QVariant> values = {QDate(2006, 3, 1), QDate(2006, 3, 31)};
+        const Checked<RowSet> whole =
+            readRows(scratch.db(), QString(), QStringLiteral("SELECT ") + columns + QStringLiteral(" FROM ") + fromAndWhere
+                                                  + QStringLiteral("ORDER BY data, id"), values);
+        QVERIFY(whole.ok());
+        const Checked<std::shared_ptr<RowStream>> stream =
+            keyedRowStream(scratch.db(), columns, fromAndWhere, {QStringLiteral("data"), QStringLiteral("id")}, values,
+                           QString());
+        QVERIFY(stream.ok());
+        QCOMPARE(stream.value()->columns(), whole.value().columns());
+        QList<QVariant> cells;
+        QVERIFY(stream.value()->next(cells));
+        QVERIFY(fillManyCourses(scratch.db(), 5, 3000));
+        RowSet read(stream.value()->columns());
+        read.appendRow(cells);
+        while (stream.value()->next(cells))
+            read.appendRow(cells);
+        QVERIFY(!stream.value()->error());
+        QCOMPARE(read.rowCount(), whole.value().rowCount());
+        for (int row = 0; row < read.rowCount(); row += 97) {
+            for (int column = 0; column < read.columnCount(); ++column)
+                QCOMPARE(read.value(row, column), whole.value().value(row, column));
+        }
+        QCOMPARE(read.value(read.rowCount() - 1, 3), whole.value().value(read.rowCount() - 1, 3));
     }
 
     void thePreviewPagesForwardWhileTheRestIsLaidOut()

@@ -1,6 +1,10 @@
 #include "forms/messageservice.h"
 #include "forms/resultgridscreen.h"
 #include "screendriver.h"
+#include "testdatabase.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
 
 #include <QHeaderView>
 #include <QPushButton>
@@ -474,6 +478,122 @@ private slots:
         QCOMPARE(lines.at(4), QStringLiteral("05.03.2006;Перник - Радомир;Чакъл;РК 7777 АА;40;12,500;0,100;50,00;Да"));
         QVERIFY(screen.exportButton()->isVisible() || !screen.isVisible());
         QVERIFY(messages.shown.isEmpty());
+    }
+
+
+    // A grid over rows read a block at a time: it opens on the first block, reads more as it
+    // scrolls, keeps the marks made, takes its opening total from the source, and reads the rest
+    // for what needs every row (the last row, the spreadsheet).
+    void rowsReadInBlocksAsTheGridScrollsKeepWhatWasDone()
+    {
+        RecordingMessageService messages;
+        RowSet all(courses().columns());
+        for (int i = 0; i < 1000; ++i)
+            all.appendRow({QDate(2006, 1, 1).addDays(i % 365), QStringLiteral("Маршрут %1").arg(i), QStringLiteral("Пясък"),
+                           QStringLiteral("СА 1234 ВК"), 25.0, 10.0, 0.125, 1.0 + i, i == 999, QStringLiteral("0000000000")});
+        int reads = 0;
+        int rowsRead = 0;
+        ResultGridBlocks blocks;
+        blocks.rowCount = all.rowCount();
+        blocks.blockSize = 100;
+        blocks.read = [&](int offset, int limit) -> Checked<RowSet> {
+            ++reads;
+            RowSet block(all.columns());
+            for (int row = offset; row < std::min(offset + limit, all.rowCount()); ++row) {
+                QList<QVariant> cells;
+                for (int column = 0; column < all.columnCount(); ++column)
+                    cells.append(all.value(row, column));
+                block.appendRow(cells);
+                ++rowsRead;
+            }
+            return block;
+        };
+        blocks.markedTotal = [](Currency totals) {
+            CurrencyTotal total(totals);
+            total.add(Money::fromAmount(1000.0), totals);  // the last row, marked in the database
+            return Checked<CurrencyTotal>(total);
+        };
+        ResultGridScreen screen(fakturaConfig());
+        screen.resize(700, 400);
+        screen.setRows(blocks);
+        screen.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&screen));
+        QTRY_COMPARE(screen.currentRow(), 0);
+        QVERIFY2(rowsRead <= 300, qPrintable(QString::number(rowsRead)));
+        QCOMPARE(screen.model()->totalRowCount(), 1000);
+        press(screen.grid(), Qt::Key_Space);  // row 0, 1,00, beside the one marked in the database
+        QCOMPARE(screen.runningTotal(), Money::fromAmount(1001.0));
+        // Scrolling down reads further blocks; the mark stays.
+        const int before = screen.model()->rowCount();
+        for (int i = 0; i < 5; ++i) {
+            screen.grid()->scrollToBottom();
+            QCoreApplication::processEvents();
+        }
+        QVERIFY(screen.model()->rowCount() > before);
+        QVERIFY(screen.model()->isMarked(0));
+        // The spreadsheet holds every row, in order, with the marks.
+        const ExportTable table = screen.exportTable();
+        QCOMPARE(table.rowCount, 1000);
+        QCOMPARE(screen.model()->rowCount(), 1000);
+        QCOMPARE(table.cell(0, 8).toBool(), true);
+        QCOMPARE(table.cell(999, 1).toString(), QStringLiteral("Маршрут 999"));
+        QCOMPARE(rowsRead, 1000);  // no row read twice
+        screen.recountTotal();
+        QCOMPARE(screen.runningTotal(), Money::fromAmount(1001.0));
+        QVERIFY(messages.shown.isEmpty());
+        Q_UNUSED(reads);
+    }
+
+    void aQueryGivesItsRowsInBlocksInItsOrder_data() { test::addEngineRows(); }
+    void aQueryGivesItsRowsInBlocksInItsOrder()
+    {
+        QFETCH(QString, engine);
+        ZAREK_SCRATCH_DB_NAMED(scratch, engine);
+        QSqlDatabase db = scratch.db();
+        QVERIFY(db.transaction());
+        QSqlQuery insert(db);
+        insert.prepare(QStringLiteral("INSERT INTO tabl (data, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, Fakt, "
+                                      "NomFakt, plat) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+        for (int i = 0; i < 450; ++i) {
+            for (const QVariant &value : QVariantList{QDate(2006, 3, 1).addDays(i % 20), QStringLiteral("СА 1234 ВК"),
+                                                      QStringLiteral("Бетон АД"), QStringLiteral("Маршрут %1").arg(i),
+                                                      QStringLiteral("Пясък"), 25.0, 10.0, 0.125, 1.0 + i, i % 3 == 0,
+                                                      QStringLiteral("0000000000"), false})
+                insert.addBindValue(value);
+            QVERIFY2(insert.exec(), qPrintable(insert.lastError().text()));
+        }
+        QVERIFY(db.commit());
+        const QString select = QStringLiteral("SELECT data AS Data, Marsh, Tovar, kola, km AS KM, ton AS Ton, Tarifa, bruto, "
+                                              "Fakt, NomFakt FROM tabl WHERE Klient = ? ORDER BY data, id");
+        ResultGridBlocks blocks = queryBlocks(db, select, {QStringLiteral("Бетон АД")}, QStringLiteral("ГРЕШКА при четене!"));
+        blocks.markedTotal = [db](Currency totals) -> Checked<CurrencyTotal> {
+            QSqlQuery sum(db);
+            if (!sum.exec(QStringLiteral("SELECT SUM(bruto) FROM tabl WHERE Fakt = (1 = 1)")) || !sum.next())
+                return UserMessage{QString(), sum.lastError().text()};
+            CurrencyTotal total(totals);
+            total.add(Money::fromAmount(sum.value(0).toDouble()), totals);
+            return total;
+        };
+        ResultGridScreen screen(fakturaConfig());
+        screen.setRows(blocks);
+        QCOMPARE(screen.model()->totalRowCount(), 450);
+        QVERIFY2(screen.model()->rowCount() < 450, qPrintable(QString::number(screen.model()->rowCount())));
+        QCOMPARE(screen.model()->index(0, 1).data().toString(), QStringLiteral("Маршрут 0"));
+        screen.recountTotal();  // from the marks of every row, read for it
+        double marked = 0;
+        for (int i = 0; i < 450; i += 3)
+            marked += 1.0 + i;
+        QCOMPARE(screen.runningTotal(), Money::fromAmount(marked));
+        QCOMPARE(screen.exportTable().rowCount, 450);
+        QString shown, whole;
+        for (int row = 0; row < 450; ++row)
+            shown += screen.model()->value(row, QStringLiteral("Marsh")).toString() + QLatin1Char(' ');
+        QSqlQuery all(db);
+        QVERIFY(all.exec(QStringLiteral("SELECT Marsh FROM tabl ORDER BY data, id")));
+        while (all.next())
+            whole += all.value(0).toString() + QLatin1Char(' ');
+        QCOMPARE(shown, whole);
+        QVERIFY(screen.model()->isMarked(0));  // Fakt of the first course, read with its block
     }
 
     void oneHundredThousandRowsOpenAtOnce()
