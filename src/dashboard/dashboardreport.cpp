@@ -24,7 +24,8 @@ TileSheet monthSheet(const MonthComparison &months)
     const QList<const MonthFigures *> columns = {&months.current, &months.previous, &months.yearAgo};
     sheet.period = periodText(months.current.period) + QStringLiteral(" срещу ") + monthText(months.previous.period)
                    + QStringLiteral(" и ") + monthText(months.yearAgo.period);
-    sheet.headers = {QString(), QStringLiteral("Този месец"), QStringLiteral("Миналия месец"), QStringLiteral("Преди година")};
+    sheet.headers = {QString(), monthText(months.current.period), monthText(months.previous.period),
+                     monthText(months.yearAgo.period)};
     QStringList courses = {QStringLiteral("Курсове")}, tonneKm = {QStringLiteral("Тонкилометри")},
                 gross = {QStringLiteral("Бруто")}, perKm = {QStringLiteral("Бруто на км")};
     for (const MonthFigures *figures : columns) {

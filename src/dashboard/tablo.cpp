@@ -94,7 +94,7 @@ TileBox::TileBox(Tile tile, QWidget *parent) : QFrame(parent), m_tile(tile)
         m_chart->setObjectName(QStringLiteral("chtProfit"));
         m_chart->setRenderHint(QPainter::Antialiasing);
         m_chart->setFocusPolicy(Qt::StrongFocus);
-        m_chart->setMinimumHeight(120);
+        m_chart->setMinimumSize(160, 140);
         m_chart->installEventFilter(this);
         layout->addWidget(m_chart, 1);
     } else {
@@ -106,7 +106,10 @@ TileBox::TileBox(Tile tile, QWidget *parent) : QFrame(parent), m_tile(tile)
         m_rows->setSelectionMode(QAbstractItemView::SingleSelection);
         m_rows->setEditTriggers(QAbstractItemView::NoEditTriggers);
         m_rows->header()->setStretchLastSection(false);
-        m_rows->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+        m_rows->header()->setMinimumSectionSize(24);
+        m_rows->setTextElideMode(Qt::ElideRight);
+        // The rows take the room the window gives: a small one shows fewer of them.
+        m_rows->setMinimumSize(160, 80);
         m_rows->installEventFilter(this);
         connect(m_rows, &QTreeWidget::itemDoubleClicked, this,
                 [this](QTreeWidgetItem *item) { emit activated(m_rows->indexOfTopLevelItem(item)); });
@@ -114,7 +117,9 @@ TileBox::TileBox(Tile tile, QWidget *parent) : QFrame(parent), m_tile(tile)
     }
     m_note = new QLabel(this);
     m_note->setObjectName(QStringLiteral("lblNote"));
-    m_note->setWordWrap(true);
+    // One line, not wrapped: a wrapped label would make the tiles' height follow their width, and the
+    // dashboard would scroll instead of fitting the window.
+    m_note->setTextInteractionFlags(Qt::NoTextInteraction);
     layout->addWidget(m_note);
 }
 
@@ -135,6 +140,10 @@ void TileBox::showSheet(const TileSheet &sheet)
     m_rows->clear();
     m_rows->setColumnCount(std::max(1, static_cast<int>(sheet.headers.size())));
     m_rows->setHeaderLabels(sheet.headers);
+    m_rows->setHeaderHidden(false);
+    // The figures keep their width; the names take what is left and are cut short when they must.
+    m_rows->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_rows->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     for (int column = 1; column < sheet.headers.size(); ++column)
         m_rows->headerItem()->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
     for (const QStringList &cells : sheet.rows) {
@@ -148,10 +157,14 @@ void TileBox::showSheet(const TileSheet &sheet)
 void TileBox::showFailure(const QString &title, const QString &line)
 {
     m_title->setText(title);
+    m_period->clear();
     m_note->setText(unreadable + line);
+    m_note->setToolTip(m_note->text());
     m_note->setVisible(true);
-    if (m_rows)
+    if (m_rows) {
         m_rows->clear();
+        m_rows->setHeaderHidden(true);
+    }
 }
 
 void TileBox::showProfits(const TruckProfits &profits)
@@ -172,33 +185,39 @@ void TileBox::showProfits(const TruckProfits &profits)
     }
     auto *series = new QBarSeries;
     series->append(set);
+    series->setBarWidth(0.7);
     auto *chart = new QChart;
     chart->addSeries(series);
     chart->legend()->hide();
-    chart->setMargins(QMargins(2, 2, 2, 2));
+    chart->setMargins(QMargins(0, 0, 0, 0));
     chart->setBackgroundRoundness(0);
     auto *axisX = new QBarCategoryAxis;
     axisX->append(trucks);
+    // Truck numbers stand upright under their bars, in a small font, so that each is read whole.
+    axisX->setLabelsAngle(-90);
+    QFont small = axisX->labelsFont();
+    small.setPointSizeF(small.pointSizeF() * 0.75);
+    axisX->setLabelsFont(small);
     chart->addAxis(axisX, Qt::AlignBottom);
     series->attachAxis(axisX);
     auto *axisY = new QValueAxis;
     axisY->setRange(low, high > low ? high : low + 1);
     axisY->setLabelFormat(QStringLiteral("%.0f"));
-    axisY->setTitleText(amountUnit(profits.currency));
+    axisY->setLabelsFont(small);
+    axisY->setTickCount(4);
     chart->addAxis(axisY, Qt::AlignLeft);
     series->attachAxis(axisY);
     QChart *old = m_chart->chart();
     m_chart->setChart(chart);
     delete old;
     m_bars = static_cast<int>(trucks.size());
+    m_barNotes.clear();
+    for (const TruckProfit &truck : profits.trucks)
+        m_barNotes.append(truck.kola + QStringLiteral(": ") + amountText(truck.profit(), profits.currency) + QStringLiteral("; ")
+                          + sheet.note);
     m_bar = std::clamp(m_bar, 0, std::max(0, m_bars - 1));
-    if (m_bars > 0)
-        set->selectBar(m_bar);
-    connect(set, &QBarSet::clicked, this, [this, set](int index) {
-        set->deselectAllBars();
-        set->selectBar(index);
-        m_bar = index;
-    });
+    setCurrentRow(m_bar);
+    connect(set, &QBarSet::clicked, this, [this](int index) { setCurrentRow(index); });
     connect(set, &QBarSet::doubleClicked, this, [this](int index) { emit activated(index); });
 }
 
@@ -215,7 +234,8 @@ void TileBox::setCurrentRow(int row)
         if (row < 0 || row >= m_bars)
             return;
         m_bar = row;
-        if (auto *series = m_chart->chart() ? qobject_cast<QBarSeries *>(m_chart->chart()->series().value(0)) : nullptr) {
+        m_note->setText(m_barNotes.value(row, m_note->text()));
+        if (auto *series = m_chart->chart() ? qobject_cast<QAbstractBarSeries *>(m_chart->chart()->series().value(0)) : nullptr) {
             QBarSet *set = series->barSets().value(0);
             set->deselectAllBars();
             set->selectBar(row);
@@ -244,8 +264,9 @@ bool TileBox::eventFilter(QObject *watched, QEvent *event)
                 emit activated(currentRow());
             return true;
         }
-        if (watched == m_chart && (key->key() == Qt::Key_Left || key->key() == Qt::Key_Right)) {
-            setCurrentRow(currentRow() + (key->key() == Qt::Key_Left ? -1 : 1));
+        if (watched == m_chart && (key->key() == Qt::Key_Up || key->key() == Qt::Key_Down || key->key() == Qt::Key_Left
+                                   || key->key() == Qt::Key_Right)) {
+            setCurrentRow(currentRow() + (key->key() == Qt::Key_Up || key->key() == Qt::Key_Left ? -1 : 1));
             return true;
         }
     }
@@ -260,24 +281,48 @@ Tablo::Tablo(QSqlDatabase db, std::function<BooksDay()> books, std::function<Fir
     : QFrame(parent), m_db(std::move(db)), m_books(std::move(books)), m_firm(std::move(firm))
 {
     setObjectName(QStringLiteral("Tablo"));
-    auto *grid = new QGridLayout(this);
-    grid->setContentsMargins(6, 6, 6, 6);
-    grid->setSpacing(6);
-    int index = 0;
+    m_grid = new QGridLayout(this);
+    m_grid->setContentsMargins(6, 6, 6, 6);
+    m_grid->setSpacing(6);
     QWidget *previous = nullptr;
     for (Tile tile : allTiles) {
         auto *box = new TileBox(tile, this);
         m_boxes.insert(tile, box);
-        grid->addWidget(box, index / 3, index % 3);
         connect(box, &TileBox::activated, this, [this, tile](int row) { activate(tile, row); });
         connect(box, &TileBox::printRequested, this, [this, tile] { print(tile); });
         if (previous)
             setTabOrder(previous, box->keyWidget());
         previous = box->keyWidget();
+    }
+    arrange(3);
+}
+
+// Three tiles a row on a wide screen, two on a narrow one, where three would cut every name short.
+void Tablo::arrange(int columns)
+{
+    if (columns == m_columns)
+        return;
+    m_columns = columns;
+    int index = 0;
+    for (Tile tile : allTiles) {
+        TileBox *box = m_boxes.value(tile);
+        m_grid->removeWidget(box);
+        if (!isTileAllowed(tile))
+            continue;
+        m_grid->addWidget(box, index / columns, index % columns);
         ++index;
     }
     for (int column = 0; column < 3; ++column)
-        grid->setColumnStretch(column, 1);
+        m_grid->setColumnStretch(column, column < columns ? 1 : 0);
+    const int rows = (index + columns - 1) / columns;
+    for (int row = 0; row < 3; ++row)
+        m_grid->setRowStretch(row, row < rows ? 1 : 0);
+}
+
+void Tablo::resizeEvent(QResizeEvent *event)
+{
+    arrange(width() >= 1200 ? 3 : 2);
+    QFrame::resizeEvent(event);
 }
 
 Tablo::~Tablo()
@@ -292,6 +337,9 @@ void Tablo::setTileAllowed(Tile tile, bool allowed)
 {
     m_allowed.insert(tile, allowed);
     m_boxes.value(tile)->setVisible(allowed);
+    const int columns = m_columns;
+    m_columns = 0;
+    arrange(columns);
 }
 
 void Tablo::refresh()

@@ -11,6 +11,7 @@
 #include <functional>
 #include <variant>
 
+class QGridLayout;
 class QLabel;
 class QThread;
 class QTreeWidget;
@@ -73,7 +74,11 @@ signals:
     void openDocument(qint64 id);
     void openBalans(const QString &kola, const zarek::Period &period);
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
+    void arrange(int columns);
     void show(const TileResult &result);
     void activate(Tile tile, int row);
 
@@ -86,6 +91,8 @@ private:
     QHash<Tile, BooksDay> m_booksShown;
     QThread *m_thread = nullptr;
     bool m_again = false;
+    QGridLayout *m_grid = nullptr;
+    int m_columns = 0;
 };
 
 // One tile: its title, the period, the rows (or the chart of the profit), a note.
@@ -119,6 +126,7 @@ private:
     QLabel *m_note = nullptr;
     int m_bar = 0;
     int m_bars = 0;
+    QStringList m_barNotes;  // the chosen truck's profit, under the chart
 };
 
 }

@@ -417,6 +417,39 @@ private slots:
         QCOMPARE(after.current.gross, Money::fromCents(3125));
     }
 
+    // Pictures of the main window with its dashboard, for a person to look at: written into the
+    // folder ZAREK_SCREENSHOTS names (run again with QT_SCALE_FACTOR=2 for a dense screen).
+    void pictureOfTheMainWindow_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("1024x768") << QSize(1024, 768);
+        QTest::newRow("1600x900") << QSize(1600, 900);
+    }
+    void pictureOfTheMainWindow()
+    {
+        QFETCH(QSize, size);
+        const QString folder = qEnvironmentVariable("ZAREK_SCREENSHOTS");
+        if (folder.isEmpty())
+            QSKIP("ZAREK_SCREENSHOTS names no folder for the pictures");
+        ZAREK_SCRATCH_DB(scratch);
+        DemoOptions options;
+        options.courses = 2000;
+        QSqlDatabase db = scratch.db();
+        QVERIFY(fillDemoDatabase(db, options).ok());
+        RecordingMessageService messages;
+        FirmProfile firm;
+        firm.UserName = QStringLiteral("Демо Транс ООД");
+        FrmMain window(firm, scratch.config(), scratch.db(), QStringLiteral("A"));
+        window.resize(size);
+        window.show();
+        QVERIFY(waitLoaded(*window.tablo()));
+        QTest::qWait(200);
+        const QString name = QStringLiteral("%1/tablo-%2x%3-scale%4-%5.png")
+                                 .arg(folder).arg(size.width()).arg(size.height())
+                                 .arg(qEnvironmentVariable("QT_SCALE_FACTOR", QStringLiteral("1")), engine);
+        QVERIFY(window.grab().save(name));
+    }
+
 private:
     QTemporaryDir m_dir;
 };
