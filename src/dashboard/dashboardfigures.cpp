@@ -17,38 +17,18 @@ namespace {
 const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
 
 // The gross of the courses a condition selects, grouped by a column (or not): each course's
-// bruto in the currency of its day, added up as the reports add them (each amount converted on
-// its own). Equal amounts are read once with their count.
+// bruto in the currency of its day, added up as the reports add them, each leva amount converted
+// to euro on its own.
 struct GrossGroup {
     int courses = 0;
+    int euroCourses = 0;
     Money leva;
     Money euro;
-    QList<std::pair<Money, int>> levaAmounts;  // kept for a conversion to euro
     QDate oldest;
-    int euroCourses = 0;
+    QList<std::pair<Money, int>> levaAmounts;  // read only where the leva are converted to euro
 };
 
-Money totalIn(const GrossGroup &group, Currency currency, bool *converted)
-{
-    CurrencyTotal total(currency);
-    if (currency == Currency::Euro) {
-        for (const auto &[amount, count] : group.levaAmounts) {
-            for (int i = 0; i < count; ++i)
-                total.add(amount, Currency::Leva);
-        }
-        total.add(group.euro, Currency::Euro);
-    } else {
-        total.add(group.leva, Currency::Leva);
-        if (group.euroCourses > 0)
-            total.add(group.euro, Currency::Euro);
-    }
-    if (converted)
-        *converted = total.converted();
-    return total.total();
-}
-
-// Reads "key, in euro (1/0), bruto, count, oldest date" of the courses of condition, by key (an
-// empty key: one group).
+// The groups' sums: "key, in euro (1/0), count, Σ bruto, oldest date", by key (an empty key: one group).
 Checked<QHash<QString, GrossGroup>> grossBy(QSqlDatabase db, const BooksDay &books, const QString &key,
                                             const QString &condition, const QVariantList &values)
 {
@@ -56,28 +36,24 @@ Checked<QHash<QString, GrossGroup>> grossBy(QSqlDatabase db, const BooksDay &boo
     QVariantList all = euro.values;
     all.append(values);
     // Grouped by position: the CASE and its bound date stand once.
-    const QString sql = key.isEmpty()
-        ? QStringLiteral("SELECT '', %1, bruto, COUNT(*), MIN(data) FROM tabl WHERE %2 GROUP BY 2, 3").arg(euro.sql, condition)
-        : QStringLiteral("SELECT %1, %2, bruto, COUNT(*), MIN(data) FROM tabl WHERE %3 GROUP BY 1, 2, 3")
-              .arg(key, euro.sql, condition);
+    const QString sql = QStringLiteral("SELECT %1, %2, COUNT(*), SUM(bruto), MIN(data) FROM tabl WHERE %3 GROUP BY %4")
+                            .arg(key.isEmpty() ? QStringLiteral("''") : key, euro.sql, condition,
+                                 key.isEmpty() ? QStringLiteral("2") : QStringLiteral("1, 2"));
     Query query(db, sql);
     if (auto failure = query.run(readTitle, all))
         return *failure;
     QHash<QString, GrossGroup> groups;
     while (query.next()) {
         GrossGroup &group = groups[query.value(0).toString()];
-        const Money amount = Money::fromAmount(query.value(2).toDouble());
-        const int count = query.value(3).toInt();
+        const int count = query.value(2).toInt();
+        const Money sum = Money::fromAmount(query.value(3).toDouble());
         const QDate oldest = dateOfValue(query.value(4));
         group.courses += count;
         if (query.value(1).toInt() == 1) {
             group.euroCourses += count;
-            for (int i = 0; i < count; ++i)
-                group.euro += amount;
+            group.euro += sum;
         } else {
-            for (int i = 0; i < count; ++i)
-                group.leva += amount;
-            group.levaAmounts.append({amount, count});
+            group.leva += sum;
         }
         if (!group.oldest.isValid() || (oldest.isValid() && oldest < group.oldest))
             group.oldest = oldest;
@@ -85,6 +61,52 @@ Checked<QHash<QString, GrossGroup>> grossBy(QSqlDatabase db, const BooksDay &boo
     if (auto failure = query.readFailure(readTitle))
         return *failure;
     return groups;
+}
+
+// Where leva are to be converted to euro, each amount on its own: the groups' leva amounts, equal
+// ones read once with their count. Only the days before the changeover are read.
+std::optional<UserMessage> readLevaAmounts(QSqlDatabase db, const BooksDay &books, const QString &key,
+                                           const QString &condition, const QVariantList &values,
+                                           QHash<QString, GrossGroup> &groups)
+{
+    if (!books.changedOver())
+        return std::nullopt;
+    QVariantList all = values;
+    all.append(books.changeover.date);
+    Query query(db, QStringLiteral("SELECT %1, bruto, COUNT(*) FROM tabl WHERE %2 AND data < ? GROUP BY %3")
+                        .arg(key.isEmpty() ? QStringLiteral("''") : key, condition,
+                             key.isEmpty() ? QStringLiteral("2") : QStringLiteral("1, 2")));
+    if (auto failure = query.run(readTitle, all))
+        return failure;
+    while (query.next()) {
+        auto group = groups.find(query.value(0).toString());
+        if (group != groups.end())
+            group->levaAmounts.append({Money::fromAmount(query.value(1).toDouble()), query.value(2).toInt()});
+    }
+    return query.readFailure(readTitle);
+}
+
+bool needsLevaAmounts(const GrossGroup &group, Currency currency)
+{
+    return currency == Currency::Euro && group.courses > group.euroCourses;
+}
+
+Money totalIn(const GrossGroup &group, Currency currency, bool *converted)
+{
+    CurrencyTotal total(currency);
+    if (needsLevaAmounts(group, currency)) {
+        for (const auto &[amount, count] : group.levaAmounts) {
+            for (int i = 0; i < count; ++i)
+                total.add(amount, Currency::Leva);
+        }
+    } else if (group.courses > group.euroCourses) {
+        total.add(group.leva, Currency::Leva);
+    }
+    if (group.euroCourses > 0)
+        total.add(group.euro, Currency::Euro);
+    if (converted)
+        *converted = total.converted();
+    return total.total();
 }
 
 }
@@ -108,15 +130,22 @@ Checked<MonthFigures> periodFigures(QSqlDatabase db, const BooksDay &books, cons
         figures.km = sums.value(2).toDouble();
     }
     sums.finish();
-    const auto groups = grossBy(db, books, QString(), QStringLiteral("data BETWEEN ? AND ?"), {period.from, period.to});
-    if (!groups)
-        return groups.message();
-    const GrossGroup group = groups.value().value(QString());
+    const QString condition = QStringLiteral("data BETWEEN ? AND ?");
+    const QVariantList values = {period.from, period.to};
+    Checked<QHash<QString, GrossGroup>> read = grossBy(db, books, QString(), condition, values);
+    if (!read)
+        return read.message();
+    QHash<QString, GrossGroup> groups = read.value();
+    const GrossGroup &whole = groups[QString()];
     // As the course reports: euro once any course of the period is in euro; a period without
     // courses in the currency of its last day.
-    const bool euro = group.courses > 0 ? group.euroCourses > 0 : books.currencyOn(period.to) == Currency::Euro;
+    const bool euro = whole.courses > 0 ? whole.euroCourses > 0 : books.currencyOn(period.to) == Currency::Euro;
     figures.currency = euro ? Currency::Euro : Currency::Leva;
-    figures.gross = totalIn(group, figures.currency, &figures.converted);
+    if (needsLevaAmounts(whole, figures.currency)) {
+        if (auto failure = readLevaAmounts(db, books, QString(), condition, values, groups))
+            return *failure;
+    }
+    figures.gross = totalIn(groups[QString()], figures.currency, &figures.converted);
     return figures;
 }
 
@@ -138,19 +167,27 @@ Checked<MonthComparison> monthComparison(QSqlDatabase db, const BooksDay &books)
 
 Checked<QList<UninvoicedClient>> uninvoiced(QSqlDatabase db, const BooksDay &books)
 {
-    const auto groups = grossBy(db, books, QStringLiteral("Klient"), QStringLiteral("Fakt = ? AND data <= ?"),
-                                {false, books.today});
-    if (!groups)
-        return groups.message();
-    QList<UninvoicedClient> clients;
+    const QString key = QStringLiteral("Klient");
+    const QString condition = QStringLiteral("Fakt = ? AND data <= ?");
+    const QVariantList values = {false, books.today};
+    Checked<QHash<QString, GrossGroup>> read = grossBy(db, books, key, condition, values);
+    if (!read)
+        return read.message();
+    QHash<QString, GrossGroup> groups = read.value();
     // "Фактуриране" totals as the statement is handed out: today, in today's currency.
     const Currency today = books.currencyOn(books.today);
-    for (auto it = groups.value().cbegin(); it != groups.value().cend(); ++it) {
+    const auto currencyOf = [today](const GrossGroup &group) { return totalsCurrency(group.euroCourses > 0, today); };
+    if (std::any_of(groups.cbegin(), groups.cend(), [&](const GrossGroup &g) { return needsLevaAmounts(g, currencyOf(g)); })) {
+        if (auto failure = readLevaAmounts(db, books, key, condition, values, groups))
+            return *failure;
+    }
+    QList<UninvoicedClient> clients;
+    for (auto it = groups.cbegin(); it != groups.cend(); ++it) {
         UninvoicedClient client;
         client.klient = it.key();
         client.period = {it.value().oldest, books.today};
         client.courses = it.value().courses;
-        client.currency = totalsCurrency(it.value().euroCourses > 0, today);
+        client.currency = currencyOf(it.value());
         client.gross = totalIn(it.value(), client.currency, nullptr);
         clients.append(client);
     }

@@ -366,7 +366,7 @@ void Tablo::refresh()
                 [self, result, books] {
                     if (self) {
                         self->m_booksShown.insert(result.tile, books);
-                        self->show(result);
+                        self->showResult(result);
                     }
                 },
                 Qt::QueuedConnection);
@@ -386,7 +386,7 @@ void Tablo::refresh()
     m_thread->start(QThread::LowPriority);
 }
 
-void Tablo::show(const TileResult &result)
+void Tablo::showResult(const TileResult &result)
 {
     m_results.insert(result.tile, result);
     TileBox *box = m_boxes.value(result.tile);

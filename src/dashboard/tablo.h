@@ -79,7 +79,7 @@ protected:
 
 private:
     void arrange(int columns);
-    void show(const TileResult &result);
+    void showResult(const TileResult &result);
     void activate(Tile tile, int row);
 
     QSqlDatabase m_db;

@@ -151,10 +151,10 @@ private slots:
         QTest::addColumn<QDate>("month");
         QTest::addColumn<QString>("gross");
         QTest::addColumn<bool>("converted");
-        QTest::newRow("changed over mid-month") << QDate(2026, 1, 15) << QDate(2026, 1, 1) << "101,13 евро" << true;
-        QTest::newRow("changed over on the first") << QDate(2026, 1, 1) << QDate(2026, 1, 1) << "150,01 евро" << false;
+        QTest::newRow("changed over mid-month") << QDate(2026, 1, 15) << QDate(2026, 1, 1) << "101,15 евро" << true;
+        QTest::newRow("changed over on the first") << QDate(2026, 1, 1) << QDate(2026, 1, 1) << "150,03 евро" << false;
         QTest::newRow("the month before") << QDate(2026, 1, 1) << QDate(2025, 12, 1) << "33,33лв." << false;
-        QTest::newRow("not changed over") << QDate() << QDate(2026, 1, 1) << "150,01лв." << false;
+        QTest::newRow("not changed over") << QDate() << QDate(2026, 1, 1) << "150,03лв." << false;
     }
     void theChangeoverMonthTotalsAsTheReportOfAllCourses()
     {
@@ -163,10 +163,13 @@ private slots:
         QFETCH(QString, gross);
         QFETCH(bool, converted);
         ZAREK_SCRATCH_DB(scratch);
-        // In leva before a changeover on the 15th: 50,01 лв. is 25,57 €, 50,00 лв. is 25,56 €, each on its own.
+        // In leva before a changeover on the 15th: 50,01 лв. is 25,57 €, 50,00 лв. is 25,56 € and each
+        // 0,01 лв. is 0,01 €, each on its own (the leva summed first would give 51,14 €, not 51,15 €).
         QVERIFY(addCourse(scratch.db(), QDate(2025, 12, 31), 33.33));
         QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 10), 50.01));
         QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 14), 50.0));
+        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 12), 0.01));
+        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 13), 0.01));
         QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 20), 0.0));
         QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 31), 50.0));
         const BooksDay books{Changeover{changeover}, QDate(2026, 2, 10)};
