@@ -20,6 +20,13 @@ struct FirmProfile {
     QString UserEmail;
     QString UserCountry;
     QString UserURL;
+    // What an invoice needs beside the address: the account paid into, the place of issue and the
+    // person who draws invoices up. Trimmed; empty when not given.
+    QString UserIBAN;
+    QString UserBank;
+    QString UserBIC;
+    QString UserMiasto;
+    QString UserSastavil;
     bool operator==(const FirmProfile &) const = default;
 };
 

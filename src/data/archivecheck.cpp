@@ -61,7 +61,7 @@ Kind kindOf(const QString &name, const QString &declared, bool primaryKey)
         return Kind::Integer;
     const QString lower = name.toLower();
     if (lower == QLatin1String("data") || lower == QLatin1String("datemod") || lower == QLatin1String("izdaden")
-        || lower == QLatin1String("valid"))
+        || lower == QLatin1String("valid") || lower.startsWith(QLatin1String("data")))
         return Kind::Date;
     if (lower == QLatin1String("timemod"))
         return Kind::Time;
@@ -119,10 +119,10 @@ Limits limitsOf(const QString &table, const QString &column)
         limits.cents = true;
     } else if (is("tabl", "kola"))
         limits.length = 12;
-    else if (is("tabl", "Klient") || is("tabl", "Marsh") || is("tabl", "Tovar"))
+    else if (is("tabl", "Klient") || is("tabl", "Marsh") || is("tabl", "Tovar") || is("Klienti", "Ime"))
         limits.length = 25;
     else if (is("tabl", "NomFakt") || is("EvroFakt", "NomFakt") || is("Fakturi", "NomFakt") || is("RowdList", "ListID") || is("Marsh", "MarshID")
-             || is("ExternalKurs", "KursID"))
+             || is("ExternalKurs", "KursID") || is("FaktDok", "Nomer") || is("FaktDok", "KamNomer"))
         limits.documentNumber = true;
     else if (table == QLatin1String("Tarifi") && column.startsWith(QLatin1String("Trf_")))
         range(0, maxCourseRate);
@@ -352,6 +352,12 @@ QString tableCaption(const QString &table)
         {QStringLiteral("DokVid"), QStringLiteral("Видове документи")},
         {QStringLiteral("Dokumenti"), QStringLiteral("Документи")},
         {QStringLiteral("DokScan"), QStringLiteral("Сканирани документи")},
+        {QStringLiteral("Klienti"), QStringLiteral("Клиенти")},
+        {QStringLiteral("Nomerator"), QStringLiteral("Номерация на документите")},
+        {QStringLiteral("FaktDok"), QStringLiteral("Данъчни документи")},
+        {QStringLiteral("FaktRed"), QStringLiteral("Редове на данъчните документи")},
+        {QStringLiteral("Plashtania"), QStringLiteral("Плащания от клиенти")},
+        {QStringLiteral("Pogasiavania"), QStringLiteral("Погасявания")},
     };
     return captions.value(table, table);
 }

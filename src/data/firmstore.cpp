@@ -40,6 +40,10 @@ FirmProfileLoad LoadFirmProfile(QSqlDatabase &db)
     profile.UserEmail = optionalField(row.value(QStringLiteral("UserEmail")));
     profile.UserCountry = optionalField(row.value(QStringLiteral("UserCountry")));
     profile.UserURL = optionalField(row.value(QStringLiteral("UserURL")));
+    for (auto [column, member] : {std::pair{"UserIBAN", &FirmProfile::UserIBAN}, {"UserBank", &FirmProfile::UserBank},
+                                  {"UserBIC", &FirmProfile::UserBIC}, {"UserMiasto", &FirmProfile::UserMiasto},
+                                  {"UserSastavil", &FirmProfile::UserSastavil}})
+        profile.*member = row.value(QLatin1String(column)).toString().trimmed();
     return {profile, std::nullopt};
 }
 
@@ -62,10 +66,11 @@ std::optional<UserMessage> writeFirmRow(QSqlDatabase db, const FirmRow &row)
             db, title,
             QStringLiteral("UPDATE ZarekCfg SET UserName = ?, UserAdres = ?, UserCity = ?, UserCountry = ?, "
                            "UserDanN = ?, UserBULSTAT = ?, UserMOL = ?, UserEmail = ?, UserTel = ?, "
-                           "UserGSM = ?, UserURL = ?, row_version = row_version + 1 WHERE id = ? AND "
-                           "row_version = ?"),
+                           "UserGSM = ?, UserURL = ?, UserIBAN = ?, UserBank = ?, UserBIC = ?, UserMiasto = ?, "
+                           "UserSastavil = ?, row_version = row_version + 1 WHERE id = ? AND row_version = ?"),
             {p.UserName, p.UserAdres, p.UserCity, p.UserCountry, p.UserDanN, p.UserBULSTAT, p.UserMOL, p.UserEmail,
-             p.UserTel, p.UserGSM, p.UserURL, row.id, row.rowVersion}))
+             p.UserTel, p.UserGSM, p.UserURL, p.UserIBAN.trimmed(), p.UserBank.trimmed(), p.UserBIC.trimmed(),
+             p.UserMiasto.trimmed(), p.UserSastavil.trimmed(), row.id, row.rowVersion}))
         return failure;
     return std::nullopt;
 }
@@ -87,6 +92,9 @@ std::optional<UserMessage> acceptFirmFields(const FirmProfile &typed, FirmProfil
         {&typed.UserCountry, &profile.UserCountry}, {&typed.UserURL, &profile.UserURL}};
     for (const auto &[from, to] : optional)
         *to = from->trimmed().isEmpty() ? QStringLiteral(" ") : from->trimmed();
+    for (QString FirmProfile::*member : {&FirmProfile::UserIBAN, &FirmProfile::UserBank, &FirmProfile::UserBIC,
+                                         &FirmProfile::UserMiasto, &FirmProfile::UserSastavil})
+        profile.*member = (typed.*member).trimmed();
     return std::nullopt;
 }
 

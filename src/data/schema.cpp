@@ -19,7 +19,7 @@ namespace {
 // A step runs when its version is not yet recorded in zarek_schema, so steps are independent of
 // the order in which they were added; a recorded version the program does not know is a newer
 // program's, and the database is refused. Numbers: 1 the tables, 2 never used, 3 warehouse issue lots, 4 the euro,
-// 6 the documents of trucks and drivers.
+// 6 the documents of trucks and drivers, 7 indexes, 8 the tax documents and payments.
 struct Migration {
     int version;
     QStringList statements;
@@ -170,6 +170,88 @@ const std::vector<Migration> &migrations()
             QStringLiteral("CREATE INDEX tabl_kod_plat_data ON tabl (kod, plat, data)"),
             // the course editor pages through every course in the order of the drivers' codes
             QStringLiteral("CREATE INDEX tabl_kod_id ON tabl (kod, id)"),
+        }},
+        {8, {  // the tax documents: clients, invoices and notes, their one number sequence, payments
+            // The client register: a course's Klient names a client by Ime. ЕИК is 9 or 13 digits,
+            // DDSNomer the VAT number (blank when the client is not registered for VAT), SrokDni the
+            // payment term in days.
+            QStringLiteral("CREATE TABLE Klienti (id {ID}, row_version {VERSION}, Ime {TEXT} NOT NULL, EIK {TEXT}, "
+                           "DDSNomer {TEXT}, Adres {TEXT}, Grad {TEXT}, Darzhava {TEXT}, MOL {TEXT}, Tel {TEXT}, "
+                           "Email {TEXT}, SrokDni INTEGER NOT NULL DEFAULT 0, DateMod {DATE}, TimeMod {TIME}, "
+                           "CHECK (TRIM(Ime) <> ''), CHECK (SrokDni BETWEEN 0 AND 365))"),
+            QStringLiteral("CREATE UNIQUE INDEX klienti_ime ON Klienti (Ime)"),
+            QStringLiteral("CREATE INDEX klienti_eik ON Klienti (EIK)"),
+            // The clients the courses name so far, with blank data.
+            QStringLiteral("INSERT INTO Klienti (Ime) SELECT DISTINCT TRIM(Klient) FROM tabl "
+                           "WHERE Klient IS NOT NULL AND TRIM(Klient) <> '' ORDER BY 1"),
+            // What an invoice needs of the firm beside its address: bank account, place of issue and
+            // the person who issues invoices.
+            QStringLiteral("ALTER TABLE ZarekCfg ADD COLUMN UserIBAN {TEXT}"),
+            QStringLiteral("ALTER TABLE ZarekCfg ADD COLUMN UserBank {TEXT}"),
+            QStringLiteral("ALTER TABLE ZarekCfg ADD COLUMN UserBIC {TEXT}"),
+            QStringLiteral("ALTER TABLE ZarekCfg ADD COLUMN UserMiasto {TEXT}"),
+            QStringLiteral("ALTER TABLE ZarekCfg ADD COLUMN UserSastavil {TEXT}"),
+            // A number sequence: the last number taken. Row 'fakturi' numbers invoices and notes
+            // alike; it is read and raised inside the transaction that records the document.
+            QStringLiteral("CREATE TABLE Nomerator (id {ID}, row_version {VERSION}, Ime {TEXT} NOT NULL, "
+                           "Posleden BIGINT NOT NULL, CHECK (Posleden BETWEEN 0 AND 9999999999))"),
+            QStringLiteral("CREATE UNIQUE INDEX nomerator_ime ON Nomerator (Ime)"),
+            QStringLiteral("INSERT INTO Nomerator (Ime, Posleden) VALUES ('fakturi', 0)"),
+            // An issued tax document, frozen as printed: Vid F invoice, K credit note, D debit note
+            // (a note names its invoice by KamID, KamNomer, DataKam). Data the issue date, DataDan
+            // the date of the tax event, DataPadej the due date. The supplier (Dost…) and the
+            // recipient (Pol…, KlientID the register's row, Klient the name) as they stood that day.
+            // Amounts are whole cents in the document's currency (BGN or EUR), a note's as positive
+            // figures; the base and the VAT make the total.
+            QStringLiteral("CREATE TABLE FaktDok (id {ID}, row_version {VERSION}, Nomer {TEXT} NOT NULL, "
+                           "Vid {TEXT} NOT NULL, Data {DATE} NOT NULL, DataDan {DATE} NOT NULL, "
+                           "KamID BIGINT, KamNomer {TEXT}, DataKam {DATE}, Prichina {TEXT}, "
+                           "DostIme {TEXT}, DostEIK {TEXT}, DostDDS {TEXT}, DostAdres {TEXT}, DostGrad {TEXT}, "
+                           "DostDarzhava {TEXT}, DostMOL {TEXT}, DostIBAN {TEXT}, DostBank {TEXT}, DostBIC {TEXT}, "
+                           "Miasto {TEXT}, Sastavil {TEXT}, "
+                           "KlientID BIGINT, Klient {TEXT} NOT NULL, PolEIK {TEXT}, PolDDS {TEXT}, PolAdres {TEXT}, "
+                           "PolGrad {TEXT}, PolDarzhava {TEXT}, PolMOL {TEXT}, "
+                           "Valuta {TEXT} NOT NULL, DDSProcent INTEGER NOT NULL, Osnova BIGINT NOT NULL, "
+                           "DDS BIGINT NOT NULL, Obshto BIGINT NOT NULL, OsnovanieNula {TEXT}, "
+                           "NachinPlashtane {TEXT}, SrokDni INTEGER NOT NULL DEFAULT 0, DataPadej {DATE} NOT NULL, "
+                           "DateMod {DATE}, TimeMod {TIME}, "
+                           "CHECK (Vid IN ('F', 'K', 'D')), CHECK (Vid = 'F' OR KamID IS NOT NULL), "
+                           "CHECK (Valuta IN ('BGN', 'EUR')), CHECK (DDSProcent BETWEEN 0 AND 100), "
+                           "CHECK (Osnova >= 0 AND DDS >= 0 AND Osnova + DDS = Obshto), "
+                           "CHECK (Obshto <= 1000000000000000), "
+                           "CHECK (DDSProcent > 0 OR TRIM(COALESCE(OsnovanieNula, '')) <> ''), "
+                           "CHECK (SrokDni BETWEEN 0 AND 365), CHECK (DataPadej >= Data))"),
+            QStringLiteral("CREATE UNIQUE INDEX faktdok_nomer ON FaktDok (Nomer)"),
+            QStringLiteral("CREATE INDEX faktdok_data ON FaktDok (Data)"),
+            QStringLiteral("CREATE INDEX faktdok_klient_data ON FaktDok (Klient, Data)"),
+            QStringLiteral("CREATE INDEX faktdok_kamid ON FaktDok (KamID)"),
+            QStringLiteral("CREATE INDEX faktdok_padej ON FaktDok (DataPadej)"),
+            // The lines of a document, as printed: a course's line names it (KursID, DataKurs), a
+            // summary or typed line does not. Suma in whole cents; Cena the unit price.
+            QStringLiteral("CREATE TABLE FaktRed (id {ID}, row_version {VERSION}, DokID BIGINT NOT NULL, "
+                           "Red INTEGER NOT NULL, KursID BIGINT, DataKurs {DATE}, Opisanie {TEXT} NOT NULL, "
+                           "Kol {REAL} NOT NULL, Edinica {TEXT}, Cena {REAL} NOT NULL, Suma BIGINT NOT NULL, "
+                           "CHECK (Red >= 1), CHECK (Suma BETWEEN 0 AND 1000000000000000))"),
+            QStringLiteral("CREATE UNIQUE INDEX faktred_dok_red ON FaktRed (DokID, Red)"),
+            QStringLiteral("CREATE INDEX faktred_kurs ON FaktRed (KursID)"),
+            // A payment received from a client: Suma whole cents in Valuta, Nachin B bank, C cash.
+            QStringLiteral("CREATE TABLE Plashtania (id {ID}, row_version {VERSION}, Data {DATE} NOT NULL, "
+                           "KlientID BIGINT, Klient {TEXT} NOT NULL, Suma BIGINT NOT NULL, Valuta {TEXT} NOT NULL, "
+                           "Nachin {TEXT} NOT NULL, Referencia {TEXT}, DateMod {DATE}, TimeMod {TIME}, "
+                           "CHECK (Suma > 0 AND Suma <= 1000000000000000), CHECK (Valuta IN ('BGN', 'EUR')), "
+                           "CHECK (Nachin IN ('B', 'C')))"),
+            QStringLiteral("CREATE INDEX plashtania_klient_data ON Plashtania (Klient, Data)"),
+            QStringLiteral("CREATE INDEX plashtania_data ON Plashtania (Data)"),
+            // What settles an invoice or a debit note (DokID): part of a payment (PlashtaneID) or a
+            // credit note (KreditID), in whole cents of the settled document's currency.
+            QStringLiteral("CREATE TABLE Pogasiavania (id {ID}, row_version {VERSION}, DokID BIGINT NOT NULL, "
+                           "PlashtaneID BIGINT, KreditID BIGINT, Data {DATE} NOT NULL, Suma BIGINT NOT NULL, "
+                           "CHECK (Suma > 0 AND Suma <= 1000000000000000), "
+                           "CHECK ((PlashtaneID IS NULL AND KreditID IS NOT NULL) "
+                           "OR (PlashtaneID IS NOT NULL AND KreditID IS NULL)))"),
+            QStringLiteral("CREATE INDEX pogasiavania_dok ON Pogasiavania (DokID)"),
+            QStringLiteral("CREATE INDEX pogasiavania_plashtane ON Pogasiavania (PlashtaneID)"),
+            QStringLiteral("CREATE INDEX pogasiavania_kredit ON Pogasiavania (KreditID)"),
         }},
     };
     return list;
