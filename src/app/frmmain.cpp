@@ -10,6 +10,7 @@
 #include "app/personal.h"
 #include "app/prehodevro.h"
 #include "core/currency.h"
+#include "core/dates.h"
 #include "core/formats.h"
 #include "data/changeoverstore.h"
 #include "core/version.h"
@@ -17,17 +18,23 @@
 #include "forms/commandday.h"
 #include "forms/commands.h"
 #include "forms/messageservice.h"
+#include "courses/searchconditions.h"
+#include "dashboard/tablo.h"
 #include "documents/documentscommands.h"
+#include "fleet/balans.h"
+#include "forms/datachanges.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDateTime>
 #include <QDesktopServices>
+#include <QTableView>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPainter>
+#include <QScrollArea>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTimer>
@@ -115,6 +122,7 @@ FrmMain::FrmMain(const FirmProfile &profile, const DatabaseConfig &database, QSq
     restoreSettings();
     applyRights(userVid);
     route();
+    buildDashboard();
     qApp->installEventFilter(this);
 }
 
@@ -397,6 +405,8 @@ void FrmMain::route()
         connect(action, &QAction::triggered, this, [this, name] {
             refreshChangeover();
             m_commands->handler(name)();
+            // A modal screen has closed, or a window opened: what it wrote shows on the dashboard.
+            DataChanges::instance().notify();
         });
         action->setEnabled(true);
     }
@@ -404,6 +414,104 @@ void FrmMain::route()
     connect(m_actions.value(QStringLiteral("mnuViewStatusBar")), &QAction::toggled, statusBar(), &QWidget::setVisible);
     for (const char *name : {"mnuViewToolbar", "mnuViewStatusBar", "mnuSprBalans"})
         m_actions.value(QString::fromLatin1(name))->setEnabled(true);
+}
+
+namespace {
+
+// The menu command that opens a client's account ("Вземания"); a tile of the dashboard runs it
+// when the program has it.
+const QString clientAccountMenu = QStringLiteral("mnuSprVzemania");
+
+SearchConditions periodConditions(const Period &period)
+{
+    SearchConditions conditions;
+    conditions.period = period;
+    conditions.SeekFrom = formatDate(period.from);
+    conditions.SeekTo = formatDate(period.to);
+    return conditions;
+}
+
+}
+
+void FrmMain::buildDashboard()
+{
+    using dashboard::Tile;
+    m_tablo = new dashboard::Tablo(
+        m_db, [] { return commandDay(); }, [this] { return m_profile; }, this);
+    // In a window smaller than the tiles want, they scroll: the window keeps the size it is given.
+    auto *area = new QScrollArea(this);
+    area->setObjectName(QStringLiteral("scrTablo"));
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setWidget(m_tablo);
+    setCentralWidget(area);
+    // A tile shows only to a user who may open the screen it acts on.
+    const auto allowed = [this](const QString &menuItem) {
+        QAction *action = m_actions.value(menuItem);
+        return action && action->isVisible() && m_commands->has(menuItem);
+    };
+    m_tablo->setTileAllowed(Tile::Month, allowed(QStringLiteral("mnuSprPer")));
+    m_tablo->setTileAllowed(Tile::Uninvoiced, allowed(QStringLiteral("mnuDataFakt")));
+    m_tablo->setTileAllowed(Tile::Unpaid, allowed(QStringLiteral("mnuSlgZapl")));
+    // Until the account screen is there, the receivables show to those who see the firm's money.
+    m_tablo->setTileAllowed(Tile::Receivables, m_actions.contains(clientAccountMenu) ? allowed(clientAccountMenu)
+                                                                                      : allowed(QStringLiteral("mnuSprBalanc")));
+    m_tablo->setTileAllowed(Tile::Documents, allowed(QStringLiteral("mnuDataDok")));
+    m_tablo->setTileAllowed(Tile::Profit, allowed(QStringLiteral("mnuSprBalanc")));
+
+    connect(m_tablo, &dashboard::Tablo::openMonthReport, this, [this](const Period &month) {
+        SearchConditions conditions = periodConditions(month);
+        conditions.SeekChoice = QStringLiteral("All");
+        runTarget(QStringLiteral("mnuSprPer"), conditions);
+    });
+    connect(m_tablo, &dashboard::Tablo::openInvoicing, this, [this](const QString &klient, const Period &period) {
+        SearchConditions conditions = periodConditions(period);
+        conditions.SeekKlient = klient;
+        runTarget(QStringLiteral("mnuDataFakt"), conditions);
+    });
+    connect(m_tablo, &dashboard::Tablo::openPaySheet, this,
+            [this](const QString &kod, const QString &name, const Period &period) {
+                SearchConditions conditions = periodConditions(period);
+                conditions.SeekDriverKod = kod;
+                conditions.SeekDriverIme = name;
+                runTarget(QStringLiteral("mnuSlgZapl"), conditions);
+            });
+    connect(m_tablo, &dashboard::Tablo::openClientAccount, this,
+            [this](const QString &klient) { runTarget(clientAccountMenu, klient); });
+    connect(m_tablo, &dashboard::Tablo::openDocument, this,
+            [this](qint64 id) { runTarget(QStringLiteral("mnuDataDok"), id); });
+    connect(m_tablo, &dashboard::Tablo::openBalans, this, [this](const QString &kola, const Period &period) {
+        if (!runTarget(QStringLiteral("mnuSprBalanc"), periodConditions(period)))
+            return;
+        // The balance lists every truck: it opens on the one chosen.
+        if (auto *balans = qobject_cast<Balans *>(m_commands->openWindow(QStringLiteral("Balans")))) {
+            const QList<TruckBalance> &trucks = balans->balances();
+            for (int row = 0; row < trucks.size(); ++row) {
+                if (trucks[row].kola == kola && balans->grid()->model())
+                    balans->grid()->setCurrentIndex(balans->grid()->model()->index(row, 0));
+            }
+        }
+    });
+
+    // Changes come in bursts (a screen saving row after row): the figures are read once they settle.
+    m_dashboardRefresh = new QTimer(this);
+    m_dashboardRefresh->setSingleShot(true);
+    m_dashboardRefresh->setInterval(250);
+    connect(m_dashboardRefresh, &QTimer::timeout, m_tablo, &dashboard::Tablo::refresh);
+    connect(&DataChanges::instance(), &DataChanges::changed, m_dashboardRefresh, qOverload<>(&QTimer::start));
+    // Signed in: the first figures as soon as the window stands.
+    QTimer::singleShot(0, m_tablo, &dashboard::Tablo::refresh);
+}
+
+bool FrmMain::runTarget(const QString &menuItem, const std::any &conditions)
+{
+    QAction *action = m_actions.value(menuItem);
+    if (!m_commands->hasTarget(menuItem) || (action && !action->isVisible()))
+        return false;
+    refreshChangeover();
+    m_commands->runTarget(menuItem, conditions);
+    DataChanges::instance().notify();
+    return true;
 }
 
 SearchMode FrmMain::searchMode() const

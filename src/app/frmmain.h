@@ -11,18 +11,23 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QSqlDatabase>
+#include <any>
 #include <functional>
 #include <memory>
 
 class QAction;
 class QLabel;
 class QSettings;
+class QTimer;
 class QToolBar;
 
 namespace zarek {
 
 class CommandRegistry;
 class ScratchDatabase;
+namespace dashboard {
+class Tablo;
+}
 
 // The one window from sign-in to the end of the run: menu bar, toolbar and status bar; every
 // screen opens as a window of its own from its commands.
@@ -43,6 +48,9 @@ public:
 
     // The help topic shown now, 0 when the help is closed.
     int shownHelpTopic() const;
+
+    // "Табло", the client area: the month's figures, read again after every change of the register.
+    dashboard::Tablo *tablo() const { return m_tablo; }
 
     // After sign-in: the short notice of the documents due, unless the user switched it off.
     bool showDueNotice(const QString &user, const QDate &today = commandToday());
@@ -65,6 +73,10 @@ private:
     void showHelp(int topic);
 
     void registerShellCommands();
+    void buildDashboard();
+    // A command's target run with conditions another screen gives (a tile of the dashboard);
+    // nothing when the command has none.
+    bool runTarget(const QString &menuItem, const std::any &conditions);
 
     std::unique_ptr<QSettings> settings() const;
 
@@ -77,6 +89,8 @@ private:
     QList<QLabel *> m_panels;
     std::unique_ptr<ScratchDatabase> m_scratch;
     QPointer<QWidget> m_help;
+    dashboard::Tablo *m_tablo = nullptr;
+    QTimer *m_dashboardRefresh = nullptr;
 };
 
 }

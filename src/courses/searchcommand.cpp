@@ -44,6 +44,15 @@ void addSearchCommand(CommandRegistry &commands, const SearchCommand &command,
             context.setPanel(command.panel);
         target(dialog->conditions());
     });
+    commands.addTarget(command.menuItem, [&commands, command, target](const std::any &given) {
+        const auto *conditions = std::any_cast<SearchConditions>(&given);
+        if (!conditions)
+            return;
+        commands.context().searchMode = command.mode;
+        if (!command.panel.isEmpty())
+            commands.context().setPanel(command.panel);
+        target(*conditions);
+    });
 }
 
 }

@@ -60,6 +60,13 @@ void registerDocumentCommands(CommandRegistry &commands)
 {
     commands.add(documentsMenu, [&commands] { openDocuments(commands); });
     commands.add(dueMenu, [&commands] { openDueList(commands); });
+    // Another screen that names a document (by its id) opens it in "Документи".
+    commands.addTarget(documentsMenu, [&commands](const std::any &given) {
+        if (const auto *id = std::any_cast<qint64>(&given)) {
+            if (Documents *documents = openDocuments(commands))
+                documents->showDocument(*id);
+        }
+    });
 }
 
 bool showDueNotice(CommandRegistry &commands, QSettings &settings, const QString &user, const QDate &today)

@@ -12,6 +12,15 @@ void CommandRegistry::add(const QString &menuItem, Handler handler)
     m_handlers.insert(menuItem, std::move(handler));
 }
 
+bool CommandRegistry::runTarget(const QString &menuItem, const std::any &conditions) const
+{
+    const Target target = m_targets.value(menuItem);
+    if (!target)
+        return false;
+    target(conditions);
+    return true;
+}
+
 void CommandRegistry::runModal(QDialog &screen, int helpTopic)
 {
     if (helpTopic > 0)

@@ -8,6 +8,7 @@
 #include <QSqlDatabase>
 #include <QString>
 #include <QStringList>
+#include <any>
 #include <functional>
 
 class QDialog;
@@ -50,6 +51,15 @@ public:
     Handler handler(const QString &menuItem) const { return m_handlers.value(menuItem); }
     QStringList menuItems() const { return m_order; }
 
+    // What a command that asks its conditions first does once it has them: another screen that
+    // knows the conditions already (the dashboard's tiles) runs it without the dialog. The
+    // conditions are the value the command's dialog would hand over.
+    using Target = std::function<void(const std::any &conditions)>;
+    void addTarget(const QString &menuItem, Target target) { m_targets.insert(menuItem, std::move(target)); }
+    bool hasTarget(const QString &menuItem) const { return m_targets.contains(menuItem); }
+    // False, and nothing done, when the command has no such target.
+    bool runTarget(const QString &menuItem, const std::any &conditions) const;
+
     // A modal screen run to its end with the help topic of its command.
     void runModal(QDialog &screen, int helpTopic);
     // A window that lives beside the main window: one instance per key; the command brings an
@@ -69,6 +79,7 @@ public:
 private:
     CommandContext m_context;
     QHash<QString, Handler> m_handlers;
+    QHash<QString, Target> m_targets;
     QStringList m_order;
     QHash<QString, QPointer<QWidget>> m_windows;
 };

@@ -1,5 +1,6 @@
 #include "recordform.h"
 
+#include "forms/datachanges.h"
 #include "forms/messageservice.h"
 #include "forms/recordgriddelegate.h"
 #include "forms/repeatprevious.h"
@@ -518,6 +519,7 @@ bool RecordForm::update()
     // What the boxes held as the row was written, before the screen moves on from it.
     RepeatPrevious::of(window())->remember();
     focusAfterSave();
+    DataChanges::instance().notify();
     emit saved();
     return true;
 }
@@ -611,6 +613,7 @@ void RecordForm::remove()
     }
     m_rows->removeCurrent();
     showCurrent();
+    DataChanges::instance().notify();
     emit removed();
 }
 

@@ -1,0 +1,300 @@
+#include "dashboard/dashboardfigures.h"
+
+#include "core/valueformat.h"
+#include "data/currencyrows.h"
+#include "data/query.h"
+#include "documents/documentstore.h"
+#include "fleet/balansstore.h"
+#include "settlement/paysheetstore.h"
+
+#include <QVariant>
+#include <algorithm>
+
+namespace zarek::dashboard {
+
+namespace {
+
+const QString readTitle = QStringLiteral("ГРЕШКА при четене!");
+
+// The gross of the courses a condition selects, grouped by a column (or not): each course's
+// bruto in the currency of its day, added up as the reports add them, each leva amount converted
+// to euro on its own.
+struct GrossGroup {
+    int courses = 0;
+    int euroCourses = 0;
+    Money leva;
+    Money euro;
+    QDate oldest;
+    QList<std::pair<Money, int>> levaAmounts;  // read only where the leva are converted to euro
+};
+
+// The groups' sums: "key, in euro (1/0), count, Σ bruto, oldest date", by key (an empty key: one group).
+Checked<QHash<QString, GrossGroup>> grossBy(QSqlDatabase db, const BooksDay &books, const QString &key,
+                                            const QString &condition, const QVariantList &values)
+{
+    const SqlPart euro = byRowCurrency(QStringLiteral("data"), books.changeover, QStringLiteral("1"), QStringLiteral("0"));
+    QVariantList all = euro.values;
+    all.append(values);
+    // Grouped by position: the CASE and its bound date stand once.
+    const QString sql = QStringLiteral("SELECT %1, %2, COUNT(*), SUM(bruto), MIN(data) FROM tabl WHERE %3 GROUP BY %4")
+                            .arg(key.isEmpty() ? QStringLiteral("''") : key, euro.sql, condition,
+                                 key.isEmpty() ? QStringLiteral("2") : QStringLiteral("1, 2"));
+    Query query(db, sql);
+    if (auto failure = query.run(readTitle, all))
+        return *failure;
+    QHash<QString, GrossGroup> groups;
+    while (query.next()) {
+        GrossGroup &group = groups[query.value(0).toString()];
+        const int count = query.value(2).toInt();
+        const Money sum = Money::fromAmount(query.value(3).toDouble());
+        const QDate oldest = dateOfValue(query.value(4));
+        group.courses += count;
+        if (query.value(1).toInt() == 1) {
+            group.euroCourses += count;
+            group.euro += sum;
+        } else {
+            group.leva += sum;
+        }
+        if (!group.oldest.isValid() || (oldest.isValid() && oldest < group.oldest))
+            group.oldest = oldest;
+    }
+    if (auto failure = query.readFailure(readTitle))
+        return *failure;
+    return groups;
+}
+
+// Where leva are to be converted to euro, each amount on its own: the groups' leva amounts, equal
+// ones read once with their count. Only the days before the changeover are read.
+std::optional<UserMessage> readLevaAmounts(QSqlDatabase db, const BooksDay &books, const QString &key,
+                                           const QString &condition, const QVariantList &values,
+                                           QHash<QString, GrossGroup> &groups)
+{
+    if (!books.changedOver())
+        return std::nullopt;
+    QVariantList all = values;
+    all.append(books.changeover.date);
+    Query query(db, QStringLiteral("SELECT %1, bruto, COUNT(*) FROM tabl WHERE %2 AND data < ? GROUP BY %3")
+                        .arg(key.isEmpty() ? QStringLiteral("''") : key, condition,
+                             key.isEmpty() ? QStringLiteral("2") : QStringLiteral("1, 2")));
+    if (auto failure = query.run(readTitle, all))
+        return failure;
+    while (query.next()) {
+        auto group = groups.find(query.value(0).toString());
+        if (group != groups.end())
+            group->levaAmounts.append({Money::fromAmount(query.value(1).toDouble()), query.value(2).toInt()});
+    }
+    return query.readFailure(readTitle);
+}
+
+bool needsLevaAmounts(const GrossGroup &group, Currency currency)
+{
+    return currency == Currency::Euro && group.courses > group.euroCourses;
+}
+
+Money totalIn(const GrossGroup &group, Currency currency, bool *converted)
+{
+    CurrencyTotal total(currency);
+    if (needsLevaAmounts(group, currency)) {
+        for (const auto &[amount, count] : group.levaAmounts) {
+            for (int i = 0; i < count; ++i)
+                total.add(amount, Currency::Leva);
+        }
+    } else if (group.courses > group.euroCourses) {
+        total.add(group.leva, Currency::Leva);
+    }
+    if (group.euroCourses > 0)
+        total.add(group.euro, Currency::Euro);
+    if (converted)
+        *converted = total.converted();
+    return total.total();
+}
+
+}
+
+Period monthOf(const QDate &day)
+{
+    const QDate first(day.year(), day.month(), 1);
+    return {first, first.addMonths(1).addDays(-1)};
+}
+
+Checked<MonthFigures> periodFigures(QSqlDatabase db, const BooksDay &books, const Period &period)
+{
+    MonthFigures figures;
+    figures.period = period;
+    Query sums(db, QStringLiteral("SELECT COUNT(*), SUM(ton * km), SUM(km) FROM tabl WHERE data BETWEEN ? AND ?"));
+    if (auto failure = sums.run(readTitle, {period.from, period.to}))
+        return *failure;
+    if (sums.next()) {
+        figures.courses = sums.value(0).toInt();
+        figures.tonneKm = sums.value(1).toDouble();
+        figures.km = sums.value(2).toDouble();
+    }
+    sums.finish();
+    const QString condition = QStringLiteral("data BETWEEN ? AND ?");
+    const QVariantList values = {period.from, period.to};
+    Checked<QHash<QString, GrossGroup>> read = grossBy(db, books, QString(), condition, values);
+    if (!read)
+        return read.message();
+    QHash<QString, GrossGroup> groups = read.value();
+    const GrossGroup &whole = groups[QString()];
+    // As the course reports: euro once any course of the period is in euro; a period without
+    // courses in the currency of its last day.
+    const bool euro = whole.courses > 0 ? whole.euroCourses > 0 : books.currencyOn(period.to) == Currency::Euro;
+    figures.currency = euro ? Currency::Euro : Currency::Leva;
+    if (needsLevaAmounts(whole, figures.currency)) {
+        if (auto failure = readLevaAmounts(db, books, QString(), condition, values, groups))
+            return *failure;
+    }
+    figures.gross = totalIn(groups[QString()], figures.currency, &figures.converted);
+    return figures;
+}
+
+Checked<MonthComparison> monthComparison(QSqlDatabase db, const BooksDay &books)
+{
+    MonthComparison comparison;
+    const Period month = monthOf(books.today);
+    const Period previous = monthOf(month.from.addMonths(-1));
+    const Period yearAgo = monthOf(month.from.addYears(-1));
+    for (auto [period, figures] : {std::pair{month, &comparison.current}, std::pair{previous, &comparison.previous},
+                                   std::pair{yearAgo, &comparison.yearAgo}}) {
+        const auto read = periodFigures(db, books, period);
+        if (!read)
+            return read.message();
+        *figures = read.value();
+    }
+    return comparison;
+}
+
+Checked<QList<UninvoicedClient>> uninvoiced(QSqlDatabase db, const BooksDay &books)
+{
+    const QString key = QStringLiteral("Klient");
+    const QString condition = QStringLiteral("Fakt = ? AND data <= ?");
+    const QVariantList values = {false, books.today};
+    Checked<QHash<QString, GrossGroup>> read = grossBy(db, books, key, condition, values);
+    if (!read)
+        return read.message();
+    QHash<QString, GrossGroup> groups = read.value();
+    // "Фактуриране" totals as the statement is handed out: today, in today's currency.
+    const Currency today = books.currencyOn(books.today);
+    const auto currencyOf = [today](const GrossGroup &group) { return totalsCurrency(group.euroCourses > 0, today); };
+    if (std::any_of(groups.cbegin(), groups.cend(), [&](const GrossGroup &g) { return needsLevaAmounts(g, currencyOf(g)); })) {
+        if (auto failure = readLevaAmounts(db, books, key, condition, values, groups))
+            return *failure;
+    }
+    QList<UninvoicedClient> clients;
+    for (auto it = groups.cbegin(); it != groups.cend(); ++it) {
+        UninvoicedClient client;
+        client.klient = it.key();
+        client.period = {it.value().oldest, books.today};
+        client.courses = it.value().courses;
+        client.currency = currencyOf(it.value());
+        client.gross = totalIn(it.value(), client.currency, nullptr);
+        clients.append(client);
+    }
+    std::sort(clients.begin(), clients.end(), [](const UninvoicedClient &a, const UninvoicedClient &b) {
+        return a.period.from != b.period.from ? a.period.from < b.period.from : a.klient < b.klient;
+    });
+    return clients;
+}
+
+Checked<QList<UnpaidDriver>> unpaidDrivers(QSqlDatabase db, const BooksDay &books)
+{
+    const Checked<RowSet> read = readRows(
+        db, readTitle,
+        QStringLiteral("SELECT t.kod, MIN(t.data), COUNT(*), (SELECT MAX(s.ime) FROM shof s WHERE s.kod = t.kod) "
+                       "FROM tabl t WHERE t.plat = ? AND t.data <= ? GROUP BY t.kod"),
+        {false, books.today});
+    if (!read)
+        return read.message();
+    QList<UnpaidDriver> drivers;
+    const RowSet &rows = read.value();
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        UnpaidDriver driver;
+        driver.kod = rows.value(row, 0).toString();
+        driver.period = {dateOfValue(rows.value(row, 1)), books.today};
+        driver.courses = rows.value(row, 2).toInt();
+        driver.name = rows.value(row, 3).toString();
+        driver.currency = books.currencyOn(books.today);
+        SearchConditions conditions;
+        conditions.SeekDriverKod = driver.kod;
+        conditions.SeekDriverIme = driver.name;
+        conditions.SeekFrom = formatDate(driver.period.from);
+        conditions.SeekTo = formatDate(driver.period.to);
+        conditions.period = driver.period;
+        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, books);
+        if (sheet) {
+            driver.pay = sheet.value().printedTotal();
+            driver.currency = sheet.value().currency;
+            driver.courses = sheet.value().lines.size();
+        } else {
+            driver.failure = sheet.message().text.section(QLatin1Char('\n'), 0, 0);
+        }
+        drivers.append(driver);
+    }
+    std::sort(drivers.begin(), drivers.end(), [](const UnpaidDriver &a, const UnpaidDriver &b) {
+        return a.pay != b.pay ? a.pay > b.pay : a.kod < b.kod;
+    });
+    return drivers;
+}
+
+bool keepsReceivables(QSqlDatabase db)
+{
+    const QStringList tables = db.tables();
+    const auto has = [&tables](const QString &name) {
+        return std::any_of(tables.cbegin(), tables.cend(), [&name](const QString &t) { return t.compare(name, Qt::CaseInsensitive) == 0; });
+    };
+    return has(QStringLiteral("FaktDok")) && has(QStringLiteral("Pogasiavania"));
+}
+
+Checked<Receivables> receivables(QSqlDatabase db, const BooksDay &books)
+{
+    Receivables result;
+    result.currency = books.currencyOn(books.today);
+    if (!keepsReceivables(db))
+        return UserMessage{readTitle, QStringLiteral("Няма данни за издадени фактури."), UserMessage::Icon::None};
+    return result;
+}
+
+Checked<DueDocuments> dueDocuments(QSqlDatabase db, const BooksDay &books)
+{
+    const documents::DocumentStore store(db);
+    const Checked<RowSet> read = store.dueList(books.today);
+    if (!read)
+        return read.message();
+    const RowSet &rows = read.value();
+    DueDocuments due;
+    due.count = rows.rowCount();
+    const int expired = rows.column(QStringLiteral("Iztekal"));
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        const bool isExpired = rows.value(row, expired).toBool();
+        if (isExpired)
+            ++due.expired;
+        if (due.nearest.size() < 5) {
+            DueDocument document;
+            document.id = rows.value(row, QStringLiteral("id")).toLongLong();
+            document.vid = rows.value(row, QStringLiteral("Vid")).toString();
+            document.holder = rows.value(row, QStringLiteral("Pritejatel")).toString();
+            document.nomer = rows.value(row, QStringLiteral("Nomer")).toString();
+            document.doKoga = dateOfValue(rows.value(row, QStringLiteral("DoKoga")));
+            document.daysLeft = rows.value(row, QStringLiteral("Ostavat")).toInt();
+            document.expired = isExpired;
+            due.nearest.append(document);
+        }
+    }
+    return due;
+}
+
+Checked<TruckProfits> truckProfits(QSqlDatabase db, const BooksDay &books, const Period &period)
+{
+    const Checked<QList<TruckBalance>> read = BalansStore(db).balances(BalansMode::Profit, period, books.changeover);
+    if (!read)
+        return read.message();
+    TruckProfits profits;
+    profits.period = period;
+    profits.currency = balansCurrency(period, books.changeover);
+    for (const TruckBalance &balance : read.value())
+        profits.trucks.append({balance.kola, Money::fromCents(balance.prihod), Money::fromCents(balance.razhod)});
+    return profits;
+}
+
+}
