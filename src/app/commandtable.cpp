@@ -1,6 +1,7 @@
 #include "app/commandtable.h"
 
 #include "attestation/attestationcommands.h"
+#include "clients/clientscommands.h"
 #include "courses/coursecommands.h"
 #include "documents/documentscommands.h"
 #include "fleet/fleetcommands.h"
@@ -25,6 +26,7 @@ void registerSubsystemCommands(CommandRegistry &commands)
     registerWarehouseCommands(commands);
     registerInternationalCommands(commands);
     documents::registerDocumentCommands(commands);
+    clients::registerClientCommands(commands);
 }
 
 }

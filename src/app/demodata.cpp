@@ -8,6 +8,7 @@
 #include "courses/coursestore.h"
 #include "courses/tariffbands.h"
 #include "app/firststart.h"
+#include "clients/clientstore.h"
 #include "documents/documentstore.h"
 #include "data/changeoverstore.h"
 #include "data/query.h"
@@ -76,6 +77,7 @@ private:
     bool waybills();
     bool trips();
     bool documents();
+    bool clientRegister();
 
     QString plate();
     QString egn(QDate birth);
@@ -602,10 +604,63 @@ bool Generator::documents()
     return true;
 }
 
+// The register of the clients the courses name, with their data for the invoices, and the firm's
+// bank account and issuer. Each goes through the register's store, so every ЕИК passes its check.
+bool Generator::clientRegister()
+{
+    struct DemoClient {
+        const char *name, *eik, *address, *town, *mol;
+        bool vat;
+        int term;
+    };
+    static const DemoClient demoClients[] = {
+        {"Агрополис ООД", "104431141", "ул. Стефан Караджа 9", "Пловдив", "Иван Петров Димов", true, 30},
+        {"Строймат ЕАД", "205456230", "бул. Цар Борис III 120", "София", "Мария Георгиева Тодорова", true, 15},
+        {"Д'Аргос ООД", "117191963", "ул. Шипка 14", "Русе", "Петър Николов Аргиров", true, 30},
+        {"Мел и Камък АД", "170750746", "Промишлена зона Север", "Стара Загора", "Никола Иванов Стоев", true, 45},
+        {"Тракия Зърно ЕООД", "169593828", "ул. Иван Вазов 3", "Асеновград", "Георги Илиев Танев", true, 30},
+        {"Бетон Юг ООД", "126408120", "ул. Индустриална 40", "Хасково", "Стефан Колев Русев", true, 20},
+        {"ЕТ Петров - 91", "102480200", "ул. Христо Ботев 21", "Карлово", "Димитър Петров Иванов", false, 7},
+        {"Марица Агро ООД", "102599610", "ул. Марица 5", "Първомай", "Елена Стоянова Маринова", true, 30},
+        {"Родопа Дърво ЕООД", "137750520", "ул. Родопи 18", "Смолян", "Васил Ангелов Кехайов", true, 30},
+        {"Пирин Инвест АД", "132758082", "бул. Македония 33", "Благоевград", "Христина Методиева Стоянова", true, 60},
+        {"Хемус Торове ЕАД", "112378158", "ул. Тракия 2", "Пазарджик", "Тодор Минчев Хаджиев", true, 30},
+        {"Стара Планина ООД", "830651448", "ул. Възраждане 7", "Габрово", "Радослав Денев Пенчев", true, 30},
+        {"Булмел ЕООД", "201477483", "ул. Гладстон 11", "Пловдив", "Калина Веселинова Ганева", true, 14},
+        {"Асарел Строй ООД", "129043787", "ул. Оборище 4", "Панагюрище", "Борислав Тодоров Мишев", true, 30},
+        {"Дунав Лоджистик АД", "201090536", "Пристанище Русе Изток", "Русе", "Антон Кирилов Донев", true, 45},
+        {"ЕТ Колев и синове", "139108660", "ул. Шести септември 16", "Кърджали", "Колю Кирчев Колев", false, 0},
+        {"Тухларна Изток АД", "100250930", "Промишлена зона", "Шумен", "Яна Петкова Добрева", true, 30},
+    };
+    const clients::ClientStore store(m_db);
+    for (const DemoClient &client : demoClients) {
+        RecordRow row;
+        const QString eik = QString::fromLatin1(client.eik);
+        row.values = {{QStringLiteral("Ime"), QString::fromUtf8(client.name)},
+                      {QStringLiteral("EIK"), eik},
+                      {QStringLiteral("DDSNomer"), client.vat ? QStringLiteral("BG") + eik : QString()},
+                      {QStringLiteral("Adres"), QString::fromUtf8(client.address)},
+                      {QStringLiteral("Grad"), QString::fromUtf8(client.town)},
+                      {QStringLiteral("Darzhava"), QStringLiteral("България")},
+                      {QStringLiteral("MOL"), QString::fromUtf8(client.mol)},
+                      {QStringLiteral("Tel"), QStringLiteral("0%1 %2").arg(between(30, 99)).arg(between(100000, 999999))},
+                      {QStringLiteral("Email"), QStringLiteral("office@client%1.bg").arg(eik.right(4))},
+                      {QStringLiteral("SrokDni"), client.term}};
+        const Checked<RecordRow> written = store.save(row, true, demoTitle);
+        if (!written) {
+            m_error = written.message();
+            return false;
+        }
+    }
+    return insert(QStringLiteral("UPDATE ZarekCfg SET UserIBAN = ?, UserBank = ?, UserBIC = ?, UserMiasto = ?, UserSastavil = ?"),
+                  {QStringLiteral("BG05FINV91501004512345"), QStringLiteral("Първа инвестиционна банка АД"),
+                   QStringLiteral("FINVBGSF"), QStringLiteral("Пловдив"), QStringLiteral("Стоян Георгиев Колев")});
+}
+
 Checked<DemoSummary> Generator::run()
 {
     const bool done = firmAndUsers() && euro() && trucks() && drivers() && tariffs() && courses() && history()
-                      && warehouse() && waybills() && trips() && documents();
+                      && warehouse() && waybills() && trips() && documents() && clientRegister();
     if (!done)
         return m_error.value_or(sqlErrorMessage(demoTitle, m_db.lastError()));
     return m_summary;

@@ -53,6 +53,7 @@ const QList<MenuEntry> &menuTree()
         bar("mnuDataBar3"),
         item("mnuDataNewInside", "Международни курсове"),
         item("mnuDataDok", "Документи", "", 300),  // beyond the firm's old menu
+        item("mnuDataKlienti", "Клиенти", "", 310),  // beyond the firm's old menu
         bar("mnuDataBar1"),
         item("mnuDataKyrc", "Корекция на курс", "", 17),
         item("mnuDataKorКм", "Корекция КМ", "", 18),

@@ -1,5 +1,6 @@
 #include "personal.h"
 
+#include "core/eik.h"
 #include "core/firmfields.h"
 #include "forms/messageservice.h"
 #include "forms/textboxcheck.h"
@@ -31,6 +32,24 @@ Personal::Personal(QSqlDatabase db, FirmProfile &profile, QWidget *parent)
         if (m_row)
             m_fields[i]->setText(m_row->profile.*field.member);
     }
+    // What an invoice needs of the firm beside its address.
+    auto *invoiceFrame = new QGroupBox(QStringLiteral("За фактурите"), this);
+    invoiceFrame->setObjectName(QStringLiteral("Frame2"));
+    auto *invoiceForm = new QFormLayout(invoiceFrame);
+    for (int i = 0; i < 5; ++i) {
+        const FirmField &field = invoiceFirmFields()[static_cast<size_t>(i)];
+        m_invoiceFields[i] = new QLineEdit(invoiceFrame);
+        m_invoiceFields[i]->setObjectName(QString::fromLatin1(field.objectName));
+        m_invoiceFields[i]->setMinimumWidth(320);
+        invoiceForm->addRow(QString::fromUtf8(field.label), m_invoiceFields[i]);
+        if (m_row)
+            m_invoiceFields[i]->setText(m_row->profile.*field.member);
+    }
+    m_invoiceFields[0]->setMaxLength(42);
+    m_invoiceFields[0]->setToolTip(QStringLiteral("Сметката, по която се плащат фактурите; проверяват се контролните ѝ цифри"));
+    m_invoiceFields[2]->setMaxLength(11);
+    m_invoiceFields[3]->setToolTip(QStringLiteral("Населеното място, в което се издават фактурите"));
+    m_invoiceFields[4]->setToolTip(QStringLiteral("Кой съставя фактурите"));
     auto *buttons = new QDialogButtonBox(this);
     QPushButton *ok = buttons->addButton(QStringLiteral("OK"), QDialogButtonBox::AcceptRole);
     ok->setObjectName(QStringLiteral("OKButton"));
@@ -41,6 +60,7 @@ Personal::Personal(QSqlDatabase db, FirmProfile &profile, QWidget *parent)
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(frame);
+    layout->addWidget(invoiceFrame);
     layout->addWidget(buttons);
 
     m_shown = typed();
@@ -60,6 +80,8 @@ FirmProfile Personal::typed() const
     FirmProfile profile;
     for (int i = 0; i < 11; ++i)
         profile.*firmFields()[static_cast<size_t>(i)].member = m_fields[i]->text();
+    for (int i = 0; i < 5; ++i)
+        profile.*invoiceFirmFields()[static_cast<size_t>(i)].member = m_invoiceFields[i]->text();
     return profile;
 }
 
@@ -69,7 +91,18 @@ void Personal::confirm()
         MessageService::instance().inform(*refused);
         return;
     }
-    const FirmProfile typed = this->typed();
+    FirmProfile typed = this->typed();
+    // The account is kept without spaces, in capitals, and only with its check digits right.
+    typed.UserIBAN = compactIdentifier(typed.UserIBAN);
+    typed.UserBIC = compactIdentifier(typed.UserBIC);
+    if (!typed.UserIBAN.isEmpty()) {
+        if (const auto bad = checkIban(typed.UserIBAN)) {
+            MessageService::instance().inform(*bad);
+            m_invoiceFields[0]->setFocus();
+            m_invoiceFields[0]->selectAll();
+            return;
+        }
+    }
     if (const auto missing = acceptFirmFields(typed, m_profile)) {
         MessageService::instance().inform(*missing);
         return;

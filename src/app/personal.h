@@ -26,6 +26,7 @@ private:
     std::optional<FirmRow> m_row;
     FirmProfile m_shown;  // what the boxes showed when opened or last saved
     QLineEdit *m_fields[11] = {};
+    QLineEdit *m_invoiceFields[5] = {};  // bank account, place of issue, issuer
 };
 
 }

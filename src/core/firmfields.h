@@ -31,4 +31,17 @@ inline const std::array<FirmField, 11> &firmFields()
     return fields;
 }
 
+// The five boxes of what an invoice needs of the firm beside its address, under the eleven.
+inline const std::array<FirmField, 5> &invoiceFirmFields()
+{
+    static const std::array<FirmField, 5> fields = {{
+        {"txtFirmaIBAN", "IBAN:", &FirmProfile::UserIBAN},
+        {"txtFirmaBank", "Банка:", &FirmProfile::UserBank},
+        {"txtFirmaBIC", "BIC:", &FirmProfile::UserBIC},
+        {"txtFirmaMiasto", "Място на издаване:", &FirmProfile::UserMiasto},
+        {"txtFirmaSastavil", "Съставил:", &FirmProfile::UserSastavil},
+    }};
+    return fields;
+}
+
 }

@@ -1,5 +1,6 @@
 #include "courses/coursecommands.h"
 
+#include "clients/clientscommands.h"
 #include "courses/coursejournal.h"
 #include "courses/coursereports.h"
 #include "courses/editkm.h"
@@ -9,6 +10,17 @@
 #include "reports/reportpreview.h"
 
 namespace zarek {
+
+namespace {
+
+// A new client the editor adds to the register opens there, for its ЕИК and address.
+void offerRegister(CommandRegistry &commands, Kurs &screen)
+{
+    QObject::connect(&screen, &Kurs::newClientAdded, &screen,
+                     [&commands, &screen](qint64 id) { clients::editClientOver(commands, &screen, id); });
+}
+
+}
 
 void registerCourseCommands(CommandRegistry &commands)
 {
@@ -46,6 +58,7 @@ void registerCourseCommands(CommandRegistry &commands)
                      [&commands, &context](const SearchConditions &c) {
                          context.searchMode = SearchMode::EditKurs;
                          Kurs screen(context.db, c.SeekKola, c.period, context.window);
+                         offerRegister(commands, screen);
                          commands.runModal(screen, context.helpTopic(QStringLiteral("mnuDataKyrc")));
                      });
     commands.add(QStringLiteral("mnuSprJournal"), [&commands, &context] {
@@ -59,6 +72,7 @@ void registerCourseCommands(CommandRegistry &commands)
                     const std::unique_ptr<Kurs> screen = Kurs::forCourse(context.db, id, context.window);
                     if (!screen)
                         return true;  // gone meanwhile: the journal reads again
+                    offerRegister(commands, *screen);
                     commands.runModal(*screen, context.helpTopic(QStringLiteral("mnuDataKyrc")));
                     return true;
                 };
@@ -70,6 +84,7 @@ void registerCourseCommands(CommandRegistry &commands)
         context.setPanel(QStringLiteral("Въвеждане на нов курс"));
         context.searchMode = SearchMode::NewKurs;
         Kurs screen(context.db, context.window);
+        offerRegister(commands, screen);
         commands.runModal(screen, context.helpTopic(QStringLiteral("mnuDataNew")));
     });
 }

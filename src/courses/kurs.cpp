@@ -2,6 +2,7 @@
 
 #include "ui_kurs.h"
 
+#include "clients/clientstore.h"
 #include "core/formats.h"
 #include "core/valueformat.h"
 #include "forms/commandday.h"
@@ -272,6 +273,31 @@ void Kurs::onSaved()
     showDerived();
     // Enter then starts the next course (or corrects again), never closes the editor by accident.
     m_form->button(m_mode == CourseMode::NewKurs ? QStringLiteral("cmdAdd") : QStringLiteral("cmdEdit"))->setFocus();
+    offerNewClient();
+}
+
+// A course saved with a client the register lacks keeps it as typed; the register is offered it.
+// "Не" (Enter) adds nothing, and the next course of that client asks again.
+void Kurs::offerNewClient()
+{
+    const RecordRow *row = m_form->currentRow();
+    const QString name = row ? row->values.value(QStringLiteral("Klient")).toString().trimmed() : QString();
+    if (name.isEmpty())
+        return;
+    const clients::ClientStore store(m_db);
+    const Checked<qint64> known = store.idOf(name);
+    if (!known || known.value() > 0)
+        return;
+    if (!MessageService::instance().askYesNo(UserMessage::twoLines(
+            QStringLiteral("Клиенти"), QStringLiteral("Клиентът „%1“ не е в регистъра.").arg(name),
+            QStringLiteral("Нов клиент: да го добавя ли в регистъра?"), UserMessage::Icon::Question)))
+        return;
+    const Checked<qint64> added = store.addName(name, QStringLiteral("ГРЕШКА при запис!"));
+    if (!added) {
+        MessageService::instance().inform(added.message());
+        return;
+    }
+    emit newClientAdded(added.value());
 }
 
 // What is not bound: the sums, the driver's name and (while correcting) the rate of the course.

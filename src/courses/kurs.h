@@ -40,6 +40,10 @@ public:
     CourseMode mode() const { return m_mode; }
     RecordForm *recordForm() const { return m_form; }
 
+signals:
+    // A client the register did not have was added to it after its course was saved (its name only).
+    void newClientAdded(qint64 id);
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -65,6 +69,7 @@ private:
     void onAdded();
     void onEditStarted();
     void onSaved();
+    void offerNewClient();
     void showDerived();
     QStringList typedOutside() const;
 

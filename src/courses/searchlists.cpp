@@ -17,9 +17,12 @@ QStringList trucks(QSqlDatabase db)
                                       distinctValuesQuery(QStringLiteral("RowdList"), QStringLiteral("Kola"))));
 }
 
+// The register's clients and those earlier courses named (a course keeps its client as typed).
 QStringList clients(QSqlDatabase db)
 {
-    return nonBlankTexts(db, distinctValuesQuery(QStringLiteral("tabl"), QStringLiteral("Klient")));
+    return nonBlankTexts(db, QStringLiteral("SELECT k FROM (SELECT Ime AS k FROM Klienti "
+                                            "UNION SELECT v FROM (%1) courses) clients ORDER BY k")
+                                 .arg(distinctValuesQuery(QStringLiteral("tabl"), QStringLiteral("Klient"))));
 }
 
 QStringList routes(QSqlDatabase db)

@@ -1,5 +1,6 @@
 #include "firmstore.h"
 
+#include "core/eik.h"
 #include "data/query.h"
 #include "data/sqlerror.h"
 
@@ -62,6 +63,11 @@ std::optional<UserMessage> writeFirmRow(QSqlDatabase db, const FirmRow &row)
 {
     const QString title = QStringLiteral("ГРЕШКА при запис!");
     const FirmProfile &p = row.profile;
+    // The account an invoice names is refused here as on the screen: a wrong one is never written.
+    if (!p.UserIBAN.trimmed().isEmpty()) {
+        if (auto bad = checkIban(p.UserIBAN))
+            return bad;
+    }
     if (auto failure = executeOnVersion(
             db, title,
             QStringLiteral("UPDATE ZarekCfg SET UserName = ?, UserAdres = ?, UserCity = ?, UserCountry = ?, "

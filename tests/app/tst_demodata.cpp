@@ -1,3 +1,4 @@
+#include "core/eik.h"
 #include "core/firmprofile.h"
 #include "data/firmstore.h"
 #include "app/passwordhash.h"
@@ -146,6 +147,27 @@ private slots:
             const int age = date.daysTo(smallDemo().today) / 365;
             QVERIFY2(age >= 21 && age <= 65, qPrintable(born.value()));
         }
+    }
+
+    // Every client the demo courses name is in the register, with an ЕИК whose control digit is
+    // right and a VAT number that is BG and that ЕИК; the firm has a valid account for its invoices.
+    void theClientRegisterHoldsEveryCourseClient()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QSqlDatabase db = scratch.db();
+        QVERIFY(fillDemoDatabase(db, smallDemo()).ok());
+        QCOMPARE(scalar(db, "SELECT COUNT(DISTINCT Klient) FROM tabl WHERE Klient NOT IN (SELECT Ime FROM Klienti)"), 0);
+        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Klienti") >= 10);
+        QSqlQuery clients(db);
+        QVERIFY(clients.exec("SELECT Ime, EIK, DDSNomer, Adres, Grad FROM Klienti"));
+        while (clients.next()) {
+            const QString eik = clients.value(1).toString();
+            QVERIFY2(isValidEik(eik), qPrintable(clients.value(0).toString() + ' ' + eik));
+            const QString vat = clients.value(2).toString();
+            QVERIFY2(vat.isEmpty() || vat == QStringLiteral("BG") + eik, qPrintable(vat));
+            QVERIFY(!clients.value(3).toString().isEmpty() && !clients.value(4).toString().isEmpty());
+        }
+        QVERIFY(isValidIban(LoadFirmProfile(db).profile->UserIBAN));
     }
 
     void theSameSeedGivesTheSameFirm()

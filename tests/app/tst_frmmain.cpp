@@ -72,6 +72,7 @@ private slots:
             "mnuDataPList|Пътни листи|Ctrl+L|15", "mnuDataFakt|Фактуриране|Ctrl+F|16", "mnuDataBar3|-",
             "mnuDataNewInside|Международни курсове||0",
             "mnuDataDok|Документи||300",  // added beside the firm's menu
+            "mnuDataKlienti|Клиенти||310",  // added beside the firm's menu
             "mnuDataBar1|-", "mnuDataKyrc|Корекция на курс||17",
             "mnuDataKorКм|Корекция КМ||18", "mnuDataKorPl|Корекция плащане||36", "mnuDataEditFakt|Корекция фактури||19",
             "mnuDataBar0|-", "mnuSlgZapl|Заплати||20", "mnuDataBar2|-", "mnuDataDAI|ДАИ||0",

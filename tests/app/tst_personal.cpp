@@ -113,6 +113,63 @@ private slots:
         QCOMPARE(stored(scratch.db(), QStringLiteral("UserTel")), elsewhere ? QStringLiteral("02 999") : QStringLiteral("032 1"));
         QVERIFY(form.result() != int(QDialog::Accepted));
     }
+
+    // What an invoice needs of the firm: the account, its bank, the place of issue and the issuer.
+    // The account is written without spaces and only with its check digits right.
+    void theInvoiceFieldsAreWrittenWithACheckedAccount_data()
+    {
+        QTest::addColumn<QString>("iban");
+        QTest::addColumn<QString>("kept");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("grouped by four") << "bg80 bnbg 9661 1020 3456 78" << "BG80BNBG96611020345678" << false;
+        QTest::newRow("none") << "" << "" << false;
+        QTest::newRow("a digit wrong") << "BG80BNBG96611020345679" << "" << true;
+        QTest::newRow("too short") << "BG80BNBG9661" << "" << true;
+    }
+    void theInvoiceFieldsAreWrittenWithACheckedAccount()
+    {
+        QFETCH(QString, iban);
+        QFETCH(QString, kept);
+        QFETCH(bool, refused);
+        ZAREK_SCRATCH_DB(scratch);
+        createFirm(scratch);
+        RecordingMessageService messages;
+        FirmProfile profile = readFirmRow(scratch.db())->profile;
+        Personal form(scratch.db(), profile);
+        type(form, "txtFirmaIBAN", iban);
+        type(form, "txtFirmaBank", QStringLiteral("Българска народна банка"));
+        type(form, "txtFirmaBIC", QStringLiteral("bnbgbgsd"));
+        type(form, "txtFirmaMiasto", QStringLiteral("Пловдив"));
+        type(form, "txtFirmaSastavil", QStringLiteral("Иван Иванов"));
+        if (!qEnvironmentVariableIsEmpty("ZAREK_SCREENSHOTS") && QTest::currentDataTag() == QLatin1String("grouped by four"))
+            form.grab().save(qEnvironmentVariable("ZAREK_SCREENSHOTS") + QStringLiteral("/personal.png"));
+        form.findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+        QCOMPARE(form.result() == int(QDialog::Accepted), !refused);
+        QCOMPARE(messages.shown.size(), refused ? 1 : 0);
+        QCOMPARE(stored(scratch.db(), QStringLiteral("COALESCE(UserIBAN, '')")), kept);
+        QCOMPARE(stored(scratch.db(), QStringLiteral("COALESCE(UserBank, '')")),
+                 refused ? QString() : QStringLiteral("Българска народна банка"));
+        if (refused) {
+            QVERIFY(messages.shown.first().text.startsWith(QStringLiteral("IBAN ")));
+            QCOMPARE(profile.UserIBAN, QString());  // nothing changed in memory either
+        } else {
+            QCOMPARE(stored(scratch.db(), QStringLiteral("UserBIC")), QStringLiteral("BNBGBGSD"));
+            QCOMPARE(stored(scratch.db(), QStringLiteral("UserMiasto")), QStringLiteral("Пловдив"));
+            QCOMPARE(stored(scratch.db(), QStringLiteral("UserSastavil")), QStringLiteral("Иван Иванов"));
+            QCOMPARE(profile.UserIBAN, kept);
+        }
+    }
+
+    // The store refuses a wrong account whoever writes it.
+    void theStoreRefusesAWrongAccount()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        createFirm(scratch);
+        FirmRow row = *readFirmRow(scratch.db());
+        row.profile.UserIBAN = QStringLiteral("BG80BNBG96611020345679");
+        QVERIFY(writeFirmRow(scratch.db(), row));
+        QCOMPARE(stored(scratch.db(), QStringLiteral("COALESCE(UserIBAN, '')")), QString());
+    }
 };
 
 QTEST_MAIN(PersonalTest)

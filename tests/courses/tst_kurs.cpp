@@ -38,6 +38,8 @@ void prepare(test::ScratchDatabase &scratch, const QStringList &courses = {})
     QVERIFY(test::addBands(scratch));
     QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('007', 'Иван Петров Иванов')")));
     QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('012', 'Георги Д''Амато')")));
+    // The example courses' client is in the register: saving them asks nothing about it.
+    QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Klienti (Ime) VALUES ('Д''Аргос ООД')")));
     for (const QString &course : courses) {
         const QStringList parts = course.split(QLatin1Char(' '));
         CourseEntry entry = test::exampleCourseEntry();
