@@ -6,6 +6,7 @@
 #include "fleet/fleetcommands.h"
 #include "international/internationalcommands.h"
 #include "invoicing/invoicingcommands.h"
+#include "receivables/receivablescommands.h"
 #include "reference/referencecommands.h"
 #include "settlement/settlementcommands.h"
 #include "warehouse/warehousecommands.h"
@@ -25,6 +26,7 @@ void registerSubsystemCommands(CommandRegistry &commands)
     registerWarehouseCommands(commands);
     registerInternationalCommands(commands);
     documents::registerDocumentCommands(commands);
+    receivables::registerReceivablesCommands(commands);
 }
 
 }

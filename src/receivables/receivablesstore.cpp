@@ -497,6 +497,23 @@ Checked<Money> clientCredit(QSqlDatabase db, const QString &client, Currency cur
     return credit;
 }
 
+Checked<QList<PaymentRow>> latestPayments(QSqlDatabase db, int count)
+{
+    Query read(db, QStringLiteral("SELECT id, row_version, Data, Klient, Suma, Valuta, Nachin, Referencia FROM Plashtania "
+                                  "ORDER BY Data DESC, id DESC LIMIT ?"));
+    if (auto message = read.run(paymentTitle, {count}))
+        return *message;
+    QList<PaymentRow> payments;
+    while (read.next()) {
+        payments.append({read.value(0).toLongLong(), read.value(1).toLongLong(), dateOf(read.value(2)),
+                         read.value(3).toString(), centsOf(read.value(4)), currencyFromCode(read.value(5).toString()),
+                         firstChar(read.value(6)), read.value(7).toString()});
+    }
+    if (auto message = read.readFailure(paymentTitle))
+        return *message;
+    return payments;
+}
+
 Checked<QStringList> clientNames(QSqlDatabase db)
 {
     auto rows = readRows(db, paymentTitle,

@@ -66,6 +66,20 @@ Checked<QList<OpenDocument>> openDocuments(QSqlDatabase db, const QString &clien
 // What the client's payments left unused, in the currency given (each payment's rest converted).
 Checked<Money> clientCredit(QSqlDatabase db, const QString &client, Currency currency);
 
+// The latest payments, newest first: id, row_version, Data, Klient, Suma (cents), Valuta,
+// Nachin, Referencia.
+struct PaymentRow {
+    qint64 id = 0;
+    qint64 version = 0;
+    QDate date;
+    QString client;
+    Money amount;
+    Currency currency = Currency::Leva;
+    QChar way;
+    QString reference;
+};
+Checked<QList<PaymentRow>> latestPayments(QSqlDatabase db, int count);
+
 // The names of clients: the register and the names on issued documents, sorted.
 Checked<QStringList> clientNames(QSqlDatabase db);
 
