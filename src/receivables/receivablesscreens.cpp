@@ -43,7 +43,8 @@ ResultGridConfig ReceivablesScreen::config(const QDate &on)
     config.text1 = QStringLiteral("Вземания към ") + formatDate(on);
     config.columns = {{QStringLiteral("Klient"), QStringLiteral("Клиент"), 3600}};
     for (int bucket = 0; bucket < ageBucketCount; ++bucket)
-        config.columns.append({QStringLiteral("B%1").arg(bucket), ageBucketName(bucket), 1500, amountFormat, Qt::AlignRight});
+        config.columns.append({QStringLiteral("B%1").arg(bucket), ageBucketName(bucket), bucket == 0 ? 2000 : 1500,
+                               amountFormat, Qt::AlignRight});
     config.columns.append({QStringLiteral("Kredit"), QStringLiteral("Надплатено"), 1400, amountFormat, Qt::AlignRight});
     config.columns.append({QStringLiteral("Obshto"), QStringLiteral("Общо"), 1500, amountFormat, Qt::AlignRight});
     config.legend = {{QStringLiteral("Label2"), QStringLiteral("Enter")},
@@ -144,12 +145,10 @@ ResultGridConfig ClientAccountScreen::config()
         {QStringLiteral("Dokument"), QStringLiteral("Документ"), 2400},
         {QStringLiteral("Nomer"), QStringLiteral("Номер / основание"), 2000},
         {QStringLiteral("Padej"), QStringLiteral("Падеж"), 1300},
-        {QStringLiteral("Dalg"), QStringLiteral("Дълг"), 1500, amountFormat, Qt::AlignRight, false, false, false, false, true},
-        {QStringLiteral("Plateno"), QStringLiteral("Платено"), 1500, amountFormat, Qt::AlignRight, false, false, false, false,
-         true},
+        {QStringLiteral("Dalg"), QStringLiteral("Дълг"), 1700, QString(), Qt::AlignRight},
+        {QStringLiteral("Plateno"), QStringLiteral("Платено"), 1700, QString(), Qt::AlignRight},
         {QStringLiteral("Saldo"), QStringLiteral("Салдо"), 1600, QString(), Qt::AlignRight},
     };
-    config.dateField = QStringLiteral("Data");
     config.emptyMessage = QStringLiteral("Няма документи и плащания на клиента за периода.");
     return config;
 }
@@ -177,7 +176,9 @@ ClientAccountScreen::ClientAccountScreen(QSqlDatabase db, FirmProfile firm, cons
                     amountText(m_account.opening, currency)});
     for (const AccountLine &line : m_account.lines)
         rows.appendRow({line.date, entryKindName(line.kind), line.number, line.due.isValid() ? QVariant(line.due) : QVariant(),
-                        amountValue(line.debit), amountValue(line.credit), amountText(line.balance, currency)});
+                        line.debit > Money() ? amountText(line.debit, line.currency) : QString(),
+                        line.credit > Money() ? amountText(line.credit, line.currency) : QString(),
+                        amountText(line.balance, currency)});
     rows.appendRow({to, QStringLiteral("Крайно салдо"), QVariant(), QVariant(), QVariant(), QVariant(),
                     amountText(m_account.closing, currency)});
     setText1(QStringLiteral("%1, %2: начално салдо %3, крайно салдо %4")

@@ -179,7 +179,11 @@ struct PaymentRest {
 Checked<QList<PaymentRest>> paymentRests(QSqlDatabase db, const QString &title, const QString &client,
                                          const QDate &on)
 {
-    QString sql = QStringLiteral("SELECT p.id, p.Data, p.Klient, p.Valuta, p.Suma, d.Valuta, SUM(s.Suma) "
+    // Same- and other-currency settlements summed apart; a payment whose same-currency
+    // settlements already cover it has nothing left and is not read.
+    QString sql = QStringLiteral("SELECT p.id, p.Data, p.Klient, p.Valuta, p.Suma, "
+                                 "SUM(CASE WHEN d.Valuta = p.Valuta THEN s.Suma ELSE 0 END), "
+                                 "SUM(CASE WHEN d.Valuta <> p.Valuta THEN s.Suma ELSE 0 END) "
                                  "FROM Plashtania p LEFT JOIN Pogasiavania s ON s.PlashtaneID = p.id%1 "
                                  "LEFT JOIN FaktDok d ON d.id = s.DokID WHERE 1 = 1");
     QVariantList values;
@@ -194,27 +198,23 @@ Checked<QList<PaymentRest>> paymentRests(QSqlDatabase db, const QString &title, 
         sql += QStringLiteral(" AND p.Data <= ?");
         values.append(on);
     }
-    sql += QStringLiteral(" GROUP BY p.id, p.Data, p.Klient, p.Valuta, p.Suma, d.Valuta ORDER BY p.Data, p.id");
+    sql += QStringLiteral(" GROUP BY p.id, p.Data, p.Klient, p.Valuta, p.Suma "
+                          "HAVING p.Suma > COALESCE(SUM(CASE WHEN d.Valuta = p.Valuta THEN s.Suma ELSE 0 END), 0) "
+                          "ORDER BY p.Data, p.id");
     Query query(db, sql);
     if (auto message = query.run(title, values))
         return *message;
     QList<PaymentRest> rests;
     while (query.next()) {
-        const qint64 id = query.value(0).toLongLong();
-        if (rests.isEmpty() || rests.last().id != id) {
-            PaymentRest rest;
-            rest.id = id;
-            rest.date = dateOf(query.value(1));
-            rest.client = query.value(2).toString();
-            rest.currency = currencyFromCode(query.value(3).toString());
-            rest.amount = centsOf(query.value(4));
-            rests.append(rest);
-        }
-        if (query.value(5).isNull())
-            continue;
-        PaymentRest &rest = rests.last();
-        (currencyFromCode(query.value(5).toString()) == rest.currency ? rest.same : rest.other) +=
-            centsOf(query.value(6));
+        PaymentRest rest;
+        rest.id = query.value(0).toLongLong();
+        rest.date = dateOf(query.value(1));
+        rest.client = query.value(2).toString();
+        rest.currency = currencyFromCode(query.value(3).toString());
+        rest.amount = centsOf(query.value(4));
+        rest.same = centsOf(query.value(5));
+        rest.other = centsOf(query.value(6));
+        rests.append(rest);
     }
     if (auto message = query.readFailure(title))
         return *message;
@@ -561,10 +561,10 @@ Checked<Receivables> receivablesOn(QSqlDatabase db, const QDate &on, const Books
         row.client = client;
         return convertAmount(amount, currency, result.currency);
     };
-    Query open(db, QStringLiteral("SELECT d.Klient, d.Valuta, d.DataPadej, d.Obshto - COALESCE(s.Suma, 0) "
-                                  "FROM FaktDok d LEFT JOIN (SELECT DokID, SUM(Suma) AS Suma FROM Pogasiavania "
-                                  "WHERE Data <= ? GROUP BY DokID) s ON s.DokID = d.id "
-                                  "WHERE d.Vid <> 'K' AND d.Data <= ? AND d.Obshto > COALESCE(s.Suma, 0)"));
+    Query open(db, QStringLiteral("SELECT Klient, Valuta, DataPadej, Ostava FROM (SELECT d.Klient, d.Valuta, d.DataPadej, "
+                                  "d.Obshto - COALESCE((SELECT SUM(s.Suma) FROM Pogasiavania s WHERE s.DokID = d.id "
+                                  "AND s.Data <= ?), 0) AS Ostava FROM FaktDok d WHERE d.Vid <> 'K' AND d.Data <= ?) o "
+                                  "WHERE Ostava > 0"));
     if (auto message = open.run(receivablesTitle, {on, on}))
         return *message;
     while (open.next()) {

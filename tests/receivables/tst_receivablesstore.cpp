@@ -297,7 +297,7 @@ private slots:
         const QStringList clients{QStringLiteral("Алфа"), QStringLiteral("Бета"), QStringLiteral("Гама")};
         int number = 0;
         QDate day(2026, 1, 1);
-        const int steps = qEnvironmentVariableIsSet("ZAREK_LONG_TESTS") ? 3000 : 1500;
+        const int steps = 2000;
         for (int step = 0; step < steps; ++step) {
             if (random.bounded(4) == 0)
                 day = day.addDays(1);
