@@ -7,6 +7,7 @@
 #include "fleet/fleetcommands.h"
 #include "international/internationalcommands.h"
 #include "invoicing/invoicingcommands.h"
+#include "receivables/receivablescommands.h"
 #include "reference/referencecommands.h"
 #include "settlement/settlementcommands.h"
 #include "warehouse/warehousecommands.h"
@@ -27,6 +28,7 @@ void registerSubsystemCommands(CommandRegistry &commands)
     registerInternationalCommands(commands);
     documents::registerDocumentCommands(commands);
     clients::registerClientCommands(commands);
+    receivables::registerReceivablesCommands(commands);
 }
 
 }

@@ -10,6 +10,8 @@
 #include "app/firststart.h"
 #include "clients/clientstore.h"
 #include "documents/documentstore.h"
+#include "invoicing/taxdocument.h"
+#include "receivables/receivablesstore.h"
 #include "data/changeoverstore.h"
 #include "data/query.h"
 #include "data/schema.h"
@@ -78,6 +80,7 @@ private:
     bool trips();
     bool documents();
     bool clientRegister();
+    bool receivables();
 
     QString plate();
     QString egn(QDate birth);
@@ -657,10 +660,82 @@ bool Generator::clientRegister()
                    QStringLiteral("FINVBGSF"), QStringLiteral("Пловдив"), QStringLiteral("Стоян Георгиев Колев")});
 }
 
+// Payments from clients against the demo's invoices: most paid, some in part, some overdue, one
+// paid twice over (the client's credit). Where no invoice was issued yet, a few are issued here,
+// numbered on from the one sequence.
+bool Generator::receivables()
+{
+    const Checked<QVariant> issued = scalar(m_db, demoTitle, QStringLiteral("SELECT COUNT(*) FROM FaktDok"));
+    if (!issued)
+        return (m_error = issued.message(), false);
+    const QDate today = m_options.today;
+    if (issued.value().toLongLong() == 0) {
+        const Checked<RowSet> names = readRows(m_db, demoTitle, QStringLiteral("SELECT Ime FROM Klienti ORDER BY Ime"));
+        if (!names)
+            return (m_error = names.message(), false);
+        const Checked<QVariant> last =
+            scalar(m_db, demoTitle, QStringLiteral("SELECT Posleden FROM Nomerator WHERE Ime = 'fakturi'"));
+        if (!last)
+            return (m_error = last.message(), false);
+        qint64 number = last.value().toLongLong();
+        for (int row = 0; row < std::min(6, names.value().rowCount()); ++row) {
+            const QString client = names.value().value(row, 0).toString();
+            for (int invoice = 0; invoice < 8; ++invoice) {
+                const QDate day = today.addDays(-between(5, 200));
+                const qint64 base = qint64(between(40000, 600000));
+                const qint64 vat = (base * 20 + 50) / 100;
+                if (!insert(QStringLiteral("INSERT INTO FaktDok (Nomer, Vid, Data, DataDan, Klient, Valuta, DDSProcent, "
+                                           "Osnova, DDS, Obshto, NachinPlashtane, SrokDni, DataPadej) "
+                                           "VALUES (?, 'F', ?, ?, ?, ?, 20, ?, ?, ?, ?, 30, ?)"),
+                            {QStringLiteral("%1").arg(++number, 10, 10, QLatin1Char('0')), day, day, client,
+                             currencyCode(currencyOn(day)), base, vat, base + vat, QStringLiteral("По банков път"),
+                             day.addDays(30)}))
+                    return false;
+            }
+        }
+        if (!insert(QStringLiteral("UPDATE Nomerator SET Posleden = ? WHERE Ime = 'fakturi'"), {number}))
+            return false;
+    }
+    const Checked<RowSet> invoices =
+        readRows(m_db, demoTitle,
+                 QStringLiteral("SELECT Klient, Data, Valuta, Obshto FROM FaktDok WHERE Vid = 'F' ORDER BY Data, Nomer"));
+    if (!invoices)
+        return (m_error = invoices.message(), false);
+    bool overpaid = false;
+    for (int row = 0; row < invoices.value().rowCount(); ++row) {
+        const int chance = between(1, 10);
+        if (chance > 7)
+            continue;  // not paid yet
+        const QDate issuedOn = invoices.value().value(row, 1).toDate().isValid()
+                                   ? invoices.value().value(row, 1).toDate()
+                                   : QDate::fromString(invoices.value().value(row, 1).toString().left(10), Qt::ISODate);
+        const QDate paidOn = issuedOn.addDays(between(3, 45));
+        if (paidOn > today)
+            continue;
+        qint64 cents = invoices.value().value(row, 3).toLongLong();
+        if (chance > 5)
+            cents = cents / 2;  // in part
+        else if (!overpaid && chance == 1)
+            cents *= 2, overpaid = true;
+        receivables::PaymentEntry entry;
+        entry.date = paidOn;
+        entry.client = invoices.value().value(row, 0).toString();
+        entry.amount = Money::fromCents(cents);
+        entry.currency = currencyFromCode(invoices.value().value(row, 2).toString());
+        entry.way = between(0, 3) == 0 ? QLatin1Char('C') : QLatin1Char('B');
+        entry.reference = QStringLiteral("ПН %1").arg(between(100000, 999999));
+        const auto recorded = receivables::recordPayment(m_db, entry);
+        if (!recorded)
+            return (m_error = recorded.message(), false);
+    }
+    return true;
+}
+
 Checked<DemoSummary> Generator::run()
 {
     const bool done = firmAndUsers() && euro() && trucks() && drivers() && tariffs() && courses() && history()
-                      && warehouse() && waybills() && trips() && documents() && clientRegister();
+                      && warehouse() && waybills() && trips() && documents() && clientRegister()
+                      && receivables();
     if (!done)
         return m_error.value_or(sqlErrorMessage(demoTitle, m_db.lastError()));
     return m_summary;

@@ -43,6 +43,8 @@ const QList<MenuEntry> &menuTree()
         bar("mnuBar006"),
         item("mnuSprRowdList", "Пътни листи", "", 12),
         item("mnuSprDok", "Изтичащи документи", "", 301),  // beyond the firm's old menu
+        item("mnuSprVzemania", "Вземания", "", 381),  // beyond the firm's old menu
+        item("mnuSprIzvlechenie", "Извлечение по сметка", "", 382),  // beyond the firm's old menu
         bar("mnuBar005"),
         item("mnuFileExit", "Изход", "Ctrl+Z"),
         top("mnuData", "Данни", 101),
@@ -54,6 +56,7 @@ const QList<MenuEntry> &menuTree()
         item("mnuDataNewInside", "Международни курсове"),
         item("mnuDataDok", "Документи", "", 300),  // beyond the firm's old menu
         item("mnuDataKlienti", "Клиенти", "", 310),  // beyond the firm's old menu
+        item("mnuDataPlashtania", "Плащания от клиенти", "", 380),  // beyond the firm's old menu
         bar("mnuDataBar1"),
         item("mnuDataKyrc", "Корекция на курс", "", 17),
         item("mnuDataKorКм", "Корекция КМ", "", 18),

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core/money.h"
+#include "testdatabase.h"
+
+#include <QDate>
+#include <QSqlDatabase>
+#include <QString>
+
+// Issued documents written straight into FaktDok, as the issuing leaves them: amounts in cents.
+namespace zarek::test {
+
+inline qint64 issueDocument(QSqlDatabase db, const QString &number, QChar kind, const QString &client, const QDate &issued,
+                            const QDate &due, qint64 cents, const QString &currency = QStringLiteral("BGN"),
+                            qint64 invoiceId = 0)
+{
+    const QVariant kam = invoiceId > 0 ? QVariant(invoiceId) : QVariant(QMetaType(QMetaType::LongLong));
+    QSqlQuery query(db);
+    query.prepare(QStringLiteral("INSERT INTO FaktDok (Nomer, Vid, Data, DataDan, KamID, Klient, Valuta, DDSProcent, "
+                                 "Osnova, DDS, Obshto, DataPadej) VALUES (?, ?, ?, ?, ?, ?, ?, 20, ?, 0, ?, ?)"));
+    for (const QVariant &value : QVariantList{number, QString(kind), issued, issued, kam, client, currency, cents, cents,
+                                              due})
+        query.addBindValue(value);
+    if (!query.exec()) {
+        qWarning() << query.lastError().text();
+        return 0;
+    }
+    return scalar(db, QStringLiteral("SELECT id FROM FaktDok WHERE Nomer = ?"), {number}).toLongLong();
+}
+
+}
