@@ -180,6 +180,8 @@ bool FrmMain::eventFilter(QObject *watched, QEvent *event)
             QWidget *front = target ? target->window() : QApplication::activeWindow();
             if (front && front->property("helpTopic").toInt() > 0)
                 topic = front->property("helpTopic").toInt();
+            else if (target && m_tablo && m_tablo->isAncestorOf(target))
+                topic = m_tablo->property("helpTopic").toInt();
         }
         showHelp(topic > 0 ? topic : helpContentsTopic);
         return true;
@@ -445,6 +447,7 @@ void FrmMain::buildDashboard()
     area->setWidgetResizable(true);
     area->setWidget(m_tablo);
     setCentralWidget(area);
+    m_tablo->setProperty("helpTopic", 340);
     // A tile shows only to a user who may open the screen it acts on.
     const auto allowed = [this](const QString &menuItem) {
         QAction *action = m_actions.value(menuItem);

@@ -252,6 +252,42 @@ Checked<Receivables> receivables(QSqlDatabase db, const BooksDay &books)
     result.currency = books.currencyOn(books.today);
     if (!keepsReceivables(db))
         return UserMessage{readTitle, QStringLiteral("Няма данни за издадени фактури."), UserMessage::Icon::None};
+    // What is left of each invoice and debit note issued by today after what settled it (payments
+    // and credit notes), in the document's own currency.
+    Query query(db, QStringLiteral("SELECT d.Klient, d.Valuta, d.DataPadej, d.Obshto - COALESCE((SELECT SUM(p.Suma) "
+                                   "FROM Pogasiavania p WHERE p.DokID = d.id), 0) FROM FaktDok d "
+                                   "WHERE d.Vid IN ('F', 'D') AND d.Data <= ?"));
+    if (auto failure = query.run(readTitle, {books.today}))
+        return *failure;
+    CurrencyTotal open(result.currency);
+    CurrencyTotal overdue(result.currency);
+    QHash<QString, OverdueClient> clients;
+    while (query.next()) {
+        const Money left = Money::fromCents(query.value(3).toLongLong());
+        if (left <= Money())
+            continue;
+        const Currency currency = query.value(1).toString() == QLatin1String("EUR") ? Currency::Euro : Currency::Leva;
+        open.add(left, currency);
+        const QDate due = dateOfValue(query.value(2));
+        if (due >= books.today)
+            continue;
+        overdue.add(left, currency);
+        OverdueClient &client = clients[query.value(0).toString()];
+        client.klient = query.value(0).toString();
+        client.overdue += convertAmount(left, currency, result.currency);
+        if (!client.oldestDue.isValid() || due < client.oldestDue)
+            client.oldestDue = due;
+    }
+    if (auto failure = query.readFailure(readTitle))
+        return *failure;
+    result.open = open.total();
+    result.overdue = overdue.total();
+    result.largest = clients.values();
+    std::sort(result.largest.begin(), result.largest.end(), [](const OverdueClient &a, const OverdueClient &b) {
+        return a.overdue != b.overdue ? a.overdue > b.overdue : a.klient < b.klient;
+    });
+    if (result.largest.size() > 5)
+        result.largest.resize(5);
     return result;
 }
 

@@ -95,9 +95,7 @@ TileSheet documentsSheet(const DueDocuments &documents, const BooksDay &books)
     sheet.headers = {QStringLiteral("Документ"), QStringLiteral("Номер"), QStringLiteral("Срок"), QStringLiteral("Остават")};
     for (const DueDocument &document : documents.nearest) {
         sheet.rows.append({document.vid + QStringLiteral(", ") + document.holder, document.nomer, formatDate(document.doKoga),
-                           document.expired               ? QStringLiteral("изтекъл")
-                           : document.daysLeft < 0 ? QStringLiteral("закъснял")
-                                                   : QStringLiteral("%1 дни").arg(document.daysLeft)});
+                           document.expired ? QStringLiteral("изтекъл") : QStringLiteral("%1 дни").arg(document.daysLeft)});
     }
     sheet.note = QStringLiteral("Всичко: %1, изтекли: %2").arg(documents.count).arg(documents.expired);
     return sheet;

@@ -20,6 +20,8 @@
 #include "testdatabase.h"
 
 #include <QComboBox>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -289,6 +291,65 @@ private slots:
         }
         case Tile::Receivables: break;
         }
+    }
+
+    // What clients owe: each invoice and debit note less what settled it, leva documents converted
+    // each on its own into today's euro; overdue once the due date has passed (not on the day).
+    void receivablesAreWhatIsLeftOfTheInvoices_data()
+    {
+        QTest::addColumn<QStringList>("documents");  // "client kind currency total due-date settled"
+        QTest::addColumn<QString>("expected");        // open | overdue | the largest overdue clients
+        QTest::newRow("nothing issued") << QStringList() << "0,00 евро|0,00 евро|";
+        QTest::newRow("not yet due") << QStringList{"А F EUR 120000 2026-12-01 0"} << "1200,00 евро|0,00 евро|";
+        QTest::newRow("due today is not overdue") << QStringList{"А F EUR 120000 2026-11-22 0"} << "1200,00 евро|0,00 евро|";
+        QTest::newRow("partly paid and overdue")
+            << QStringList{"А F EUR 120000 2026-11-01 20000"} << "1000,00 евро|1000,00 евро|А 1000,00 евро 01.11.2026";
+        QTest::newRow("paid in full drops out") << QStringList{"А F EUR 120000 2026-11-01 120000"} << "0,00 евро|0,00 евро|";
+        QTest::newRow("a leva invoice in euro")
+            << QStringList{"Б F BGN 195583 2025-12-01 0", "Б D BGN 1 2025-11-01 0"}
+            << "1000,01 евро|1000,01 евро|Б 1000,01 евро 01.11.2025";
+        QTest::newRow("a credit note is no debt") << QStringList{"В K EUR 5000 2026-11-01 0"} << "0,00 евро|0,00 евро|";
+        QTest::newRow("the five largest")
+            << QStringList{"А F EUR 100 2026-11-01 0", "Б F EUR 600 2026-11-01 0", "В F EUR 300 2026-11-01 0",
+                           "Г F EUR 400 2026-11-01 0", "Д F EUR 500 2026-11-01 0", "Е F EUR 200 2026-11-01 0"}
+            << "21,00 евро|21,00 евро|Б 6,00 евро 01.11.2026, Д 5,00 евро 01.11.2026, Г 4,00 евро 01.11.2026, "
+               "В 3,00 евро 01.11.2026, Е 2,00 евро 01.11.2026";
+    }
+    void receivablesAreWhatIsLeftOfTheInvoices()
+    {
+        QFETCH(QStringList, documents);
+        QFETCH(QString, expected);
+        ZAREK_SCRATCH_DB(scratch);
+        int number = 0;
+        for (const QString &document : documents) {
+            const QStringList f = document.split(QLatin1Char(' '));
+            const qint64 total = f[3].toLongLong();
+            const qint64 base = total * 100 / 120;
+            QSqlQuery insert(scratch.db());
+            insert.prepare(QStringLiteral("INSERT INTO FaktDok (Nomer, Vid, Data, DataDan, KamID, Klient, Valuta, DDSProcent, "
+                                          "Osnova, DDS, Obshto, DataPadej) VALUES (?, ?, ?, ?, ?, ?, ?, 20, ?, ?, ?, ?)"));
+            const QDate due = QDate::fromString(f[4], Qt::ISODate);
+            for (const QVariant &value : QVariantList{QStringLiteral("%1").arg(++number, 10, 10, QLatin1Char('0')), f[1],
+                                                      due.addDays(-30), due.addDays(-30),
+                                                      f[1] == QLatin1String("F") ? QVariant(QMetaType::fromType<qlonglong>()) : QVariant(1),
+                                                      f[0], f[2], base, total - base, total, due})
+                insert.addBindValue(value);
+            QVERIFY2(insert.exec(), qPrintable(insert.lastError().text()));
+            if (f[5].toLongLong() > 0) {
+                const QVariant id = test::scalar(scratch.db(), "SELECT MAX(id) FROM FaktDok");
+                QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Pogasiavania (DokID, KreditID, Data, Suma) VALUES (%1, 999, '2026-11-02', %2)")
+                                         .arg(id.toLongLong()).arg(f[5].toLongLong())));
+            }
+        }
+        const auto read = receivables(scratch.db(), demoBooks());
+        QVERIFY2(read.ok(), read.ok() ? "" : qPrintable(read.message().text));
+        QStringList clients;
+        for (const OverdueClient &client : read.value().largest)
+            clients.append(client.klient + QLatin1Char(' ') + amountText(client.overdue, read.value().currency) + QLatin1Char(' ')
+                           + formatDate(client.oldestDue));
+        QCOMPARE(amountText(read.value().open, read.value().currency) + QLatin1Char('|')
+                     + amountText(read.value().overdue, read.value().currency) + QLatin1Char('|') + clients.join(QStringLiteral(", ")),
+                 expected);
     }
 
     // Each tile prints on one page, under its title and period, with the rows it shows.
