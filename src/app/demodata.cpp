@@ -714,8 +714,10 @@ bool Generator::taxDocuments()
         last = std::max(last, doc.number.toLongLong());
     const auto nextNumber = [&last] { return QStringLiteral("%1").arg(++last, documentNumberLength, 10, QLatin1Char('0')); };
 
-    // The last invoice's last course was not the client's: a credit note takes it off.
-    const TaxDocument &wrong = invoices.last();
+    // The last course of the newest invoice of most courses was not the client's: a credit note takes it off.
+    const TaxDocument &wrong = *std::max_element(invoices.cbegin(), invoices.cend(), [](const TaxDocument &a, const TaxDocument &b) {
+        return a.lines.size() <= b.lines.size();
+    });
     TaxDocument credit;
     fill(credit);
     credit.number = nextNumber();

@@ -22,12 +22,15 @@ Checked<RowSet> taxDocumentRegister(QSqlDatabase db, const TaxRegisterConditions
     // the invoice with no settlement of its own still lowers what the invoice owes.
     Query query(db, QStringLiteral(
                         "SELECT d.id, d.Nomer, d.Vid, d.Data, d.DataDan, d.Klient, d.PolEIK, d.Osnova, d.DDS, d.Obshto, "
-                        "d.Valuta, d.DataPadej, "
-                        "(SELECT SUM(p.Suma) FROM Pogasiavania p WHERE p.DokID = d.id AND p.PlashtaneID IS NOT NULL), "
-                        "(SELECT SUM(c.Suma) FROM Pogasiavania c WHERE c.DokID = d.id AND c.KreditID IS NOT NULL), "
-                        "(SELECT SUM(k.Obshto) FROM FaktDok k WHERE k.KamID = d.id AND k.Vid = 'K' "
-                        "AND NOT EXISTS (SELECT 1 FROM Pogasiavania q WHERE q.KreditID = k.id)) "
-                        "FROM FaktDok d WHERE d.Data BETWEEN ? AND ? ORDER BY d.Data, d.Nomer"));
+                        "d.Valuta, d.DataPadej, s.Plateno, s.Kredit, k.Izvestia "
+                        "FROM FaktDok d "
+                        "LEFT JOIN (SELECT DokID, SUM(CASE WHEN PlashtaneID IS NOT NULL THEN Suma ELSE 0 END) AS Plateno, "
+                        "SUM(CASE WHEN KreditID IS NOT NULL THEN Suma ELSE 0 END) AS Kredit "
+                        "FROM Pogasiavania GROUP BY DokID) s ON s.DokID = d.id "
+                        "LEFT JOIN (SELECT n.KamID, SUM(n.Obshto) AS Izvestia FROM FaktDok n WHERE n.Vid = 'K' "
+                        "AND NOT EXISTS (SELECT 1 FROM Pogasiavania q WHERE q.KreditID = n.id) GROUP BY n.KamID) k "
+                        "ON k.KamID = d.id "
+                        "WHERE d.Data BETWEEN ? AND ? ORDER BY d.Data, d.Nomer"));
     if (auto failure = query.run(readTitle, {conditions.period.from, conditions.period.to}))
         return *failure;
     RowSet rows({QStringLiteral("id"), QStringLiteral("Nomer"), QStringLiteral("Vid"), QStringLiteral("Data"),
@@ -57,7 +60,9 @@ Checked<RowSet> taxDocumentRegister(QSqlDatabase db, const TaxRegisterConditions
                                                     conditions.today);
             paid = amount(payments);
             rest = amount(std::max<qint64>(0, owed - payments));
-            state = paymentStateName(where);
+            // An invoice its credit notes took back whole owes nothing, and was not paid either.
+            state = owed == 0 && credited > 0 && payments == 0 ? QStringLiteral("кредитирана")
+                                                               : paymentStateName(where);
             overdue = where == PaymentState::Overdue;
         }
         rows.appendRow({query.value(0).toLongLong(), query.value(1).toString(), kindName(kind),

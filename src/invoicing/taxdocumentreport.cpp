@@ -139,6 +139,23 @@ Checked<Report> ReportTaxDocument(const TaxDocument &document, PaperCopy copy)
                                                    ? QStringLiteral("Срок за плащане: ") + formatDate(document.due)
                                                    : QString());
     report.setValue(QStringLiteral("place"), document.place.trimmed());
+    // The lines under the words stand one under the other, those a document has not left out.
+    int top = 1460;
+    for (const char *name : {"Label15", "Label16", "Label17", "Label18", "Label19", "Label24"}) {
+        const QString control = QLatin1String(name);
+        const QString text = report.control(QStringLiteral("ReportFooter"), control).caption;
+        const bool shown = !text.trimmed().isEmpty();
+        report.setVisible(QStringLiteral("ReportFooter"), control, shown);
+        if (shown) {
+            report.moveControl(QStringLiteral("ReportFooter"), control, 0, top);
+            top += 280;
+        }
+    }
+    top += 300;
+    for (const auto &[name, left] : {std::pair{"Label26", 0}, std::pair{"Label27", 5100}})
+        report.moveControl(QStringLiteral("ReportFooter"), QLatin1String(name), left, top);
+    for (const auto &[name, left] : {std::pair{"Label28", 0}, std::pair{"Label29", 5100}})
+        report.moveControl(QStringLiteral("ReportFooter"), QLatin1String(name), left, top + 280);
     report.setValue(QStringLiteral("issuer"), document.issuer.trimmed());
     report.setSuggestedFileName(taxDocumentFileName(document));
     return report;

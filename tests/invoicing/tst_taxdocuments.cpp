@@ -321,6 +321,7 @@ private slots:
             QVERIFY2(text.contains(figure), qPrintable(figure + QStringLiteral(" in ") + text));
     }
 
+
     // Benchmark: the register of a year of 20,000 documents opens at once.
     void theRegisterOpensOnTwentyThousandDocuments()
     {
