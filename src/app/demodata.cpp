@@ -5,6 +5,7 @@
 #include "core/formats.h"
 #include "app/passwordhash.h"
 #include "core/rounding.h"
+#include "core/valueformat.h"
 #include "courses/coursestore.h"
 #include "courses/tariffbands.h"
 #include "app/firststart.h"
@@ -13,11 +14,13 @@
 #include "invoicing/taxdocument.h"
 #include "receivables/receivablesstore.h"
 #include "data/changeoverstore.h"
+#include "data/firmstore.h"
 #include "data/query.h"
 #include "data/schema.h"
 #include "data/sqlerror.h"
 #include "data/transaction.h"
 #include "international/tripstore.h"
+#include "invoicing/taxdocumentreport.h"
 #include "warehouse/warehousestore.h"
 #include "waybills/fuelnorm.h"
 
@@ -25,6 +28,7 @@
 #include <QTime>
 #include <QVariant>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -81,6 +85,7 @@ private:
     bool documents();
     bool clientRegister();
     bool receivables();
+    bool taxDocuments();
 
     QString plate();
     QString egn(QDate birth);
@@ -729,13 +734,194 @@ bool Generator::receivables()
             return (m_error = recorded.message(), false);
     }
     return true;
+namespace {
+
+// A valid nine-digit ЕИК from a seed: its control digit by the weights 1..8, or 3..10 when the first gives 10.
+QString demoEik(quint32 seed)
+{
+    QString digits = QStringLiteral("%1").arg(100000000 + seed % 89999999, 8, 10, QLatin1Char('0')).right(8);
+    int sum = 0;
+    for (int i = 0; i < 8; ++i)
+        sum += digits.at(i).digitValue() * (i + 1);
+    int control = sum % 11;
+    if (control == 10) {
+        sum = 0;
+        for (int i = 0; i < 8; ++i)
+            sum += digits.at(i).digitValue() * (i + 3);
+        control = sum % 11 == 10 ? 0 : sum % 11;
+    }
+    return digits + QString::number(control);
+}
+
+Money vatOn(Money base, int percent)
+{
+    return Money::fromAmount(roundHalfEven(base.toDouble() * percent / 100.0, 2));
+}
+
+}
+
+// The tax documents of the newest invoices: each with its courses as lines, as issued on the first
+// of the month after; a credit note taking a course off the last of them; an invoice at 0 % to a
+// haulier in another EU state; a payment settling the oldest.
+bool Generator::taxDocuments()
+{
+    const FirmProfileLoad firm = LoadFirmProfile(m_db);
+    if (!firm.profile)
+        return true;
+    const FirmProfile &f = *firm.profile;
+    TaxParty supplier{f.UserName, f.UserBULSTAT.trimmed(), f.UserDanN.trimmed(), f.UserAdres, f.UserCity,
+                      f.UserCountry.trimmed(), f.UserMOL};
+    const auto fill = [&](TaxDocument &doc) {
+        doc.supplier = supplier;
+        doc.supplierIban = f.UserIBAN.isEmpty() ? QStringLiteral("BG80BNBG96611020345678") : f.UserIBAN;
+        doc.supplierBank = f.UserBank.isEmpty() ? QStringLiteral("Българска народна банка") : f.UserBank;
+        doc.supplierBic = f.UserBIC.isEmpty() ? QStringLiteral("BNBGBGSD") : f.UserBIC;
+        doc.place = f.UserMiasto.isEmpty() ? f.UserCity : f.UserMiasto;
+        doc.issuer = f.UserSastavil.isEmpty() ? f.UserMOL : f.UserSastavil;
+        doc.paymentMethod = QStringLiteral("по банков път");
+    };
+    Query newest(m_db, QStringLiteral("SELECT NomFakt, Klient, Data FROM Fakturi ORDER BY NomFakt DESC"));
+    if (!run(newest, {}))
+        return false;
+    struct Issued { QString number, client; QDate date; };
+    std::vector<Issued> issued;
+    while (newest.next() && issued.size() < 6)
+        issued.push_back({newest.value(0).toString(), newest.value(1).toString(), dateOfValue(newest.value(2))});
+    if (issued.empty())
+        return true;
+    std::reverse(issued.begin(), issued.end());
+    static const std::vector<QString> towns = {QStringLiteral("Пловдив"), QStringLiteral("София"),
+                                               QStringLiteral("Стара Загора"), QStringLiteral("Пазарджик")};
+    QList<TaxDocument> invoices;
+    for (const Issued &one : issued) {
+        TaxDocument doc;
+        fill(doc);
+        doc.number = one.number;
+        doc.kind = TaxDocumentKind::Invoice;
+        doc.issued = one.date;
+        const quint32 seed = qHash(one.client);
+        doc.recipient = {one.client, demoEik(seed), {}, QStringLiteral("ул. Васил Левски %1").arg(seed % 90 + 1),
+                         towns[seed % towns.size()], QStringLiteral("България"), QStringLiteral("Иван Петров")};
+        doc.recipient.vatNumber = QStringLiteral("BG") + doc.recipient.eik;
+        doc.currency = currencyOn(one.date);
+        doc.vatPercent = 20;
+        doc.termDays = 30;
+        doc.due = one.date.addDays(30);
+        Query courses(m_db, QStringLiteral("SELECT id, data, Marsh, Tovar, ton, bruto FROM tabl WHERE NomFakt = ? "
+                                           "ORDER BY data, id"));
+        if (!run(courses, {one.number}))
+            return false;
+        while (courses.next()) {
+            const QDate day = dateOfValue(courses.value(1));
+            const Money amount = convertAmount(Money::fromAmount(courses.value(5).toDouble()), currencyOn(day),
+                                               doc.currency);
+            TaxLine line{static_cast<int>(doc.lines.size()) + 1, courses.value(0).toLongLong(), day,
+                         QStringLiteral("Превоз на %1, %2, %3 т, %4")
+                             .arg(courses.value(3).toString().toLower(), courses.value(2).toString(),
+                                  formatTonnes(courses.value(4).toDouble()), formatDate(day)),
+                         1, QStringLiteral("курс"), amount.toDouble(), amount};
+            doc.lines.append(line);
+            doc.base += amount;
+            doc.taxEvent = day;
+        }
+        if (doc.lines.isEmpty())
+            continue;
+        doc.vat = vatOn(doc.base, doc.vatPercent);
+        doc.total = doc.base + doc.vat;
+        if (auto failure = writeTaxDocument(m_db, doc)) {
+            m_error = failure;
+            return false;
+        }
+        invoices.append(doc);
+    }
+    if (invoices.isEmpty())
+        return true;
+    qint64 last = 0;
+    for (const TaxDocument &doc : invoices)
+        last = std::max(last, doc.number.toLongLong());
+    const auto nextNumber = [&last] { return QStringLiteral("%1").arg(++last, documentNumberLength, 10, QLatin1Char('0')); };
+
+    // The last course of the newest invoice of most courses was not the client's: a credit note takes it off.
+    const TaxDocument &wrong = *std::max_element(invoices.cbegin(), invoices.cend(), [](const TaxDocument &a, const TaxDocument &b) {
+        return a.lines.size() <= b.lines.size();
+    });
+    TaxDocument credit;
+    fill(credit);
+    credit.number = nextNumber();
+    credit.kind = TaxDocumentKind::CreditNote;
+    credit.issued = std::min(m_options.today, wrong.issued.addDays(5));
+    credit.taxEvent = credit.issued;
+    credit.invoiceId = wrong.id;
+    credit.invoiceNumber = wrong.number;
+    credit.invoiceDate = wrong.issued;
+    credit.reason = QStringLiteral("Курсът е фактуриран погрешно на този клиент");
+    credit.recipient = wrong.recipient;
+    credit.clientId = wrong.clientId;
+    credit.currency = wrong.currency;
+    credit.vatPercent = wrong.vatPercent;
+    credit.lines = {wrong.lines.last()};
+    credit.lines.first().position = 1;
+    credit.base = credit.lines.first().amount;
+    credit.vat = vatOn(credit.base, credit.vatPercent);
+    credit.total = credit.base + credit.vat;
+    credit.due = credit.issued;
+    if (auto failure = writeTaxDocument(m_db, credit)) {
+        m_error = failure;
+        return false;
+    }
+    if (!insert(QStringLiteral("INSERT INTO Pogasiavania (DokID, KreditID, Data, Suma) VALUES (?, ?, ?, ?)"),
+                {wrong.id, credit.id, credit.issued, credit.total.cents()}))
+        return false;
+
+    // International carriage for a haulier in another EU state: 0 %, the recipient accounts for the VAT.
+    TaxDocument abroad;
+    fill(abroad);
+    abroad.number = nextNumber();
+    abroad.issued = std::max(credit.issued, m_options.today.addDays(-10));
+    abroad.taxEvent = abroad.issued.addDays(-2);
+    abroad.recipient = {QStringLiteral("Transalp Spedition GmbH"), QStringLiteral("FN 214873k"),
+                        QStringLiteral("ATU63482917"), QStringLiteral("Industriestraße 21"),
+                        QStringLiteral("4020 Linz"), QStringLiteral("Австрия"), QStringLiteral("Markus Huber")};
+    abroad.currency = currencyOn(abroad.issued);
+    abroad.vatPercent = 0;
+    abroad.zeroVatGround = zeroVatGrounds().first();
+    abroad.termDays = 15;
+    abroad.due = abroad.issued.addDays(15);
+    const Money price = Money::fromAmount(abroad.currency == Currency::Euro ? 1850.0 : 3618.29);
+    abroad.lines = {{1, 0, abroad.taxEvent, QStringLiteral("Международен превоз на стоки Пловдив - Линц, CMR 0000004711"),
+                     1, QStringLiteral("курс"), price.toDouble(), price}};
+    abroad.base = price;
+    abroad.total = price;
+    if (auto failure = writeTaxDocument(m_db, abroad)) {
+        m_error = failure;
+        return false;
+    }
+
+    // The oldest invoice is paid in full by bank transfer, the next one in part.
+    for (int i = 0; i < std::min<int>(2, int(invoices.size()) - 1); ++i) {
+        const TaxDocument &paid = invoices.at(i);
+        const Money amount = i == 0 ? paid.total : Money::fromCents(paid.total.cents() / 2);
+        const QDate day = std::min(m_options.today, paid.issued.addDays(12));
+        if (!insert(QStringLiteral("INSERT INTO Plashtania (Data, Klient, Suma, Valuta, Nachin, Referencia) "
+                                   "VALUES (?, ?, ?, ?, 'B', ?)"),
+                    {day, paid.recipient.name, amount.cents(), currencyCode(paid.currency),
+                     QStringLiteral("по фактура ") + paid.number}))
+            return false;
+        Query payment(m_db, QStringLiteral("SELECT MAX(id) FROM Plashtania"));
+        if (!run(payment, {}) || !payment.next())
+            return false;
+        if (!insert(QStringLiteral("INSERT INTO Pogasiavania (DokID, PlashtaneID, Data, Suma) VALUES (?, ?, ?, ?)"),
+                    {paid.id, payment.value(0).toLongLong(), day, amount.cents()}))
+            return false;
+    }
+    return insert(QStringLiteral("UPDATE Nomerator SET Posleden = ? WHERE Ime = 'fakturi' AND Posleden < ?"), {last, last});
 }
 
 Checked<DemoSummary> Generator::run()
 {
     const bool done = firmAndUsers() && euro() && trucks() && drivers() && tariffs() && courses() && history()
                       && warehouse() && waybills() && trips() && documents() && clientRegister()
-                      && receivables();
+                      && taxDocuments() && receivables();
     if (!done)
         return m_error.value_or(sqlErrorMessage(demoTitle, m_db.lastError()));
     return m_summary;
@@ -760,6 +946,49 @@ Checked<DemoSummary> fillDemoDatabase(QSqlDatabase &db, const DemoOptions &optio
     if (!transaction.commit())
         return sqlErrorMessage(demoTitle, transaction.lastError());
     return summary;
+}
+
+std::optional<UserMessage> writeTaxDocument(QSqlDatabase db, TaxDocument &document)
+{
+    const auto text = [](const QString &value) { return value.trimmed().isEmpty() ? QVariant() : QVariant(value); };
+    const auto date = [](const QDate &day) { return day.isValid() ? QVariant(day) : QVariant(); };
+    Query header(db, QStringLiteral(
+                         "INSERT INTO FaktDok (Nomer, Vid, Data, DataDan, KamID, KamNomer, DataKam, Prichina, DostIme, "
+                         "DostEIK, DostDDS, DostAdres, DostGrad, DostDarzhava, DostMOL, DostIBAN, DostBank, DostBIC, "
+                         "Miasto, Sastavil, KlientID, Klient, PolEIK, PolDDS, PolAdres, PolGrad, PolDarzhava, PolMOL, "
+                         "Valuta, DDSProcent, Osnova, DDS, Obshto, OsnovanieNula, NachinPlashtane, SrokDni, DataPadej) "
+                         "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+                         "?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    const TaxParty &s = document.supplier;
+    const TaxParty &r = document.recipient;
+    if (auto failure = header.run(
+            demoTitle,
+            {document.number, QString(kindCode(document.kind)), document.issued, document.taxEvent,
+             document.invoiceId > 0 ? QVariant(document.invoiceId) : QVariant(), text(document.invoiceNumber),
+             date(document.invoiceDate), text(document.reason), text(s.name), text(s.eik), text(s.vatNumber),
+             text(s.address), text(s.town), text(s.country), text(s.mol), text(document.supplierIban),
+             text(document.supplierBank), text(document.supplierBic), text(document.place), text(document.issuer),
+             document.clientId > 0 ? QVariant(document.clientId) : QVariant(), r.name, text(r.eik), text(r.vatNumber),
+             text(r.address), text(r.town), text(r.country), text(r.mol), currencyCode(document.currency),
+             document.vatPercent, document.base.cents(), document.vat.cents(), document.total.cents(),
+             text(document.zeroVatGround), text(document.paymentMethod), document.termDays, document.due}))
+        return failure;
+    Query id(db, QStringLiteral("SELECT id FROM FaktDok WHERE Nomer = ?"));
+    if (auto failure = id.run(demoTitle, {document.number}))
+        return failure;
+    if (!id.next())
+        return UserMessage{demoTitle, QStringLiteral("Документът не е записан.")};
+    document.id = id.value(0).toLongLong();
+    Query line(db, QStringLiteral("INSERT INTO FaktRed (DokID, Red, KursID, DataKurs, Opisanie, Kol, Edinica, Cena, "
+                                  "Suma) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+    for (const TaxLine &one : document.lines) {
+        if (auto failure = line.run(demoTitle, {document.id, one.position,
+                                                one.courseId > 0 ? QVariant(one.courseId) : QVariant(),
+                                                date(one.courseDate), one.description, one.quantity, text(one.unit),
+                                                one.unitPrice, one.amount.cents()}))
+            return failure;
+    }
+    return std::nullopt;
 }
 
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/usermessage.h"
+#include "invoicing/taxdocument.h"
 
 #include <QDate>
 #include <QSqlDatabase>
@@ -35,5 +36,9 @@ struct DemoSummary {
 // waybills, international trips and the documents of trucks and drivers. All of it is one transaction under the write lock; a
 // database that holds any row already is refused and left as it was.
 Checked<DemoSummary> fillDemoDatabase(QSqlDatabase &db, const DemoOptions &options);
+
+// Writes a tax document and its lines as they stand, as issued and frozen (the number, amounts and
+// parties taken as given); sets its id. For demo data and tests: issuing itself numbers and checks.
+std::optional<UserMessage> writeTaxDocument(QSqlDatabase db, TaxDocument &document);
 
 }

@@ -37,6 +37,7 @@ const QList<MenuEntry> &menuTree()
         item("mnuSprShof", "Курсове от шофьор", "", 8),
         bar("mnuBar002"),
         item("mnuSprKlientSakr", "Клиент за факруриране", "", 9),
+        item("mnuSprFakturi", "Фактури", "", 325),  // beyond the firm's old menu
         bar("mnuBar003"),
         item("mnuSprBalanc", "Баланс на колите", "", 10),
         item("mnuSprPreRazh", "Разход нафта", "", 11),

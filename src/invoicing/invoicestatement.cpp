@@ -102,14 +102,33 @@ std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<Stat
 Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMoney &money, QSqlDatabase scratch,
                               const FirmProfile &firm)
 {
+    Checked<RowSet> rows = readRows(scratch, scratchError, QStringLiteral("SELECT * FROM TempPlaten ORDER BY Red"));
+    if (!rows)
+        return rows.message();
+    return ReportFaktura(heading, money, rows.value(), firm);
+}
+
+RowSet statementRows(const QList<StatementLine> &lines, bool unitsPerRow)
+{
+    RowSet rows({QStringLiteral("Red"), QStringLiteral("Data"), QStringLiteral("Marsh"), QStringLiteral("VidTovar"),
+                 QStringLiteral("KolaID"), QStringLiteral("KM"), QStringLiteral("Ton"), QStringLiteral("Tarifa"),
+                 QStringLiteral("Suma")});
+    rows.reserveRows(static_cast<int>(lines.size()));
+    for (const StatementLine &line : lines)
+        rows.appendRow({line.red, line.data, line.marsh, line.vidTovar, line.kolaId, formatKm(line.km),
+                        formatTonnes(line.ton), formatRate(line.tarifa),
+                        rowAmountText(line.suma, line.currency, unitsPerRow)});
+    return rows;
+}
+
+Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMoney &money, const RowSet &rows,
+                              const FirmProfile &firm)
+{
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptFaktura"));
     if (!loaded)
         return loaded;
     Report report = loaded.value();
-    Checked<RowSet> rows = readRows(scratch, scratchError, QStringLiteral("SELECT * FROM TempPlaten ORDER BY Red"));
-    if (!rows)
-        return rows.message();
-    report.setDataSource(rows.value());
+    report.setDataSource(rows);
 
     // Saved as "Фактура 0000000125 Клиент.pdf".
     report.setSuggestedFileName(QStringList{QStringLiteral("Фактура"), heading.number, heading.klient.trimmed()}.join(QLatin1Char(' ')).trimmed());

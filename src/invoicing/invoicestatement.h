@@ -75,6 +75,10 @@ struct StatementHeading {
 // rptFaktura over the rows of TempPlaten, with the totals of the statement's money.
 Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMoney &money, QSqlDatabase scratch,
                               const FirmProfile &firm);
+// The same over rows already read (statementRows: the lines as TempPlaten holds them).
+RowSet statementRows(const QList<StatementLine> &lines, bool unitsPerRow = false);
+Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMoney &money, const RowSet &rows,
+                              const FirmProfile &firm);
 // The same for a statement in leva.
 inline Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDatabase scratch,
                                      const FirmProfile &firm)

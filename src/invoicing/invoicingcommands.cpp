@@ -2,9 +2,12 @@
 
 #include "courses/searchcommand.h"
 #include "data/scratchdatabase.h"
+#include "forms/commandday.h"
 #include "forms/commands.h"
 #include "forms/messageservice.h"
 #include "invoicing/faktura.h"
+#include "invoicing/taxdocumentpaper.h"
+#include "invoicing/taxdocumentregisterscreen.h"
 
 namespace zarek {
 
@@ -43,6 +46,26 @@ void registerInvoicingCommands(CommandRegistry &commands)
                       QStringLiteral("Корекция на фактурирани курсове...")},
                      [&commands](const SearchConditions &c) {
                          openFaktura(commands, FakturaMode::EditFakt, QStringLiteral("mnuDataEditFakt"), c);
+                     });
+    // The register of issued invoices and notes: the period and the client's first letters.
+    addSearchCommand(commands,
+                     {QStringLiteral("mnuSprFakturi"), SearchMode::Klients, SearchDialogKind::SeekAll,
+                      QStringLiteral("Търсене - Фактури"), QStringLiteral("Фактури")},
+                     [&commands](const SearchConditions &c) {
+                         CommandContext &context = commands.context();
+                         commands.showReplacing(
+                             QStringLiteral("Fakturi"),
+                             [&context, c]() -> QWidget * {
+                                 auto *screen = new TaxDocumentRegisterScreen(
+                                     context.db, {c.period, c.SeekKlient, commandDay().today}, context.window);
+                                 QObject::connect(screen, &TaxDocumentRegisterScreen::reprint, screen,
+                                                  [screen, &context](qint64 id) {
+                                                      previewTaxDocument(screen, context.db, id, PaperCopy::Copy,
+                                                                         commandDay());
+                                                  });
+                                 return screen;
+                             },
+                             context.helpTopic(QStringLiteral("mnuSprFakturi")));
                      });
 }
 

@@ -15,3 +15,14 @@ enum class PaperCopy { Original, Copy };
 void previewTaxDocument(QWidget *parent, QSqlDatabase db, qint64 documentId, PaperCopy copy, const BooksDay &books);
 
 }
+
+#include "core/usermessage.h"
+#include "reports/laidoutreport.h"
+
+namespace zarek {
+
+// The document laid out as it prints: its own pages, then for an invoice of courses the statement
+// of those courses as its annex.
+Checked<LaidOutReport> taxDocumentPaper(QSqlDatabase db, qint64 documentId, PaperCopy copy, const BooksDay &books);
+
+}

@@ -63,7 +63,9 @@ private slots:
             "mnuSprJournal|Журнал на курсовете|Ctrl+J|270",  // added beside the firm's menu
             "mnuBar001|-",
             "mnuSprKlient|Курсове на клиент||7", "mnuSprShof|Курсове от шофьор||8", "mnuBar002|-",
-            "mnuSprKlientSakr|Клиент за факруриране||9", "mnuBar003|-", "mnuSprBalanc|Баланс на колите||10",
+            "mnuSprKlientSakr|Клиент за факруриране||9",
+            "mnuSprFakturi|Фактури||325",  // added beside the firm's menu
+            "mnuBar003|-", "mnuSprBalanc|Баланс на колите||10",
             "mnuSprPreRazh|Разход нафта||11", "mnuBar006|-", "mnuSprRowdList|Пътни листи||12",
             "mnuSprDok|Изтичащи документи||301",  // added beside the firm's menu
             "mnuBar005|-",
