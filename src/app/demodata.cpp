@@ -734,6 +734,8 @@ bool Generator::receivables()
             return (m_error = recorded.message(), false);
     }
     return true;
+}
+
 namespace {
 
 // A valid nine-digit ЕИК from a seed: its control digit by the weights 1..8, or 3..10 when the first gives 10.

@@ -68,6 +68,7 @@ private slots:
             "mnuBar003|-", "mnuSprBalanc|Баланс на колите||10",
             "mnuSprPreRazh|Разход нафта||11", "mnuBar006|-", "mnuSprRowdList|Пътни листи||12",
             "mnuSprDok|Изтичащи документи||301",  // added beside the firm's menu
+            "mnuSprVzemania|Вземания||381", "mnuSprIzvlechenie|Извлечение по сметка||382",  // added beside the firm's menu
             "mnuBar005|-",
             "mnuFileExit|Изход|Ctrl+Z|0",
             "mnuData|Данни||101", "mnuDataNew|Нов курс|Ctrl+N|13", "mnuDataShof|Шофьори|Ctrl+D|14",
@@ -75,6 +76,7 @@ private slots:
             "mnuDataNewInside|Международни курсове||0",
             "mnuDataDok|Документи||300",  // added beside the firm's menu
             "mnuDataKlienti|Клиенти||310",  // added beside the firm's menu
+            "mnuDataPlashtania|Плащания от клиенти||380",  // added beside the firm's menu
             "mnuDataBar1|-", "mnuDataKyrc|Корекция на курс||17",
             "mnuDataKorКм|Корекция КМ||18", "mnuDataKorPl|Корекция плащане||36", "mnuDataEditFakt|Корекция фактури||19",
             "mnuDataBar0|-", "mnuSlgZapl|Заплати||20", "mnuDataBar2|-", "mnuDataDAI|ДАИ||0",
