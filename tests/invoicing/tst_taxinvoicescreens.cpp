@@ -1,6 +1,7 @@
 #include "core/docnumber.h"
 #include "data/scratchdatabase.h"
 #include "forms/messageservice.h"
+#include "invoicing/debitnotedialog.h"
 #include "invoicing/diafakt.h"
 #include "invoicing/faktura.h"
 #include "invoicing/invoicestore.h"
@@ -235,6 +236,50 @@ private slots:
         QCOMPARE(note.total, Money::fromCents(6000));
         QVERIFY(loadTaxDocument(db, invoice).value() == before);
         QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = '0000000500'")), 2);
+    }
+
+    // A debit note of a typed line: refused until every box holds what it must, then issued
+    // under the next number with the invoice's rate.
+    void aDebitNoteFromItsDialog_data()
+    {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("amount");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<bool>("issued");
+        QTest::newRow("issued") << "500" << "49,99" << "Престой" << true;
+        QTest::newRow("no such invoice") << "499" << "49,99" << "Престой" << false;
+        QTest::newRow("not a number") << "5a0" << "49,99" << "Престой" << false;
+        QTest::newRow("below a cent") << "500" << "12,345" << "Престой" << false;
+        QTest::newRow("nil") << "500" << "0" << "Престой" << false;
+        QTest::newRow("no amount") << "500" << "" << "Престой" << false;
+        QTest::newRow("no reason") << "500" << "49,99" << " " << false;
+    }
+    void aDebitNoteFromItsDialog()
+    {
+        QFETCH(QString, number);
+        QFETCH(QString, amount);
+        QFETCH(QString, reason);
+        QFETCH(bool, issued);
+        QVERIFY(issueFromTheScreen() > 0);
+        messages->shown.clear();
+        DebitNoteDialog dialog(db);
+        dialog.today = [] { return QDate(2006, 4, 20); };
+        dialog.numberEdit()->setText(number);
+        dialog.textEdit()->setText(QStringLiteral("Престой 2 часа"));
+        dialog.amountEdit()->setText(amount);
+        dialog.reasonEdit()->setText(reason);
+        dialog.show();
+        dialog.okButton()->click();
+        QCOMPARE(dialog.issuedDocument() > 0, issued);
+        QCOMPARE(messages->shown.size(), issued ? 0 : 1);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktDok WHERE Vid = 'D'")), issued ? 1 : 0);
+        if (issued) {
+            const TaxDocument note = loadTaxDocument(db, dialog.issuedDocument()).value();
+            QCOMPARE(note.number, QStringLiteral("0000000501"));
+            QCOMPARE(note.base, Money::fromCents(4999));
+            QCOMPARE(note.vat, Money::fromCents(1000));
+            QCOMPARE(note.invoiceNumber, QStringLiteral("0000000500"));
+        }
     }
 };
 
