@@ -63,6 +63,7 @@ const QList<MenuEntry> &menuTree()
         item("mnuDataKorКм", "Корекция КМ", "", 18),
         item("mnuDataKorPl", "Корекция плащане", "", 36),
         item("mnuDataEditFakt", "Корекция фактури", "", 19),
+        item("mnuDataDebit", "Дебитно известие", "", 318),  // beyond the firm's old menu
         bar("mnuDataBar0"),
         item("mnuSlgZapl", "Заплати", "", 20),
         bar("mnuDataBar2"),

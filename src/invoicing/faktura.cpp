@@ -13,6 +13,8 @@
 #include "reports/reportpreview.h"
 
 #include <QHash>
+#include <QInputDialog>
+#include <QLineEdit>
 #include <algorithm>
 #include <QPushButton>
 
@@ -105,7 +107,29 @@ Faktura::Faktura(FakturaMode mode, const SearchConditions &conditions, QSqlDatab
             return;
         }
         m_invoiceCurrency = euro.value() ? Currency::Euro : Currency::Leva;
+        const Checked<qint64> taxInvoice = TaxInvoiceStore(m_db).invoiceId(m_number);
+        if (!taxInvoice) {
+            MessageService::instance().inform(taxInvoice.message());
+            return;
+        }
+        m_taxInvoiceId = taxInvoice.value();
+        if (m_taxInvoiceId > 0) {
+            const Checked<TaxDocument> issued = loadTaxDocument(m_db, m_taxInvoiceId);
+            if (issued)
+                m_invoiceCurrency = issued.value().currency;
+        }
     }
+    askReason = [this]() -> std::optional<QString> {
+        bool ok = false;
+        const QString reason = QInputDialog::getText(
+            this, QStringLiteral("Кредитно известие"),
+            QStringLiteral("Курсовете, махнати от фактура №%1, се кредитират с кредитно известие.\n"
+                           "Основание (причина):").arg(m_number),
+            QLineEdit::Normal, QStringLiteral("Отказ от услуга"), &ok);
+        if (!ok || reason.trimmed().isEmpty())
+            return std::nullopt;
+        return reason.trimmed();
+    };
 
     Checked<RowSet> rows = [&] {
         WaitCursor wait;
@@ -152,6 +176,7 @@ void Faktura::chooseNumber()
     if (dialog.NomFakt() != m_number)
         m_statement.clear();  // a statement printed under another number makes no invoice of this one
     m_number = dialog.NomFakt();
+    m_choices = dialog.choices();
     m_chosen = true;
     printButton()->setEnabled(true);
     setText1(text1());
@@ -236,11 +261,31 @@ bool Faktura::settle()
             return false;
     }
     InvoiceRecord invoice;
-    if (m_mode == FakturaMode::EditFakt)
+    if (m_mode == FakturaMode::EditFakt) {
         invoice = InvoiceRecord::correct(m_number);
-    else if (numbering)
+        QSet<qint64> takenOff;
+        for (const CourseWrite &write : writes.value()) {
+            if (!write.fakt)
+                takenOff.insert(write.id);
+        }
+        if (m_taxInvoiceId > 0 && !takenOff.isEmpty()) {
+            // An issued tax invoice stays as it is: what is taken off it is credited.
+            const std::optional<QString> reason = askReason ? askReason() : std::nullopt;
+            if (!reason)
+                return false;
+            invoice.taxInvoiceId = m_taxInvoiceId;
+            invoice.takenOff = invoiceCourses(takenOff, m_invoiceCurrency.value_or(Currency::Leva));
+            invoice.reason = *reason;
+            invoice.noteDate = clock().date();
+        }
+    } else if (numbering) {
         // The invoice's currency is that of the statement its courses stand on.
         invoice = InvoiceRecord::issue(m_number, m_conditions.SeekKlient, m_printedCurrency == Currency::Euro);
+        bool refused = false;
+        invoice.taxInvoice = taxInvoiceOf(writes.value(), refused);
+        if (refused)
+            return false;
+    }
 
     SettleOutcome outcome = [&] {
         WaitCursor wait;
@@ -248,7 +293,12 @@ bool Faktura::settle()
     }();
     switch (outcome.kind) {
     case SettleOutcome::Kind::Written:
+        m_issuedDocument = outcome.documentId;
         return true;
+    case SettleOutcome::Kind::Refused:
+        MessageService::instance().inform(
+            outcome.message.value_or(UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Нищо не е записано.")}));
+        return false;
     case SettleOutcome::Kind::Conflict: {
         QHash<qint64, int> rowOf;
         for (int row = 0; row < rows.rowCount(); ++row)
@@ -295,6 +345,68 @@ bool Faktura::settle()
     question.text += QStringLiteral("\nНищо не е записано. Да затворя ли екрана без запис?");
     question.icon = UserMessage::Icon::Question;
     return MessageService::instance().askYesNo(question);
+}
+
+QList<InvoiceCourse> Faktura::invoiceCourses(const QSet<qint64> &ids, Currency currency) const
+{
+    const RowSet &rows = model()->rows();
+    const int id = rows.column(QStringLiteral("id"));
+    QList<InvoiceCourse> courses;
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        const qint64 courseId = rows.value(row, id).toLongLong();
+        if (!ids.contains(courseId))
+            continue;
+        InvoiceCourse course;
+        course.id = courseId;
+        course.date = dateOfValue(rows.value(row, QStringLiteral("Data")));
+        course.marsh = rows.value(row, QStringLiteral("Marsh")).toString().trimmed();
+        course.tovar = rows.value(row, QStringLiteral("Tovar")).toString().trimmed();
+        course.kola = rows.value(row, QStringLiteral("kola")).toString().trimmed();
+        course.km = rows.value(row, QStringLiteral("KM")).toDouble();
+        course.ton = rows.value(row, QStringLiteral("Ton")).toDouble();
+        course.tarifa = rows.value(row, QStringLiteral("Tarifa")).toDouble();
+        // Each course converted on its own, as the statement adds them up.
+        course.amount = convertAmount(Money::fromAmount(rows.value(row, QStringLiteral("bruto")).toDouble()),
+                                      books().currencyOn(course.date), currency);
+        courses.append(course);
+    }
+    return courses;
+}
+
+std::optional<TaxDocument> Faktura::taxInvoiceOf(const QList<CourseWrite> &writes, bool &refused)
+{
+    refused = false;
+    QSet<qint64> numbered;
+    for (const CourseWrite &write : writes) {
+        if (write.fakt)
+            numbered.insert(write.id);
+    }
+    InvoiceDraftInput input;
+    input.issued = clock().date();
+    input.currency = m_printedCurrency;
+    input.courses = invoiceCourses(numbered, m_printedCurrency);
+    input.choices = m_choices;
+    input.firm = m_firm;
+    input.recipient.name = m_conditions.SeekKlient.trimmed();
+    // The client as the register has it that day; a client not in it gets its name only.
+    const Checked<std::optional<RegisterClient>> client = TaxInvoiceStore(m_db).client(m_conditions.SeekKlient);
+    if (!client) {
+        MessageService::instance().inform(client.message());
+        refused = true;
+        return std::nullopt;
+    }
+    if (client.value()) {
+        input.clientId = client.value()->id;
+        input.recipient = client.value()->party;
+        input.termDays = client.value()->termDays;
+    }
+    const Checked<TaxDocument> draft = draftInvoice(input);
+    if (!draft) {
+        MessageService::instance().inform(draft.message());
+        refused = true;
+        return std::nullopt;
+    }
+    return draft.value();
 }
 
 void Faktura::readAgain()

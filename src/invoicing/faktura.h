@@ -8,6 +8,7 @@
 
 #include <QDateTime>
 #include <QSqlDatabase>
+#include <QSet>
 #include <functional>
 
 namespace zarek {
@@ -38,6 +39,13 @@ public:
 
     // Shows the filled statement; modal print preview unless a test puts its own.
     std::function<void(const Report &)> showStatement;
+    // The reason of the credit note for courses taken off an issued tax invoice; none: the
+    // screen stays open. A text box unless a test puts its own.
+    std::function<std::optional<QString>()> askReason;
+    // The tax document recorded at closing (the invoice, or the credit note): 0 when none.
+    qint64 issuedDocument() const { return m_issuedDocument; }
+    // The issued tax invoice corrected (EditFakt); 0 when the invoice predates tax invoices.
+    qint64 taxInvoiceId() const { return m_taxInvoiceId; }
     // The moment stamped on the courses written at closing.
     std::function<QDateTime()> clock = [] { return QDateTime::currentDateTime(); };
 
@@ -68,6 +76,13 @@ private:
     bool m_chosen = false;
     bool m_printed = false;
     QList<qint64> markedCourses() const;
+    // The courses of these ids as the invoice states them, in its currency.
+    QList<InvoiceCourse> invoiceCourses(const QSet<qint64> &ids, Currency currency) const;
+    std::optional<TaxDocument> taxInvoiceOf(const QList<CourseWrite> &writes, bool &refused);
+
+    IssueChoices m_choices;  // FaktNew: chosen with the number
+    qint64 m_taxInvoiceId = 0;
+    qint64 m_issuedDocument = 0;
 
     std::optional<Currency> m_invoiceCurrency;  // EditFakt: the currency the invoice was issued in
     // FaktNew: the courses of the last statement printed under the number chosen, and its

@@ -24,7 +24,8 @@ UserMessage invoiceNumberUsedMessage()
                    QStringLiteral("Моля, сменете номера и опитайте отново."));
 }
 
-Checked<QString> checkInvoiceNumber(const QString &typed, const QStringList &usedNumbers)
+Checked<QString> checkInvoiceNumber(const QString &typed, const QStringList &usedNumbers,
+                                    const std::optional<QString> &onlyNumber)
 {
     static const QRegularExpression digits(QStringLiteral("^[0-9]*$"));
     const QString trimmed = typed.trimmed();
@@ -44,6 +45,10 @@ Checked<QString> checkInvoiceNumber(const QString &typed, const QStringList &use
         used.append(n.trimmed());
     if (FindInArray(number, used) == 0)
         return invoiceNumberUsedMessage();
+    if (onlyNumber && number != *onlyNumber)
+        return refusal(QStringLiteral("Следващият номер на фактура е %1!").arg(*onlyNumber),
+                       QStringLiteral("Фактурите и известията се номерират подред, без пропуски: моля, приемете "
+                                      "предложения номер."));
     return number;
 }
 

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <optional>
 
 // The number of a new invoice: the user takes the free number offered or types another; it becomes
 // ten characters padded with zeros and must not be in use.
@@ -13,7 +14,10 @@ namespace zarek {
 // refuses it: a number already used (also when typed without its zeros), a text that is no
 // number or longer than ten digits, and no number at all ("0000000000" means "no invoice").
 // usedNumbers holds the numbers of tabl as stored.
-Checked<QString> checkInvoiceNumber(const QString &typed, const QStringList &usedNumbers);
+// With onlyNumber (the sequence's next number, once tax documents are issued) any other number is
+// refused too: invoices and notes then run without a gap.
+Checked<QString> checkInvoiceNumber(const QString &typed, const QStringList &usedNumbers,
+                                    const std::optional<QString> &onlyNumber = std::nullopt);
 
 // The numbers offered for a new invoice, each ten characters: first the one after the highest
 // used, then the free numbers below it and above the lowest used (numbers of invoices emptied or

@@ -37,6 +37,15 @@ SettleOutcome numberTaken()
     return outcome;
 }
 
+SettleOutcome failedRecord(const RecordOutcome &recorded)
+{
+    SettleOutcome outcome;
+    outcome.kind = recorded.kind == RecordOutcome::Kind::Refused ? SettleOutcome::Kind::Refused
+                                                                  : SettleOutcome::Kind::Failed;
+    outcome.message = recorded.message;
+    return outcome;
+}
+
 SettleOutcome failed(const QSqlError &error)
 {
     SettleOutcome outcome;
@@ -133,11 +142,35 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
         if (taken.value(0).toLongLong() > 0)
             return numberTaken();
         taken.finish();
+        if (invoice.taxInvoice) {
+            // The tax invoice takes its number from the sequence before any course is written,
+            // and is recorded with them or not at all.
+            TaxDocument document = *invoice.taxInvoice;
+            document.number = invoice.number;
+            const RecordOutcome recorded = TaxInvoiceStore(m_db).record(document);
+            if (recorded.kind == RecordOutcome::Kind::NumberTaken)
+                return numberTaken();
+            if (!recorded)
+                return failedRecord(recorded);
+            outcome.documentId = recorded.id;
+            outcome.documentNumber = recorded.number;
+        }
         // The number is taken before any course is written: a second workstation issuing it
         // meanwhile waits here for the first one's commit and is then refused by the unique index.
-        if (issued.exec(QString(), QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"),
+        else if (issued.exec(QString(), QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient, Data) VALUES (?, ?, ?)"),
                         {invoice.number, invoice.klient, stamp.date()}))
             return isUniqueViolation(issued.lastError()) ? numberTaken() : failed(issued.lastError());
+    }
+
+    if (invoice.kind == InvoiceRecord::Kind::Correct && invoice.taxInvoiceId > 0 && !invoice.takenOff.isEmpty()) {
+        // An issued tax invoice never changes: the courses taken off it get a credit note, its
+        // number taken before any course is written, as an invoice's is.
+        const RecordOutcome credited =
+            TaxInvoiceStore(m_db).recordCredit(invoice.taxInvoiceId, invoice.takenOff, invoice.noteDate, invoice.reason);
+        if (!credited)
+            return failedRecord(credited);
+        outcome.documentId = credited.id;
+        outcome.documentNumber = credited.number;
     }
 
     // Courses that get the same values from the same version go in one statement; the count of
@@ -163,6 +196,8 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
                 update.finish();
                 outcome.kind = SettleOutcome::Kind::Conflict;
                 outcome.written = 0;
+                outcome.documentId = 0;  // rolled back with the rest
+                outcome.documentNumber.clear();
                 return outcome;
             }
             outcome.written += static_cast<int>(batch.size());
@@ -182,7 +217,8 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
         if (taken.exec(QString(), QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"), {invoice.number})
             || !taken.next())
             return failed(taken.lastError());
-        const bool emptied = taken.value(0).toLongLong() == 0;
+        // A tax invoice keeps its number for ever: a credit note took its courses off.
+        const bool emptied = taken.value(0).toLongLong() == 0 && invoice.taxInvoiceId == 0;
         taken.finish();
         if (emptied) {
             for (const char *table : {"Fakturi", "EvroFakt"}) {

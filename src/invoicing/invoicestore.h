@@ -6,6 +6,7 @@
 #include "core/usermessage.h"
 #include "data/rowset.h"
 #include "invoicing/invoiceclosing.h"
+#include "invoicing/taxinvoicestore.h"
 
 #include <QDateTime>
 #include <QSqlDatabase>
@@ -33,11 +34,15 @@ struct SettleOutcome {
         Conflict,     // some course was changed by another user: nothing written
         NumberTaken,  // another user issued an invoice under this number meanwhile: nothing written
         Failed,       // the database refused: nothing written
+        Refused,      // the tax document is not valid: message says why, nothing written
     };
     Kind kind = Kind::Written;
     int written = 0;
     QList<qint64> changed;              // Conflict: the courses changed or deleted since they were read
-    std::optional<UserMessage> message;  // Failed: the error box
+    std::optional<UserMessage> message;  // Failed, Refused: the error box
+    // The tax document recorded with the write: the invoice issued or the credit note; 0 when none.
+    qint64 documentId = 0;
+    QString documentNumber;
 };
 
 // What closing records of the invoice itself, beside the writes of its courses.
@@ -52,11 +57,32 @@ struct InvoiceRecord {
     QString klient;     // Issue: the client invoiced
     bool euro = false;  // Issue: the statement was handed out in euro (else in leva)
 
+    // Issue: the tax invoice, recorded under the number in the same transaction (none: the number
+    // only, as before tax invoices were issued).
+    std::optional<TaxDocument> taxInvoice;
+    // Correct, of a tax invoice: it stays as issued, and the courses taken off it get a credit
+    // note of the reason given, issued on the day given.
+    qint64 taxInvoiceId = 0;
+    QList<InvoiceCourse> takenOff;
+    QString reason;
+    QDate noteDate;
+
     static InvoiceRecord issue(QString number, QString klient, bool euro)
     {
-        return {Kind::Issue, std::move(number), std::move(klient), euro};
+        InvoiceRecord record;
+        record.kind = Kind::Issue;
+        record.number = std::move(number);
+        record.klient = std::move(klient);
+        record.euro = euro;
+        return record;
     }
-    static InvoiceRecord correct(QString number) { return {Kind::Correct, std::move(number), {}, false}; }
+    static InvoiceRecord correct(QString number)
+    {
+        InvoiceRecord record;
+        record.kind = Kind::Correct;
+        record.number = std::move(number);
+        return record;
+    }
 };
 
 // The invoicing store: the courses of the screen, the used numbers and the closing write.

@@ -5,6 +5,7 @@
 #include "forms/commandday.h"
 #include "forms/commands.h"
 #include "forms/messageservice.h"
+#include "invoicing/debitnotedialog.h"
 #include "invoicing/faktura.h"
 #include "invoicing/taxdocumentpaper.h"
 #include "invoicing/taxdocumentregisterscreen.h"
@@ -28,12 +29,22 @@ void openFaktura(CommandRegistry &commands, FakturaMode mode, const QString &men
     Faktura screen(mode, c, context.db, scratch, context.firm(), context.window);
     context.setPanel(Faktura::panelText(mode, c));
     commands.runModal(screen, context.helpTopic(menuItem));
+    // The tax document recorded at closing, on paper: the invoice's original, or the credit note.
+    if (screen.issuedDocument() > 0)
+        previewTaxDocument(context.window, context.db, screen.issuedDocument(), PaperCopy::Original, screen.books());
 }
 
 }
 
 void registerInvoicingCommands(CommandRegistry &commands)
 {
+    commands.add(QStringLiteral("mnuDataDebit"), [&commands] {
+        CommandContext &context = commands.context();
+        DebitNoteDialog dialog(context.db, context.window);
+        commands.runModal(dialog, context.helpTopic(QStringLiteral("mnuDataDebit")));
+        if (dialog.issuedDocument() > 0)
+            previewTaxDocument(context.window, context.db, dialog.issuedDocument(), PaperCopy::Original, commandDay());
+    });
     addSearchCommand(commands,
                      {QStringLiteral("mnuDataFakt"), SearchMode::FaktNew, SearchDialogKind::SeekAll,
                       QStringLiteral("Търсене - Нефактурирани курсове"), QStringLiteral("Фактуриране на курсове...")},

@@ -79,6 +79,7 @@ private slots:
             "mnuDataPlashtania|Плащания от клиенти||380",  // added beside the firm's menu
             "mnuDataBar1|-", "mnuDataKyrc|Корекция на курс||17",
             "mnuDataKorКм|Корекция КМ||18", "mnuDataKorPl|Корекция плащане||36", "mnuDataEditFakt|Корекция фактури||19",
+            "mnuDataDebit|Дебитно известие||318",  // added beside the firm's menu
             "mnuDataBar0|-", "mnuSlgZapl|Заплати||20", "mnuDataBar2|-", "mnuDataDAI|ДАИ||0",
             "mnuDisk|Дискети||102", "mnuDiskZap|Записване|Ctrl+S|21", "mnuDiskZar|Зареждане|Ctrl+O|22",
             "mnuDiskBar1|-", "mnuNewPer|Нова година||23",

@@ -1,0 +1,615 @@
+#include "core/docnumber.h"
+#include "data/database.h"
+#include "data/dialect.h"
+#include "data/yearclose.h"
+#include "invoicing/invoicestore.h"
+#include "invoicing/taxinvoicestore.h"
+#include "invoicingfixture.h"
+#include "queryrows.h"
+#include "testdatabase.h"
+
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <memory>
+#include <vector>
+
+using namespace zarek;
+using namespace zarek::test;
+
+namespace {
+
+const QDateTime stamp(QDate(2006, 4, 2), QTime(14, 35, 12));
+
+FirmProfile firm()
+{
+    FirmProfile f;
+    f.UserName = QStringLiteral("Транспорт Петров ЕООД");
+    f.UserCity = QStringLiteral("Перник");
+    f.UserAdres = QStringLiteral("ул. Индустриална 14");
+    f.UserBULSTAT = QStringLiteral("123456786");
+    f.UserDanN = QStringLiteral("BG123456786");
+    f.UserIBAN = QStringLiteral("BG80BNBG96611020345678");
+    f.UserSastavil = QStringLiteral("Иван Петров");
+    return f;
+}
+
+InvoiceCourse course(qint64 id, const QDate &date, qint64 cents)
+{
+    InvoiceCourse c;
+    c.id = id;
+    c.date = date;
+    c.marsh = QStringLiteral("София - Перник");
+    c.tovar = QStringLiteral("Пясък");
+    c.kola = QStringLiteral("СА 1234 ВК");
+    c.km = 25;
+    c.ton = 10;
+    c.tarifa = 0.125;
+    c.amount = Money::fromCents(cents);
+    return c;
+}
+
+// The courses of these ids read back from tabl, as the screen would hand them on.
+QList<InvoiceCourse> coursesOf(QSqlDatabase db, const QList<qint64> &ids)
+{
+    QList<InvoiceCourse> out;
+    for (const qint64 id : ids) {
+        QSqlQuery q(db);
+        q.prepare(QStringLiteral("SELECT data, bruto FROM tabl WHERE id = ?"));
+        q.addBindValue(id);
+        if (q.exec() && q.next())
+            out.append(course(id, QDate::fromString(q.value(0).toString().left(10), Qt::ISODate),
+                              Money::fromAmount(q.value(1).toDouble()).cents()));
+    }
+    return out;
+}
+
+Checked<TaxDocument> draft(const QList<InvoiceCourse> &courses, InvoiceLines lines = InvoiceLines::PerCourse,
+                           int percent = vatPercent, const QString &ground = {})
+{
+    InvoiceDraftInput input;
+    input.issued = stamp.date();
+    input.courses = courses;
+    input.choices.lines = lines;
+    input.choices.vatPercent = percent;
+    input.choices.zeroVatGround = ground;
+    input.firm = firm();
+    input.recipient.name = dargos;
+    input.termDays = 10;
+    return draftInvoice(input);
+}
+
+// Issues the courses as one tax invoice under the number (empty: the sequence's next).
+SettleOutcome issueTax(QSqlDatabase db, const QList<qint64> &ids, QString number = {},
+                       InvoiceLines lines = InvoiceLines::PerCourse, const QString &klient = dargos)
+{
+    if (number.isEmpty())
+        number = TaxInvoiceStore(db).nextNumber().value();
+    QList<CourseWrite> writes;
+    for (const qint64 id : ids)
+        writes.append({id, scalar(db, QStringLiteral("SELECT row_version FROM tabl WHERE id = ?"), {id}).toLongLong(),
+                       true, number});
+    InvoiceRecord record = InvoiceRecord::issue(number, klient, false);
+    InvoiceDraftInput input;
+    input.issued = stamp.date();
+    input.courses = coursesOf(db, ids);
+    input.choices.lines = lines;
+    input.firm = firm();
+    input.recipient.name = klient;
+    // The client as the register has it, as the screen takes it.
+    const auto client = TaxInvoiceStore(db).client(klient);
+    if (client && client.value()) {
+        input.recipient = client.value()->party;
+        input.clientId = client.value()->id;
+        input.termDays = client.value()->termDays;
+    }
+    Checked<TaxDocument> doc = draftInvoice(input);
+    if (!doc) {
+        SettleOutcome refused;
+        refused.kind = SettleOutcome::Kind::Refused;
+        return refused;
+    }
+    record.taxInvoice = doc.value();
+    return InvoiceStore(db).settle(writes, stamp, record);
+}
+
+// Workstations issuing tax invoices at once: each a copy of this program in its racer mode.
+constexpr int racers = 8;
+constexpr int invoicesEach = 5;
+const char racerMode[] = "--tax-racer";
+const char killMode[] = "--tax-victim";
+
+QString racerClient(int racer)
+{
+    return QStringLiteral("Клиент %1").arg(racer);
+}
+
+QSqlDatabase connectTo(const QString &engine, const QString &target, const QString &name)
+{
+    DatabaseConfig config;
+    if (engine == QLatin1String("postgresql")) {
+        config = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG")).value_or(DatabaseConfig{});
+        config.databaseName = target;
+    } else {
+        config.sqlitePath = target;
+    }
+    QString error;
+    return openDatabase(config, name, &error);
+}
+
+// A racer: waits for "go", then issues its invoices of one course each, taking the number the
+// dialog offers and the next offer whenever another workstation took it meanwhile.
+int runRacer(const QStringList &args)
+{
+    QTextStream out(stdout);
+    if (args.size() != 3)
+        return 9;
+    const int racer = args.at(2).toInt();
+    const QString client = racerClient(racer);
+    QSqlDatabase db = connectTo(args.at(0), args.at(1), QStringLiteral("racer"));
+    if (!db.isOpen())
+        return 3;
+    QTextStream in(stdin);
+    in.readLine();
+    InvoiceStore store(db);
+    int issued = 0;
+    int refused = 0;
+    while (issued < invoicesEach && refused < 1000) {
+        const Checked<RowSet> rows = store.courses({FakturaMode::FaktNew, client, march2006, {}, {}, {}, {}});
+        if (!rows || rows.value().rowCount() == 0)
+            return 4;
+        const qint64 id = rows.value().value(0, QStringLiteral("id")).toLongLong();
+        const SettleOutcome outcome = issueTax(db, {id}, {}, InvoiceLines::PerCourse, client);
+        if (outcome.kind == SettleOutcome::Kind::Written) {
+            ++issued;
+            out << "ISSUED " << outcome.documentNumber << Qt::endl;
+        } else if (outcome.kind == SettleOutcome::Kind::NumberTaken) {
+            ++refused;
+        } else {
+            out << "FAILED " << int(outcome.kind) << ' ' << (outcome.message ? outcome.message->text : QString())
+                << Qt::endl;
+            return 2;
+        }
+    }
+    out << "REFUSED " << refused << Qt::endl;
+    return issued == invoicesEach ? 0 : 6;
+}
+
+// A victim: issues invoices of many courses, one after another, until it is killed.
+int runVictim(const QStringList &args)
+{
+    QSqlDatabase db = connectTo(args.at(0), args.at(1), QStringLiteral("victim"));
+    if (!db.isOpen())
+        return 3;
+    QTextStream out(stdout);
+    out << "READY" << Qt::endl;
+    InvoiceStore store(db);
+    for (;;) {
+        const Checked<RowSet> rows = store.courses({FakturaMode::FaktNew, dargos, march2006, {}, {}, {}, {}});
+        if (!rows || rows.value().rowCount() == 0)
+            return 0;
+        QList<qint64> ids;
+        for (int row = 0; row < rows.value().rowCount() && row < 1000; ++row)
+            ids.append(rows.value().value(row, QStringLiteral("id")).toLongLong());
+        if (issueTax(db, ids).kind != SettleOutcome::Kind::Written)
+            return 2;
+    }
+}
+
+}
+
+class TaxInvoiceTest : public QObject {
+    Q_OBJECT
+    std::unique_ptr<test::ScratchDatabase> scratch;
+    QSqlDatabase db;
+    QList<qint64> ids;
+
+    qint64 count(const QString &sql, const QList<QVariant> &values = {}) { return countWhere(db, sql, values); }
+
+    // Every invoice holds a line for each course that carries its number, and no other; numbers
+    // run from the first without a gap, and the counter stands at the last.
+    void checkWholeDocuments()
+    {
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktDok d WHERE Vid = 'F' AND (SELECT COUNT(*) FROM "
+                                      "FaktRed r WHERE r.DokID = d.id) <> (SELECT COUNT(*) FROM tabl t WHERE "
+                                      "t.NomFakt = d.Nomer)")),
+                 0);
+        // (0000000120 is the invoice of fillMarch() from before tax invoices.)
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM tabl t WHERE t.Fakt = ? AND t.NomFakt <> '0000000120' "
+                                      "AND NOT EXISTS (SELECT 1 FROM FaktDok d WHERE d.Nomer = t.NomFakt)"),
+                       {true}),
+                 0);
+        const qint64 documents = count(QStringLiteral("SELECT COUNT(*) FROM FaktDok"));
+        if (documents == 0)
+            return;
+        const qint64 first = scalar(db, QStringLiteral("SELECT MIN(Nomer) FROM FaktDok")).toString().toLongLong();
+        const qint64 last = scalar(db, QStringLiteral("SELECT MAX(Nomer) FROM FaktDok")).toString().toLongLong();
+        QCOMPARE(last - first + 1, documents);
+        QCOMPARE(scalar(db, QStringLiteral("SELECT Posleden FROM Nomerator WHERE Ime = 'fakturi'")).toLongLong(), last);
+    }
+
+private slots:
+    void initTestCase_data() { addEngineRows(); }
+    void init()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        scratch = std::make_unique<test::ScratchDatabase>(engine);
+        if (!scratch->isReady())
+            QSKIP(qPrintable(scratch->skipReason()));
+        db = scratch->db();
+    }
+    void cleanup()
+    {
+        db = {};
+        scratch.reset();
+        ids.clear();
+    }
+
+    // The base is the sum of the lines, the VAT is worked out once on the base, the total is both.
+    void vatAndTotalFollowTheLines_data()
+    {
+        QTest::addColumn<QList<qint64>>("cents");
+        QTest::addColumn<int>("percent");
+        QTest::addColumn<qint64>("vat");
+        QTest::newRow("one course") << QList<qint64>{10000} << 20 << qint64(2000);
+        QTest::newRow("33,33: VAT 6,67 on the base") << QList<qint64>{3333} << 20 << qint64(667);
+        // Three times 0,05: 0,01 each rounded would make 0,03; on the base 0,15 it is 0,03 too,
+        // while three times 0,025 half to even on their own would be 0,06.
+        QTest::newRow("three small lines") << QList<qint64>{5, 5, 5} << 20 << qint64(3);
+        QTest::newRow("half a cent to even, down") << QList<qint64>{1, 1} << 25 << qint64(0);
+        QTest::newRow("half a cent to even, up") << QList<qint64>{3, 3} << 25 << qint64(2);
+        QTest::newRow("zero rate") << QList<qint64>{12345, 1} << 0 << qint64(0);
+    }
+    void vatAndTotalFollowTheLines()
+    {
+        QFETCH(QList<qint64>, cents);
+        QFETCH(int, percent);
+        QFETCH(qint64, vat);
+        QList<InvoiceCourse> courses;
+        qint64 sum = 0;
+        for (qsizetype i = 0; i < cents.size(); ++i) {
+            courses.append(course(i + 1, QDate(2006, 3, 1 + int(i)), cents[i]));
+            sum += cents[i];
+        }
+        for (const InvoiceLines lines : {InvoiceLines::PerCourse, InvoiceLines::Summary}) {
+            const Checked<TaxDocument> doc = draft(courses, lines, percent, QStringLiteral("чл. 28 от ЗДДС"));
+            QVERIFY2(doc, qPrintable(doc ? QString() : doc.message().text));
+            Money lineSum;
+            for (const TaxLine &line : doc.value().lines)
+                lineSum += line.amount;
+            QCOMPARE(doc.value().lines.size(), lines == InvoiceLines::Summary ? 1 : cents.size());
+            QCOMPARE(lineSum.cents(), sum);
+            QCOMPARE(doc.value().base.cents(), sum);
+            QCOMPARE(doc.value().vat.cents(), vat);
+            QCOMPARE(doc.value().total.cents(), sum + vat);
+            QCOMPARE(doc.value().taxEvent, QDate(2006, 3, int(cents.size())));  // the last course's day
+            QCOMPARE(doc.value().due, stamp.date().addDays(10));
+        }
+    }
+
+    void anInvoiceThatCannotBeIssuedIsRefused_data()
+    {
+        QTest::addColumn<int>("percent");
+        QTest::addColumn<QString>("ground");
+        QTest::addColumn<bool>("noCourse");
+        QTest::addColumn<bool>("lateTaxEvent");
+        QTest::newRow("0 % without a ground") << 0 << "" << false << false;
+        QTest::newRow("0 % with blanks only") << 0 << "  " << false << false;
+        QTest::newRow("no course") << 20 << "" << true << false;
+        QTest::newRow("a tax event after the issue") << 20 << "" << false << true;
+    }
+    void anInvoiceThatCannotBeIssuedIsRefused()
+    {
+        QFETCH(int, percent);
+        QFETCH(QString, ground);
+        QFETCH(bool, noCourse);
+        QFETCH(bool, lateTaxEvent);
+        InvoiceDraftInput input;
+        input.issued = stamp.date();
+        if (!noCourse)
+            input.courses = {course(1, QDate(2006, 3, 1), 100)};
+        input.choices.vatPercent = percent;
+        input.choices.zeroVatGround = ground;
+        if (lateTaxEvent)
+            input.choices.taxEvent = stamp.date().addDays(1);
+        input.recipient.name = dargos;
+        QVERIFY(!draftInvoice(input));
+    }
+
+    // Issued with its courses in one transaction: the frozen document names each course.
+    void theInvoiceIsRecordedWithItsCourses_data()
+    {
+        QTest::addColumn<bool>("summary");
+        QTest::newRow("a line a course") << false;
+        QTest::newRow("one summary line") << true;
+    }
+    void theInvoiceIsRecordedWithItsCourses()
+    {
+        QFETCH(bool, summary);
+        ids = fillMarch(db);
+        QVERIFY(scratch->exec(QStringLiteral("INSERT INTO Klienti (Ime, EIK, DDSNomer, Grad, SrokDni) VALUES "
+                                             "('Д''Аргос ООД', '831641791', 'BG831641791', 'София', 15)")));
+        const SettleOutcome outcome = issueTax(db, {ids[0], ids[1], ids[2]}, QStringLiteral("0000000300"),
+                                               summary ? InvoiceLines::Summary : InvoiceLines::PerCourse);
+        QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
+        QCOMPARE(outcome.documentNumber, QStringLiteral("0000000300"));  // the first one continues the old series
+        const Checked<TaxDocument> doc = loadTaxDocument(db, outcome.documentId);
+        QVERIFY(doc);
+        QCOMPARE(doc.value().number, QStringLiteral("0000000300"));
+        QCOMPARE(doc.value().base, Money::fromCents(3125 + 5000 + 10000));
+        QCOMPARE(doc.value().vat, Money::fromCents(3625));
+        QCOMPARE(doc.value().total, Money::fromCents(21750));
+        QCOMPARE(doc.value().supplier.eik, QStringLiteral("123456786"));
+        QCOMPARE(doc.value().supplierIban, QStringLiteral("BG80BNBG96611020345678"));
+        QCOMPARE(doc.value().lines.size(), summary ? 1 : 3);
+        if (summary)
+            QCOMPARE(doc.value().lines.first().description,
+                     QStringLiteral("Транспортни услуги по справка към фактура № 0000000300"));
+        else
+            QCOMPARE(doc.value().lines.at(1).description,
+                     QStringLiteral("Превоз 05.03.2006, София - Перник, Пясък, СА 1234 ВК, 10,000 т, 25 км"));
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = '0000000300'")), 3);
+        QCOMPARE(TaxInvoiceStore(db).nextNumber().value(), QStringLiteral("0000000301"));
+        // After the first tax document, only the next number is given.
+        QCOMPARE(int(issueTax(db, {ids[3]}, QStringLiteral("0000000305")).kind), int(SettleOutcome::Kind::NumberTaken));
+        QCOMPARE(int(issueTax(db, {ids[3]}, QStringLiteral("0000000301")).kind), int(SettleOutcome::Kind::Written));
+    }
+
+    // An issued invoice reads back the same after its client and a course change.
+    void anIssuedInvoiceDoesNotFollowItsClientOrCourses()
+    {
+        ids = fillMarch(db);
+        QVERIFY(scratch->exec(QStringLiteral("INSERT INTO Klienti (Ime, EIK, Adres, SrokDni) VALUES "
+                                             "('Д''Аргос ООД', '831641791', 'ул. Първа 1', 30)")));
+        const SettleOutcome outcome = issueTax(db, {ids[0], ids[1]});
+        QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
+        const Checked<TaxDocument> before = loadTaxDocument(db, outcome.documentId);
+        QVERIFY(before);
+        QCOMPARE(before.value().recipient.eik, QStringLiteral("831641791"));
+        QVERIFY(scratch->exec(QStringLiteral("UPDATE Klienti SET EIK = '000000000', Adres = 'ул. Втора 2', SrokDni = 5")));
+        QVERIFY(scratch->exec(QStringLiteral("UPDATE tabl SET bruto = 999, Marsh = 'Другаде' WHERE id = %1").arg(ids[0])));
+        const Checked<TaxDocument> after = loadTaxDocument(db, outcome.documentId);
+        QVERIFY(after);
+        QVERIFY(after.value() == before.value());
+    }
+
+    // Courses taken off an issued invoice are credited; the invoice itself stays as issued.
+    void takingCoursesOffIssuesACreditNote_data()
+    {
+        QTest::addColumn<QList<int>>("takenOff");
+        QTest::addColumn<qint64>("base");
+        QTest::addColumn<qint64>("vat");
+        QTest::newRow("a part") << QList<int>{1} << qint64(5000) << qint64(1000);
+        QTest::newRow("two of three") << QList<int>{0, 2} << qint64(13125) << qint64(2625);
+        QTest::newRow("all of it") << QList<int>{0, 1, 2} << qint64(18125) << qint64(3625);
+    }
+    void takingCoursesOffIssuesACreditNote()
+    {
+        QFETCH(QList<int>, takenOff);
+        QFETCH(qint64, base);
+        QFETCH(qint64, vat);
+        ids = fillMarch(db);
+        const QList<qint64> invoiced{ids[0], ids[1], ids[2]};
+        const SettleOutcome issued = issueTax(db, invoiced);
+        QCOMPARE(int(issued.kind), int(SettleOutcome::Kind::Written));
+        const Checked<TaxDocument> invoiceBefore = loadTaxDocument(db, issued.documentId);
+        const QString number = issued.documentNumber;
+
+        InvoiceRecord record = InvoiceRecord::correct(number);
+        record.taxInvoiceId = issued.documentId;
+        record.reason = QStringLiteral("Отказ от услуга");
+        record.noteDate = QDate(2006, 4, 10);
+        QList<CourseWrite> writes;
+        QList<qint64> off;
+        for (int i = 0; i < invoiced.size(); ++i) {
+            const bool away = takenOff.contains(i);
+            writes.append({invoiced[i], 2, !away, away ? noDocumentNumber() : number});
+            if (away)
+                off.append(invoiced[i]);
+        }
+        record.takenOff = coursesOf(db, off);
+        const SettleOutcome corrected = InvoiceStore(db).settle(writes, QDateTime(QDate(2006, 4, 10), QTime(9, 0)), record);
+        QCOMPARE(int(corrected.kind), int(SettleOutcome::Kind::Written));
+        QCOMPARE(corrected.documentNumber, QString::number(issued.documentNumber.toLongLong() + 1).rightJustified(10, '0'));
+        const Checked<TaxDocument> note = loadTaxDocument(db, corrected.documentId);
+        QVERIFY(note);
+        QCOMPARE(note.value().kind, TaxDocumentKind::CreditNote);
+        QCOMPARE(note.value().invoiceNumber, number);
+        QCOMPARE(note.value().invoiceDate, stamp.date());
+        QCOMPARE(note.value().reason, QStringLiteral("Отказ от услуга"));
+        QCOMPARE(note.value().base.cents(), base);
+        QCOMPARE(note.value().vat.cents(), vat);
+        QCOMPARE(note.value().total.cents(), base + vat);
+        QCOMPARE(note.value().lines.size(), takenOff.size());
+        QCOMPARE(note.value().currency, invoiceBefore.value().currency);
+        QCOMPARE(note.value().vatPercent, invoiceBefore.value().vatPercent);
+        // The invoice unchanged, its number still taken, the courses off it free again.
+        QVERIFY(loadTaxDocument(db, issued.documentId).value() == invoiceBefore.value());
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM Fakturi WHERE NomFakt = ?"), {number}), 1);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE NomFakt = ?"), {number}),
+                 invoiced.size() - takenOff.size());
+        // Nothing more than what stands of the invoice can be credited.
+        const NoteTotals totals = TaxInvoiceStore(db).noteTotals(issued.documentId).value();
+        QCOMPARE(totals.creditedBase.cents(), base);
+        QVERIFY(!draftNote(TaxDocumentKind::CreditNote, invoiceBefore.value(), totals,
+                           {{1, 0, {}, QStringLiteral("още"), 1, {}, 0.01, Money::fromCents(18125 - base + 1)}},
+                           QDate(2006, 4, 11), QStringLiteral("грешка")));
+    }
+
+    // Credit notes in parts take off the invoice's VAT to the cent when the last part is taken.
+    void creditsInPartsAddUpToTheInvoice()
+    {
+        TaxDocument invoice = draft({course(1, QDate(2006, 3, 1), 3333), course(2, QDate(2006, 3, 2), 3333),
+                                     course(3, QDate(2006, 3, 3), 3334)})
+                                  .value();
+        invoice.id = 7;
+        invoice.number = QStringLiteral("0000000007");
+        QCOMPARE(invoice.vat.cents(), qint64(2000));
+        NoteTotals totals;
+        Money vat;
+        for (int i = 0; i < 3; ++i) {
+            const TaxLine line = invoice.lines.at(i);
+            const Checked<TaxDocument> note =
+                draftNote(TaxDocumentKind::CreditNote, invoice, totals, {line}, QDate(2006, 4, 5), QStringLiteral("x"));
+            QVERIFY(note);
+            totals.creditedBase += note.value().base;
+            totals.creditedVat += note.value().vat;
+            vat += note.value().vat;
+        }
+        QCOMPARE(totals.creditedBase, invoice.base);
+        QCOMPARE(vat, invoice.vat);  // 6,67 + 6,67 + 6,66
+    }
+
+    void aDebitNoteRaisesTheInvoice()
+    {
+        ids = fillMarch(db);
+        const SettleOutcome issued = issueTax(db, {ids[0]});
+        QCOMPARE(int(issued.kind), int(SettleOutcome::Kind::Written));
+        TaxInvoiceStore store(db);
+        QCOMPARE(int(store.issueDebit(issued.documentId, QString(), Money::fromCents(100), stamp.date(), QStringLiteral("x")).kind),
+                 int(RecordOutcome::Kind::Refused));
+        QCOMPARE(int(store.issueDebit(issued.documentId, QStringLiteral("Престой"), Money::fromCents(0), stamp.date(),
+                                      QStringLiteral("x")).kind),
+                 int(RecordOutcome::Kind::Refused));
+        const RecordOutcome debit = store.issueDebit(issued.documentId, QStringLiteral("Престой 2 часа"),
+                                                     Money::fromCents(4999), stamp.date(), QStringLiteral("Престой"));
+        QVERIFY(debit);
+        const TaxDocument note = loadTaxDocument(db, debit.id).value();
+        QCOMPARE(note.kind, TaxDocumentKind::DebitNote);
+        QCOMPARE(note.number, QString::number(issued.documentNumber.toLongLong() + 1).rightJustified(10, '0'));
+        QCOMPARE(note.base.cents(), qint64(4999));
+        QCOMPARE(note.vat.cents(), qint64(1000));
+        QCOMPARE(note.total.cents(), qint64(5999));
+        QCOMPARE(note.invoiceId, issued.documentId);
+        // Then the whole can be credited: the invoice and the debit.
+        const NoteTotals totals = store.noteTotals(issued.documentId).value();
+        QCOMPARE(totals.debitedBase.cents(), qint64(4999));
+        checkWholeDocuments();
+    }
+
+    // A failure in the middle of recording gives back the number and writes nothing.
+    void aFailureWhileRecordingLeavesNothing()
+    {
+        for (int i = 0; i < 250; ++i)
+            ids.append(insertCourse(db, {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")}));
+        QVERIFY(issueTax(db, {ids[0]}).kind == SettleOutcome::Kind::Written);
+        // The lines' second statement fails.
+        if (dialectOf(db) == Dialect::SQLite) {
+            QVERIFY(scratch->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE INSERT ON FaktRed WHEN NEW.Red = 150 "
+                                                 "BEGIN SELECT RAISE(ABORT, 'forced failure'); END")));
+        } else {
+            QVERIFY(scratch->exec(QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
+                                                 "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql")));
+            QVERIFY(scratch->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE INSERT ON FaktRed FOR EACH ROW "
+                                                 "WHEN (NEW.Red = 150) EXECUTE FUNCTION forced_failure()")));
+        }
+        const QStringList before = invoiceState(db);
+        const SettleOutcome outcome = issueTax(db, ids.mid(1));
+        QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Failed));
+        QCOMPARE(invoiceState(db), before);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktDok")), 1);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktRed")), 1);
+        QCOMPARE(TaxInvoiceStore(db).nextNumber().value(), QStringLiteral("0000000002"));
+        checkWholeDocuments();
+    }
+
+    // A workstation killed while it issues leaves each invoice whole or absent.
+    void aKilledIssuerLeavesWholeInvoicesOnly()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        for (int i = 0; i < 3000; ++i)
+            insertCourse(db, {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")});
+        const QString target = engine == QLatin1String("postgresql") ? scratch->config().databaseName
+                                                                      : scratch->config().sqlitePath;
+        QProcess victim;
+        victim.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(killMode), engine, target});
+        QVERIFY(victim.waitForStarted());
+        QVERIFY(victim.waitForReadyRead(10000));
+        QTest::qWait(50 + QRandomGenerator::global()->bounded(400));
+        const bool killed = victim.state() != QProcess::NotRunning;
+        if (killed) {
+            victim.kill();
+            QVERIFY(victim.waitForFinished(10000));
+        }
+        // A fresh connection, as the next start of the program would have.
+        db = scratch->openSecondConnection();
+        checkWholeDocuments();
+        qInfo("%lld invoices recorded, %s", count(QStringLiteral("SELECT COUNT(*) FROM FaktDok")),
+              killed ? "then killed" : "all before the kill");
+    }
+
+    void workstationsIssuingAtOnceTakeEveryNumberOnce()
+    {
+        QFETCH_GLOBAL(QString, engine);
+        for (int racer = 0; racer < racers; ++racer) {
+            for (int i = 0; i < invoicesEach; ++i)
+                insertCourse(db, {QDate(2006, 3, 1 + i), racerClient(racer), QStringLiteral("Перник - София")});
+        }
+        const QString target = engine == QLatin1String("postgresql") ? scratch->config().databaseName
+                                                                      : scratch->config().sqlitePath;
+        std::vector<std::unique_ptr<QProcess>> processes;
+        for (int racer = 0; racer < racers; ++racer) {
+            auto process = std::make_unique<QProcess>();
+            process->setProcessChannelMode(QProcess::MergedChannels);
+            process->start(QCoreApplication::applicationFilePath(),
+                           {QString::fromLatin1(racerMode), engine, target, QString::number(racer)});
+            QVERIFY(process->waitForStarted());
+            processes.push_back(std::move(process));
+        }
+        QTest::qWait(300);
+        for (auto &process : processes)
+            process->write("go\n");
+        for (auto &process : processes)
+            QVERIFY(process->waitForBytesWritten(5000));
+        for (int racer = 0; racer < racers; ++racer) {
+            QProcess &process = *processes[racer];
+            QVERIFY(process.waitForFinished(120000));
+            const QString output = QString::fromUtf8(process.readAll());
+            QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
+                     qPrintable(racerClient(racer) + QStringLiteral(": ") + output));
+        }
+        const int invoices = racers * invoicesEach;
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktDok")), invoices);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(DISTINCT Nomer) FROM FaktDok")), invoices);
+        // Each number 1..40 exactly once, on the client's own course.
+        for (int n = 1; n <= invoices; ++n) {
+            const QString number = QString::number(n).rightJustified(10, QLatin1Char('0'));
+            QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktDok WHERE Nomer = ?"), {number}), 1);
+            QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktDok d JOIN tabl t ON t.NomFakt = d.Nomer AND "
+                                          "t.Klient = d.Klient WHERE d.Nomer = ?"),
+                           {number}),
+                     1);
+        }
+        checkWholeDocuments();
+    }
+
+    // The year close keeps the documents and the numbering goes on.
+    void theYearCloseKeepsTheDocuments()
+    {
+        ids = fillMarch(db);
+        QVERIFY(issueTax(db, {ids[0], ids[1]}).kind == SettleOutcome::Kind::Written);
+        QTemporaryDir folder;
+        const auto closed = closeYear(db, folder.path(), 2006, false, stamp);
+        QVERIFY2(closed, qPrintable(closed ? QString() : closed.message().text));
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktDok")), 1);
+        QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktRed")), 2);
+        QCOMPARE(TaxInvoiceStore(db).nextNumber().value(), QStringLiteral("0000000122"));  // after 0000000121
+    }
+};
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    if (argc > 1 && qstrcmp(argv[1], racerMode) == 0)
+        return runRacer(app.arguments().mid(2));
+    if (argc > 1 && qstrcmp(argv[1], killMode) == 0)
+        return runVictim(app.arguments().mid(2));
+    app.setAttribute(Qt::AA_Use96Dpi, true);
+    TaxInvoiceTest test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_taxinvoice.moc"
