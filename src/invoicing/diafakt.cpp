@@ -102,7 +102,7 @@ DiaFakt::DiaFakt(QStringList usedNumbers, std::optional<QString> onlyNumber, QWi
     m_ground->setInsertPolicy(QComboBox::NoInsert);
     m_ground->setCompleter(nullptr);
     // The usual grounds of a haulier; any other is typed.
-    m_ground->addItems({QStringLiteral("чл. 28, т. 1 от ЗДДС"), QStringLiteral("чл. 21, ал. 2 от ЗДДС")});
+    m_ground->addItems(zeroVatGrounds());
     m_ground->setCurrentIndex(-1);
     connect(m_lastCourse, &QCheckBox::toggled, this, &DiaFakt::updateChoices);
     connect(m_vat, &QComboBox::currentIndexChanged, this, &DiaFakt::updateChoices);

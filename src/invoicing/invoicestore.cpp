@@ -171,6 +171,19 @@ SettleOutcome InvoiceStore::writeAll(const QList<CourseWrite> &writes, const QDa
             return failedRecord(credited);
         outcome.documentId = credited.id;
         outcome.documentNumber = credited.number;
+        // The note settles what is still open of its invoice; what the invoice no longer owes (it
+        // was paid) stays with the client as credit. The invoice's version is raised first, so a
+        // payment being recorded for it at the same moment waits, then finds it changed.
+        const QString open = QStringLiteral("(d.Obshto - COALESCE((SELECT SUM(s.Suma) FROM Pogasiavania s WHERE s.DokID = d.id), 0))");
+        Query settle(m_db);
+        if (settle.exec(QString(), QStringLiteral("UPDATE FaktDok SET row_version = row_version + 1 WHERE id = ?"),
+                        {invoice.taxInvoiceId})
+            || settle.exec(QString(),
+                           QStringLiteral("INSERT INTO Pogasiavania (DokID, KreditID, Data, Suma) SELECT d.id, k.id, k.Data, "
+                                          "CASE WHEN k.Obshto < %1 THEN k.Obshto ELSE %1 END FROM FaktDok d, FaktDok k "
+                                          "WHERE d.id = ? AND k.id = ? AND %1 > 0 AND k.Obshto > 0").arg(open),
+                           {invoice.taxInvoiceId, credited.id}))
+            return failed(settle.lastError());
     }
 
     // Courses that get the same values from the same version go in one statement; the count of
