@@ -133,6 +133,13 @@ private slots:
         QCOMPARE(parsed.value_or(QDate()), expected);
     }
 
+    // With no today handed in, a full date needs no clock, and a date without its year is of the clock's year.
+    void aDateWithoutTodayTakesTheClocksYearOnlyWhenItHasNone()
+    {
+        QCOMPARE(parseDate(QStringLiteral("05.03.2006")).value_or(QDate()), QDate(2006, 3, 5));
+        QCOMPARE(parseDate(QStringLiteral("5.3")).value_or(QDate()), QDate(QDate::currentDate().year(), 3, 5));
+    }
+
     void datesAreShownDayFirst() { QCOMPARE(formatDate(QDate(2006, 3, 5)), QStringLiteral("05.03.2006")); }
 
     void periodNeedsTheEndStrictlyAfterTheStart()
