@@ -4,6 +4,7 @@
 #include "forms/messageservice.h"
 #include "invoicing/invoicenumber.h"
 #include "invoicing/invoicestore.h"
+#include "invoicing/taxdocumentreport.h"
 
 #include <QCheckBox>
 #include <QComboBox>
