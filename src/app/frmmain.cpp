@@ -420,9 +420,8 @@ void FrmMain::route()
 
 namespace {
 
-// The menu command that opens a client's account ("Вземания"); a tile of the dashboard runs it
-// when the program has it.
-const QString clientAccountMenu = QStringLiteral("mnuSprVzemania");
+// The menu command that opens a client's account; the receivables tile runs it.
+const QString clientAccountMenu = QStringLiteral("mnuSprIzvlechenie");
 
 SearchConditions periodConditions(const Period &period)
 {
@@ -456,9 +455,7 @@ void FrmMain::buildDashboard()
     m_tablo->setTileAllowed(Tile::Month, allowed(QStringLiteral("mnuSprPer")));
     m_tablo->setTileAllowed(Tile::Uninvoiced, allowed(QStringLiteral("mnuDataFakt")));
     m_tablo->setTileAllowed(Tile::Unpaid, allowed(QStringLiteral("mnuSlgZapl")));
-    // Until the account screen is there, the receivables show to those who see the firm's money.
-    m_tablo->setTileAllowed(Tile::Receivables, m_actions.contains(clientAccountMenu) ? allowed(clientAccountMenu)
-                                                                                      : allowed(QStringLiteral("mnuSprBalanc")));
+    m_tablo->setTileAllowed(Tile::Receivables, allowed(clientAccountMenu));
     m_tablo->setTileAllowed(Tile::Documents, allowed(QStringLiteral("mnuDataDok")));
     m_tablo->setTileAllowed(Tile::Profit, allowed(QStringLiteral("mnuSprBalanc")));
 

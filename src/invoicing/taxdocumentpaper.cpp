@@ -24,6 +24,19 @@ void appendPages(LaidOutReport &paper, const LaidOutReport &annex)
     }
 }
 
+FirmProfile supplierProfile(const TaxDocument &document)
+{
+    FirmProfile firm;
+    firm.UserName = document.supplier.name;
+    firm.UserAdres = document.supplier.address;
+    firm.UserCity = document.supplier.town;
+    firm.UserCountry = document.supplier.country;
+    firm.UserMOL = document.supplier.mol;
+    firm.UserBULSTAT = document.supplier.eik;
+    firm.UserDanN = document.supplier.vatNumber;
+    return firm;
+}
+
 }
 
 Checked<LaidOutReport> taxDocumentPaper(QSqlDatabase db, qint64 documentId, PaperCopy copy, const BooksDay &books)
@@ -40,10 +53,10 @@ Checked<LaidOutReport> taxDocumentPaper(QSqlDatabase db, qint64 documentId, Pape
     if (!annex)
         return annex.message();
     if (!annex.value().lines.isEmpty()) {
+        // The annex heads with the firm's data of today; without it, with the supplier as issued.
         const FirmProfileLoad firm = LoadFirmProfile(db);
-        if (!firm.profile)
-            return firm.stopMessage.value_or(UserMessage{QStringLiteral("ВНИМАНИЕ!"), QStringLiteral("Липсват данни!")});
-        const Checked<Report> statement = ReportTaxDocumentAnnex(document.value(), annex.value(), *firm.profile);
+        const Checked<Report> statement =
+            ReportTaxDocumentAnnex(document.value(), annex.value(), firm.profile.value_or(supplierProfile(document.value())));
         if (!statement)
             return statement.message();
         appendPages(paper, layoutReport(statement.value()));

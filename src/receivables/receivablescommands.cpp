@@ -56,6 +56,13 @@ void registerReceivablesCommands(CommandRegistry &commands)
         if (askAccountConditions(commands.context().db, commandDay().today, commands.context().window, client, from, to))
             openAccount(commands, client, from, to);
     });
+    // Another screen that names a client (the dashboard) opens the account of its last twelve months.
+    commands.addTarget(accountMenu, [&commands](const std::any &given) {
+        if (const auto *client = std::any_cast<QString>(&given)) {
+            const QDate today = commandDay().today;
+            openAccount(commands, *client, today.addYears(-1).addDays(1), today);
+        }
+    });
 }
 
 }
