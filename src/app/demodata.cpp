@@ -805,6 +805,16 @@ bool Generator::taxDocuments()
         doc.recipient = {one.client, demoEik(seed), {}, QStringLiteral("ул. Васил Левски %1").arg(seed % 90 + 1),
                          towns[seed % towns.size()], QStringLiteral("България"), QStringLiteral("Иван Петров")};
         doc.recipient.vatNumber = QStringLiteral("BG") + doc.recipient.eik;
+        // A client of the register is invoiced with its data there, as closing does.
+        Query registered(m_db, QStringLiteral("SELECT id, EIK, DDSNomer, Adres, Grad, Darzhava, MOL FROM Klienti WHERE Ime = ?"));
+        if (!run(registered, {one.client.trimmed()}))
+            return false;
+        if (registered.next()) {
+            doc.clientId = registered.value(0).toLongLong();
+            doc.recipient = {one.client.trimmed(), registered.value(1).toString(), registered.value(2).toString(),
+                             registered.value(3).toString(), registered.value(4).toString(),
+                             registered.value(5).toString(), registered.value(6).toString()};
+        }
         doc.currency = currencyOn(one.date);
         doc.vatPercent = 20;
         doc.termDays = 30;
