@@ -10,6 +10,8 @@
 #include "courses/tariffbands.h"
 #include "app/firststart.h"
 #include "clients/clientstore.h"
+#include "core/eik.h"
+#include "invoicing/taxinvoicestore.h"
 #include "documents/documentstore.h"
 #include "invoicing/taxdocument.h"
 #include "receivables/receivablesstore.h"
@@ -738,26 +740,11 @@ bool Generator::receivables()
 
 namespace {
 
-// A valid nine-digit ЕИК from a seed: its control digit by the weights 1..8, or 3..10 when the first gives 10.
+// A valid nine-digit ЕИК from a seed.
 QString demoEik(quint32 seed)
 {
-    QString digits = QStringLiteral("%1").arg(100000000 + seed % 89999999, 8, 10, QLatin1Char('0')).right(8);
-    int sum = 0;
-    for (int i = 0; i < 8; ++i)
-        sum += digits.at(i).digitValue() * (i + 1);
-    int control = sum % 11;
-    if (control == 10) {
-        sum = 0;
-        for (int i = 0; i < 8; ++i)
-            sum += digits.at(i).digitValue() * (i + 3);
-        control = sum % 11 == 10 ? 0 : sum % 11;
-    }
-    return digits + QString::number(control);
-}
-
-Money vatOn(Money base, int percent)
-{
-    return Money::fromAmount(roundHalfEven(base.toDouble() * percent / 100.0, 2));
+    const QString digits = QStringLiteral("%1").arg(100000000 + seed % 89999999, 8, 10, QLatin1Char('0')).right(8);
+    return digits + QString::number(eikNinthDigit(digits));
 }
 
 }

@@ -337,8 +337,6 @@ Checked<RecordedPayment> recordPayment(QSqlDatabase db, const PaymentEntry &entr
     if (auto message = writeSettlements(db, paymentTitle, QStringLiteral("PlashtaneID"), recorded.id, entry.date,
                                         recorded.settlements, versions))
         return *message;
-    Money same;
-    Money other;
     auto rests = paymentRests(db, paymentTitle, entry.client.trimmed(), QDate());
     if (!rests)
         return rests.message();
