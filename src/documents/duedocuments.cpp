@@ -43,10 +43,10 @@ ResultGridConfig DueDocuments::config(const QDate &today)
     config.caption = QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Изтичащи документи");
     config.text1 = QStringLiteral("Изтекли и изтичащи документи към ") + formatDate(today);
     config.columns = {
-        {QStringLiteral("Sastoianie"), QStringLiteral("Състояние"), 1100},
-        {QStringLiteral("Vid"), QStringLiteral("Вид"), 3400},
-        {QStringLiteral("Pritejatel"), QStringLiteral("Притежател"), 3300},
-        {QStringLiteral("Nomer"), QStringLiteral("Номер"), 1500},
+        {QStringLiteral("Sastoianie"), QStringLiteral("Състояние"), 1100, {}},
+        {QStringLiteral("Vid"), QStringLiteral("Вид"), 3400, {}},
+        {QStringLiteral("Pritejatel"), QStringLiteral("Притежател"), 3300, {}},
+        {QStringLiteral("Nomer"), QStringLiteral("Номер"), 1500, {}},
         {QStringLiteral("Valid"), QStringLiteral("Валиден до"), 1300, {}, Qt::AlignRight},
         {QStringLiteral("DoKoga"), QStringLiteral("Срок"), 1300, {}, Qt::AlignRight},
         {QStringLiteral("Ostavat"), QStringLiteral("Дни"), 600, {}, Qt::AlignRight},

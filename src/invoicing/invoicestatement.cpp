@@ -66,7 +66,7 @@ StatementMoney statementMoney(const QList<StatementLine> &lines, std::optional<C
     CurrencyTotal total(fixed ? *fixed : totalsCurrency(anyEuro, handedOut));
     for (const StatementLine &line : lines)
         total.add(line.suma, line.currency);
-    return {total.currency(), total.total(), total.converted()};
+    return {total.currency(), total.total(), total.converted(), {}};
 }
 
 double vatOf(Money sum)

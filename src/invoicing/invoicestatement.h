@@ -83,7 +83,7 @@ Checked<Report> ReportFaktura(const StatementHeading &heading, const StatementMo
 inline Checked<Report> ReportFaktura(const StatementHeading &heading, Money sum, QSqlDatabase scratch,
                                      const FirmProfile &firm)
 {
-    return ReportFaktura(heading, StatementMoney{Currency::Leva, sum, false}, scratch, firm);
+    return ReportFaktura(heading, StatementMoney{Currency::Leva, sum, false, {}}, scratch, firm);
 }
 
 }

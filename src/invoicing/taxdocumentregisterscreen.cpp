@@ -19,19 +19,19 @@ ResultGridConfig TaxDocumentRegisterScreen::config(const TaxRegisterConditions &
                    + QStringLiteral(" до ") + formatDate(conditions.period.to);
     const QString amount = QStringLiteral("###0.00");
     config.columns = {
-        {QStringLiteral("Nomer"), QStringLiteral("Номер"), 1500},
-        {QStringLiteral("Vid"), QStringLiteral("Вид"), 2000},
+        {QStringLiteral("Nomer"), QStringLiteral("Номер"), 1500, {}},
+        {QStringLiteral("Vid"), QStringLiteral("Вид"), 2000, {}},
         {QStringLiteral("Data"), QStringLiteral("Дата"), 1300, {}, Qt::AlignRight},
         {QStringLiteral("DataDan"), QStringLiteral("Дан. събитие"), 1300, {}, Qt::AlignRight},
-        {QStringLiteral("Klient"), QStringLiteral("Клиент"), 3000},
-        {QStringLiteral("EIK"), QStringLiteral("ЕИК"), 1500},
+        {QStringLiteral("Klient"), QStringLiteral("Клиент"), 3000, {}},
+        {QStringLiteral("EIK"), QStringLiteral("ЕИК"), 1500, {}},
         {QStringLiteral("Osnova"), QStringLiteral("Основа"), 1400, amount, Qt::AlignRight},
         {QStringLiteral("DDS"), QStringLiteral("ДДС"), 1200, amount, Qt::AlignRight},
         {QStringLiteral("Obshto"), QStringLiteral("Общо"), 1400, amount, Qt::AlignRight},
         {QStringLiteral("Valuta"), QStringLiteral("Валута"), 800, {}, Qt::AlignCenter},
         {QStringLiteral("Plateno"), QStringLiteral("Платено"), 1400, amount, Qt::AlignRight},
         {QStringLiteral("Ostatak"), QStringLiteral("Остатък"), 1400, amount, Qt::AlignRight},
-        {QStringLiteral("Sastoianie"), QStringLiteral("Състояние"), 1800},
+        {QStringLiteral("Sastoianie"), QStringLiteral("Състояние"), 1800, {}},
         {QStringLiteral("Padej"), QStringLiteral("Падеж"), 1300, {}, Qt::AlignRight},
     };
     config.legend = {{QStringLiteral("Label2"), QStringLiteral("Enter")},

@@ -41,7 +41,7 @@ ResultGridConfig ReceivablesScreen::config(const QDate &on)
     config.formName = QStringLiteral("Vzemania");
     config.caption = QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Вземания");
     config.text1 = QStringLiteral("Вземания към ") + formatDate(on);
-    config.columns = {{QStringLiteral("Klient"), QStringLiteral("Клиент"), 3600}};
+    config.columns = {{QStringLiteral("Klient"), QStringLiteral("Клиент"), 3600, {}}};
     for (int bucket = 0; bucket < ageBucketCount; ++bucket)
         config.columns.append({QStringLiteral("B%1").arg(bucket), ageBucketName(bucket), bucket == 0 ? 2000 : 1500,
                                amountFormat, Qt::AlignRight});
@@ -141,10 +141,10 @@ ResultGridConfig ClientAccountScreen::config()
     config.formName = QStringLiteral("Izvlechenie");
     config.caption = QStringLiteral("Зарек ") + version::majorMinor() + QStringLiteral(" - Извлечение по сметка");
     config.columns = {
-        {QStringLiteral("Data"), QStringLiteral("Дата"), 1300},
-        {QStringLiteral("Dokument"), QStringLiteral("Документ"), 2400},
-        {QStringLiteral("Nomer"), QStringLiteral("Номер / основание"), 2000},
-        {QStringLiteral("Padej"), QStringLiteral("Падеж"), 1300},
+        {QStringLiteral("Data"), QStringLiteral("Дата"), 1300, {}},
+        {QStringLiteral("Dokument"), QStringLiteral("Документ"), 2400, {}},
+        {QStringLiteral("Nomer"), QStringLiteral("Номер / основание"), 2000, {}},
+        {QStringLiteral("Padej"), QStringLiteral("Падеж"), 1300, {}},
         {QStringLiteral("Dalg"), QStringLiteral("Дълг"), 1700, QString(), Qt::AlignRight},
         {QStringLiteral("Plateno"), QStringLiteral("Платено"), 1700, QString(), Qt::AlignRight},
         {QStringLiteral("Saldo"), QStringLiteral("Салдо"), 1600, QString(), Qt::AlignRight},
