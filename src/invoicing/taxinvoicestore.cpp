@@ -24,12 +24,17 @@ const QString saveError = QStringLiteral("ГРЕШКА при запис!");
 
 constexpr qint64 highestNumber = 9'999'999'999LL;
 
-RecordOutcome refused(const QString &fault, const QString &request)
+RecordOutcome refusedWith(const UserMessage &message)
 {
     RecordOutcome outcome;
     outcome.kind = RecordOutcome::Kind::Refused;
-    outcome.message = UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"), fault, request, UserMessage::Icon::Exclamation);
+    outcome.message = message;
     return outcome;
+}
+
+RecordOutcome refused(const QString &fault, const QString &request)
+{
+    return refusedWith(UserMessage::twoLines(QStringLiteral("ВНИМАНИЕ!"), fault, request, UserMessage::Icon::Exclamation));
 }
 
 RecordOutcome failedWith(const UserMessage &message)
@@ -376,12 +381,8 @@ RecordOutcome TaxInvoiceStore::takeNumber(const QString &wanted)
 
 RecordOutcome TaxInvoiceStore::record(TaxDocument &doc)
 {
-    if (auto refusal = checkDocument(doc)) {
-        RecordOutcome outcome;
-        outcome.kind = RecordOutcome::Kind::Refused;
-        outcome.message = refusal;
-        return outcome;
-    }
+    if (auto refusal = checkDocument(doc))
+        return refusedWith(*refusal);
     // A savepoint of the caller's transaction: a failure here takes back only what was written here.
     Transaction transaction(m_db);
     if (!transaction.isActive())
@@ -495,12 +496,8 @@ RecordOutcome TaxInvoiceStore::recordCredit(qint64 invoiceId, const QList<Invoic
     }
     const Checked<TaxDocument> note =
         draftNote(TaxDocumentKind::CreditNote, invoice.value(), already.value(), lines, issued, reason);
-    if (!note) {
-        RecordOutcome outcome;
-        outcome.kind = RecordOutcome::Kind::Refused;
-        outcome.message = note.message();
-        return outcome;
-    }
+    if (!note)
+        return refusedWith(note.message());
     TaxDocument doc = note.value();
     return record(doc);
 }
@@ -527,12 +524,8 @@ RecordOutcome TaxInvoiceStore::issueDebit(qint64 invoiceId, const QString &descr
     const QList<TaxLine> lines{{1, 0, QDate(), description.trimmed(), 1, QStringLiteral("бр."), amount.toDouble(), amount}};
     const Checked<TaxDocument> note =
         draftNote(TaxDocumentKind::DebitNote, invoice.value(), already.value(), lines, issued, reason);
-    if (!note) {
-        RecordOutcome outcome;
-        outcome.kind = RecordOutcome::Kind::Refused;
-        outcome.message = note.message();
-        return outcome;
-    }
+    if (!note)
+        return refusedWith(note.message());
     TaxDocument doc = note.value();
     RecordOutcome outcome = record(doc);
     if (!outcome)

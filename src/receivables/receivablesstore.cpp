@@ -174,6 +174,24 @@ struct PaymentRest {
     Money unused() const { return unusedAmount(amount, currency, same, other); }
 };
 
+// The settlements (alias s) up to a date and the settling documents (alias given) of one client
+// (all when client is null) up to that date, added to a query whose %1 takes the settlements' date.
+QString restsOf(const QString &sql, const QString &alias, const QString &client, const QDate &on, QVariantList &values)
+{
+    QString filtered = sql.arg(on.isValid() ? QStringLiteral(" AND s.Data <= ?") : QString());
+    if (on.isValid())
+        values.append(on);
+    if (!client.isNull()) {
+        filtered += QStringLiteral(" AND %1.Klient = ?").arg(alias);
+        values.append(client);
+    }
+    if (on.isValid()) {
+        filtered += QStringLiteral(" AND %1.Data <= ?").arg(alias);
+        values.append(on);
+    }
+    return filtered;
+}
+
 // The client's payments (all clients when client is empty) up to a date (none: all), each with
 // what settles from it up to that date.
 Checked<QList<PaymentRest>> paymentRests(QSqlDatabase db, const QString &title, const QString &client,
@@ -187,17 +205,7 @@ Checked<QList<PaymentRest>> paymentRests(QSqlDatabase db, const QString &title, 
                                  "FROM Plashtania p LEFT JOIN Pogasiavania s ON s.PlashtaneID = p.id%1 "
                                  "LEFT JOIN FaktDok d ON d.id = s.DokID WHERE 1 = 1");
     QVariantList values;
-    sql = sql.arg(on.isValid() ? QStringLiteral(" AND s.Data <= ?") : QString());
-    if (on.isValid())
-        values.append(on);
-    if (!client.isNull()) {
-        sql += QStringLiteral(" AND p.Klient = ?");
-        values.append(client);
-    }
-    if (on.isValid()) {
-        sql += QStringLiteral(" AND p.Data <= ?");
-        values.append(on);
-    }
+    sql = restsOf(sql, QStringLiteral("p"), client, on, values);
     sql += QStringLiteral(" GROUP BY p.id, p.Data, p.Klient, p.Valuta, p.Suma "
                           "HAVING p.Suma > COALESCE(SUM(CASE WHEN d.Valuta = p.Valuta THEN s.Suma ELSE 0 END), 0) "
                           "ORDER BY p.Data, p.id");
@@ -230,17 +238,7 @@ Checked<QList<PaymentRest>> creditNoteRests(QSqlDatabase db, const QString &titl
                                  "FROM FaktDok k LEFT JOIN Pogasiavania s ON s.KreditID = k.id%1 "
                                  "LEFT JOIN FaktDok d ON d.id = s.DokID WHERE k.Vid = 'K'");
     QVariantList values;
-    sql = sql.arg(on.isValid() ? QStringLiteral(" AND s.Data <= ?") : QString());
-    if (on.isValid())
-        values.append(on);
-    if (!client.isNull()) {
-        sql += QStringLiteral(" AND k.Klient = ?");
-        values.append(client);
-    }
-    if (on.isValid()) {
-        sql += QStringLiteral(" AND k.Data <= ?");
-        values.append(on);
-    }
+    sql = restsOf(sql, QStringLiteral("k"), client, on, values);
     sql += QStringLiteral(" GROUP BY k.id, k.Data, k.Klient, k.Valuta, k.Obshto, d.Valuta ORDER BY k.Data, k.id");
     Query query(db, sql);
     if (auto message = query.run(title, values))
