@@ -56,12 +56,6 @@ void Klienti::setUpForm()
     config.deleteQuestion = UserMessage::twoLines(QStringLiteral("Изтриване на запис"),
                                                   QStringLiteral("Клиентът ще бъде изваден от регистъра; курсовете му остават."),
                                                   QStringLiteral("Наистина ли искате да го изтриете?"), UserMessage::Icon::Question);
-    config.buttonCaptions = {{QStringLiteral("cmdAdd"), QStringLiteral("&Добави")},
-                             {QStringLiteral("cmdEdit"), QStringLiteral("&Поправи")},
-                             {QStringLiteral("cmdDelete"), QStringLiteral("&Изтрий")},
-                             {QStringLiteral("cmdClose"), QStringLiteral("За&твори")},
-                             {QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши")},
-                             {QStringLiteral("cmdCancel"), QStringLiteral("&Отказ")}};
     config.presets = [](QVariantMap &values) { values.insert(QStringLiteral("SrokDni"), 0); };
     config.validate = [this](QVariantMap &entry) {
         m_faultColumn.clear();

@@ -36,13 +36,6 @@ RecordFormConfig formConfig()
     config.pagedRows = true;  // NewKurs browses every course of the firm: only the rows shown are read
     config.numberColumns = {QStringLiteral("km"), QStringLiteral("ton")};
     config.dateColumns = {QStringLiteral("data")};
-    // Alt plus the underlined letter: a course goes in, is saved and the next begins without the mouse.
-    config.buttonCaptions = {{QStringLiteral("cmdAdd"), QStringLiteral("&Добави")},
-                             {QStringLiteral("cmdEdit"), QStringLiteral("&Поправи")},
-                             {QStringLiteral("cmdDelete"), QStringLiteral("&Изтрий")},
-                             {QStringLiteral("cmdClose"), QStringLiteral("За&твори")},
-                             {QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши")},
-                             {QStringLiteral("cmdCancel"), QStringLiteral("&Отказ")}};
     config.presets = [](QVariantMap &values) {
         values.insert(QStringLiteral("plat"), false);
         values.insert(QStringLiteral("Fakt"), false);

@@ -113,12 +113,6 @@ void Documents::setUpForm()
     config.deleteQuestion = UserMessage::twoLines(QStringLiteral("Изтриване на запис"),
                                                   QStringLiteral("Документът ще бъде изтрит заедно със сканираното копие."),
                                                   QStringLiteral("Наистина ли искате да го изтриете?"), UserMessage::Icon::Question);
-    config.buttonCaptions = {{QStringLiteral("cmdAdd"), QStringLiteral("&Добави")},
-                             {QStringLiteral("cmdEdit"), QStringLiteral("&Поправи")},
-                             {QStringLiteral("cmdDelete"), QStringLiteral("&Изтрий")},
-                             {QStringLiteral("cmdClose"), QStringLiteral("За&твори")},
-                             {QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши")},
-                             {QStringLiteral("cmdCancel"), QStringLiteral("&Отказ")}};
     config.validate = [this](const QVariantMap &typed) {
         return checkDocument(typed, kindOf(typed.value(QStringLiteral("Vid")).toString()), m_today);
     };

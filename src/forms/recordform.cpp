@@ -63,16 +63,16 @@ RecordForm::RecordForm(std::unique_ptr<RecordStore> store, RecordFormConfig conf
     m_actions->setObjectName(QStringLiteral("picButtons") + m_config.suffix);
     auto *actions = new QHBoxLayout(m_actions);
     actions->setContentsMargins(0, 0, 0, 0);
-    m_add = makeButton(QStringLiteral("cmdAdd"), QStringLiteral("Добави"), m_actions);
-    m_edit = makeButton(QStringLiteral("cmdEdit"), QStringLiteral("Поправи"), m_actions);
-    m_delete = makeButton(QStringLiteral("cmdDelete"), QStringLiteral("Изтрий"), m_actions);
-    m_update = makeButton(QStringLiteral("cmdUpdate"), QStringLiteral("Запиши"), m_actions);
-    m_cancel = makeButton(QStringLiteral("cmdCancel"), QStringLiteral("Отказ"), m_actions);
+    m_add = makeButton(QStringLiteral("cmdAdd"), QStringLiteral("&Добави"), m_actions);
+    m_edit = makeButton(QStringLiteral("cmdEdit"), QStringLiteral("&Поправи"), m_actions);
+    m_delete = makeButton(QStringLiteral("cmdDelete"), QStringLiteral("&Изтрий"), m_actions);
+    m_update = makeButton(QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши"), m_actions);
+    m_cancel = makeButton(QStringLiteral("cmdCancel"), QStringLiteral("&Отказ"), m_actions);
     actions->addStretch();
     for (QPushButton *b : {m_add, m_edit, m_delete, m_update, m_cancel})
         actions->addWidget(b);
     if (m_config.closeInStrip) {
-        m_close = makeButton(QStringLiteral("cmdClose"), QStringLiteral("Затвори"), m_actions);
+        m_close = makeButton(QStringLiteral("cmdClose"), QStringLiteral("За&твори"), m_actions);
         actions->addWidget(m_close);
         connect(m_close, &QPushButton::clicked, this, &RecordForm::closeRequested);
     }

@@ -36,7 +36,8 @@ struct RecordFormConfig {
     QString statusText = QStringLiteral("Запис №: ");  // browsing: followed by the row's position
     QString newText = QStringLiteral("Нов запис");
     QString editText = QStringLiteral("Корекция");
-    // Captions of the action buttons by name ("cmdAdd" -> "&Добави"); the usual ones otherwise.
+    // Captions of the action buttons by name ("cmdAdd" -> "Нов"); otherwise the usual ones, each with
+    // its underlined letter (Alt+Д adds, Alt+З saves) so a row goes in without the mouse.
     QHash<QString, QString> buttonCaptions;
     bool closeInStrip = true;                         // the close button belongs to the action strip
     bool keyboardNavigation = true;                   // Esc, Home, End, arrows and pages move and close

@@ -112,12 +112,6 @@ void InsideKurs::setUpForm()
     config.numberColumns = tripNumberColumns();
     config.dateColumns = tripDateColumns();
     config.deleteQuestion = tripDeleteQuestion();
-    config.buttonCaptions = {{QStringLiteral("cmdAdd"), QStringLiteral("&Добави")},
-                             {QStringLiteral("cmdEdit"), QStringLiteral("&Поправи")},
-                             {QStringLiteral("cmdDelete"), QStringLiteral("&Изтрий")},
-                             {QStringLiteral("cmdClose"), QStringLiteral("За&твори")},
-                             {QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши")},
-                             {QStringLiteral("cmdCancel"), QStringLiteral("&Отказ")}};
     config.validate = [](QVariantMap &entry) -> std::optional<UserMessage> {
         if (auto failure = checkTrip(entry))
             return failure;

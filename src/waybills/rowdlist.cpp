@@ -28,16 +28,6 @@ namespace zarek {
 
 namespace {
 
-const QHash<QString, QString> &buttonCaptions()
-{
-    static const QHash<QString, QString> captions = {{QStringLiteral("cmdAdd"), QStringLiteral("&Добави")},
-                                                     {QStringLiteral("cmdEdit"), QStringLiteral("&Поправи")},
-                                                     {QStringLiteral("cmdDelete"), QStringLiteral("&Изтрий")},
-                                                     {QStringLiteral("cmdUpdate"), QStringLiteral("&Запиши")},
-                                                     {QStringLiteral("cmdCancel"), QStringLiteral("&Отказ")}};
-    return captions;
-}
-
 // Boxes that must be filled stand out: light yellow with dark blue text.
 const QColor requiredBackground(0xFF, 0xFF, 0x80);
 const QColor requiredText(0x00, 0x00, 0xC0);
@@ -89,7 +79,6 @@ void RowdList::buildHeader()
     config.newText = QStringLiteral("Нов запис");
     config.editText = QStringLiteral("Корекция на запис");
     config.closeInStrip = false;  // "Затвори" stands outside the tabs
-    config.buttonCaptions = buttonCaptions();
     config.deleteQuestion = waybills::deleteQuestion();
     config.errorCaptions.save = waybills::headerSaveCaption();
     config.lazyRows = true;  // years of waybills open at once
@@ -154,7 +143,6 @@ void RowdList::buildRoutes()
     config.newText = QStringLiteral("Нов запис");
     config.editText = QStringLiteral("Корекция...");
     config.closeInStrip = false;
-    config.buttonCaptions = buttonCaptions();
     config.deleteQuestion = waybills::deleteQuestion();  // the waybill's own words, although one line goes
     config.numberColumns = {QStringLiteral("KM"), QStringLiteral("Ton"), QStringLiteral("Koef"), QStringLiteral("RazhN")};
     config.presets = [](QVariantMap &values) {
