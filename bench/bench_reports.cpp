@@ -18,6 +18,7 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QFile>
+#include <malloc.h>
 #include <QTableView>
 #include <cstdio>
 #include <functional>
@@ -95,9 +96,9 @@ void bareQuery(QSqlDatabase db, double *firstRow, double *allRows)
 
 void benchProgressive(const QString &engine, QSqlDatabase db, int count)
 {
-    double firstRow = 0;
-    double allRows = 0;
-    bareQuery(db, &firstRow, &allRows);
+    // The report's own memory: what the filling freed is given back first, and the bare query
+    // (whose driver may hold every row) runs after the report.
+    malloc_trim(0);
     resetPeak();
     const double before = peakMegabytes();
     double firstPage = 1e12;
@@ -125,12 +126,16 @@ void benchProgressive(const QString &engine, QSqlDatabase db, int count)
         preview->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+    const double peak = peakMegabytes();
+    double firstRow = 0;
+    double allRows = 0;
+    bareQuery(db, &firstRow, &allRows);
     std::printf("%-10s all-courses report, %7d courses: bare query first row %7.1f ms, all rows %8.1f ms | "
                 "first page shown %7.1f ms (%.2f x all rows, %+.1f ms after the first row; goal 300 ms: %s) | rest laid "
                 "out %8.1f ms, %d pages | peak memory %6.1f MB (+%.1f MB; goal 300 MB: %s)\n",
                 qPrintable(engine), count, firstRow, allRows, firstPage, firstPage / std::max(allRows, 0.001),
-                firstPage - firstRow, firstPage <= 300 ? "met" : "NOT met", whole, pages, peakMegabytes(),
-                peakMegabytes() - before, peakMegabytes() <= 300 ? "met" : "NOT met");
+                firstPage - firstRow, firstPage <= 300 ? "met" : "NOT met", whole, pages, peak, peak - before,
+                peak <= 300 ? "met" : "NOT met");
     std::fflush(stdout);
 }
 
