@@ -291,6 +291,7 @@ std::optional<UserMessage> RecordForm::readRows()
         pager.page = [store](int offset, int limit, bool fromEnd) { return store->page(offset, limit, fromEnd); };
         pager.count = [store] { return store->count(); };
         pager.positionOf = [store](qint64 id) { return store->positionOf(id); };
+        pager.pageAt = [store](qint64 id, int limit, bool backwards) { return store->pageAt(id, limit, backwards); };
         m_rows->setPagedRows(std::move(pager));
         return m_rows->takeFetchFailure();
     }

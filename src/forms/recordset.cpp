@@ -80,9 +80,35 @@ bool RecordSet::exists(int index) const
     return m_paged.count(index) > 0;
 }
 
+bool RecordSet::pageFromHeld(int place, bool backwards) const
+{
+    const auto held = m_paged.find(place);
+    if (!m_pager->pageAt || held == m_paged.end())
+        return false;
+    const auto fetched = m_pager->pageAt(held->second.id, pageSize + 1, backwards);
+    if (!fetched)
+        return false;
+    if (!*fetched) {
+        m_fetchFailure = fetched->message();
+        return true;
+    }
+    const QList<RecordRow> &rows = fetched->value();
+    // The first row read is the held one; another user's change may have moved it meanwhile.
+    if (rows.isEmpty() || rows.first().id != held->second.id)
+        return false;
+    for (int i = 1; i < rows.size(); ++i)
+        m_paged.emplace(backwards ? place - i : place + i, rows.at(i));
+    if (!backwards && rows.size() < pageSize + 1)
+        m_pagedCount = place + static_cast<int>(rows.size());  // the end of the rows was reached
+    return true;
+}
+
 void RecordSet::ensurePaged(int index) const
 {
     if (index < 0 || m_paged.count(index) > 0 || (m_pagedCount && index >= *m_pagedCount))
+        return;
+    // Next to a row held (the rows after a saved course, a step past the page read): from its key.
+    if (pageFromHeld(index - 1, false) || pageFromHeld(index + 1, true))
         return;
     // From the nearer end, once the count is known: the last rows are as quick as the first.
     const bool fromEnd = m_pagedCount && index > *m_pagedCount / 2;
@@ -191,6 +217,15 @@ bool RecordSet::moveToBookmark(qint64 bookmark)
         }
         if (place.value() < 0)
             return false;
+        // The row and those after it read from its key: a place far down costs no more than the first.
+        if (m_pager->pageAt) {
+            const auto fetched = m_pager->pageAt(bookmark, pageSize, false);
+            if (fetched && *fetched && !fetched->value().isEmpty() && fetched->value().first().id == bookmark) {
+                const QList<RecordRow> &rows = fetched->value();
+                for (int i = 0; i < rows.size(); ++i)
+                    m_paged.emplace(place.value() + i, rows.at(i));
+            }
+        }
         setPosition(place.value());
         return true;
     }

@@ -33,6 +33,9 @@ public:
         std::function<Checked<int>()> count;
         // The place of the row of that id in the order, -1 when it is not among the rows.
         std::function<Checked<int>(qint64 id)> positionOf;
+        // Rows from the row of that id on (backwards: back from it), that row first: pages next to
+        // a row held are read from its key, not counted from the first row. None: by offset.
+        std::function<std::optional<Checked<QList<RecordRow>>>(qint64 id, int limit, bool backwards)> pageAt;
     };
     // Rows read through the pager as they are shown; a row written is placed where the order puts it.
     void setPagedRows(Pager pager);
@@ -83,6 +86,9 @@ private:
     void ensureLoaded(int index) const;
     // Paged rows: reads the page holding the row unless it is held.
     void ensurePaged(int index) const;
+    // Paged rows: the page from the held row at that place on (or back), read by its key; false
+    // when the pager reads by offset only.
+    bool pageFromHeld(int place, bool backwards) const;
     // Whether a row stands at that place (paged rows: read to know).
     bool exists(int index) const;
     // Paged rows: the count, read once.

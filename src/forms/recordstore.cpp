@@ -101,6 +101,51 @@ Checked<QList<RecordRow>> RecordStore::page(int offset, int limit, bool fromEnd,
                 QStringLiteral(" LIMIT %1 OFFSET %2").arg(std::max(0, limit)).arg(std::max(0, offset)), fromEnd);
 }
 
+std::optional<Checked<QList<RecordRow>>> RecordStore::pageAt(qint64 id, int limit, bool backwards,
+                                                             const QString &errorTitle) const
+{
+    const QString column = m_orderBy.trimmed();
+    if (column.isEmpty() || column.contains(QLatin1Char(',')) || column.contains(QLatin1Char(' ')))
+        return std::nullopt;
+    QVariant key;
+    {
+        Query query(m_db, QStringLiteral("SELECT %1 FROM %2 WHERE id = ?").arg(column, m_table));
+        if (auto failure = query.run(errorTitle, {id}))
+            return Checked<QList<RecordRow>>(*failure);
+        if (!query.next())
+            return Checked<QList<RecordRow>>(QList<RecordRow>());
+        key = query.value(0);
+    }
+    // The order in parts, each a range of the (column, id) index: NULL keys stand first on SQLite
+    // and last on PostgreSQL, so the part of the other kind of key follows (or goes before) it.
+    const bool nullsFirst = m_db.driverName() == QLatin1String("QSQLITE");
+    const QString step = backwards ? QStringLiteral("<=") : QStringLiteral(">=");
+    QList<QPair<QString, QVariantList>> parts;
+    if (key.isNull()) {
+        parts.append({column + QStringLiteral(" IS NULL AND id %1 ?").arg(step), {id}});
+        if (nullsFirst != backwards)
+            parts.append({column + QStringLiteral(" IS NOT NULL"), {}});
+    } else {
+        parts.append({QStringLiteral("(%1, id) %2 (?, ?)").arg(column, step), {key, id}});
+        if (nullsFirst == backwards)
+            parts.append({column + QStringLiteral(" IS NULL"), {}});
+    }
+    const QString columns = QStringLiteral(", ") + m_columns.join(QStringLiteral(", "));
+    QList<RecordRow> rows;
+    for (const auto &[condition, values] : parts) {
+        if (rows.size() >= limit)
+            break;
+        QVariantList bound = m_whereValues;
+        bound += values;
+        const auto read = this->read(columns, whereWith(condition), bound, true, errorTitle,
+                                     QStringLiteral(" LIMIT %1").arg(limit - rows.size()), backwards);
+        if (!read)
+            return read;
+        rows += read.value();
+    }
+    return Checked<QList<RecordRow>>(rows);
+}
+
 Checked<int> RecordStore::countWhere(const QString &condition, const QVariantList &values,
                                      const QString &errorTitle) const
 {

@@ -39,6 +39,11 @@ public:
     // order is turned round, so the turned order is exactly the order read backwards).
     Checked<QList<RecordRow>> page(int offset, int limit, bool fromEnd,
                                    const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
+    // The rows from the row of that id on in the order (backwards: from it back to the first, nearest
+    // first), that row included: read from its key through the index, however far from the first
+    // row it stands. None when the order is not one column (the caller counts by offset instead).
+    std::optional<Checked<QList<RecordRow>>> pageAt(qint64 id, int limit, bool backwards,
+                                                    const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
     // How many rows there are.
     Checked<int> count(const QString &errorTitle = QStringLiteral("ГРЕШКА при четене!")) const;
     // The place of the row of that id in the order (-1 when it is not among the rows), counted

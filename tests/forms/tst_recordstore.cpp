@@ -172,8 +172,16 @@ private slots:
     // A table too large to read its ids at opening is walked a page at a time: every move and
     // every place counted agrees with the whole order read at once, NULL codes included (first on
     // SQLite, last on PostgreSQL), from either end; a row written takes its place in the order.
+    // Pages next to a row held are read by offset or from that row's key: the same rows either way.
+    void pagedRowsFollowTheWholeOrder_data()
+    {
+        QTest::addColumn<bool>("byKey");
+        QTest::newRow("by offset") << false;
+        QTest::newRow("from the key of a row held") << true;
+    }
     void pagedRowsFollowTheWholeOrder()
     {
+        QFETCH(bool, byKey);
         ZAREK_SCRATCH_DB(scratch);
         QSqlDatabase db = scratch.db();
         const RecordStore store = drivers(db);
@@ -197,6 +205,8 @@ private slots:
         pager.page = [&store](int offset, int limit, bool fromEnd) { return store.page(offset, limit, fromEnd); };
         pager.count = [&store] { return store.count(); };
         pager.positionOf = [&store](qint64 id) { return store.positionOf(id); };
+        if (byKey)
+            pager.pageAt = [&store](qint64 id, int limit, bool backwards) { return store.pageAt(id, limit, backwards); };
         rows.setPagedRows(pager);
         QList<qint64> walked;
         for (;;) {
@@ -222,6 +232,11 @@ private slots:
             QCOMPARE(rows.current().id, expected.at(place));
         }
         QVERIFY(!rows.moveToBookmark(987654));
+        // Back to the first row from a bookmark far down, a page at a time.
+        rows.setPagedRows(pager);
+        QVERIFY(rows.moveToBookmark(expected.at(expected.size() - 3)));
+        for (int i = int(expected.size()) - 3; i >= 0; --i)
+            QCOMPARE(rows.at(i).id, expected.at(i));
 
         RecordRow added = driver(QStringLiteral("003"), QStringLiteral("Нов"));
         QVERIFY(!store.insert(added, saveTitle));
