@@ -27,7 +27,7 @@ inline bool fillCourses(QSqlDatabase db, int count)
 {
     const QStringList trucks = {"СА 1234 ВК", "РК 5678 ВС", "РК 9012 КМ", "СО 3456 АР", "ВТ 7890 ХА"};
     const QStringList clients = {"Бетон Перник АД", "Д'Аргос ООД", "Стройинвест Юг ЕООД", "Пътстрой ЕАД"};
-    const QStringList routes = {"Перник - София", "Перник - Радомир - Кюстендил", "Батановци - Перник"};
+    const QStringList routes = {"Перник - София", "Радомир - Кюстендил", "Батановци - Перник"};
     const QStringList goods = {"Пясък", "Чакъл 0-4 мм", "Бетонови елементи"};
     if (!db.transaction())
         return false;
