@@ -5,7 +5,7 @@
 #include "data/query.h"
 #include "documents/documentstore.h"
 #include "fleet/balansstore.h"
-#include "settlement/paysheetstore.h"
+#include "settlement/paysheettotals.h"
 
 #include <QVariant>
 #include <algorithm>
@@ -199,35 +199,23 @@ Checked<QList<UninvoicedClient>> uninvoiced(QSqlDatabase db, const BooksDay &boo
 
 Checked<QList<UnpaidDriver>> unpaidDrivers(QSqlDatabase db, const BooksDay &books)
 {
-    const Checked<RowSet> read = readRows(
-        db, readTitle,
-        QStringLiteral("SELECT t.kod, MIN(t.data), COUNT(*), (SELECT MAX(s.ime) FROM shof s WHERE s.kod = t.kod) "
-                       "FROM tabl t WHERE t.plat = ? AND t.data <= ? GROUP BY t.kod"),
-        {false, books.today});
+    // Each driver's pay sheet from his oldest unpaid course to today, added up by the database.
+    const Checked<QList<PaySheetTotal>> read = unpaidPaySheetTotals(db, books, books.today);
     if (!read)
         return read.message();
     QList<UnpaidDriver> drivers;
-    const RowSet &rows = read.value();
-    for (int row = 0; row < rows.rowCount(); ++row) {
+    for (const PaySheetTotal &sheet : read.value()) {
         UnpaidDriver driver;
-        driver.kod = rows.value(row, 0).toString();
-        driver.period = {dateOfValue(rows.value(row, 1)), books.today};
-        driver.courses = rows.value(row, 2).toInt();
-        driver.name = rows.value(row, 3).toString();
-        driver.currency = books.currencyOn(books.today);
-        SearchConditions conditions;
-        conditions.SeekDriverKod = driver.kod;
-        conditions.SeekDriverIme = driver.name;
-        conditions.SeekFrom = formatDate(driver.period.from);
-        conditions.SeekTo = formatDate(driver.period.to);
-        conditions.period = driver.period;
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, books);
-        if (sheet) {
-            driver.pay = sheet.value().printedTotal();
-            driver.currency = sheet.value().currency;
-            driver.courses = sheet.value().lines.size();
+        driver.kod = sheet.kod;
+        driver.name = sheet.name;
+        driver.period = {sheet.from, books.today};
+        driver.courses = sheet.lines;
+        if (sheet.refusal) {
+            driver.currency = books.currencyOn(books.today);
+            driver.failure = sheet.refusal->text.section(QLatin1Char('\n'), 0, 0);
         } else {
-            driver.failure = sheet.message().text.section(QLatin1Char('\n'), 0, 0);
+            driver.pay = sheet.printedTotal();
+            driver.currency = sheet.currency;
         }
         drivers.append(driver);
     }
