@@ -7,7 +7,6 @@
 #include "settlement/paymentstore.h"
 
 #include <QHash>
-#include <QSet>
 #include <QVariant>
 #include <cmath>
 #include <map>
@@ -18,38 +17,16 @@ namespace {
 
 const QString readErrorTitle = QStringLiteral("ГРЕШКА при четене!");
 
-// Every character QString::trimmed takes off, for SQL's TRIM(text, characters).
-const QString &blankCharacters()
+// std::llround(column × factor) in SQL, as the sheet rounds a course's figures (a null is 0): the
+// whole part toward zero, and one more away from zero when at least a half is left. The product is
+// the same double as in C++, and its difference from its whole part is exact.
+QString llroundSql(const QString &column, int factor, Dialect dialect)
 {
-    static const QString blanks = [] {
-        QString all;
-        for (char16_t code = 1; code < 0xd800; ++code) {
-            if (QChar(code).isSpace())
-                all.append(QChar(code));
-        }
-        for (char32_t code = 0xe000; code <= 0xffff; ++code) {
-            if (QChar(static_cast<char16_t>(code)).isSpace())
-                all.append(QChar(static_cast<char16_t>(code)));
-        }
-        return all;
-    }();
-    return blanks;
-}
-
-// std::llround of a double in SQL, half away from zero: its whole part (toward zero) and one more
-// when at least a half is left. The difference of a number and its whole part is exact.
-QString llroundSql(const QString &x, Dialect dialect)
-{
+    const QString x = QStringLiteral("(COALESCE(%1, 0) * CAST(%2 AS DOUBLE PRECISION))").arg(column).arg(factor);
     const QString whole = dialect == Dialect::SQLite ? QStringLiteral("CAST(%1 AS INTEGER)").arg(x)
                                                       : QStringLiteral("trunc(%1)").arg(x);
     return QStringLiteral("CAST(%1 + CASE WHEN %2 - %1 >= 0.5 THEN 1 WHEN %1 - %2 >= 0.5 THEN -1 ELSE 0 END AS BIGINT)")
         .arg(whole, x);
-}
-
-// a × b as C++ computes it on doubles, a read as the sheet reads it (a null is 0).
-QString productSql(const QString &column, int factor)
-{
-    return QStringLiteral("(COALESCE(%1, 0) * CAST(%2 AS DOUBLE PRECISION))").arg(column).arg(factor);
 }
 
 // cents + parts / ExactPay::partsPerCent, for parts beyond 64 bits.
@@ -65,12 +42,14 @@ ExactPay exactPay(__int128 parts)
     return ExactPay::fromParts(static_cast<qint64>(cents), static_cast<qint64>(rest));
 }
 
+// A driver's courses of one truck as typed and one load.
 struct Group {
-    QString truck;  // trimmed
-    bool euro = false;
-    int overload = 0;
+    QVariant kola;
+    double ton = 0;
     int count = 0;
-    qint64 cents = 0;
+    int euroCount = 0;
+    qint64 levaCents = 0;
+    qint64 euroCents = 0;
     QDate oldest;
 };
 
@@ -92,48 +71,31 @@ Checked<QList<PaySheetTotal>> unpaidPaySheetTotals(QSqlDatabase db, const BooksD
     if (!trucks)
         return trucks.message();
 
-    // The rated load of each truck in kilograms, by its number (of two rows the later one).
-    QVariantList values;
-    QString rated;
-    QSet<QString> numbers;
-    for (const PayTruck &row : trucks.value()) {
-        if (numbers.contains(row.kola))
-            continue;
-        numbers.insert(row.kola);
-        const PayTruck truck = payTruckFor(trucks.value(), row.kola);
-        rated += QStringLiteral(" WHEN ? THEN CAST(? AS BIGINT)");
-        values << truck.kola << static_cast<qlonglong>(std::llround(truck.ratedTon * 1000.0));
-    }
-    rated = rated.isEmpty() ? QStringLiteral("0") : QStringLiteral("CASE k") + rated + QStringLiteral(" ELSE 0 END");
-
+    // Each driver's unpaid courses by truck as typed and by load (the order of the partial index
+    // tabl_unpaid, read whole, nothing sorted): the cents of each currency added up.
     const Dialect dialect = dialectOf(db);
-    const SqlPart euro = byRowCurrency(QStringLiteral("data"), books.changeover, QStringLiteral("1"), QStringLiteral("0"));
-    values << blankCharacters();
-    values.append(euro.values);
-    values << false << upTo;
-    // Innermost each course's trimmed truck, currency, kilograms and cents; then the truck's rated
-    // kilograms; grouped by driver, truck, currency and whole tonnes over.
-    const QString sql =
-        QStringLiteral("SELECT kod, k, cur, CASE WHEN kg - rated > 0 THEN (kg - rated) / 1000 ELSE 0 END, COUNT(*), "
-                       "CAST(SUM(cents) AS BIGINT), MIN(data) "
-                       "FROM (SELECT kod, data, k, cur, kg, cents, %1 AS rated "
-                       "FROM (SELECT kod, data, TRIM(COALESCE(kola, ''), ?) AS k, %2 AS cur, %3 AS kg, %4 AS cents "
-                       "FROM tabl WHERE plat = ? AND data <= ?) c) r "
-                       "GROUP BY 1, 2, 3, 4")
-            .arg(rated, euro.sql, llroundSql(productSql(QStringLiteral("ton"), 1000), dialect),
-                 llroundSql(productSql(QStringLiteral("bruto"), 100), dialect));
-    Query query(db, sql);
+    const QString cents = llroundSql(QStringLiteral("bruto"), 100, dialect);
+    const SqlPart euroCount = byRowCurrency(QStringLiteral("data"), books.changeover, QStringLiteral("1"), QStringLiteral("0"));
+    const SqlPart levaCents = byRowCurrency(QStringLiteral("data"), books.changeover, QStringLiteral("0"), cents);
+    const SqlPart euroCents = byRowCurrency(QStringLiteral("data"), books.changeover, cents, QStringLiteral("0"));
+    QVariantList values = euroCount.values + levaCents.values + euroCents.values;
+    values << upTo;
+    Query query(db, QStringLiteral("SELECT kod, kola, ton, COUNT(*), SUM(%1), CAST(SUM(%2) AS BIGINT), "
+                                   "CAST(SUM(%3) AS BIGINT), MIN(data) FROM tabl "
+                                   "WHERE plat = FALSE AND data <= ? GROUP BY kod, kola, ton")
+                        .arg(euroCount.sql, levaCents.sql, euroCents.sql));
     if (auto failure = query.run(readErrorTitle, values))
         return *failure;
     std::map<QString, QList<Group>> drivers;
     while (query.next()) {
         Group group;
-        group.truck = query.value(1).toString();
-        group.euro = query.value(2).toInt() == 1;
-        group.overload = query.value(3).toInt();
-        group.count = query.value(4).toInt();
-        group.cents = query.value(5).toLongLong();
-        group.oldest = dateOfValue(query.value(6));
+        group.kola = query.value(1);
+        group.ton = query.value(2).toDouble();
+        group.count = query.value(3).toInt();
+        group.euroCount = query.value(4).toInt();
+        group.levaCents = query.value(5).toLongLong();
+        group.euroCents = query.value(6).toLongLong();
+        group.oldest = dateOfValue(query.value(7));
         drivers[query.value(0).toString()].append(group);
     }
     if (auto failure = query.readFailure(readErrorTitle))
@@ -158,39 +120,55 @@ Checked<QList<PaySheetTotal>> unpaidPaySheetTotals(QSqlDatabase db, const BooksD
         sheet.kod = kod;
         sheet.name = names.value(kod);
         bool anyEuro = false;
-        QStringList unpriced;  // trucks without a percent
+        QVariantList unpriced;  // trucks without a percent, as typed
         for (const Group &group : groups) {
             sheet.lines += group.count;
-            anyEuro = anyEuro || group.euro;
+            anyEuro = anyEuro || group.euroCount > 0;
             if (!sheet.from.isValid() || (group.oldest.isValid() && group.oldest < sheet.from))
                 sheet.from = group.oldest;
-            if (payTruckFor(trucks.value(), group.truck).percent == 0.0 && !unpriced.contains(group.truck))
-                unpriced.append(group.truck);
+            if (payTruckFor(trucks.value(), group.kola.toString()).percent == 0.0 && !unpriced.contains(group.kola))
+                unpriced.append(group.kola);
         }
         sheet.currency = totalsCurrency(anyEuro, payday);
         if (!names.contains(kod)) {
             sheet.refusal = driverMissingMessage();
         } else if (!unpriced.isEmpty()) {
             // The sheet stops at its first course of such a truck, and names the truck as typed.
-            QVariantList first = {kod, false, upTo, blankCharacters()};
-            for (const QString &truck : std::as_const(unpriced))
-                first << truck;
-            const Checked<QVariant> kola = scalar(
-                db, readErrorTitle,
-                QStringLiteral("SELECT kola FROM tabl WHERE kod = ? AND plat = ? AND data <= ? "
-                               "AND TRIM(COALESCE(kola, ''), ?) IN (%1) ORDER BY data, id LIMIT 1")
-                    .arg(placeholders(unpriced.size())),
-                first);
+            QVariantList first = {kod, upTo};
+            QStringList typed;
+            bool blank = false;
+            for (const QVariant &kola : std::as_const(unpriced)) {
+                if (kola.isNull()) {
+                    blank = true;
+                } else {
+                    typed << QStringLiteral("?");
+                    first << kola;
+                }
+            }
+            QString which = typed.isEmpty() ? QStringLiteral("kola IS NULL")
+                                            : QStringLiteral("kola IN (%1)").arg(typed.join(QStringLiteral(", ")));
+            if (blank && !typed.isEmpty())
+                which = QStringLiteral("(%1 OR kola IS NULL)").arg(which);
+            const Checked<QVariant> kola = scalar(db, readErrorTitle,
+                                                  QStringLiteral("SELECT kola FROM tabl WHERE kod = ? AND plat = FALSE "
+                                                                 "AND data <= ? AND %1 ORDER BY data, id LIMIT 1")
+                                                      .arg(which),
+                                                  first);
             if (!kola)
                 return kola.message();
             sheet.refusal = noPercentMessage(kola.value().toString());
         } else {
             for (const Group &group : groups) {
-                const PayTruck truck = payTruckFor(trucks.value(), group.truck);
-                const __int128 parts = static_cast<__int128>(group.cents) * std::llround(truck.percent * 10000.0)
-                                       * (100 - 20 * static_cast<qint64>(group.overload));
-                const Currency currency = group.euro ? Currency::Euro : Currency::Leva;
-                (currency == sheet.currency ? sheet.total : sheet.otherTotal) += exactPay(parts);
+                const PayTruck truck = payTruckFor(trucks.value(), group.kola.toString());
+                // A line's pay is cents × percent parts × what the overload leaves: the same for
+                // every line of the group but its cents.
+                const qint64 factor = std::llround(truck.percent * 10000.0)
+                                      * (100 - 20 * static_cast<qint64>(overloadTonnes(group.ton, truck.ratedTon)));
+                for (const auto &[cents, currency] : {std::pair{group.levaCents, Currency::Leva},
+                                                      std::pair{group.euroCents, Currency::Euro}}) {
+                    (currency == sheet.currency ? sheet.total : sheet.otherTotal)
+                        += exactPay(static_cast<__int128>(cents) * factor);
+                }
             }
         }
         totals.append(sheet);

@@ -33,9 +33,9 @@ struct PaySheetTotal {
 };
 
 // Each driver's sheet of his unpaid courses up to the day upTo, paid on books.today, by code. A
-// course's pay is linear in its cents for one driver, truck, currency of the day and whole tonnes
-// over the truck's rated load, so the database adds up the cents of each such group; the percent,
-// the overload's fifths and the split into cents and parts follow exactly as the sheet's own rule.
+// course's pay is linear in its cents for one truck and one load, so the database adds up the cents
+// of each driver, truck as typed and load, in each currency; the truck's percent and rated load, the
+// whole tonnes over and the split into cents and parts follow here by the sheet's own rules.
 Checked<QList<PaySheetTotal>> unpaidPaySheetTotals(QSqlDatabase db, const BooksDay &books, const QDate &upTo);
 
 }
