@@ -10,6 +10,7 @@
 #include <QBarSet>
 #include <QChart>
 #include <QChartView>
+#include <QFontMetrics>
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -198,6 +199,13 @@ void TileBox::showProfits(const TruckProfits &profits)
     QFont small = axisX->labelsFont();
     small.setPointSizeF(small.pointSizeF() * 0.75);
     axisX->setLabelsFont(small);
+    // The chart gives an axis at most 2/5 of its height: tall enough for the longest number read
+    // upright, with the tick and the gaps round it, or the numbers would be cut short.
+    const QFontMetrics metrics(small);
+    int longest = 0;
+    for (const QString &kola : std::as_const(trucks))
+        longest = std::max(longest, metrics.horizontalAdvance(kola));
+    m_chart->setMinimumHeight(std::max(140, (longest + metrics.height() + 16) * 5 / 2));
     chart->addAxis(axisX, Qt::AlignBottom);
     series->attachAxis(axisX);
     auto *axisY = new QValueAxis;
