@@ -17,14 +17,17 @@ namespace {
 
 const QString readErrorTitle = QStringLiteral("ГРЕШКА при четене!");
 
-// std::llround(column × factor) in SQL, as the sheet rounds a course's figures (a null is 0): the
-// whole part toward zero, and one more away from zero when at least a half is left. The product is
-// the same double as in C++, and its difference from its whole part is exact.
+// std::llround(column × factor) in SQL, as the sheet rounds a course's figures (a null is 0). The
+// product is the same double as in C++. SQLite's round() adds a half and cuts toward zero, which is
+// std::llround for every number but the largest double below a half: a magnitude below a half is
+// 0. PostgreSQL rounds a double half to even: there the whole part toward zero, and one more away
+// from zero when at least a half is left (the difference of a number and its whole part is exact).
 QString llroundSql(const QString &column, int factor, Dialect dialect)
 {
     const QString x = QStringLiteral("(COALESCE(%1, 0) * CAST(%2 AS DOUBLE PRECISION))").arg(column).arg(factor);
-    const QString whole = dialect == Dialect::SQLite ? QStringLiteral("CAST(%1 AS INTEGER)").arg(x)
-                                                      : QStringLiteral("trunc(%1)").arg(x);
+    if (dialect == Dialect::SQLite)
+        return QStringLiteral("CAST(CASE WHEN abs(%1) < 0.5 THEN 0 ELSE round(%1) END AS INTEGER)").arg(x);
+    const QString whole = QStringLiteral("trunc(%1)").arg(x);
     return QStringLiteral("CAST(%1 + CASE WHEN %2 - %1 >= 0.5 THEN 1 WHEN %1 - %2 >= 0.5 THEN -1 ELSE 0 END AS BIGINT)")
         .arg(whole, x);
 }
