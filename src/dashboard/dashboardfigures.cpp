@@ -5,7 +5,7 @@
 #include "data/query.h"
 #include "documents/documentstore.h"
 #include "fleet/balansstore.h"
-#include "settlement/paysheetstore.h"
+#include "settlement/paysheettotals.h"
 
 #include <QVariant>
 #include <algorithm>
@@ -28,33 +28,38 @@ struct GrossGroup {
     QList<std::pair<Money, int>> levaAmounts;  // read only where the leva are converted to euro
 };
 
-// The groups' sums: "key, in euro (1/0), count, Σ bruto, oldest date", by key (an empty key: one group).
+// The groups' sums, by key (an empty key: one group): each currency's count and gross summed
+// apart within one group, so the rows are grouped by the key alone (in the order of an index that
+// holds it, nothing sorted).
 Checked<QHash<QString, GrossGroup>> grossBy(QSqlDatabase db, const BooksDay &books, const QString &key,
                                             const QString &condition, const QVariantList &values)
 {
-    const SqlPart euro = byRowCurrency(QStringLiteral("data"), books.changeover, QStringLiteral("1"), QStringLiteral("0"));
-    QVariantList all = euro.values;
+    const QString column = QStringLiteral("data");
+    const SqlPart euroCount = byRowCurrency(column, books.changeover, QStringLiteral("1"), QStringLiteral("0"));
+    const SqlPart leva = byRowCurrency(column, books.changeover, QStringLiteral("0"), QStringLiteral("bruto"));
+    const SqlPart euro = byRowCurrency(column, books.changeover, QStringLiteral("bruto"), QStringLiteral("0"));
+    QVariantList all = euroCount.values + leva.values + euro.values;
     all.append(values);
-    // Grouped by position: the CASE and its bound date stand once.
-    const QString sql = QStringLiteral("SELECT %1, %2, COUNT(*), SUM(bruto), MIN(data) FROM tabl WHERE %3 GROUP BY %4")
-                            .arg(key.isEmpty() ? QStringLiteral("''") : key, euro.sql, condition,
-                                 key.isEmpty() ? QStringLiteral("2") : QStringLiteral("1, 2"));
+    const QString sql = QStringLiteral("SELECT %1, COUNT(*), SUM(%2), SUM(%3), SUM(%4), MIN(data) FROM tabl WHERE %5%6")
+                            .arg(key.isEmpty() ? QStringLiteral("''") : key, euroCount.sql, leva.sql, euro.sql, condition,
+                                 key.isEmpty() ? QString() : QStringLiteral(" GROUP BY ") + key);
     Query query(db, sql);
     if (auto failure = query.run(readTitle, all))
         return *failure;
     QHash<QString, GrossGroup> groups;
     while (query.next()) {
+        const int count = query.value(1).toInt();
+        if (count == 0)
+            continue;  // no rows at all, without a key
         GrossGroup &group = groups[query.value(0).toString()];
-        const int count = query.value(2).toInt();
-        const Money sum = Money::fromAmount(query.value(3).toDouble());
-        const QDate oldest = dateOfValue(query.value(4));
+        const int euroCourses = query.value(2).toInt();
         group.courses += count;
-        if (query.value(1).toInt() == 1) {
-            group.euroCourses += count;
-            group.euro += sum;
-        } else {
-            group.leva += sum;
-        }
+        group.euroCourses += euroCourses;
+        if (count > euroCourses)
+            group.leva += Money::fromAmount(query.value(3).toDouble());
+        if (euroCourses > 0)
+            group.euro += Money::fromAmount(query.value(4).toDouble());
+        const QDate oldest = dateOfValue(query.value(5));
         if (!group.oldest.isValid() || (oldest.isValid() && oldest < group.oldest))
             group.oldest = oldest;
     }
@@ -168,8 +173,9 @@ Checked<MonthComparison> monthComparison(QSqlDatabase db, const BooksDay &books)
 Checked<QList<UninvoicedClient>> uninvoiced(QSqlDatabase db, const BooksDay &books)
 {
     const QString key = QStringLiteral("Klient");
-    const QString condition = QStringLiteral("Fakt = ? AND data <= ?");
-    const QVariantList values = {false, books.today};
+    // Fakt written out: the courses not invoiced have an index of their own (tabl_uninvoiced).
+    const QString condition = QStringLiteral("Fakt = FALSE AND data <= ?");
+    const QVariantList values = {books.today};
     Checked<QHash<QString, GrossGroup>> read = grossBy(db, books, key, condition, values);
     if (!read)
         return read.message();
@@ -199,35 +205,23 @@ Checked<QList<UninvoicedClient>> uninvoiced(QSqlDatabase db, const BooksDay &boo
 
 Checked<QList<UnpaidDriver>> unpaidDrivers(QSqlDatabase db, const BooksDay &books)
 {
-    const Checked<RowSet> read = readRows(
-        db, readTitle,
-        QStringLiteral("SELECT t.kod, MIN(t.data), COUNT(*), (SELECT MAX(s.ime) FROM shof s WHERE s.kod = t.kod) "
-                       "FROM tabl t WHERE t.plat = ? AND t.data <= ? GROUP BY t.kod"),
-        {false, books.today});
+    // Each driver's pay sheet from his oldest unpaid course to today, added up by the database.
+    const Checked<QList<PaySheetTotal>> read = unpaidPaySheetTotals(db, books, books.today);
     if (!read)
         return read.message();
     QList<UnpaidDriver> drivers;
-    const RowSet &rows = read.value();
-    for (int row = 0; row < rows.rowCount(); ++row) {
+    for (const PaySheetTotal &sheet : read.value()) {
         UnpaidDriver driver;
-        driver.kod = rows.value(row, 0).toString();
-        driver.period = {dateOfValue(rows.value(row, 1)), books.today};
-        driver.courses = rows.value(row, 2).toInt();
-        driver.name = rows.value(row, 3).toString();
-        driver.currency = books.currencyOn(books.today);
-        SearchConditions conditions;
-        conditions.SeekDriverKod = driver.kod;
-        conditions.SeekDriverIme = driver.name;
-        conditions.SeekFrom = formatDate(driver.period.from);
-        conditions.SeekTo = formatDate(driver.period.to);
-        conditions.period = driver.period;
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, books);
-        if (sheet) {
-            driver.pay = sheet.value().printedTotal();
-            driver.currency = sheet.value().currency;
-            driver.courses = sheet.value().lines.size();
+        driver.kod = sheet.kod;
+        driver.name = sheet.name;
+        driver.period = {sheet.from, books.today};
+        driver.courses = sheet.lines;
+        if (sheet.refusal) {
+            driver.currency = books.currencyOn(books.today);
+            driver.failure = sheet.refusal->text.section(QLatin1Char('\n'), 0, 0);
         } else {
-            driver.failure = sheet.message().text.section(QLatin1Char('\n'), 0, 0);
+            driver.pay = sheet.printedTotal();
+            driver.currency = sheet.currency;
         }
         drivers.append(driver);
     }

@@ -10,6 +10,7 @@
 #include <QBarSet>
 #include <QChart>
 #include <QChartView>
+#include <QFontMetrics>
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -198,6 +199,13 @@ void TileBox::showProfits(const TruckProfits &profits)
     QFont small = axisX->labelsFont();
     small.setPointSizeF(small.pointSizeF() * 0.75);
     axisX->setLabelsFont(small);
+    // The chart gives an axis at most 2/5 of its height: tall enough for the longest number read
+    // upright, with the tick and the gaps round it, or the numbers would be cut short.
+    const QFontMetrics metrics(small);
+    int longest = 0;
+    for (const QString &kola : std::as_const(trucks))
+        longest = std::max(longest, metrics.horizontalAdvance(kola));
+    m_chart->setMinimumHeight(std::max(140, (longest + metrics.height() + 16) * 5 / 2));
     chart->addAxis(axisX, Qt::AlignBottom);
     series->attachAxis(axisX);
     auto *axisY = new QValueAxis;
@@ -327,9 +335,9 @@ void Tablo::resizeEvent(QResizeEvent *event)
 
 Tablo::~Tablo()
 {
-    if (m_thread) {
-        m_thread->wait();
-        delete m_thread;
+    for (QThread *thread : std::as_const(m_threads)) {
+        thread->wait();
+        delete thread;
     }
 }
 
@@ -344,46 +352,62 @@ void Tablo::setTileAllowed(Tile tile, bool allowed)
 
 void Tablo::refresh()
 {
-    if (m_thread) {
+    if (!m_threads.isEmpty()) {
         m_again = true;
         return;
     }
     const BooksDay books = m_books();
-    QList<Tile> tiles;
-    for (Tile tile : allTiles) {
-        if (isTileAllowed(tile))
-            tiles.append(tile);
-    }
+    // Two readers, each on a connection of its own, so that the two longest sums (the unpaid pay
+    // and the courses not invoiced) are read at once.
+    const QList<QList<Tile>> readers = {{Tile::Unpaid, Tile::Month, Tile::Documents},
+                                        {Tile::Uninvoiced, Tile::Profit, Tile::Receivables}};
     QPointer<Tablo> self(this);
     const QSqlDatabase source = m_db;
-    m_thread = QThread::create([self, source, books, tiles] {
-        // A connection of its own, opened and closed in this thread.
-        PrivateConnection connection(source);
-        for (Tile tile : tiles) {
-            TileResult result = readTile(tile, connection.db(), books);
-            QMetaObject::invokeMethod(
-                self.data(),
-                [self, result, books] {
-                    if (self) {
-                        self->m_booksShown.insert(result.tile, books);
-                        self->showResult(result);
-                    }
-                },
-                Qt::QueuedConnection);
+    for (const QList<Tile> &reader : readers) {
+        QList<Tile> tiles;
+        for (Tile tile : reader) {
+            if (isTileAllowed(tile))
+                tiles.append(tile);
         }
-    });
-    m_thread->setObjectName(QStringLiteral("dashboard"));
-    connect(m_thread, &QThread::finished, this, [this] {
-        m_thread->deleteLater();
-        m_thread = nullptr;
-        if (m_again) {
-            m_again = false;
-            refresh();
-            return;
-        }
-        emit loaded();
-    });
-    m_thread->start(QThread::LowPriority);
+        if (tiles.isEmpty())
+            continue;
+        QThread *thread = QThread::create([self, source, books, tiles] {
+            // A connection of its own, opened and closed in this thread.
+            PrivateConnection connection(source);
+            for (Tile tile : tiles) {
+                TileResult result = readTile(tile, connection.db(), books);
+                QMetaObject::invokeMethod(
+                    self.data(),
+                    [self, result, books] {
+                        if (self) {
+                            self->m_booksShown.insert(result.tile, books);
+                            self->showResult(result);
+                        }
+                    },
+                    Qt::QueuedConnection);
+            }
+        });
+        thread->setObjectName(QStringLiteral("dashboard"));
+        connect(thread, &QThread::finished, this, [this, thread] {
+            m_threads.removeOne(thread);
+            thread->deleteLater();
+            if (!m_threads.isEmpty())
+                return;
+            if (m_again) {
+                m_again = false;
+                refresh();
+                return;
+            }
+            emit loaded();
+        });
+        m_threads.append(thread);
+    }
+    if (m_threads.isEmpty()) {
+        QMetaObject::invokeMethod(this, &Tablo::loaded, Qt::QueuedConnection);
+        return;
+    }
+    for (QThread *thread : std::as_const(m_threads))
+        thread->start(QThread::LowPriority);
 }
 
 void Tablo::showResult(const TileResult &result)

@@ -37,10 +37,10 @@ TileResult readTile(Tile tile, QSqlDatabase db, const BooksDay &books);
 class TileBox;
 
 // "Табло": the month's state in tiles, in the main window's client area. The figures are read in
-// a thread of its own on a connection of its own, and each tile shows its own as soon as they are
-// there; the window's menus answer meanwhile. A tile that cannot read its figures says so in a line
-// of its own. Tab moves from tile to tile, the arrows within one, Enter opens the screen that acts
-// on the row, Ctrl+P prints the tile on a page.
+// two threads of their own, each on a connection of its own, and each tile shows its own as soon
+// as they are there; the window's menus answer meanwhile. A tile that cannot read its figures says
+// so in a line of its own. Tab moves from tile to tile, the arrows within one, Enter opens the
+// screen that acts on the row, Ctrl+P prints the tile on a page.
 class Tablo : public QFrame {
     Q_OBJECT
 public:
@@ -55,7 +55,7 @@ public:
 
     // Reads every allowed tile again; asked while reading, it reads once more when done.
     void refresh();
-    bool isLoading() const { return m_thread != nullptr; }
+    bool isLoading() const { return !m_threads.isEmpty(); }
 
     // What the tile shows now, and its page.
     TileSheet sheet(Tile tile) const;
@@ -89,7 +89,7 @@ private:
     QHash<Tile, bool> m_allowed;
     QHash<Tile, TileResult> m_results;
     QHash<Tile, BooksDay> m_booksShown;
-    QThread *m_thread = nullptr;
+    QList<QThread *> m_threads;  // the readers still reading
     bool m_again = false;
     QGridLayout *m_grid = nullptr;
     int m_columns = 0;

@@ -253,6 +253,14 @@ const std::vector<Migration> &migrations()
             QStringLiteral("CREATE INDEX pogasiavania_plashtane ON Pogasiavania (PlashtaneID)"),
             QStringLiteral("CREATE INDEX pogasiavania_kredit ON Pogasiavania (KreditID)"),
         }},
+        {9, {  // the dashboard's sums: the courses not yet paid and not yet invoiced in small indexes of
+               // their own, in the order they are grouped by
+            QStringLiteral("CREATE INDEX tabl_unpaid ON tabl (kod, kola, ton, data, bruto, plat) WHERE plat = FALSE"),
+            QStringLiteral("CREATE INDEX tabl_uninvoiced ON tabl (Klient, data, bruto, Fakt) WHERE Fakt = FALSE"),
+            // the month's and the trucks' sums of a period read from the index alone, wherever the
+            // period's courses lie in the table
+            QStringLiteral("CREATE INDEX tabl_data_sums ON tabl (data, kola, bruto, ton, km)"),
+        }},
     };
     return list;
 }

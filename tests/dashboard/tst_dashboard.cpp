@@ -20,6 +20,8 @@
 #include "testdatabase.h"
 
 #include <QComboBox>
+#include <QGraphicsTextItem>
+#include <QGraphicsView>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QLineEdit>
@@ -449,6 +451,40 @@ private slots:
         QCOMPARE(balans.count(), 1);
         QCOMPARE(balans.first().value(0).toString(),
                  std::get<TruckProfits>(*tablo.figures(Tile::Profit)).trucks.value(1).kola);
+    }
+
+    // Each truck's number stands whole under its bar, on a small screen as on a large one: the
+    // chart takes the height its upright numbers need.
+    void theProfitChartShowsEachTruckNumberWhole_data()
+    {
+        QTest::addColumn<QSize>("size");  // the main window's client area
+        QTest::newRow("1024x768") << QSize(1024, 680);
+        QTest::newRow("1600x900") << QSize(1600, 810);
+    }
+    void theProfitChartShowsEachTruckNumberWhole()
+    {
+        QFETCH(QSize, size);
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillDemo(scratch.db()));
+        Tablo tablo(scratch.db(), [] { return demoBooks(); }, [] { return FirmProfile(); });
+        tablo.resize(size);
+        tablo.show();
+        tablo.refresh();
+        QVERIFY(waitLoaded(tablo));
+        QTest::qWait(50);
+        QStringList trucks;
+        for (const TruckProfit &truck : std::get<TruckProfits>(*tablo.figures(Tile::Profit)).trucks)
+            trucks << truck.kola;
+        QVERIFY(trucks.size() >= 5);
+        auto *chart = qobject_cast<QGraphicsView *>(tablo.tileBox(Tile::Profit)->keyWidget());
+        QVERIFY(chart);
+        QStringList shown;
+        for (QGraphicsItem *item : chart->scene()->items()) {
+            if (auto *text = dynamic_cast<QGraphicsTextItem *>(item); text && text->isVisible())
+                shown << text->toPlainText();
+        }
+        for (const QString &kola : std::as_const(trucks))
+            QVERIFY2(shown.contains(kola), qPrintable(kola + QStringLiteral(" among ") + shown.join(QStringLiteral(", "))));
     }
 
     // A course saved in the course editor shows on the dashboard of the main window.
