@@ -78,9 +78,11 @@ void benchStatement(QSqlDatabase db, const QString &folder)
                        [&firm]() -> const FirmProfile & { return firm; });
         made = ms(step);
         screen.show();
-        screen.grab();  // drawn
+        const QPixmap drawn = screen.grab();  // drawn
+        const double taken = ms(step);
+        bench::keepPicture(drawn, "klients");
         rows = screen.model()->rowCount();
-        return ms(step);
+        return taken;
     });
     const double screenBare = bench::bareOf3(db, screenStatements);
 
@@ -101,9 +103,9 @@ void benchStatement(QSqlDatabase db, const QString &folder)
         QElapsedTimer step;
         step.start();
         std::unique_ptr<ReportPreview> preview(screen.print());
-        if (preview)
-            preview->grab();  // its first page drawn
+        const QPixmap drawn = preview ? preview->grab() : QPixmap();  // its first page drawn
         const double taken = ms(step);
+        bench::keepPicture(drawn, "statement");
         paperBare = std::max(paperBare, bench::bareOf3(screen.scratch()->db(), paperStatements));
         step.restart();
         pages = preview ? preview->report().pageCount() : 0;

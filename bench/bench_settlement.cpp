@@ -126,8 +126,9 @@ void run(const char *engine, QSqlDatabase db, int count)
         const Checked<Report> report = ReportZaplata(sheet.value(), paySheetRows(sheet.value()), firm, QDate::currentDate());
         ReportPreview preview(std::make_shared<ReportLayouter>(report.value()));
         preview.show();
-        preview.grab();  // drawn, before the background layout's first slice
+        const QPixmap drawn = preview.grab();  // drawn, before the background layout's first slice
         const double taken = ms(total);
+        bench::keepPicture(drawn, "paysheet");
         step.restart();
         pages = layoutReport(report.value()).pageCount();
         layout = ms(step);
@@ -145,9 +146,11 @@ void run(const char *engine, QSqlDatabase db, int count)
         open.start();
         Plashtane screen(conditions, db, scratch, firm, nullptr, QDate::currentDate());
         screen.show();
-        screen.grab();  // drawn
+        const QPixmap drawn = screen.grab();  // drawn
+        const double taken = ms(open);
+        bench::keepPicture(drawn, "plashtane");
         screenRows = screen.model()->rowCount();
-        return ms(open);
+        return taken;
     });
     const double screenBare = bench::bareOf3(db, screenStatements);
     std::printf("  Plashtane with %d courses\n", screenRows);

@@ -3,7 +3,9 @@
 // A screen or paper raced against the bare statements it runs: each timed on the same connection,
 // the best of three runs, and the ratio printed with its goal.
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QPixmap>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -58,6 +60,15 @@ inline double bestOf3(const std::function<double()> &step)
 inline double bareOf3(QSqlDatabase db, const QList<Statement> &statements)
 {
     return bestOf3([&] { return runBare(db, statements); });
+}
+
+// Saves what a screen or paper drew as name.png in the folder ZAREK_BENCH_PICTURES names, if any,
+// so the figures can be checked against what was shown.
+inline void keepPicture(const QPixmap &picture, const char *name)
+{
+    const QString folder = qEnvironmentVariable("ZAREK_BENCH_PICTURES");
+    if (!folder.isEmpty())
+        picture.save(QDir(folder).filePath(QString::fromLatin1(name) + QStringLiteral(".png")));
 }
 
 // "what: 12.3 ms, bare query 6.1 ms, 2.02x, goal 2x: NOT met"
