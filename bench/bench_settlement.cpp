@@ -1,8 +1,10 @@
 // Driver pay on 100,000 courses, a driver with about 3,000 unpaid courses in the period: the pay
-// sheet computed and its first page shown, Plashtane opened, and 1,000 Space marks written.
+// sheet computed and its first page shown, Plashtane opened, each raced against the bare statements
+// it runs; and 1,000 Space marks written.
 // SQLite always; PostgreSQL when ZAREK_TEST_PG names a server. Usage: bench_settlement [courses]
 
 #include "benchdata.h"
+#include "benchratio.h"
 #include "core/firmprofile.h"
 #include "core/valueformat.h"
 #include "data/scratchdatabase.h"
@@ -90,43 +92,73 @@ void run(const char *engine, QSqlDatabase db, int count)
     ScratchDatabase scratch(folder.path());
     RecordingMessageService messages;
 
-    for (int round = 0; round < 2; ++round) {  // the second round runs with warm caches
+    // The statements the pay sheet runs, and those the payment screen runs, bare.
+    const QList<bench::Statement> sheetStatements = {
+        {QStringLiteral("SELECT EGN, LKarta FROM shof WHERE kod = ? ORDER BY id"), {driver}},
+        {QStringLiteral("SELECT kola, Procent, Ton FROM Config ORDER BY id"), {}},
+        {QStringLiteral("SELECT data, kola, ton, KM, Marsh, Tovar, bruto FROM tabl "
+                        "WHERE kod = ? AND plat = ? AND data BETWEEN ? AND ? ORDER BY data, id"),
+         {driver, false, conditions.period.from, conditions.period.to}}};
+    const QList<bench::Statement> screenStatements = {
+        {QStringLiteral("SELECT kola, Procent, Ton FROM Config ORDER BY id"), {}},
+        {QStringLiteral("SELECT id, row_version, kod, Data, Marsh, Tovar, kola, KM, Ton, Tarifa, neto, plat, bruto "
+                        "FROM tabl WHERE plat = ? AND kod = ? AND Data BETWEEN ? AND ? ORDER BY Data, id"),
+         {false, driver, conditions.period.from, conditions.period.to}}};
+    bench::runBare(db, sheetStatements);  // the first run reads the pages in
+
+    // The pay sheet as its command shows it: computed, its first page laid out and drawn.
+    int lines = 0;
+    int pages = 0;
+    double compute = 0;
+    double layout = 0;
+    const double shown = bench::bestOf3([&] {
         QElapsedTimer total;
         total.start();
         QElapsedTimer step;
         step.start();
         const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {Changeover{}, QDate::currentDate()});
-        const double compute = ms(step);
+        compute = ms(step);
         if (!sheet) {
             std::fprintf(stderr, "pay sheet: %s\n", qPrintable(sheet.message().text));
-            return;
+            return 0.0;
         }
-        step.restart();
-        const Checked<RowSet> rows = writeTempZaplata(scratch, sheet.value());
-        const double scratchMs = ms(step);
-        step.restart();
-        const LaidOutReport laid = layoutReport(ReportZaplata(sheet.value(), rows.value(), firm, QDate::currentDate()).value());
-        const double layout = ms(step);
-        step.restart();
-        ReportPreview preview(laid);
+        lines = int(sheet.value().lines.size());
+        const Checked<Report> report = ReportZaplata(sheet.value(), paySheetRows(sheet.value()), firm, QDate::currentDate());
+        ReportPreview preview(std::make_shared<ReportLayouter>(report.value()));
         preview.show();
-        QCoreApplication::processEvents();
-        preview.grab();
-        const double firstPage = ms(step);
-        std::printf("  pay sheet, %d courses of %d: computed %6.1f ms, TempZaplata %6.1f ms, layout %6.1f ms "
-                    "(%d pages), first page drawn %5.1f ms: shown after %6.1f ms\n",
-                    int(sheet.value().lines.size()), count, compute, scratchMs, layout, laid.pageCount(), firstPage,
-                    ms(total));
-    }
+        const QPixmap drawn = preview.grab();  // drawn, before the background layout's first slice
+        const double taken = ms(total);
+        bench::keepPicture(drawn, "paysheet");
+        step.restart();
+        pages = layoutReport(report.value()).pageCount();
+        layout = ms(step);
+        return taken;
+    });
+    const double sheetBare = bench::bareOf3(db, sheetStatements);
+    std::printf("  pay sheet of %d courses among %d: computed %.1f ms; all %d pages laid out (print) %.1f ms\n", lines,
+                count, compute, pages, layout);
+    bench::printRace("pay sheet paper, first page shown", shown, sheetBare);
 
-    QElapsedTimer open;
-    open.start();
+    // The payment screen, opened and drawn.
+    int screenRows = 0;
+    const double opened = bench::bestOf3([&] {
+        QElapsedTimer open;
+        open.start();
+        Plashtane screen(conditions, db, scratch, firm, nullptr, QDate::currentDate());
+        screen.show();
+        const QPixmap drawn = screen.grab();  // drawn
+        const double taken = ms(open);
+        bench::keepPicture(drawn, "plashtane");
+        screenRows = screen.model()->rowCount();
+        return taken;
+    });
+    const double screenBare = bench::bareOf3(db, screenStatements);
+    std::printf("  Plashtane with %d courses\n", screenRows);
+    bench::printRace("pay screen (Plashtane) opened and drawn", opened, screenBare);
+
     Plashtane screen(conditions, db, scratch, firm, nullptr, QDate::currentDate());
     screen.show();
     QCoreApplication::processEvents();
-    screen.grab();
-    std::printf("  Plashtane with %d courses opened and drawn in %6.1f ms\n", screen.model()->rowCount(), ms(open));
-
     QElapsedTimer marks;
     marks.start();
     const int toMark = std::min(1000, screen.model()->rowCount());

@@ -158,7 +158,11 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     connect(m_close, &QPushButton::clicked, this, &QDialog::close);
     connect(m_export, &QPushButton::clicked, this, &ResultGridScreen::chooseExportFile);
 
-    connect(m_model, &QAbstractItemModel::modelReset, this, &ResultGridScreen::fitColumns);
+    // A reset from elsewhere fits at once; setRows fits once it knows the rows' currencies.
+    connect(m_model, &QAbstractItemModel::modelReset, this, [this] {
+        if (!m_settingRows)
+            fitColumns();
+    });
 
     setTabOrder(m_grid, m_export);
     setTabOrder(m_export, m_print);
@@ -169,8 +173,11 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
 void ResultGridScreen::setRows(RowSet rows)
 {
     m_blocks = {};
+    m_settingRows = true;
     m_model->setRows(std::move(rows));
+    m_settingRows = false;
     updateCurrencies();
+    fitColumns();
     m_marked = markedTotal();
     rowsSet();
 }
@@ -178,9 +185,13 @@ void ResultGridScreen::setRows(RowSet rows)
 void ResultGridScreen::setRows(ResultGridBlocks blocks)
 {
     m_blocks = std::move(blocks);
-    if (const auto failure = m_model->setRows(m_blocks.rowCount, m_blocks.read, m_blocks.blockSize))
+    m_settingRows = true;
+    const auto failure = m_model->setRows(m_blocks.rowCount, m_blocks.read, m_blocks.blockSize);
+    m_settingRows = false;
+    if (failure)
         MessageService::instance().inform(*failure);
     updateCurrencies();
+    fitColumns();
     std::optional<CurrencyTotal> marked;
     if (m_blocks.markedTotal && !m_model->allRead()) {
         const Checked<CurrencyTotal> total = m_blocks.markedTotal(m_totals);
@@ -203,6 +214,25 @@ void ResultGridScreen::fitColumns()
 {
     constexpr int rowsMeasured = 2000;  // enough to find the widest of values that repeat
     const QFontMetrics metrics(m_grid->font());
+    // Where the font's digits are all of one width, as in the usual faces, a figure is as wide as
+    // its shape: 12,50 and 98,40 are measured once.
+    bool evenDigits = true;
+    for (char digit = '1'; digit <= '9' && evenDigits; ++digit)
+        evenDigits = metrics.horizontalAdvance(QLatin1Char(digit)) == metrics.horizontalAdvance(QLatin1Char('0'));
+    QHash<QString, int> measured;
+    const auto widthOf = [&](QString text) {
+        if (evenDigits) {
+            for (QChar &c : text) {
+                if (c >= QLatin1Char('1') && c <= QLatin1Char('9'))
+                    c = QLatin1Char('0');
+            }
+        }
+        auto found = measured.constFind(text);
+        if (found == measured.constEnd())
+            found = measured.insert(text, metrics.horizontalAdvance(text));
+        return *found;
+    };
+    const int rows = std::min(m_model->rowCount(), rowsMeasured);
     for (int column = 0; column < m_config.columns.size(); ++column) {
         const ResultGridColumn &config = m_config.columns.at(column);
         // Amounts that carry their unit, and rates with the decimals of the euro, take the room they need.
@@ -211,9 +241,8 @@ void ResultGridScreen::fitColumns()
         if (!grows || config.hidden)
             continue;
         int width = config.widthPixels();
-        const int rows = std::min(m_model->rowCount(), rowsMeasured);
         for (int row = 0; row < rows; ++row)
-            width = std::max(width, metrics.horizontalAdvance(m_model->index(row, column).data().toString()) + 12);
+            width = std::max(width, widthOf(m_model->index(row, column).data().toString()) + 12);
         m_grid->setColumnWidth(column, width);
     }
 }
@@ -362,7 +391,6 @@ void ResultGridScreen::updateCurrencies()
                 m_model->setRowUnit({});
                 setAmountNote({});
             }
-            fitColumns();
             return;
         }
     }
@@ -381,7 +409,6 @@ void ResultGridScreen::updateCurrencies()
         m_model->setRowUnit({});
         setAmountNote({});
     }
-    fitColumns();
 }
 
 void ResultGridScreen::setAmountNote(const QString &note)

@@ -193,6 +193,7 @@ private:
     bool m_changed = false;
     bool m_settled = false;
     bool m_opened = false;
+    bool m_settingRows = false;  // setRows fits the columns itself, once its currencies are known
 };
 
 }

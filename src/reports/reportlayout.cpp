@@ -41,37 +41,76 @@ bool looksNumeric(const QString &text)
     return number.match(text).hasMatch();
 }
 
-// Fonts and their metrics on a 1200 dpi image, so measures never depend on the screen.
-class Measurer {
+// A font's metrics on a 1200 dpi image, so measures never depend on the screen, and the widths
+// of the texts it has measured: reports repeat the same dates, names and figures on every page
+// and in every run, and each is shaped once.
+struct MeasuredFont {
+    ReportFont font;
+    std::unique_ptr<QFontMetricsF> metrics;
+    QHash<QString, double> widths;
+};
+
+class FontMeasures {
 public:
-    explicit Measurer(QList<ReportFont> &fonts) : m_fonts(fonts), m_device(1, 1, QImage::Format_ARGB32)
+    FontMeasures() : m_device(1, 1, QImage::Format_ARGB32)
     {
         const int dotsPerMeter = static_cast<int>(std::lround(measureDpi / 0.0254));
         m_device.setDotsPerMeterX(dotsPerMeter);
         m_device.setDotsPerMeterY(dotsPerMeter);
     }
 
-    int fontIndex(const ReportFont &font)
+    MeasuredFont &of(const ReportFont &font)
     {
-        for (qsizetype i = 0; i < m_fonts.size(); ++i) {
-            if (m_fonts.at(i) == font)
-                return static_cast<int>(i);
+        for (const std::unique_ptr<MeasuredFont> &measured : m_fonts) {
+            if (measured->font == font)
+                return *measured;
         }
-        m_fonts.append(font);
         QFont qfont(font.family);
         qfont.setPointSizeF(font.size);
         qfont.setBold(font.bold);
         qfont.setItalic(font.italic);
         qfont.setHintingPreference(QFont::PreferNoHinting);
-        m_metrics.push_back(std::make_unique<QFontMetricsF>(qfont, &m_device));
-        m_widths.emplace_back();
+        auto measured = std::make_unique<MeasuredFont>();
+        measured->font = font;
+        measured->metrics = std::make_unique<QFontMetricsF>(qfont, &m_device);
+        m_fonts.push_back(std::move(measured));
+        return *m_fonts.back();
+    }
+
+private:
+    QImage m_device;
+    std::vector<std::unique_ptr<MeasuredFont>> m_fonts;
+};
+
+// One set per thread, kept for the life of the process (never torn down after the fonts are).
+FontMeasures &fontMeasures()
+{
+    thread_local FontMeasures *measures = new FontMeasures;
+    return *measures;
+}
+
+// The fonts of one report, numbered as its primitives refer to them.
+class Measurer {
+public:
+    explicit Measurer(QList<ReportFont> &fonts) : m_fonts(fonts) {}
+
+    int fontIndex(const ReportFont &font)
+    {
+        // Picture pages may have added fonts of their own.
+        for (auto i = static_cast<qsizetype>(m_measured.size()); i < m_fonts.size(); ++i)
+            m_measured.push_back(&fontMeasures().of(m_fonts.at(i)));
+        for (qsizetype i = 0; i < m_fonts.size(); ++i) {
+            if (m_fonts.at(i) == font)
+                return static_cast<int>(i);
+        }
+        m_fonts.append(font);
+        m_measured.push_back(&fontMeasures().of(font));
         return static_cast<int>(m_fonts.size() - 1);
     }
 
-    // Reports repeat the same dates, names and figures on every page: each is shaped once.
     double width(int font, const QString &text)
     {
-        QHash<QString, double> &cache = m_widths[static_cast<size_t>(font)];
+        QHash<QString, double> &cache = m_measured.at(static_cast<size_t>(font))->widths;
         const auto found = cache.constFind(text);
         if (found != cache.constEnd())
             return *found;
@@ -88,13 +127,11 @@ public:
     }
 
 private:
-    const QFontMetricsF &metrics(int font) const { return *m_metrics.at(static_cast<size_t>(font)); }
+    const QFontMetricsF &metrics(int font) const { return *m_measured.at(static_cast<size_t>(font))->metrics; }
     static double scale() { return 72.0 / measureDpi; }
 
     QList<ReportFont> &m_fonts;
-    QImage m_device;
-    std::vector<std::unique_ptr<QFontMetricsF>> m_metrics;
-    std::vector<QHash<QString, double>> m_widths;
+    std::vector<MeasuredFont *> m_measured;
 };
 
 // A band laid out at y = 0, to be moved to its place on a page.

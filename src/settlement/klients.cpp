@@ -371,8 +371,12 @@ ReportPreview *Klients::print()
     }
     const Checked<Report> report =
         ReportKlientS(printCopy.value(), totals.value(), m_conditions.SeekKlient, m_conditions.period, m_firm());
-    // The preview stands beside the main window and outlives this screen.
-    return showReport(report, parentWidget());
+    if (!report) {
+        MessageService::instance().inform(report.message());
+        return nullptr;
+    }
+    // The preview stands beside the main window and outlives this screen; its first page shows at once.
+    return showReport(Checked<StreamedReport>(StreamedReport{report.value(), nullptr}), parentWidget());
 }
 
 bool Klients::mayClose()

@@ -30,10 +30,11 @@ auto withProgress(QWidget *window, const QString &label, Work work)
     });
 }
 
-// A paper the driver signs or the dispatcher files: shown until closed, over the main window.
+// A paper the driver signs or the dispatcher files: shown until closed, over the main window. Its
+// first page shows at once, the others are laid out behind it.
 void showModal(const Report &report, QWidget *window, int helpTopic)
 {
-    ReportPreview preview(layoutReport(report), window);
+    ReportPreview preview(std::make_shared<ReportLayouter>(report), window);
     if (helpTopic > 0)
         preview.setProperty("helpTopic", helpTopic);
     preview.exec();

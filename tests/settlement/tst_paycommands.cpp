@@ -44,6 +44,30 @@ struct Seen {
     QString caption;
     int rows = -1;
     qsizetype progressBoxes = -1;
+    // The paper as it first showed: its pages laid out by then, and whether that was all.
+    int pagesWhenShown = -1;
+    bool laidOutWhenShown = false;
+};
+
+// Notes what a paper had laid out at the moment it showed.
+class ShowWatcher : public QObject {
+public:
+    explicit ShowWatcher(Seen &seen) : m_seen(seen) { qApp->installEventFilter(this); }
+    ~ShowWatcher() override { qApp->removeEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        auto *preview = qobject_cast<ReportPreview *>(watched);
+        if (preview && event->type() == QEvent::Show && m_seen.pagesWhenShown < 0) {
+            m_seen.pagesWhenShown = preview->pageCount();
+            m_seen.laidOutWhenShown = preview->isLaidOut();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    Seen &m_seen;
 };
 
 qsizetype progressBoxes()
@@ -159,6 +183,25 @@ private slots:
         else
             QCOMPARE(seen.progressBoxes, 0);  // the progress box went with its work, before the paper
         QCOMPARE(progressBoxes(), 0);
+    }
+
+    void aLongPaySheetShowsItsFirstPageBeforeTheRestIsLaidOut()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(fillCourses(scratch.db()));
+        const QString truck = QStringLiteral("СА 1234 ВК");
+        for (int day = 0; day < 150; ++day)
+            QVERIFY(insertCourse(scratch.db(), {QDate(2006, 3, 1 + day % 28), "007", truck, "София - Перник", 10, 25,
+                                                0.125, 31.25, 30.31}));
+        RecordingMessageService messages;
+        FrmMain window(firm(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        Seen seen;
+        ShowWatcher watcher(seen);
+        ModalDriver driver(seen, nullptr);
+        window.menuAction(QStringLiteral("mnuSlgZapl"))->trigger();
+        QCOMPARE(seen.windows.last(), QStringLiteral("rptZaplata"));
+        QCOMPARE(seen.pagesWhenShown, 1);
+        QVERIFY(!seen.laidOutWhenShown);
     }
 
     void noProgressBoxOutlivesARefusedRun_data()
