@@ -860,12 +860,9 @@ private slots:
     // With ZAREK_SCREENSHOT_DIR set, saves the editor entering a course and correcting one.
     void screenshots()
     {
-        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (dir.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the screen");
+        ZAREK_SCREENSHOT_DIR(dir);
+        ZAREK_ONLY_ON("sqlite", "one set of pictures is enough");
         ZAREK_SCRATCH_DB(scratch);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("one set of pictures is enough");
         prepare(scratch, {"СА 1234 ВК 01.02.2026", "СА 1234 ВК 03.02.2026 0,2"});
         RecordingMessageService messages;
         {

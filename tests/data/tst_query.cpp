@@ -14,10 +14,7 @@ const QString insertFirm = QStringLiteral("INSERT INTO Firms (SrName) VALUES (?)
 
 int firms(QSqlDatabase db)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM Firms"));
-    query.next();
-    return query.value(0).toInt();
+    return test::countBy(db, QStringLiteral("SELECT COUNT(*) FROM Firms"));
 }
 
 // The statements PostgreSQL holds prepared for this session; -1 on SQLite.
@@ -25,10 +22,7 @@ int serverStatements(QSqlDatabase db)
 {
     if (db.driverName() != QLatin1String("QPSQL"))
         return -1;
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM pg_prepared_statements"));
-    query.next();
-    return query.value(0).toInt();
+    return test::countBy(db, QStringLiteral("SELECT COUNT(*) FROM pg_prepared_statements"));
 }
 
 }

@@ -9,18 +9,12 @@ namespace {
 
 int rows(QSqlDatabase db)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM Firms"));
-    query.next();
-    return query.value(0).toInt();
+    return test::countBy(db, QStringLiteral("SELECT COUNT(*) FROM Firms"));
 }
 
 bool insert(QSqlDatabase db, const QString &name)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Firms (SrName) VALUES (?)"));
-    query.addBindValue(name);
-    return query.exec();
+    return test::execBound(db, QStringLiteral("INSERT INTO Firms (SrName) VALUES (?)"), {name});
 }
 
 }

@@ -30,12 +30,7 @@ UserMessage failureOf(const std::optional<UserMessage> &failure)
 
 QString storedName(QSqlDatabase db, qint64 id)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("SELECT ime FROM shof WHERE id = ?"));
-    query.addBindValue(id);
-    if (!query.exec() || !query.next())
-        return QStringLiteral("<none>");
-    return query.value(0).toString();
+    return test::scalar(db, QStringLiteral("SELECT ime FROM shof WHERE id = ?"), {id}).toString();
 }
 
 }

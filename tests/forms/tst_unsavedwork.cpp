@@ -159,9 +159,7 @@ private slots:
         messages.answers = {true};
         screen.close();
         QVERIFY(!screen.isVisible());
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT Marsh FROM tabl")) && query.next());
-        QCOMPARE(query.value(0).toString(), QStringLiteral("София - Перник"));
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Marsh FROM tabl")).toString(), QStringLiteral("София - Перник"));
     }
 
     // Two record strips in one window: one question for the window, and "Да" drops both rows.

@@ -5,6 +5,7 @@
 #include "invoicing/taxdocumentregister.h"
 #include "invoicing/taxdocumentregisterscreen.h"
 #include "invoicing/taxdocumentreport.h"
+#include "queryrows.h"
 #include "testdatabase.h"
 
 #include <QApplication>
@@ -106,17 +107,9 @@ bool write(QSqlDatabase db, TaxDocument &doc)
 
 QString registerText(const RowSet &rows)
 {
-    QStringList lines;
-    for (int row = 0; row < rows.rowCount(); ++row) {
-        QStringList cells;
-        for (const char *column : {"Nomer", "Vid", "Data", "Klient", "EIK", "Osnova", "DDS", "Obshto", "Valuta",
-                                   "Plateno", "Ostatak", "Sastoianie", "Prosrochena"}) {
-            const QVariant value = rows.value(row, QLatin1String(column));
-            cells.append(value.typeId() == QMetaType::QDate ? value.toDate().toString(Qt::ISODate) : value.toString());
-        }
-        lines.append(cells.join(QLatin1Char('|')));
-    }
-    return lines.join(QLatin1Char('\n'));
+    return test::rowTexts(rows, {"Nomer", "Vid", "Data", "Klient", "EIK", "Osnova", "DDS", "Obshto", "Valuta", "Plateno",
+                                 "Ostatak", "Sastoianie", "Prosrochena"})
+        .join(QLatin1Char('\n'));
 }
 
 class AnswerAll : public MessageService {

@@ -44,6 +44,13 @@ QString bucketsText(const ClientReceivable &row)
 
 }
 
+// A fresh database of the current engine (db) with the client's invoice 0000000001 of 35,00,
+// issued 01.03.2026 and due 31.03.2026.
+#define AN_INVOICE_OF_35()                                                                          \
+    ZAREK_SCRATCH_DB(scratch);                                                                      \
+    QSqlDatabase db = scratch.db();                                                                 \
+    test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500)
+
 class ReceivablesStoreTest : public QObject {
     Q_OBJECT
 private slots:
@@ -65,9 +72,7 @@ private slots:
         QFETCH(qint64, cents);
         QFETCH(QString, open);
         QFETCH(qint64, credit);
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500);
+        AN_INVOICE_OF_35();
         test::issueDocument(db, "0000000002", 'F', client, QDate(2026, 3, 2), QDate(2026, 4, 1), 10000);
         test::issueDocument(db, "0000000003", 'F', client, QDate(2026, 2, 20), QDate(2026, 3, 2), 5000);
         auto recorded = recordPayment(db, payment(QDate(2026, 4, 10), cents));
@@ -80,9 +85,7 @@ private slots:
     // The client's credit goes to the next invoice when offered.
     void creditGoesToTheNextInvoice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500);
+        AN_INVOICE_OF_35();
         QVERIFY(recordPayment(db, payment(QDate(2026, 3, 5), 5000)));
         test::issueDocument(db, "0000000002", 'F', client, QDate(2026, 4, 1), QDate(2026, 4, 30), 10000);
         auto spread = spreadCredit(db, client, QDate(2026, 4, 1));
@@ -128,9 +131,7 @@ private slots:
     // Deleting a payment gives back exactly what it settled, and nothing of another payment's.
     void deletingAPaymentGivesBackWhatItSettled()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500);
+        AN_INVOICE_OF_35();
         test::issueDocument(db, "0000000002", 'F', client, QDate(2026, 3, 2), QDate(2026, 4, 1), 10000);
         QVERIFY(recordPayment(db, payment(QDate(2026, 4, 1), 2000)));
         auto second = recordPayment(db, payment(QDate(2026, 4, 2), 5000));

@@ -116,9 +116,7 @@ private slots:
             BuildDriverCourseList(false, marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), commandDay());
         QVERIFY(second.ok());
         QCOMPARE(second.value().data().rowCount(), 2);
-        QSqlQuery count(temp.db());
-        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM TempPlaten")) && count.next());
-        QCOMPARE(count.value(0).toInt(), 2);
+        QCOMPARE(test::countBy(temp.db(), QStringLiteral("SELECT COUNT(*) FROM TempPlaten")), 2);
     }
 };
 

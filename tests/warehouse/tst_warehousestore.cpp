@@ -1,5 +1,6 @@
 #include "data/schema.h"
 #include "testdatabase.h"
+#include "warehouse/stockfixture.h"
 #include "warehouse/warehousestore.h"
 
 #include <QSqlError>
@@ -8,6 +9,7 @@
 #include <random>
 
 using namespace zarek;
+using zarek::test::movement;
 using zarek::test::scalar;
 
 namespace {
@@ -17,19 +19,6 @@ const QDateTime clockTime(QDate(2026, 3, 20), QTime(10, 15));
 WarehouseStore storeOf(QSqlDatabase db)
 {
     return WarehouseStore(db, [] { return clockTime; });
-}
-
-StockMovement movement(const QString &name, double kol, double edin, QDate data,
-                       const QString &docVid = QStringLiteral("Фактура"))
-{
-    StockMovement m;
-    m.data = data;
-    m.docVid = docVid;
-    m.docNom = QStringLiteral("0001");
-    m.name = name;
-    m.kol = kol;
-    m.edin = edin;
-    return m;
 }
 
 double broi(QSqlDatabase db, const QString &name)

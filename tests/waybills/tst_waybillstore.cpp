@@ -5,6 +5,7 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::countBy;
 
 namespace {
 
@@ -36,15 +37,13 @@ RecordRow header(const QString &listId)
     return row;
 }
 
-int count(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return -1;
-    return query.value(0).toInt();
 }
 
-}
+// A fresh database of the current engine (db) and the waybill store on it.
+#define WAYBILL_STORE()                  \
+    ZAREK_SCRATCH_DB(scratch);           \
+    const QSqlDatabase db = scratch.db();\
+    const WaybillStore store(db)
 
 class WaybillStoreTest : public QObject {
     Q_OBJECT
@@ -63,9 +62,9 @@ private slots:
                                                           QStringLiteral("0000000037"), {first});
         QVERIFY(saved.ok());
         QVERIFY(saved.value().id > 0);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000038'"), 1);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000037'"), 1);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE NameDriver = 'Георги Д''Амато'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000038'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000037'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE NameDriver = 'Георги Д''Амато'"), 1);
     }
 
     void aCorrectedNumberTakesItsLinesUnlessAnotherWaybillShowsThem_data()
@@ -77,9 +76,7 @@ private slots:
     void aCorrectedNumberTakesItsLinesUnlessAnotherWaybillShowsThem()
     {
         QFETCH(bool, twin);
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
-        const WaybillStore store(db);
+        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000040"), 100, 30);
         insertLine(db, QStringLiteral("0000000040"), 50, 15);
         Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
@@ -91,14 +88,12 @@ private slots:
         saved = store.saveHeader(row, false, QStringLiteral("0000000040"), {});
         QVERIFY(saved.ok());
         QCOMPARE(saved.value().rowVersion, row.rowVersion + 1);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000048'"), twin ? 0 : 2);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000048'"), twin ? 0 : 2);
     }
 
     void aStaleCorrectionWritesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
-        const WaybillStore store(db);
+        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000040"), 100, 30);
         Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
         QVERIFY(saved.ok());
@@ -108,8 +103,8 @@ private slots:
         saved = store.saveHeader(row, false, QStringLiteral("0000000040"), {});
         QVERIFY(!saved.ok());
         QCOMPARE(saved.message().title, QStringLiteral("ГРЕШКА при записа на пътния лист!"));
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), 1);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE ListID = '0000000040'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE ListID = '0000000040'"), 1);
     }
 
     void aWaybillGoesWithItsLines_data()
@@ -128,9 +123,7 @@ private slots:
         QFETCH(bool, stale);
         QFETCH(int, headersLeft);
         QFETCH(int, linesLeft);
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
-        const WaybillStore store(db);
+        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000040"), 100, 30);
         insertLine(db, QStringLiteral("0000000040"), 50, 15);
         insertLine(db, QStringLiteral("0000000041"), 10, 3);
@@ -142,23 +135,21 @@ private slots:
             QVERIFY(scratch.exec(QStringLiteral("UPDATE RowdList SET row_version = row_version + 1")));
         const auto failure = store.deleteWaybill(saved.value(), QStringLiteral("ГРЕШКА при изтриване!"));
         QCOMPARE(failure.has_value(), stale);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList"), headersLeft);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), linesLeft);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000041'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList"), headersLeft);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), linesLeft);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000041'"), 1);
     }
 
     void theLinesOfANewWaybillAreDroppedOrFollowItsNumber()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
-        const WaybillStore store(db);
+        WAYBILL_STORE();
         const qint64 a = insertLine(db, QStringLiteral("0000000037"), 100, 30);
         const qint64 b = insertLine(db, QStringLiteral("0000000037"), 50, 15);
         insertLine(db, QStringLiteral("0000000037"), 10, 3);
         QVERIFY(!store.moveLines({a, b}, QStringLiteral("0000000039"), QStringLiteral("Т")));
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000039'"), 2);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000039'"), 2);
         QVERIFY(!store.deleteLines({a, b}, QStringLiteral("Т")));
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh"), 1);
         QVERIFY(!store.deleteLines({}, QStringLiteral("Т")));
     }
 
@@ -211,7 +202,7 @@ private slots:
         QVERIFY(stored.ok());
         QCOMPARE(stored.value().values.value(QStringLiteral("SumRazhN")).toDouble(), 101.5);
         QVERIFY(!store.storeSums(saved.value(), {1.0, 1.0}, QStringLiteral("Т")).ok());  // its version has moved on
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM RowdList WHERE SumKM = 300"), 1);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM RowdList WHERE SumKM = 300"), 1);
     }
 
     // The waybill's totals equal its lines after every line saved or deleted, also without "Изчисли";
@@ -292,7 +283,7 @@ private slots:
                                                           QStringLiteral("0000000037"), {});
         QVERIFY(saved.ok());
         QCOMPARE(saved.value().values.value(QStringLiteral("SumKM")).toDouble(), 650.0);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE SumKM = 650 AND SumRazhN > 232.6 AND SumRazhN < 232.8"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE SumKM = 650 AND SumRazhN > 232.6 AND SumRazhN < 232.8"), 1);
     }
 
     void theListsAreSortedWithoutBlanksOrTwins()
