@@ -159,7 +159,6 @@ inline qint64 countOf(QSqlDatabase db, const QString &table)
 // A fresh database of the current engine with rows in every table (db), and a folder for the
 // archives (dir), or the test skips with the reason.
 #define ZAREK_FILLED_DB(scratch, dir, db)  \
-    ZAREK_SCRATCH_DB(scratch);              \
+    ZAREK_SCRATCH_DB_AS(scratch, db);       \
     QTemporaryDir dir;                      \
-    QSqlDatabase db = scratch.db();         \
     QVERIFY(zarek::test::fillEveryTable(db));

@@ -154,3 +154,8 @@ inline QString onlyTitle(const QList<UserMessage> &messages)
 }
 
 }
+
+// A fresh database of the current engine (var; see testdatabase.h) and the messages recorded.
+#define ZAREK_SCRATCH_DB_TELLING(var)                         \
+    ZAREK_SCRATCH_DB(var);                                    \
+    RecordingMessageService messages

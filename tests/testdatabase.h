@@ -92,6 +92,11 @@ private:
     if (!var.isReady())                                       \
         QSKIP(qPrintable(var.skipReason()));
 
+// The same, with its connection under the name given.
+#define ZAREK_SCRATCH_DB_AS(var, connection)                  \
+    ZAREK_SCRATCH_DB(var);                                    \
+    QSqlDatabase connection = var.db()
+
 // A further fresh database of the same engine, for tests that compare two.
 #define ZAREK_SCRATCH_DB_NAMED(var, engineName)               \
     zarek::test::ScratchDatabase var(engineName);             \

@@ -90,9 +90,8 @@ double nalichPrice(QSqlDatabase db, const QString &name)
 }
 
 // A fresh database of the current engine (db) holding the firm in leva before the changeover.
-#define LEVA_FIRM()                \
-    ZAREK_SCRATCH_DB(scratch);     \
-    QSqlDatabase db = scratch.db();\
+#define LEVA_FIRM()                   \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
     QVERIFY(fillLevaFirm(scratch))
 
 class ChangeoverTest : public QObject {

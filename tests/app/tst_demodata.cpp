@@ -43,8 +43,7 @@ private slots:
 
     void aDemoFirmIsWholeAndConsistent()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         int lastProgress = 0;
         DemoOptions options = smallDemo();
         options.progress = [&](int done, int) { lastProgress = done; };
@@ -114,8 +113,7 @@ private slots:
     // number gives a birth date of a driver of working age.
     void tripsFillTheAddressBookAndDriversHaveBelievableBirthDates()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(fillDemoDatabase(db, smallDemo()).ok());
         const QString parties = QStringLiteral(
             "SELECT SendName, SendAdres, SendCity, SendCountry FROM ExternalKurs "
@@ -146,8 +144,7 @@ private slots:
     // right and a VAT number that is BG and that ЕИК; the firm has a valid account for its invoices.
     void theClientRegisterHoldsEveryCourseClient()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(fillDemoDatabase(db, smallDemo()).ok());
         QCOMPARE(countBy(db, "SELECT COUNT(DISTINCT Klient) FROM tabl WHERE Klient NOT IN (SELECT Ime FROM Klienti)"), 0);
         QVERIFY(countBy(db, "SELECT COUNT(*) FROM Klienti") >= 10);

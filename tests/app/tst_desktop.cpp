@@ -323,8 +323,7 @@ private slots:
     // The screens before the main window fit as well.
     void theFirstWindowsFitTheScreen()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const StartState state = readStartState(db);
         FirstStartDialog first(db, state);
         test::showExposed(first);
@@ -339,8 +338,7 @@ private slots:
     // choices, so the screens behind them open too) must fit the screen with all its buttons.
     void everyScreenFitsTheScreenWithAllItsButtons()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         DemoOptions demo;
         demo.courses = 120;
         QVERIFY(fillDemoDatabase(db, demo).ok());
@@ -389,8 +387,7 @@ private slots:
         if (dir.isEmpty())
             QSKIP("set ZAREK_GUIDE_PICTURES to make the guide's pictures");
         ZAREK_ONLY_ON("sqlite", "the pictures are made once");
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const auto save = [&dir](QWidget *w, const QString &name) {
             w->activateWindow();
             QTest::qWait(80);
@@ -446,16 +443,10 @@ private slots:
                                 QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
                         } else if (!search && ++waited[w] == 50) {
                             qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
-                            if (auto *dialog = qobject_cast<QDialog *>(w))
-                                QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
-                            else
-                                QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+                            closeLater(w);
                         } else if (search && waited[w] == 200) {
                             qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
-                            if (auto *dialog = qobject_cast<QDialog *>(w))
-                                QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
-                            else
-                                QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+                            closeLater(w);
                         }
                         continue;
                     }
@@ -469,10 +460,8 @@ private slots:
                         fillSearch(search);
                         if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
                             QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
-                    } else if (auto *dialog = qobject_cast<QDialog *>(w)) {
-                        QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
                     } else {
-                        QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+                        closeLater(w);
                     }
                     return;
                 }
@@ -499,6 +488,15 @@ private slots:
     }
 
 private:
+    // Rejects a dialog, closes any other window, once the event loop turns.
+    static void closeLater(QWidget *w)
+    {
+        if (auto *dialog = qobject_cast<QDialog *>(w))
+            QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
+        else
+            QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+    }
+
     static QList<QWidget *> openWindows(QWidget *main)
     {
         QList<QWidget *> open;
@@ -531,10 +529,7 @@ private:
                     QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
                 return;
             }
-            if (auto *dialog = qobject_cast<QDialog *>(w))
-                QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
-            else
-                QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+            closeLater(w);
             return;
         }
     }

@@ -13,8 +13,7 @@ private slots:
 
     void anEmptyFirmTableStopsTheProgram()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const FirmProfileLoad load = LoadFirmProfile(db);
         QVERIFY(!load.profile);
         QVERIFY(load.stopMessage);

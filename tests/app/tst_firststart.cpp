@@ -4,6 +4,7 @@
 #include "app/users.h"
 #include "core/textcheck.h"
 #include "forms/messageservice.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QGroupBox>
@@ -49,9 +50,8 @@ const char *firmRow = "INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, User
 }
 
 // A fresh database of the current engine, the messages recorded, and the first start's dialog.
-#define FIRST_START()                                                   \
-    ZAREK_SCRATCH_DB(scratch);                                          \
-    RecordingMessageService messages;                                   \
+#define FIRST_START()                                                    \
+    ZAREK_SCRATCH_DB_TELLING(scratch);                                   \
     FirstStartDialog dialog(scratch.db(), readStartState(scratch.db()))
 
 class FirstStartTest : public QObject {

@@ -27,10 +27,7 @@ void createFirm(test::ScratchDatabase &scratch)
 
 QString stored(QSqlDatabase db, const QString &column)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT ") + column + QStringLiteral(" FROM ZarekCfg"));
-    query.next();
-    return query.value(0).toString();
+    return test::scalar(db, QStringLiteral("SELECT ") + column + QStringLiteral(" FROM ZarekCfg")).toString();
 }
 
 void type(QWidget &form, const char *name, const QString &text)

@@ -107,8 +107,7 @@ private slots:
 
     void theSignInListHoldsOnlyOrdinaryUsersAndAnEmptyTableIsTold()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         {
             UserLogin login(scratch.db());
             login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->setText(QStringLiteral("admin"));
@@ -378,8 +377,7 @@ private slots:
 
     void aControlCharacterInAUserIsRefused()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         PassWord screen(scratch.db());
         screen.recordForm()->add();
         screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->setText(QStringLiteral("AB") + QChar(u'\0') + "CD");

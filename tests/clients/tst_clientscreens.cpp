@@ -61,8 +61,7 @@ private slots:
     // A client typed into the boxes is written; the boxes name their columns.
     void theRegisterWritesWhatIsTyped()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Klienti screen(scratch.db());
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));

@@ -6,6 +6,7 @@
 #include "reports/reportrows.h"
 #include "reports/reportpreview.h"
 #include "coursesfixture.h"
+#include "laidoutpapers.h"
 #include "testdatabase.h"
 #include "forms/messageservice.h"
 
@@ -17,6 +18,7 @@
 #include <QToolButton>
 
 using namespace zarek;
+using zarek::test::laidOut;
 using zarek::test::exampleFirm;
 
 namespace {
@@ -55,13 +57,6 @@ SearchConditions march()
     SearchConditions conditions;
     conditions.period = {QDate(2006, 3, 1), QDate(2006, 3, 31)};
     return conditions;
-}
-
-LaidOutReport laidOut(const Checked<Report> &report)
-{
-    if (!report.ok())
-        qWarning() << report.message().text;
-    return report.ok() ? layoutReport(report.value()) : LaidOutReport{};
 }
 
 // Courses over March 2006 in a changing mix of trucks, clients and drivers, some invoiced, some paid.

@@ -63,8 +63,7 @@ QString lastText(const RecordingMessageService &messages)
     fillSample(scratch);                  \
     RecordingMessageService messages
 #define SEARCH_EMPTY()                    \
-    ZAREK_SCRATCH_DB(scratch);            \
-    RecordingMessageService messages
+    ZAREK_SCRATCH_DB_TELLING(scratch)
 
 Q_DECLARE_METATYPE(zarek::SearchMode)
 

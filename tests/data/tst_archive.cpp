@@ -433,8 +433,7 @@ private slots:
     void anArchiveNeverReplacesTheLiveDatabase()
     {
         ZAREK_ONLY_ON("sqlite", "a SQLite file only");
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(fillEveryTable(db));
         const QStringList before = dumpDatabase(db);
         for (const QString &path : {scratch.config().sqlitePath, scratch.config().sqlitePath + QStringLiteral("-wal")}) {

@@ -248,8 +248,7 @@ private slots:
 
     void anotherProgramsDatabaseIsRefused()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("DROP TABLE zarek_schema")));
         const auto refused = upgradeSchema(db);
         QVERIFY(refused);
@@ -258,8 +257,7 @@ private slots:
 
     void aNewerSchemaIsRefusedNamingBothVersions()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO zarek_schema (version) VALUES (999)")));
         const auto refused = upgradeSchema(db);
         QVERIFY(refused);

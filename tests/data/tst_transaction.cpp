@@ -27,8 +27,7 @@ private slots:
 
     void aNestedRollbackUndoesOnlyItsOwnPart()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         {
             Transaction outer(db);
             QVERIFY(outer.isActive());
@@ -55,8 +54,7 @@ private slots:
 
     void aNestedCommitIsUndoneWithItsOuterTransaction()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         {
             Transaction outer(db);
             Transaction inner(db);
@@ -73,8 +71,7 @@ private slots:
 
     void aFailedStatementInsideLeavesTheOuterUsable()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         Transaction outer(db);
         QVERIFY(insert(db, QStringLiteral("A")));
         {
@@ -89,8 +86,7 @@ private slots:
 
     void theWriteLockIsTakenOutermostAndGrantedInside()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         {
             Transaction plain(db);
             Transaction writer(db, Transaction::Lock::Writer);
@@ -111,8 +107,7 @@ private slots:
     // first may change and then failing on its first write with "database is locked".
     void aTransactionHoldsTheWriteLockFromItsStart()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QSqlDatabase other = scratch.openSecondConnection();
         const bool sqlite = db.driverName() == QLatin1String("QSQLITE");
         if (sqlite)

@@ -191,8 +191,7 @@ private slots:
     // The kinds: the standard ones, the name locked while a kind is corrected.
     void theKindsFormShowsTheStandardKinds()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         DocumentKinds screen(scratch.db());
         screen.show();
         QCOMPARE(screen.recordForm()->rowCount(), standardKinds().size());

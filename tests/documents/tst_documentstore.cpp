@@ -43,9 +43,8 @@ QStringList dueLines(const RowSet &rows)
 }
 
 // A fresh database of the current engine (db) and the document store on it.
-#define DOCUMENT_STORE()           \
-    ZAREK_SCRATCH_DB(scratch);     \
-    QSqlDatabase db = scratch.db();\
+#define DOCUMENT_STORE()              \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
     const DocumentStore store(db)
 
 class DocumentStoreTest : public QObject {
@@ -73,8 +72,7 @@ private slots:
     // Expired and due ones, soonest first; valid, renewed and never-reminding ones are left out.
     void theDueListHoldsExpiredAndDueSoonestFirst()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')")));
         const DocumentStore store(db);
         const auto kinds = store.kinds().value();
@@ -190,8 +188,7 @@ private slots:
     // Deleting a driver takes his documents and their copies with him, and nobody else's.
     void deletingAHolderTakesItsDocuments()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')")));
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('002', 'Петър Иванов')")));
         const DocumentStore store(db);

@@ -8,6 +8,7 @@
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 #include "screendriver.h"
+#include "laidoutpapers.h"
 #include "testdatabase.h"
 
 #include <QLabel>
@@ -107,22 +108,14 @@ QString registerFingerprint(QSqlDatabase db)
 {
     QStringList parts;
     for (const QString &table : {QStringLiteral("tabl"), QStringLiteral("Sklad"), QStringLiteral("RowdList"),
-                                 QStringLiteral("Config")}) {
-        QSqlQuery query(db);
-        query.exec(QStringLiteral("SELECT COUNT(*), SUM(row_version) FROM ") + table);
-        query.next();
-        parts << query.value(0).toString() + QLatin1Char('/') + query.value(1).toString();
-    }
+                                 QStringLiteral("Config")})
+        parts << test::rowsText(db, QStringLiteral("SELECT COUNT(*), SUM(row_version) FROM ") + table);
     return parts.join(QLatin1Char('|'));
 }
 
 QStringList laidOutLines(const Checked<Report> &report)
 {
-    if (!report) {
-        qWarning() << report.message().text;
-        return {};
-    }
-    return layoutReport(report.value()).textLines();
+    return test::laidOut(report).textLines();
 }
 
 const QString firmLines = QStringLiteral(

@@ -230,8 +230,7 @@ private slots:
 
     void onAnEmptyTableNothingMovesOrBeepsAndCancelLeavesItEmpty()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         StockScreen screen(scratch.db());
         QCOMPARE(screen.form->currentIndex(), -1);
         QCOMPARE(screen.status(), QString());
@@ -259,8 +258,7 @@ private slots:
     {
         QFETCH(QString, press);
         QFETCH(QString, caption);
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         StockScreen screen(scratch.db());
         screen.button(qPrintable(press))->click();
         QCOMPARE(onlyOne(messages.shown), caption + QLatin1Char('|') + QStringLiteral("3021:Няма текущ запис."));
@@ -428,8 +426,7 @@ private slots:
 
     void aFailedCheckShowsTheLastFailureAndKeepsWhatWasTyped()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         RecordFormConfig config;
         config.validate = [](const QVariantMap &typed) {
             std::optional<UserMessage> kept;
@@ -481,8 +478,7 @@ private slots:
     // the box and what is written, even when a later check refuses the save.
     void whatTheCheckPutsRightIsShownAndWritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         RecordFormConfig config;
         config.validate = [](QVariantMap &entry) -> std::optional<UserMessage> {
             entry.insert(QStringLiteral("Name"), entry.value(QStringLiteral("Name")).toString().trimmed());
@@ -646,8 +642,7 @@ private slots:
 
     void aSuffixNamesEveryControlAndCloseMayStandOutside()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         RecordFormConfig config;
         config.suffix = QStringLiteral("1");
         config.closeInStrip = false;

@@ -169,8 +169,7 @@ private slots:
     // SQLite, last on PostgreSQL), from either end; a row written takes its place in the order.
     void pagedRowsFollowTheWholeOrder()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const RecordStore store = drivers(db);
         QVERIFY(db.transaction());
         QSqlQuery insert(db);

@@ -252,8 +252,7 @@ private slots:
         QFETCH(QDate, to);
         QFETCH(QString, prefix);
         QFETCH(QString, expected);
-        ZAREK_SCRATCH_DB(database);
-        QSqlDatabase db = database.db();
+        ZAREK_SCRATCH_DB_AS(database, db);
         TaxDocument first = invoice(QStringLiteral("0000000123"), 20, QDate(2026, 1, 15), bulgarianClient());
         QVERIFY(write(db, first));
         TaxDocument credit = creditNote(QStringLiteral("0000000124"), first, QDate(2026, 1, 20));
@@ -285,8 +284,7 @@ private slots:
     // change nothing of it; the export writes the same figures.
     void theRegisterStaysAsRecordedAndExportsIt()
     {
-        ZAREK_SCRATCH_DB(database);
-        QSqlDatabase db = database.db();
+        ZAREK_SCRATCH_DB_AS(database, db);
         TaxDocument doc = invoice(QStringLiteral("0000000300"), 20, QDate(2026, 2, 2), bulgarianClient());
         QVERIFY(write(db, doc));
         const TaxRegisterConditions conditions{{QDate(2026, 2, 1), QDate(2026, 2, 28)}, QString(), QDate(2026, 2, 10)};
@@ -318,8 +316,7 @@ private slots:
     // Benchmark: the register of a year of 20,000 documents opens at once.
     void theRegisterOpensOnTwentyThousandDocuments()
     {
-        ZAREK_SCRATCH_DB(database);
-        QSqlDatabase db = database.db();
+        ZAREK_SCRATCH_DB_AS(database, db);
         QVERIFY(db.transaction());
         TaxDocument doc = invoice(QString(), 20, QDate(2025, 1, 1), bulgarianClient());
         doc.lines = {doc.lines.first()};

@@ -128,8 +128,7 @@ private slots:
 
     void theScreenHasItsCaptionFieldsAndFrames()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Driver screen(scratch.db());
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Шофьори"));
         const struct {
@@ -149,8 +148,7 @@ private slots:
 
     void anEmptyNewDriverShowsCheckEightAndKeepsTheRowOpen()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Driver screen(scratch.db());
         button(screen, "cmdAdd")->click();
         button(screen, "cmdUpdate")->click();

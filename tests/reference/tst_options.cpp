@@ -33,9 +33,8 @@ void setRates(Options &screen, const QStringList &rates)
 }
 
 // A fresh database of the current engine, the messages recorded, and the settings screen on it.
-#define OPTIONS_SCREEN()             \
-    ZAREK_SCRATCH_DB(scratch);       \
-    RecordingMessageService messages;\
+#define OPTIONS_SCREEN()               \
+    ZAREK_SCRATCH_DB_TELLING(scratch); \
     Options screen(scratch.db())
 
 class OptionsTest : public QObject {
@@ -62,8 +61,7 @@ private slots:
 
     void tariffsAreSavedAlsoIntoAnEmptyTable()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         {
             Options screen(scratch.db());
             setRates(screen, {"0,350", "0.25", "0,18", "0,14", "0,12", "0,1"});

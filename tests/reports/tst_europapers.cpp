@@ -19,6 +19,7 @@
 #include "settlement/scratchsheets.h"
 #include "settlement/settlementreports.h"
 #include "screendriver.h"
+#include "laidoutpapers.h"
 #include "testdatabase.h"
 #include "warehouse/stocklists.h"
 
@@ -65,11 +66,7 @@ void fillTwoCourses(QSqlDatabase db)
 
 QStringList textOf(const Checked<Report> &report)
 {
-    if (!report.ok()) {
-        qWarning() << report.message().text;
-        return {};
-    }
-    return layoutReport(report.value()).textLines();
+    return test::laidOut(report).textLines();
 }
 
 int lineWith(const QStringList &lines, const QString &part)
@@ -113,21 +110,20 @@ struct Scratch {
 // A fresh database of the current engine (db) with Иван Петров's two courses of Д'Аргос, 450 km on
 // 30.12.2025 and 300 km on 05.01.2026, of the tonnes and gross given, his truck paying him the
 // percent given; the books past the changeover, and a search for him over the winter.
-#define DRIVER_ACROSS_THE_CHANGEOVER(percent, ton, decemberBruto, januaryBruto)                              \
-    ZAREK_SCRATCH_DB(scratch);                                                                              \
-    QSqlDatabase db = scratch.db();                                                                         \
-    QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', " \
-                                        "'7501010000', '612345678')")));                                     \
+#define DRIVER_ACROSS_THE_CHANGEOVER(percent, ton, decemberBruto, januaryBruto)                                          \
+    ZAREK_SCRATCH_DB_AS(scratch, db);                                                                                    \
+    QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', "        \
+                                        "'7501010000', '612345678')")));                                                 \
     QVERIFY(test::execBound(db, QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES (?, 30, ?, 20)"), \
-                            {truck, percent}));                                                              \
-    insertCourse(db, {QDate(2025, 12, 30), dargos, QStringLiteral("София - Варна"), QStringLiteral("Пясък"), truck, \
-                      450, ton, 1.0, decemberBruto});                                                        \
-    insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck, \
-                      300, ton, 0.1, januaryBruto});                                                         \
-    ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});                                     \
-    SearchConditions conditions;                                                                            \
-    conditions.SeekDriverKod = QStringLiteral("007");                                                       \
-    conditions.SeekDriverIme = QStringLiteral("Иван Петров");                                               \
+                            {truck, percent}));                                                                          \
+    insertCourse(db, {QDate(2025, 12, 30), dargos, QStringLiteral("София - Варна"), QStringLiteral("Пясък"), truck,      \
+                      450, ton, 1.0, decemberBruto});                                                                    \
+    insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck,        \
+                      300, ton, 0.1, januaryBruto});                                                                     \
+    ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});                                                 \
+    SearchConditions conditions;                                                                                         \
+    conditions.SeekDriverKod = QStringLiteral("007");                                                                    \
+    conditions.SeekDriverIme = QStringLiteral("Иван Петров");                                                            \
     conditions.period = winter
 
 class EuroPapersTest : public QObject {
@@ -229,8 +225,7 @@ private slots:
     // invoice issued in leva keeps its leva statement in EditFakt.
     void anInvoiceIssuedAfterTheChangeoverIsInEuroAndALevaInvoiceStaysInLeva()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         insertCourse(db, {QDate(2025, 12, 31), dargos, QStringLiteral("София - Перник")});  // 31,25 лв.
         insertCourse(db, {QDate(2026, 1, 2), dargos, QStringLiteral("Перник - София"), QStringLiteral("Пясък"), truck,
                           25, 10, 0.06391149, 15.98});
@@ -380,8 +375,7 @@ private slots:
     {
         ZAREK_SCREENSHOT_DIR(dir);
         ZAREK_ONLY_ON("sqlite", "one set of papers is enough");
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', "
                                             "'7501010000', '612345678')")));
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('СА 1234 ВК', 30, 12, 20)")));

@@ -63,13 +63,7 @@ inline const zarek::FirmProfile &firm()
 // What the register holds, to tell that nothing changed it.
 inline QString registerFingerprint(QSqlDatabase db)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*), SUM(km), SUM(Tarifa), SUM(bruto), SUM(row_version) FROM tabl"));
-    query.next();
-    QStringList parts;
-    for (int i = 0; i < 5; ++i)
-        parts << query.value(i).toString();
-    return parts.join(QLatin1Char('|'));
+    return zarek::test::rowsText(db, QStringLiteral("SELECT COUNT(*), SUM(km), SUM(Tarifa), SUM(bruto), SUM(row_version) FROM tabl"));
 }
 
 }

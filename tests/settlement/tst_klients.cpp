@@ -59,10 +59,7 @@ QStringList shownRows(const Klients &screen)
 
 int scratchCount(Klients &screen, const QString &table)
 {
-    QSqlQuery query(screen.scratch()->db());
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table);
-    query.next();
-    return query.value(0).toInt();
+    return test::countBy(screen.scratch()->db(), QStringLiteral("SELECT COUNT(*) FROM ") + table);
 }
 
 bool showAndWait(QWidget &screen)

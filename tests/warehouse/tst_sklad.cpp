@@ -66,8 +66,7 @@ QStringList texts(const RecordingMessageService &messages) { return test::titled
 // A fresh database of the current engine, with two receipts of "Масло" (10 at 2, 10 at 3) unless
 // "empty", the messages recorded, and the warehouse screen of kind P (receipts) or R (issues).
 #define WAREHOUSE_EMPTY(screen, kind)                                             \
-    ZAREK_SCRATCH_DB(scratch);                                                    \
-    RecordingMessageService messages;                                             \
+    ZAREK_SCRATCH_DB_TELLING(scratch);                                            \
     Sklad screen(QStringLiteral(kind), scratch.db(), nullptr, fixedClock)
 #define WAREHOUSE_WITH_TWO_RECEIPTS(screen, kind)                                 \
     ZAREK_SCRATCH_DB(scratch);                                                    \

@@ -103,9 +103,8 @@ QString textOf(const Checked<T> &result)
 }
 
 // A fresh database of the current engine (db) and the store on it at the fixed clock.
-#define WAREHOUSE_STORE()                         \
-    ZAREK_SCRATCH_DB(scratch);                    \
-    QSqlDatabase db = scratch.db();               \
+#define WAREHOUSE_STORE()             \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
     const WarehouseStore store = storeOf(db)
 
 class WarehouseStoreTest : public QObject {
@@ -629,8 +628,7 @@ private slots:
     // makes them one row with both quantities.
     void theUpgradeMakesNamesTypedWithBlanksOneArticle()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         // Back to before the warehouse step.
         for (const char *sql : {"DROP TABLE SkladLots", "DROP INDEX sklad_open", "DROP INDEX sklad_vidkol_data",
                                 "DROP INDEX nalich_name", "CREATE INDEX nalich_name ON Nalich (Name)",

@@ -11,17 +11,10 @@ namespace {
 
 qint64 insertLine(QSqlDatabase db, const QString &marshId, double km, double razhN)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) VALUES (?, 'Д''Аргос - Перник', ?, 0, 0, ?) "
-                                 "RETURNING id"));
-    query.addBindValue(marshId);
-    query.addBindValue(km);
-    query.addBindValue(razhN);
-    if (!query.exec() || !query.next()) {
-        qWarning() << query.lastError().text();
-        return 0;
-    }
-    return query.value(0).toLongLong();
+    const QVariant id = test::scalar(db, QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) "
+                                                        "VALUES (?, 'Д''Аргос - Перник', ?, 0, 0, ?) RETURNING id"),
+                                     {marshId, km, razhN});
+    return id.typeId() == QMetaType::QString ? 0 : id.toLongLong();
 }
 
 RecordRow header(const QString &listId)
@@ -40,9 +33,8 @@ RecordRow header(const QString &listId)
 }
 
 // A fresh database of the current engine (db) and the waybill store on it.
-#define WAYBILL_STORE()                  \
-    ZAREK_SCRATCH_DB(scratch);           \
-    const QSqlDatabase db = scratch.db();\
+#define WAYBILL_STORE()               \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
     const WaybillStore store(db)
 
 class WaybillStoreTest : public QObject {
@@ -53,8 +45,7 @@ private slots:
     // A new waybill whose number was changed after its lines were saved takes those lines, not others.
     void aNewWaybillTakesTheLinesSavedForIt()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const qint64 first = insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
         insertLine(db, QStringLiteral("0000000037"), 10, 3);  // left by an older program: not this waybill's
         const WaybillStore store(db);
@@ -166,8 +157,7 @@ private slots:
 
     void theSumsOfTheStoredLines()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
         insertLine(db, QStringLiteral("0000000037"), 99.5, 30.1);
         insertLine(db, QStringLiteral("0000000037"), 0.4, 0.2);
@@ -223,8 +213,7 @@ private slots:
         QFETCH(QString, step);
         QFETCH(double, km);
         QFETCH(double, fuel);
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const QString number = QStringLiteral("0000000037");
         const WaybillStore store(db);
         const RecordStore lines(db, QStringLiteral("Marsh"), WaybillStore::lineColumns(), QString(),
@@ -274,8 +263,7 @@ private slots:
     // A header saved with totals that are not those of its lines stores its lines' totals.
     void aSavedHeaderHoldsTheTotalsOfItsLines()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         insertLine(db, QStringLiteral("0000000037"), 200, 70.0);
         insertLine(db, QStringLiteral("0000000037"), 450, 162.7);
         const WaybillStore store(db);
