@@ -4,6 +4,7 @@
 // archive, restore and year close.
 
 #include "data/archive.h"
+#include "testdatabase.h"
 
 #include <QDate>
 #include <QSqlDatabase>
@@ -18,31 +19,12 @@
 
 namespace zarek::test {
 
-inline bool insertRow(QSqlDatabase db, const QString &table, const QStringList &columns, const QVariantList &values)
-{
-    QStringList marks;
-    for (int i = 0; i < columns.size(); ++i)
-        marks << QStringLiteral("?");
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, columns.join(QStringLiteral(", ")),
-                                                                        marks.join(QStringLiteral(", "))));
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << table << query.lastError().text();
-        return false;
-    }
-    return true;
-}
-
 // A course of the given date and client; the rest made up from them.
 inline bool insertCourse(QSqlDatabase db, const QDate &date, const QString &client, double km = 120)
 {
     return insertRow(db, QStringLiteral("tabl"),
-                     {QStringLiteral("data"), QStringLiteral("kod"), QStringLiteral("kola"), QStringLiteral("Klient"),
-                      QStringLiteral("Marsh"), QStringLiteral("Tovar"), QStringLiteral("km"), QStringLiteral("ton"),
-                      QStringLiteral("Tarifa"), QStringLiteral("bruto"), QStringLiteral("procent"), QStringLiteral("neto"),
-                      QStringLiteral("Fakt"), QStringLiteral("NomFakt"), QStringLiteral("plat"), QStringLiteral("Doc")},
+                     QStringLiteral("data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, procent, neto, Fakt, "
+                                    "NomFakt, plat, Doc"),
                      {date, QStringLiteral("001"), QStringLiteral("СА 1234 ВК"), client, QStringLiteral("Перник - София"),
                       QStringLiteral("Пясък"), km, 20.5, 0.1, 246.0, 7.38, 238.62, false, QStringLiteral("0000000000"),
                       false, false});
@@ -54,84 +36,50 @@ inline bool fillEveryTable(QSqlDatabase db)
 {
     const QDate day(2025, 3, 5);
     const QTime time(14, 30, 5);
+    const auto row = [&db](const char *table, const char *columns, const QVariantList &values) {
+        return insertRow(db, QString::fromUtf8(table), QString::fromUtf8(columns), values);
+    };
     bool ok = true;
-    ok = ok && insertRow(db, QStringLiteral("tabl"),
-                         {QStringLiteral("data"), QStringLiteral("kod"), QStringLiteral("kola"), QStringLiteral("Klient"),
-                          QStringLiteral("Marsh"), QStringLiteral("Tovar"), QStringLiteral("km"), QStringLiteral("ton"),
-                          QStringLiteral("Tarifa"), QStringLiteral("bruto"), QStringLiteral("procent"), QStringLiteral("neto"),
-                          QStringLiteral("Fakt"), QStringLiteral("NomFakt"), QStringLiteral("plat"), QStringLiteral("Doc"),
-                          QStringLiteral("DateMod"), QStringLiteral("TimeMod")},
-                         {day, QStringLiteral("001"), QStringLiteral("СА 1234 ВК"), QStringLiteral("Д'Аргос ООД"),
-                          QStringLiteral("Перник - София"), QVariant(QMetaType(QMetaType::QString)), 0.1 + 0.2, 20.5, 0.115,
-                          246.01, 7.38, 238.63, true, QStringLiteral("0000000042"), true, false, day, time});
+    ok = ok && row("tabl", "data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, procent, neto, Fakt, NomFakt, plat, "
+                           "Doc, DateMod, TimeMod",
+                   {day, QStringLiteral("001"), QStringLiteral("СА 1234 ВК"), QStringLiteral("Д'Аргос ООД"),
+                    QStringLiteral("Перник - София"), QVariant(QMetaType(QMetaType::QString)), 0.1 + 0.2, 20.5, 0.115,
+                    246.01, 7.38, 238.63, true, QStringLiteral("0000000042"), true, false, day, time});
     ok = ok && insertCourse(db, QDate(2025, 12, 31), QStringLiteral("Бетон Перник АД"));
     ok = ok && insertCourse(db, QDate(2024, 1, 2), QStringLiteral(""));
-    ok = ok && insertRow(db, QStringLiteral("shof"),
-                         {QStringLiteral("kod"), QStringLiteral("ime"), QStringLiteral("adres"), QStringLiteral("tel"),
-                          QStringLiteral("mob"), QStringLiteral("EGN"), QStringLiteral("LKarta")},
-                         {QStringLiteral("001"), QStringLiteral("Иван О'Нийл"), QStringLiteral("Перник, ул. \"Кракра\" 1"),
-                          QStringLiteral("076123456"), QStringLiteral("0888123456"), QStringLiteral("7501011234"),
-                          QStringLiteral("123456789")});
-    ok = ok && insertRow(db, QStringLiteral("Config"),
-                         {QStringLiteral("kola"), QStringLiteral("Razhod"), QStringLiteral("Procent"), QStringLiteral("Ton")},
-                         {QStringLiteral("СА 1234 ВК"), 32.5, 12.0, 25.0});
-    ok = ok && insertRow(db, QStringLiteral("Tarifi"),
-                         {QStringLiteral("\"Trf_20\""), QStringLiteral("\"Trf_20-30\""), QStringLiteral("\"Trf_30-50\""),
-                          QStringLiteral("\"Trf_50-100\""), QStringLiteral("\"Trf_100-200\""), QStringLiteral("\"Trf_200\""),
-                          QStringLiteral("DateMod"), QStringLiteral("TimeMod")},
-                         {0.3, 0.25, 0.2, 0.15, 0.12, 0.1, day, time});
-    ok = ok && insertRow(db, QStringLiteral("ZarekCfg"),
-                         {QStringLiteral("UserName"), QStringLiteral("UserAdres"), QStringLiteral("UserCity"),
-                          QStringLiteral("UserTel"), QStringLiteral("UserGSM"), QStringLiteral("UserMOL")},
-                         {QStringLiteral("Зарек Транс ООД"), QStringLiteral("ул. Първа 1"), QStringLiteral("Перник"),
-                          QStringLiteral("076 600 600"), QStringLiteral("0888 600 600"), QStringLiteral(" ")});
-    ok = ok && insertRow(db, QStringLiteral("Users"),
-                         {QStringLiteral("Ime"), QStringLiteral("Password"), QStringLiteral("Vid")},
-                         {QStringLiteral("админ"), QStringLiteral("$argon2id$v=19$m=65536,t=2,p=1$c2FsdA$aGFzaA"),
-                          QStringLiteral("A")});
-    ok = ok && insertRow(db, QStringLiteral("Sklad"),
-                         {QStringLiteral("Data"), QStringLiteral("DocVid"), QStringLiteral("DocNom"), QStringLiteral("Name"),
-                          QStringLiteral("Kol"), QStringLiteral("Edin"), QStringLiteral("Suma"), QStringLiteral("VidKol"),
-                          QStringLiteral("Ostat"), QStringLiteral("Lipsa"), QStringLiteral("DateMod"), QStringLiteral("TimeMod")},
-                         {day, QStringLiteral("Фактура"), QStringLiteral("123"), QStringLiteral("Масло 15W40"), 10.0, 12.35,
-                          123.5, QStringLiteral("P"), 7.5, false, day, time});
-    ok = ok && insertRow(db, QStringLiteral("Nalich"),
-                         {QStringLiteral("Name"), QStringLiteral("Edin"), QStringLiteral("Broi"), QStringLiteral("DateMod"),
-                          QStringLiteral("TimeMod")},
-                         {QStringLiteral("Масло 15W40"), 12.35, 7.5, day, time});
-    ok = ok && insertRow(db, QStringLiteral("RowdList"),
-                         {QStringLiteral("ListID"), QStringLiteral("Data"), QStringLiteral("Kola"), QStringLiteral("NameDriver"),
-                          QStringLiteral("SumKM"), QStringLiteral("SumRazhN"), QStringLiteral("EndKM"), QStringLiteral("ZarN")},
-                         {QStringLiteral("0000000007"), day, QStringLiteral("СА 1234 ВК"), QStringLiteral("Иван О'Нийл"), 240.0,
-                          78.1, 123456.0, 0.0});
-    ok = ok && insertRow(db, QStringLiteral("Marsh"),
-                         {QStringLiteral("MarshID"), QStringLiteral("Marshrut"), QStringLiteral("KM"), QStringLiteral("Ton"),
-                          QStringLiteral("Koef"), QStringLiteral("RazhN")},
-                         {QStringLiteral("0000000007"), QStringLiteral("Перник - София"), 120.0, 20.5, 0.0, 39.05});
-    ok = ok && insertRow(db, QStringLiteral("ExternalKurs"),
-                         {QStringLiteral("KursID"), QStringLiteral("Data"), QStringLiteral("SendName"),
-                          QStringLiteral("ResivName"), QStringLiteral("TovarTon"), QStringLiteral("TotalP")},
-                         {QStringLiteral("0000000003"), day, QStringLiteral("Сенд ЕООД"), QStringLiteral("Ресив GmbH"), 22.0,
-                          4200.5});
-    ok = ok && insertRow(db, QStringLiteral("Firms"),
-                         {QStringLiteral("SrName"), QStringLiteral("SrAdres"), QStringLiteral("SrCity"), QStringLiteral("SrCountry")},
-                         {QStringLiteral("Ресив GmbH"), QStringLiteral("Hauptstraße 1"), QStringLiteral("Wien"),
-                          QStringLiteral("Австрия")});
-    ok = ok && insertRow(db, QStringLiteral("SkladLots"),
-                         {QStringLiteral("IssueID"), QStringLiteral("ReceiptID"), QStringLiteral("Kol"), QStringLiteral("Edin")},
-                         {2, 1, 2.5, 12.35});
-    ok = ok && insertRow(db, QStringLiteral("Fakturi"),
-                         {QStringLiteral("NomFakt"), QStringLiteral("Klient"), QStringLiteral("Data")},
-                         {QStringLiteral("0000000042"), QStringLiteral("Д'Аргос ООД"), day});
-    ok = ok && insertRow(db, QStringLiteral("Dokumenti"),
-                         {QStringLiteral("Vid"), QStringLiteral("Za"), QStringLiteral("Kod"), QStringLiteral("Nomer"),
-                          QStringLiteral("Izdaden"), QStringLiteral("Valid"), QStringLiteral("Izdatel"), QStringLiteral("Smenen")},
-                         {QStringLiteral("Застраховка CMR"), QStringLiteral("K"), QStringLiteral("СА 1234 ВК"),
-                          QStringLiteral("О'Нийл-7"), day, QDate(2026, 3, 4), QStringLiteral("ЗД Бул Инс АД"), true});
+    ok = ok && row("shof", "kod, ime, adres, tel, mob, EGN, LKarta",
+                   {QStringLiteral("001"), QStringLiteral("Иван О'Нийл"), QStringLiteral("Перник, ул. \"Кракра\" 1"),
+                    QStringLiteral("076123456"), QStringLiteral("0888123456"), QStringLiteral("7501011234"),
+                    QStringLiteral("123456789")});
+    ok = ok && row("Config", "kola, Razhod, Procent, Ton", {QStringLiteral("СА 1234 ВК"), 32.5, 12.0, 25.0});
+    ok = ok && row("Tarifi", "\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", \"Trf_100-200\", \"Trf_200\", "
+                             "DateMod, TimeMod",
+                   {0.3, 0.25, 0.2, 0.15, 0.12, 0.1, day, time});
+    ok = ok && row("ZarekCfg", "UserName, UserAdres, UserCity, UserTel, UserGSM, UserMOL",
+                   {QStringLiteral("Зарек Транс ООД"), QStringLiteral("ул. Първа 1"), QStringLiteral("Перник"),
+                    QStringLiteral("076 600 600"), QStringLiteral("0888 600 600"), QStringLiteral(" ")});
+    ok = ok && row("Users", "Ime, Password, Vid",
+                   {QStringLiteral("админ"), QStringLiteral("$argon2id$v=19$m=65536,t=2,p=1$c2FsdA$aGFzaA"), QStringLiteral("A")});
+    ok = ok && row("Sklad", "Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa, DateMod, TimeMod",
+                   {day, QStringLiteral("Фактура"), QStringLiteral("123"), QStringLiteral("Масло 15W40"), 10.0, 12.35, 123.5,
+                    QStringLiteral("P"), 7.5, false, day, time});
+    ok = ok && row("Nalich", "Name, Edin, Broi, DateMod, TimeMod", {QStringLiteral("Масло 15W40"), 12.35, 7.5, day, time});
+    ok = ok && row("RowdList", "ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN",
+                   {QStringLiteral("0000000007"), day, QStringLiteral("СА 1234 ВК"), QStringLiteral("Иван О'Нийл"), 240.0,
+                    78.1, 123456.0, 0.0});
+    ok = ok && row("Marsh", "MarshID, Marshrut, KM, Ton, Koef, RazhN",
+                   {QStringLiteral("0000000007"), QStringLiteral("Перник - София"), 120.0, 20.5, 0.0, 39.05});
+    ok = ok && row("ExternalKurs", "KursID, Data, SendName, ResivName, TovarTon, TotalP",
+                   {QStringLiteral("0000000003"), day, QStringLiteral("Сенд ЕООД"), QStringLiteral("Ресив GmbH"), 22.0, 4200.5});
+    ok = ok && row("Firms", "SrName, SrAdres, SrCity, SrCountry",
+                   {QStringLiteral("Ресив GmbH"), QStringLiteral("Hauptstraße 1"), QStringLiteral("Wien"), QStringLiteral("Австрия")});
+    ok = ok && row("SkladLots", "IssueID, ReceiptID, Kol, Edin", {2, 1, 2.5, 12.35});
+    ok = ok && row("Fakturi", "NomFakt, Klient, Data", {QStringLiteral("0000000042"), QStringLiteral("Д'Аргос ООД"), day});
+    ok = ok && row("Dokumenti", "Vid, Za, Kod, Nomer, Izdaden, Valid, Izdatel, Smenen",
+                   {QStringLiteral("Застраховка CMR"), QStringLiteral("K"), QStringLiteral("СА 1234 ВК"),
+                    QStringLiteral("О'Нийл-7"), day, QDate(2026, 3, 4), QStringLiteral("ЗД Бул Инс АД"), true});
     // A scanned copy: bytes, a zero and a 0xff among them, as they were.
-    ok = ok && insertRow(db, QStringLiteral("DokScan"),
-                         {QStringLiteral("DokID"), QStringLiteral("Ime"), QStringLiteral("Razmer"), QStringLiteral("Danni")},
-                         {1, QStringLiteral("полица.pdf"), 6, QByteArray("%PDF\x00\xff", 6)});
+    ok = ok && row("DokScan", "DokID, Ime, Razmer, Danni", {1, QStringLiteral("полица.pdf"), 6, QByteArray("%PDF\x00\xff", 6)});
     return ok;
 }
 
@@ -211,7 +159,6 @@ inline qint64 countOf(QSqlDatabase db, const QString &table)
 // A fresh database of the current engine with rows in every table (db), and a folder for the
 // archives (dir), or the test skips with the reason.
 #define ZAREK_FILLED_DB(scratch, dir, db)  \
-    ZAREK_SCRATCH_DB(scratch);              \
+    ZAREK_SCRATCH_DB_AS(scratch, db);       \
     QTemporaryDir dir;                      \
-    QSqlDatabase db = scratch.db();         \
     QVERIFY(zarek::test::fillEveryTable(db));

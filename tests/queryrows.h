@@ -2,6 +2,7 @@
 
 // Query results and shown messages as text, so one comparison states a whole expected outcome.
 
+#include "data/rowset.h"
 #include "forms/messageservice.h"
 
 #include <QSqlDatabase>
@@ -47,6 +48,19 @@ inline QString row(QSqlDatabase db, const QString &sql, const QVariantList &valu
 {
     const QStringList all = rows(db, sql, values);
     return all.isEmpty() ? QStringLiteral("<none>") : all.join(QLatin1Char('\n'));
+}
+
+// The columns named of each row of a result, as "value|value|…".
+inline QStringList rowTexts(const RowSet &rows, const QStringList &columns)
+{
+    QStringList lines;
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        QStringList cells;
+        for (const QString &column : columns)
+            cells.append(rows.value(row, column).toString());
+        lines.append(cells.join(QLatin1Char('|')));
+    }
+    return lines;
 }
 
 // Every message shown, as "title: text" with the text's lines joined by " / ".

@@ -11,16 +11,20 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTimer>
 #include <QStringList>
 #include <QtTest>
 
 namespace zarek::test {
 
-// The child of w named name, or nullptr.
+// The child of w named name, or nullptr (and a warning naming it).
 template <typename T = QWidget>
 T *child(const QWidget &w, const QString &name)
 {
-    return w.findChild<T *>(name);
+    T *found = w.findChild<T *>(name);
+    if (!found)
+        qWarning("no widget %s", qPrintable(name));
+    return found;
 }
 
 inline QPushButton *button(const QWidget &w, const QString &name) { return child<QPushButton>(w, name); }
@@ -33,6 +37,16 @@ inline void click(const QWidget &w, const QString &name)
     QPushButton *b = button(w, name);
     QVERIFY2(b, qPrintable(QStringLiteral("no button ") + name));
     b->click();
+}
+
+// The visible top-level window named name, or nullptr.
+inline QWidget *visibleWindow(const QString &name)
+{
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        if (window->objectName() == name && window->isVisible())
+            return window;
+    }
+    return nullptr;
 }
 
 // Shows the screen and waits until it is the active window.
@@ -81,6 +95,35 @@ inline QStringList items(const QComboBox *box)
     return list;
 }
 
+// Hands the modal dialog of type T open when the event loop next turns to handle (look, answer,
+// close); none, or one of another type, is left alone. Arm it, then do what opens the dialog.
+template <typename T = QDialog, typename F>
+void onNextModal(F handle)
+{
+    QTimer::singleShot(0, [handle]() mutable {
+        if (auto *dialog = qobject_cast<T *>(QApplication::activeModalWidget()))
+            handle(*dialog);
+    });
+}
+
+// Types the period into a search dialog's two date boxes and presses its OK button.
+inline void enterPeriod(QWidget &dialog, const QString &from, const QString &to)
+{
+    child<QLineEdit>(dialog, QStringLiteral("Text1_0"))->setText(from);
+    child<QLineEdit>(dialog, QStringLiteral("Text1_1"))->setText(to);
+    button(dialog, QStringLiteral("OKButton"))->click();
+}
+
+// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
+inline void saveScreenshot(QWidget &widget, const QString &name)
+{
+    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
+    if (dir.isEmpty())
+        return;
+    QTest::qWait(50);  // the layout settles first
+    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
+}
+
 // "title|text" of each message.
 inline QStringList titled(const QList<UserMessage> &messages)
 {
@@ -111,3 +154,8 @@ inline QString onlyTitle(const QList<UserMessage> &messages)
 }
 
 }
+
+// A fresh database of the current engine (var; see testdatabase.h) and the messages recorded.
+#define ZAREK_SCRATCH_DB_TELLING(var)                         \
+    ZAREK_SCRATCH_DB(var);                                    \
+    RecordingMessageService messages

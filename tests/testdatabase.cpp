@@ -27,6 +27,37 @@ bool execAll(QSqlDatabase db, const QStringList &statements)
     return true;
 }
 
+namespace {
+
+// Prepares sql on query, binds the values and runs it.
+bool runBound(QSqlQuery &query, const QString &sql, const QVariantList &values)
+{
+    query.prepare(sql);
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    return query.exec();
+}
+
+}
+
+bool execBound(QSqlDatabase db, const QString &sql, const QVariantList &values)
+{
+    QSqlQuery query(db);
+    if (runBound(query, sql, values))
+        return true;
+    qWarning() << sql << query.lastError().text();
+    return false;
+}
+
+bool insertRow(QSqlDatabase db, const QString &table, const QString &columns, const QVariantList &values)
+{
+    QStringList marks;
+    for (qsizetype i = 0; i < values.size(); ++i)
+        marks << QStringLiteral("?");
+    return execBound(db, QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)").arg(table, columns, marks.join(QStringLiteral(", "))),
+                     values);
+}
+
 bool makePlainSqliteFile(const QString &path, const QStringList &statements)
 {
     const QString connection = QStringLiteral("plain-file");
@@ -44,21 +75,21 @@ bool makePlainSqliteFile(const QString &path, const QStringList &statements)
 QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values)
 {
     QSqlQuery query(db);
-    query.prepare(sql);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec() || !query.next())
+    if (!runBound(query, sql, values) || !query.next())
         return QStringLiteral("<%1>").arg(query.lastError().text());
     return query.value(0);
+}
+
+int countBy(QSqlDatabase db, const QString &sql, const QVariantList &values)
+{
+    QSqlQuery query(db);
+    return runBound(query, sql, values) && query.next() ? query.value(0).toInt() : -1;
 }
 
 QString rowsText(QSqlDatabase db, const QString &sql, const QVariantList &values)
 {
     QSqlQuery query(db);
-    query.prepare(sql);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec())
+    if (!runBound(query, sql, values))
         return QStringLiteral("<%1>").arg(query.lastError().text());
     QStringList rows;
     while (query.next()) {

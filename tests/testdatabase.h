@@ -6,6 +6,8 @@
 #include <QString>
 #include <QtTest>
 
+#include <memory>
+
 namespace zarek::test {
 
 // Adds the global "engine" column with one row per database engine. Call it from
@@ -16,10 +18,32 @@ void addEngineRows();
 // expected value equals) when it fails or gives no row.
 QVariant scalar(QSqlDatabase db, const QString &sql, const QVariantList &values = {});
 
+// The first value of the first row as a whole number (a count), or -1, which no count equals, when
+// the query fails or gives no row.
+int countBy(QSqlDatabase db, const QString &sql, const QVariantList &values = {});
+
 // Every row of a query, its values joined by '|' and the rows by ' ', the same on both engines:
 // numbers as numbers (31.25, 0.125, 10), truth as 1 or 0, dates as 2026-03-05. "<the error>" when
 // it fails: one comparison checks several columns and rows at once.
 QString rowsText(QSqlDatabase db, const QString &sql, const QVariantList &values = {});
+
+// The engine of the current global data row: "sqlite" or "postgresql".
+inline QString currentEngine()
+{
+    return *static_cast<QString *>(QTest::qGlobalData("engine", qMetaTypeId<QString>()));
+}
+
+// Runs one statement with bound values; false, with the statement and its error in the log, when
+// it fails.
+bool execBound(QSqlDatabase db, const QString &sql, const QVariantList &values = {});
+
+// Inserts one row into table: the columns named in one text ("data, kod, kola"), the values
+// bound in that order. False, with the error in the log, when it fails.
+bool insertRow(QSqlDatabase db, const QString &table, const QString &columns, const QVariantList &values);
+
+// The columns of a course in tabl, in the order the tests' course fixtures give their values.
+inline const QString courseColumns = QStringLiteral("data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, procent, neto, "
+                                                    "Fakt, NomFakt, plat, Doc");
 
 // Runs each statement in turn; false, with the failing statement and its error in the log, at
 // the first that fails.
@@ -68,8 +92,34 @@ private:
     if (!var.isReady())                                       \
         QSKIP(qPrintable(var.skipReason()));
 
+// The same, with its connection under the name given.
+#define ZAREK_SCRATCH_DB_AS(var, connection)                  \
+    ZAREK_SCRATCH_DB(var);                                    \
+    QSqlDatabase connection = var.db()
+
 // A further fresh database of the same engine, for tests that compare two.
 #define ZAREK_SCRATCH_DB_NAMED(var, engineName)               \
     zarek::test::ScratchDatabase var(engineName);             \
     if (!var.isReady())                                       \
         QSKIP(qPrintable(var.skipReason()));
+
+// In init(): a fresh database of the engine of the current global data row into holder (a
+// std::unique_ptr<ScratchDatabase>), or the test skips with the reason.
+#define ZAREK_SCRATCH_DB_INTO(holder)                                      \
+    QFETCH_GLOBAL(QString, engine);                                        \
+    holder = std::make_unique<zarek::test::ScratchDatabase>(engine);       \
+    if (!holder->isReady())                                                \
+        QSKIP(qPrintable(holder->skipReason()));
+
+// The rest of the test on one engine only (a SQLite file, or work done once for both); the other
+// engine's row skips with the reason.
+#define ZAREK_ONLY_ON(engineName, reason)                                  \
+    if (zarek::test::currentEngine() != QLatin1String(engineName))         \
+        QSKIP(reason);
+
+// The folder ZAREK_SCREENSHOT_DIR names, for pictures of the screens and papers a person looks at;
+// without it the test skips.
+#define ZAREK_SCREENSHOT_DIR(dir)                                          \
+    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");      \
+    if (dir.isEmpty())                                                     \
+        QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures");

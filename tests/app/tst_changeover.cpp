@@ -7,6 +7,7 @@
 #include "forms/messageservice.h"
 #include "screendriver.h"
 #include "testdatabase.h"
+#include "warehouse/stockfixture.h"
 #include "warehouse/warehousestore.h"
 
 #include <QPushButton>
@@ -17,6 +18,7 @@
 #include <QTableWidget>
 
 using namespace zarek;
+using zarek::test::movement;
 using zarek::test::scalar;
 
 namespace {
@@ -27,18 +29,6 @@ const QDateTime runTime(QDate(2026, 1, 2), QTime(8, 0));
 WarehouseStore storeAt(QSqlDatabase db, const QDate &day)
 {
     return WarehouseStore(db, [day] { return QDateTime(day, QTime(9, 0)); });
-}
-
-StockMovement movement(const QString &name, double kol, double edin, const QDate &data)
-{
-    StockMovement m;
-    m.data = data;
-    m.docVid = QStringLiteral("Фактура");
-    m.docNom = QStringLiteral("0042");
-    m.name = name;
-    m.kol = kol;
-    m.edin = edin;
-    return m;
 }
 
 // A firm in leva before the changeover: its tariffs, and oil received in two lots of which the
@@ -99,6 +89,11 @@ double nalichPrice(QSqlDatabase db, const QString &name)
 
 }
 
+// A fresh database of the current engine (db) holding the firm in leva before the changeover.
+#define LEVA_FIRM()                   \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
+    QVERIFY(fillLevaFirm(scratch))
+
 class ChangeoverTest : public QObject {
     Q_OBJECT
 private slots:
@@ -130,9 +125,7 @@ private slots:
 
     void theChangeoverWritesTheConvertedValuesAndRecordsItsDateAndRate()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillLevaFirm(scratch));
+        LEVA_FIRM();
         QVERIFY(!loadChangeover(db).value().isSet());
         const Checked<ChangeoverReview> review = reviewChangeover(db, euroDay);
         QVERIFY(review.ok());
@@ -152,9 +145,7 @@ private slots:
 
     void theChangeoverIsRefusedTheSecondTime()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillLevaFirm(scratch));
+        LEVA_FIRM();
         const Checked<ChangeoverReview> review = reviewChangeover(db, euroDay);
         QCOMPARE(textOf(runChangeover(db, review.value(), runTime)), QString());
         const QString after = snapshot(db);
@@ -201,9 +192,7 @@ private slots:
 
     void rowsChangedSinceTheReviewAreNotConvertedBlindly()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillLevaFirm(scratch));
+        LEVA_FIRM();
         const Checked<ChangeoverReview> review = reviewChangeover(db, euroDay);
         // Another workstation receives a new article after the review was read.
         QVERIFY(storeAt(scratch.openSecondConnection(), QDate(2025, 12, 28))
@@ -232,9 +221,7 @@ private slots:
     // FIFO across the changeover: what is left of a leva receipt is issued at its euro price.
     void anIssueAfterTheChangeoverCostsInEuro()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillLevaFirm(scratch));
+        LEVA_FIRM();
         QCOMPARE(textOf(runChangeover(db, reviewChangeover(db, euroDay).value(), runTime)), QString());
         ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         const WarehouseStore store = storeAt(db, QDate(2026, 1, 10));
@@ -258,9 +245,7 @@ private slots:
 
     void aLevaReceiptTypedAfterTheChangeoverPricesTheStockInEuro()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillLevaFirm(scratch));
+        LEVA_FIRM();
         QCOMPARE(textOf(runChangeover(db, reviewChangeover(db, euroDay).value(), runTime)), QString());
         const WarehouseStore store = storeAt(db, QDate(2026, 1, 15));
         QVERIFY(store.addReceipt(movement(QStringLiteral("Масло"), 10, 3.91, QDate(2025, 12, 30))).ok());
@@ -299,9 +284,7 @@ private slots:
     // The review screen: what it shows, and that cancelling at any point writes nothing.
     void theReviewScreenShowsTheValuesAndCancellingWritesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillLevaFirm(scratch));
+        LEVA_FIRM();
         const QString before = snapshot(db);
         RecordingMessageService messages;
         {
@@ -327,9 +310,7 @@ private slots:
 
     void theReviewScreenConvertsOnceOnYes()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillLevaFirm(scratch));
+        LEVA_FIRM();
         RecordingMessageService messages;
         ScopedCommandDay books({Changeover{}, QDate::currentDate()});
         PrehodEvro screen(db);
@@ -346,12 +327,9 @@ private slots:
     // With ZAREK_SCREENSHOT_DIR set, saves the review screen, each of its tabs.
     void screenshots()
     {
-        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (dir.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the screen");
+        ZAREK_SCREENSHOT_DIR(dir);
+        ZAREK_ONLY_ON("sqlite", "one set of pictures is enough");
         ZAREK_SCRATCH_DB(scratch);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("one set of pictures is enough");
         QVERIFY(fillLevaFirm(scratch));
         QVERIFY(storeAt(scratch.db(), QDate(2026, 1, 5))
                     .addReceipt(movement(QStringLiteral("Болт M12"), 100, 0.20, QDate(2026, 1, 5)))

@@ -11,16 +11,9 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::countBy;
 
 namespace {
-
-int scalar(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return -1;
-    return query.value(0).toInt();
-}
 
 bool validEgn(const QString &egn)
 {
@@ -50,8 +43,7 @@ private slots:
 
     void aDemoFirmIsWholeAndConsistent()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         int lastProgress = 0;
         DemoOptions options = smallDemo();
         options.progress = [&](int done, int) { lastProgress = done; };
@@ -59,25 +51,25 @@ private slots:
         QVERIFY2(summary.ok(), summary.ok() ? "" : qPrintable(summary.message().text));
         QCOMPARE(lastProgress, 300);
 
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM tabl"), 300);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс'"), 300);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM tabl"), 300);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Разходи за курс'"), 300);
         QVERIFY(summary.value().trucks >= 8);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE") > 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = FALSE") > 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM tabl WHERE plat = TRUE") > 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM tabl WHERE km = 1") > 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE VidKol = 'P'") > 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Nalich") > 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Marsh") > scalar(db, "SELECT COUNT(*) FROM RowdList"));
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM ExternalKurs") >= 10);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Tarifi"), 1);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Config WHERE LENGTH(kola) > 12"), 0);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM shof WHERE LENGTH(kod) <> 3"), 0);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE AND NomFakt = '0000000000'"), 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE") > 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = FALSE") > 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM tabl WHERE plat = TRUE") > 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM tabl WHERE km = 1") > 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM Sklad WHERE VidKol = 'P'") > 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM Nalich") > 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM Marsh") > countBy(db, "SELECT COUNT(*) FROM RowdList"));
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM ExternalKurs") >= 10);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Tarifi"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Config WHERE LENGTH(kola) > 12"), 0);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM shof WHERE LENGTH(kod) <> 3"), 0);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM tabl WHERE Fakt = TRUE AND NomFakt = '0000000000'"), 0);
         // Every number on a course is held as issued, so numbering goes on after a year close.
-        QCOMPARE(scalar(db, "SELECT COUNT(DISTINCT NomFakt) FROM tabl WHERE Fakt = TRUE AND NomFakt NOT IN "
+        QCOMPARE(countBy(db, "SELECT COUNT(DISTINCT NomFakt) FROM tabl WHERE Fakt = TRUE AND NomFakt NOT IN "
                             "(SELECT NomFakt FROM Fakturi)"), 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Fakturi") > 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM Fakturi") > 0);
 
         QSqlQuery drivers(db);
         QVERIFY(drivers.exec("SELECT EGN, LKarta FROM shof"));
@@ -97,17 +89,17 @@ private slots:
 
         // The warehouse as the screens leave it: stock on hand is the open receipts, every stock
         // issue is the lots it took, and some articles are priced under 1 (drawn red).
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Nalich n WHERE ABS(n.Broi - (SELECT COALESCE(SUM(s.Ostat), 0) "
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Nalich n WHERE ABS(n.Broi - (SELECT COALESCE(SUM(s.Ostat), 0) "
                             "FROM Sklad s WHERE s.Name = n.Name AND s.VidKol = 'P' AND s.Lipsa = FALSE)) > 0.0005"),
                  0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM SkladLots") > 0);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad s WHERE s.VidKol = 'R' AND s.Name NOT IN ('Ремонт', "
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM SkladLots") > 0);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Sklad s WHERE s.VidKol = 'R' AND s.Name NOT IN ('Ремонт', "
                             "'Разходи за курс') AND ABS(s.Kol - (SELECT COALESCE(SUM(l.Kol), 0) FROM SkladLots l "
                             "WHERE l.IssueID = s.id)) > 0.0005"),
                  0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Ремонт'") > 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Nalich WHERE Edin < 1") > 0);
-        QCOMPARE(summary.value().stockRows, scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name <> 'Разходи за курс'"));
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'Ремонт'") > 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM Nalich WHERE Edin < 1") > 0);
+        QCOMPARE(summary.value().stockRows, countBy(db, "SELECT COUNT(*) FROM Sklad WHERE Name <> 'Разходи за курс'"));
 
         QVERIFY(LoadFirmProfile(db).profile.has_value());
         QSqlQuery admin(db);
@@ -121,20 +113,19 @@ private slots:
     // number gives a birth date of a driver of working age.
     void tripsFillTheAddressBookAndDriversHaveBelievableBirthDates()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(fillDemoDatabase(db, smallDemo()).ok());
         const QString parties = QStringLiteral(
             "SELECT SendName, SendAdres, SendCity, SendCountry FROM ExternalKurs "
             "UNION SELECT ResivName, ResivAdres, ResivCity, ResivCountry FROM ExternalKurs");
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM (" + parties + ") AS p"), scalar(db, "SELECT COUNT(*) FROM Firms"));
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM (SELECT DISTINCT SrName, SrAdres, SrCity, SrCountry FROM Firms) AS f"),
-                 scalar(db, "SELECT COUNT(*) FROM Firms"));
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM ExternalKurs e WHERE NOT EXISTS (SELECT 1 FROM Firms f WHERE "
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM (" + parties + ") AS p"), countBy(db, "SELECT COUNT(*) FROM Firms"));
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM (SELECT DISTINCT SrName, SrAdres, SrCity, SrCountry FROM Firms) AS f"),
+                 countBy(db, "SELECT COUNT(*) FROM Firms"));
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM ExternalKurs e WHERE NOT EXISTS (SELECT 1 FROM Firms f WHERE "
                             "f.SrName = e.ResivName AND f.SrAdres = e.ResivAdres AND f.SrCity = e.ResivCity AND "
                             "f.SrCountry = e.ResivCountry)"),
                  0);
-        QVERIFY(scalar(db, "SELECT COUNT(DISTINCT TruckR) FROM ExternalKurs") <= 4);
+        QVERIFY(countBy(db, "SELECT COUNT(DISTINCT TruckR) FROM ExternalKurs") <= 4);
 
         QSqlQuery drivers(db);
         QVERIFY(drivers.exec("SELECT EGN FROM shof"));
@@ -153,11 +144,10 @@ private slots:
     // right and a VAT number that is BG and that ЕИК; the firm has a valid account for its invoices.
     void theClientRegisterHoldsEveryCourseClient()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(fillDemoDatabase(db, smallDemo()).ok());
-        QCOMPARE(scalar(db, "SELECT COUNT(DISTINCT Klient) FROM tabl WHERE Klient NOT IN (SELECT Ime FROM Klienti)"), 0);
-        QVERIFY(scalar(db, "SELECT COUNT(*) FROM Klienti") >= 10);
+        QCOMPARE(countBy(db, "SELECT COUNT(DISTINCT Klient) FROM tabl WHERE Klient NOT IN (SELECT Ime FROM Klienti)"), 0);
+        QVERIFY(countBy(db, "SELECT COUNT(*) FROM Klienti") >= 10);
         QSqlQuery clients(db);
         QVERIFY(clients.exec("SELECT Ime, EIK, DDSNomer, Adres, Grad FROM Klienti"));
         while (clients.next()) {

@@ -9,6 +9,7 @@
 #include "app/firststart.h"
 #include "app/firststartdialog.h"
 #include "app/frmmain.h"
+#include "mainwindowfixture.h"
 #include "app/helptopics.h"
 #include "app/helpwindow.h"
 #include "app/menutree.h"
@@ -41,6 +42,7 @@
 #include <QToolButton>
 
 using namespace zarek;
+using zarek::test::acme;
 
 namespace {
 
@@ -54,13 +56,6 @@ public:
     void beep() override {}
     QList<UserMessage> shown;
 };
-
-FirmProfile acme()
-{
-    FirmProfile profile;
-    profile.UserName = QStringLiteral("ACME");
-    return profile;
-}
 
 // The Alt letter of a caption ("&Справки" gives "с"), empty for none.
 QString mnemonicOf(const QString &text)
@@ -152,8 +147,7 @@ private slots:
     // The menus had no Alt letters: every menu and every item has one, unique within its menu.
     void theMenusHadNoAltLetters()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW(window);
         QStringList topLetters;
         for (QAction *top : window.menuBar()->actions()) {
             const QString letter = mnemonicOf(top->text());
@@ -176,8 +170,7 @@ private slots:
     // F10 did nothing: it opens the first menu of the bar.
     void f10DidNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW(window);
         test::showActive(window);
         QTest::keyClick(&window, Qt::Key_F10);
         QTRY_VERIFY(window.menuBar()->activeAction());
@@ -218,8 +211,7 @@ private slots:
     // F1 on a modal screen opened the help behind it, out of reach: it opens in front of it.
     void f1OnAModalScreenShowedTheHelpBehindIt()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW(window);
         test::showActive(window);
         QDialog screen(&window);
         screen.setProperty("helpTopic", 13);
@@ -331,8 +323,7 @@ private slots:
     // The screens before the main window fit as well.
     void theFirstWindowsFitTheScreen()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const StartState state = readStartState(db);
         FirstStartDialog first(db, state);
         test::showExposed(first);
@@ -347,8 +338,7 @@ private slots:
     // choices, so the screens behind them open too) must fit the screen with all its buttons.
     void everyScreenFitsTheScreenWithAllItsButtons()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         DemoOptions demo;
         demo.courses = 120;
         QVERIFY(fillDemoDatabase(db, demo).ok());
@@ -396,10 +386,8 @@ private slots:
         const QString dir = qEnvironmentVariable("ZAREK_GUIDE_PICTURES");
         if (dir.isEmpty())
             QSKIP("set ZAREK_GUIDE_PICTURES to make the guide's pictures");
-        ZAREK_SCRATCH_DB(scratch);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("the pictures are made once");
-        QSqlDatabase db = scratch.db();
+        ZAREK_ONLY_ON("sqlite", "the pictures are made once");
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const auto save = [&dir](QWidget *w, const QString &name) {
             w->activateWindow();
             QTest::qWait(80);
@@ -455,16 +443,10 @@ private slots:
                                 QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
                         } else if (!search && ++waited[w] == 50) {
                             qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
-                            if (auto *dialog = qobject_cast<QDialog *>(w))
-                                QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
-                            else
-                                QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+                            closeLater(w);
                         } else if (search && waited[w] == 200) {
                             qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
-                            if (auto *dialog = qobject_cast<QDialog *>(w))
-                                QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
-                            else
-                                QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+                            closeLater(w);
                         }
                         continue;
                     }
@@ -478,10 +460,8 @@ private slots:
                         fillSearch(search);
                         if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
                             QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
-                    } else if (auto *dialog = qobject_cast<QDialog *>(w)) {
-                        QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
                     } else {
-                        QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+                        closeLater(w);
                     }
                     return;
                 }
@@ -508,6 +488,15 @@ private slots:
     }
 
 private:
+    // Rejects a dialog, closes any other window, once the event loop turns.
+    static void closeLater(QWidget *w)
+    {
+        if (auto *dialog = qobject_cast<QDialog *>(w))
+            QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
+        else
+            QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+    }
+
     static QList<QWidget *> openWindows(QWidget *main)
     {
         QList<QWidget *> open;
@@ -540,10 +529,7 @@ private:
                     QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
                 return;
             }
-            if (auto *dialog = qobject_cast<QDialog *>(w))
-                QMetaObject::invokeMethod(dialog, &QDialog::reject, Qt::QueuedConnection);
-            else
-                QMetaObject::invokeMethod(w, &QWidget::close, Qt::QueuedConnection);
+            closeLater(w);
             return;
         }
     }

@@ -1,6 +1,7 @@
 #include "app/demodata.h"
 #include "app/diskcommands.h"
 #include "app/frmmain.h"
+#include "mainwindowfixture.h"
 #include "app/qttranslations.h"
 #include "archivefixture.h"
 #include "data/archive.h"
@@ -23,6 +24,7 @@
 #include <QTemporaryDir>
 
 using namespace zarek;
+using zarek::test::acme;
 using zarek::test::onlyOne;
 using zarek::test::onlyText;
 using zarek::test::onlyTitle;
@@ -34,13 +36,6 @@ using zarek::test::insertCourse;
 namespace {
 
 const QDateTime moment(QDate(2026, 1, 5), QTime(9, 15, 30));
-
-FirmProfile acme()
-{
-    FirmProfile profile;
-    profile.UserName = QStringLiteral("ACME");
-    return profile;
-}
 
 QString native(const QString &path)
 {
@@ -191,11 +186,7 @@ private slots:
         RecordingMessageService messages;
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         window.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
-        QWidget *personal = nullptr;
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (widget->objectName() == QLatin1String("Personal") && widget->isVisible())
-                personal = widget;
-        }
+        QWidget *personal = test::visibleWindow(QStringLiteral("Personal"));
         QVERIFY(personal);
         QPointer<QWidget> watched = personal;
 
@@ -227,11 +218,7 @@ private slots:
         RecordingMessageService messages;
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         window.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
-        QWidget *personal = nullptr;
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (widget->objectName() == QLatin1String("Personal") && widget->isVisible())
-                personal = widget;
-        }
+        QWidget *personal = test::visibleWindow(QStringLiteral("Personal"));
         QVERIFY(personal);
         auto *box = personal->findChild<QLineEdit *>();
         QVERIFY(box);
@@ -316,9 +303,7 @@ private slots:
     // for a person to look at.
     void screenshots()
     {
-        const QString shots = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (shots.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the dialogs");
+        ZAREK_SCREENSHOT_DIR(shots);
         ZAREK_SCRATCH_DB(scratch);
         loadQtTranslations(*qApp);
         QVERIFY(fillEveryTable(scratch.db()));

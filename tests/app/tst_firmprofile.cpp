@@ -13,8 +13,7 @@ private slots:
 
     void anEmptyFirmTableStopsTheProgram()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const FirmProfileLoad load = LoadFirmProfile(db);
         QVERIFY(!load.profile);
         QVERIFY(load.stopMessage);
@@ -26,14 +25,11 @@ private slots:
     void requiredFieldsAreTrimmedAndOptionalOnesNeverEmpty()
     {
         ZAREK_SCRATCH_DB(scratch);
-        QSqlQuery insert(scratch.db());
-        insert.prepare(QStringLiteral(
-            "INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, UserCountry, UserDanN, UserBULSTAT, UserMOL, "
-            "UserEmail, UserTel, UserGSM, UserURL) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-        for (const char *value : {"  Д'Арт Транс ООД ", " ул. Шипка 5 ", " Пловдив", "", "   ", " 123456789 ",
-                                  " Петър Петров ", "", "   ", " 0888 ", ""})
-            insert.addBindValue(QString::fromUtf8(value));
-        QVERIFY(insert.exec());
+        QVERIFY(test::insertRow(scratch.db(), QStringLiteral("ZarekCfg"),
+                                QStringLiteral("UserName, UserAdres, UserCity, UserCountry, UserDanN, UserBULSTAT, UserMOL, "
+                                               "UserEmail, UserTel, UserGSM, UserURL"),
+                                {"  Д'Арт Транс ООД ", " ул. Шипка 5 ", " Пловдив", "", "   ", " 123456789 ", " Петър Петров ",
+                                 "", "   ", " 0888 ", ""}));
         QSqlDatabase db = scratch.db();
         const FirmProfile profile = *LoadFirmProfile(db).profile;
         QCOMPARE(profile.UserName, QStringLiteral("Д'Арт Транс ООД"));

@@ -4,6 +4,7 @@
 #include "app/users.h"
 #include "core/textcheck.h"
 #include "forms/messageservice.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QGroupBox>
@@ -12,16 +13,9 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::countBy;
 
 namespace {
-
-int count(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return -1;
-    return query.value(0).toInt();
-}
 
 void type(QDialog &dialog, const char *name, const QString &text)
 {
@@ -55,6 +49,11 @@ const char *firmRow = "INSERT INTO ZarekCfg (UserName, UserAdres, UserCity, User
 
 }
 
+// A fresh database of the current engine, the messages recorded, and the first start's dialog.
+#define FIRST_START()                                                    \
+    ZAREK_SCRATCH_DB_TELLING(scratch);                                   \
+    FirstStartDialog dialog(scratch.db(), readStartState(scratch.db()))
+
 class FirstStartTest : public QObject {
     Q_OBJECT
 private slots:
@@ -74,14 +73,12 @@ private slots:
         dialog.findChild<QPushButton *>(QStringLiteral("cmdDemo"))->click();
         QVERIFY(dialog.demoWanted());
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 0);  // the caller makes it
+        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 0);  // the caller makes it
     }
 
     void theFirmAndItsAdministratorAreMadeTogether()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        FirstStartDialog dialog(scratch.db(), readStartState(scratch.db()));
+        FIRST_START();
         typeFirm(dialog);
         typeAdministrator(dialog);
         dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
@@ -105,8 +102,8 @@ private slots:
         typeAdministrator(dialog);
         dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
         QVERIFY2(messages.shown.isEmpty(), qPrintable(messages.shown.value(0).text));
-        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 1);
-        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users WHERE Vid = 'A'")), 1);
+        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 1);
+        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users WHERE Vid = 'A'")), 1);
     }
 
     void theDemoIsRefusedWhereDataExists_data()
@@ -127,15 +124,13 @@ private slots:
         const auto demo = fillDemoDatabase(db, options);
         QVERIFY(!demo);
         QCOMPARE(demo.message(), databaseHoldsDataMessage());
-        QCOMPARE(count(db, QStringLiteral("SELECT COUNT(*) FROM Users")), 0);
-        QCOMPARE(count(db, QStringLiteral("SELECT COUNT(*) FROM Sklad")), 0);
+        QCOMPARE(countBy(db, QStringLiteral("SELECT COUNT(*) FROM Users")), 0);
+        QCOMPARE(countBy(db, QStringLiteral("SELECT COUNT(*) FROM Sklad")), 0);
     }
 
     void anAdministratorMadeMeanwhileByAnotherCopyEndsTheDialog()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        FirstStartDialog dialog(scratch.db(), readStartState(scratch.db()));
+        FIRST_START();
         // Another workstation finishes its first start while this dialog is being filled in.
         FirmProfile other;
         other.UserName = QStringLiteral("Друга");
@@ -151,15 +146,13 @@ private slots:
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(messages.shown[0], administratorExistsMessage());
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 1);
-        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users")), 1);
+        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 1);
+        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users")), 1);
     }
 
     void aControlCharacterInTheFirstStartIsRefused()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        FirstStartDialog dialog(scratch.db(), readStartState(scratch.db()));
+        FIRST_START();
         typeFirm(dialog);
         type(dialog, "txtFirmaName", QStringLiteral("AB") + QChar(u'\0') + QStringLiteral("CD"));
         typeAdministrator(dialog);
@@ -168,7 +161,7 @@ private slots:
         QCOMPARE(messages.shown[0], controlCharacterMessage(QStringLiteral("   ВНИМАНИЕ!")));
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
         QVERIFY(needsFirstStart(scratch.db()));
-        QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 0);
+        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 0);
     }
 };
 

@@ -1,5 +1,6 @@
 #include "app/about.h"
 #include "app/frmmain.h"
+#include "mainwindowfixture.h"
 #include "app/helptopics.h"
 #include "app/helpwindow.h"
 #include <QMenu>
@@ -26,20 +27,10 @@
 #include <QToolButton>
 
 using namespace zarek;
+using zarek::test::acme;
 using zarek::test::onlyOne;
 using zarek::test::onlyText;
 using zarek::test::onlyTitle;
-
-namespace {
-
-FirmProfile acme()
-{
-    FirmProfile profile;
-    profile.UserName = QStringLiteral("ACME");
-    return profile;
-}
-
-}
 
 class FrmMainTest : public QObject {
     Q_OBJECT
@@ -55,8 +46,7 @@ private slots:
     // name, caption, shortcut and help number of every entry, separators included.
     void theMenuBarIsTheFixedMenuTree()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW(window);
         QCOMPARE(window.windowTitle(), QStringLiteral("Зарек 2.3.4 - ACME"));
         const QStringList expected = {
             "mnuSpr|Справки||100", "mnuSprKola|Курсове на кола||5", "mnuSprPer|Всички курсове||6",
@@ -136,9 +126,7 @@ private slots:
     // else, and a button whose item has no screen yet is disabled and runs nothing.
     void theToolbarButtonsRunTheirMenuItems()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("C"));
+        MAIN_WINDOW_TELLING(window, "C");
         test::showExposed(window);
         const QList<QStringList> expected = {
             {"Kola", "Справка за кола", "mnuSprKola"},
@@ -196,8 +184,7 @@ private slots:
 
     void commandsWithoutTheirScreenAreDisabled()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW(window);
         for (const char *built : {"mnuSprKola", "mnuSprPer", "mnuSprKlient", "mnuSprShof", "mnuDataKorКм", "mnuFileExit",
                                   "mnuSprBalans", "mnuViewToolbar", "mnuDataNew", "mnuDataKyrc", "mnuDataFakt",
                                   "mnuDataEditFakt", "mnuDataNewInside", "mnuDataDAI", "mnuSlgZapl", "mnuDataKorPl",
@@ -209,18 +196,13 @@ private slots:
 
     void aSearchCommandShowsItsDialogAndCancellingPutsThePanelBack()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW_TELLING(window, "A");
         QString caption;
         QString dialogName;
-        QTimer::singleShot(0, [&] {
-            QWidget *modal = QApplication::activeModalWidget();
-            if (!modal)
-                return;
-            caption = modal->windowTitle();
-            dialogName = modal->objectName();
-            static_cast<QDialog *>(modal)->reject();
+        test::onNextModal([&](QDialog &modal) {
+            caption = modal.windowTitle();
+            dialogName = modal.objectName();
+            modal.reject();
         });
         window.menuAction(QStringLiteral("mnuSprKola"))->trigger();
         QCOMPARE(caption, QStringLiteral("Търсене - Курсове на кола №"));
@@ -233,17 +215,12 @@ private slots:
     // "Нов курс" opens the course editor at once, a new course started.
     void newCourseOpensTheEditorEntering()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW_TELLING(window, "A");
         QString caption, status;
-        QTimer::singleShot(0, [&] {
-            QWidget *modal = QApplication::activeModalWidget();
-            if (!modal)
-                return;
-            caption = modal->windowTitle();
-            status = modal->findChild<QLabel *>(QStringLiteral("lblStatus"))->text();
-            static_cast<QDialog *>(modal)->reject();
+        test::onNextModal([&](QDialog &modal) {
+            caption = modal.windowTitle();
+            status = modal.findChild<QLabel *>(QStringLiteral("lblStatus"))->text();
+            modal.reject();
         });
         window.menuAction(QStringLiteral("mnuDataNew"))->trigger();
         QVERIFY(caption.endsWith(QStringLiteral(" - Нов курс")));
@@ -264,18 +241,14 @@ private slots:
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         QString dialogCaption, editorCaption;
         int rows = -1;
-        QTimer::singleShot(0, [&] {
-            auto *dialog = static_cast<QDialog *>(QApplication::activeModalWidget());
-            dialogCaption = dialog->windowTitle();
-            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setText(QStringLiteral("01.03.2026"));
-            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_1"))->setText(QStringLiteral("31.03.2026"));
-            QTimer::singleShot(0, [&] {
-                auto *editor = static_cast<QDialog *>(QApplication::activeModalWidget());
-                editorCaption = editor->windowTitle();
-                rows = editor->findChild<RecordForm *>()->rowCount();
-                editor->reject();
+        test::onNextModal([&](QDialog &dialog) {
+            dialogCaption = dialog.windowTitle();
+            test::onNextModal([&](QDialog &editor) {
+                editorCaption = editor.windowTitle();
+                rows = editor.findChild<RecordForm *>()->rowCount();
+                editor.reject();
             });
-            dialog->findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+            test::enterPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         });
         window.menuAction(QStringLiteral("mnuDataKyrc"))->trigger();
         QCOMPARE(dialogCaption, QStringLiteral("Търсене - Корекция на курсове на кола №"));
@@ -332,8 +305,7 @@ private slots:
     // on activation without showing the bars.
     void aHiddenBarCameBackAfterAModalScreen()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW(window);
         test::showActive(window);
         window.menuAction(QStringLiteral("mnuViewToolbar"))->trigger();
         window.menuAction(QStringLiteral("mnuViewStatusBar"))->trigger();
@@ -415,10 +387,10 @@ private slots:
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         QString panel;
         bool pointerWhileWaiting = true;
-        QTimer::singleShot(0, [&] {
+        test::onNextModal([&](QDialog &modal) {
             panel = window.panelText(1);
             pointerWhileWaiting = QApplication::overrideCursor() != nullptr;
-            static_cast<QDialog *>(QApplication::activeModalWidget())->reject();
+            modal.reject();
         });
         window.menuAction(menuItem)->trigger();
         QCOMPARE(panel, QStringLiteral("Обработвам данните..."));
@@ -439,17 +411,13 @@ private slots:
         RecordingMessageService messages;
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         QString panel, screenName;
-        QTimer::singleShot(0, [&] {
-            auto *dialog = static_cast<QDialog *>(QApplication::activeModalWidget());
-            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setText(QStringLiteral("01.03.2026"));
-            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_1"))->setText(QStringLiteral("31.03.2026"));
-            QTimer::singleShot(0, [&] {
-                QWidget *screen = QApplication::activeModalWidget();
-                screenName = screen->objectName();
+        test::onNextModal([&](QDialog &dialog) {
+            test::onNextModal([&](QDialog &screen) {
+                screenName = screen.objectName();
                 panel = window.panelText(1);
-                static_cast<QDialog *>(screen)->reject();
+                screen.reject();
             });
-            dialog->findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+            test::enterPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         });
         window.menuAction(QStringLiteral("mnuDataKorКм"))->trigger();
         QCOMPARE(screenName, QStringLiteral("EditKM"));
@@ -468,9 +436,7 @@ private slots:
     // Ctrl+Z, "undo" in every other program, ended this one at once.
     void ctrlZEndedTheProgramWithoutAQuestion()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW_TELLING(window, "A");
         test::showActive(window);
         messages.answers = {false};
         QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
@@ -528,8 +494,7 @@ private slots:
 
     void f1ShowsTheTopicOfTheScreenInFront()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        MAIN_WINDOW(window);
         test::showActive(window);
         QTest::keyClick(&window, Qt::Key_F1);
         QCOMPARE(window.shownHelpTopic(), helpContentsTopic);
@@ -546,9 +511,7 @@ private slots:
     // With ZAREK_SCREENSHOT_DIR set, saves the window, each top menu for both kinds of user, About and help.
     void screenshots()
     {
-        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (dir.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures");
+        ZAREK_SCREENSHOT_DIR(dir);
         ZAREK_SCRATCH_DB(scratch);
         for (const QString &vid : {QStringLiteral("A"), QStringLiteral("C")}) {
             FrmMain window(acme(), scratch.config(), scratch.db(), vid);

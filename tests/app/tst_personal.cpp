@@ -27,10 +27,7 @@ void createFirm(test::ScratchDatabase &scratch)
 
 QString stored(QSqlDatabase db, const QString &column)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT ") + column + QStringLiteral(" FROM ZarekCfg"));
-    query.next();
-    return query.value(0).toString();
+    return test::scalar(db, QStringLiteral("SELECT ") + column + QStringLiteral(" FROM ZarekCfg")).toString();
 }
 
 void type(QWidget &form, const char *name, const QString &text)
@@ -40,6 +37,14 @@ void type(QWidget &form, const char *name, const QString &text)
 
 }
 
+// A fresh database of the current engine with the firm, the messages recorded, and the firm's form on it.
+#define FIRM_FORM()                                          \
+    ZAREK_SCRATCH_DB(scratch);                               \
+    createFirm(scratch);                                     \
+    RecordingMessageService messages;                        \
+    FirmProfile profile = readFirmRow(scratch.db())->profile;\
+    Personal form(scratch.db(), profile)
+
 class PersonalTest : public QObject {
     Q_OBJECT
 private slots:
@@ -47,11 +52,7 @@ private slots:
 
     void savingWritesTheRowAndTheProfileWithBlankOptionals()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        createFirm(scratch);
-        RecordingMessageService messages;
-        FirmProfile profile = readFirmRow(scratch.db())->profile;
-        Personal form(scratch.db(), profile);
+        FIRM_FORM();
         QCOMPARE(form.findChild<QLineEdit *>(QStringLiteral("txtFirmaMOL"))->text(), QStringLiteral("Иван Иванов"));
         type(form, "txtFirmaName", QStringLiteral("  Нова Фирма О'Брайън ЕООД "));
         type(form, "txtFirmaMOL", QStringLiteral("   "));
@@ -89,11 +90,7 @@ private slots:
         QFETCH(QString, button);
         QFETCH(QString, message);
         QFETCH(QString, inMemory);
-        ZAREK_SCRATCH_DB(scratch);
-        createFirm(scratch);
-        RecordingMessageService messages;
-        FirmProfile profile = readFirmRow(scratch.db())->profile;
-        Personal form(scratch.db(), profile);
+        FIRM_FORM();
         const bool elsewhere = message.startsWith(QStringLiteral("ГРЕШКА"));
         if (elsewhere) {
             QSqlQuery other(scratch.openSecondConnection());
@@ -131,11 +128,7 @@ private slots:
         QFETCH(QString, iban);
         QFETCH(QString, kept);
         QFETCH(bool, refused);
-        ZAREK_SCRATCH_DB(scratch);
-        createFirm(scratch);
-        RecordingMessageService messages;
-        FirmProfile profile = readFirmRow(scratch.db())->profile;
-        Personal form(scratch.db(), profile);
+        FIRM_FORM();
         type(form, "txtFirmaIBAN", iban);
         type(form, "txtFirmaBank", QStringLiteral("Българска народна банка"));
         type(form, "txtFirmaBIC", QStringLiteral("bnbgbgsd"));

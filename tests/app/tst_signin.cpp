@@ -29,12 +29,7 @@ namespace {
 
 void addUser(QSqlDatabase db, const QString &name, const QString &password, const QString &vid)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Users (Ime, Password, Vid) VALUES (?, ?, ?)"));
-    query.addBindValue(name);
-    query.addBindValue(hashPassword(password));
-    query.addBindValue(vid);
-    QVERIFY(query.exec());
+    QVERIFY(test::insertRow(db, QStringLiteral("Users"), QStringLiteral("Ime, Password, Vid"), {name, hashPassword(password), vid}));
 }
 
 FirmProfile firm()
@@ -49,6 +44,14 @@ FirmProfile firm()
 }
 
 }
+
+// A fresh database of the current engine with the user Иван, the messages recorded, and the
+// passwords screen on it.
+#define PASSWORDS_WITH_IVAN()                                                                \
+    ZAREK_SCRATCH_DB(scratch);                                                               \
+    addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));\
+    RecordingMessageService messages;                                                        \
+    PassWord screen(scratch.db())
 
 class SignInTest : public QObject {
     Q_OBJECT
@@ -97,16 +100,14 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         addUser(scratch.db(), QStringLiteral("admin"), QStringLiteral("тайна"), QStringLiteral("A"));
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT Password FROM Users")) && query.next());
-        QVERIFY(query.value(0).toString().startsWith(QStringLiteral("$argon2id$")));
-        QVERIFY(!query.value(0).toString().contains(QStringLiteral("тайна")));
+        const QString stored = test::scalar(scratch.db(), QStringLiteral("SELECT Password FROM Users")).toString();
+        QVERIFY(stored.startsWith(QStringLiteral("$argon2id$")));
+        QVERIFY(!stored.contains(QStringLiteral("тайна")));
     }
 
     void theSignInListHoldsOnlyOrdinaryUsersAndAnEmptyTableIsTold()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         {
             UserLogin login(scratch.db());
             login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->setText(QStringLiteral("admin"));
@@ -179,10 +180,7 @@ private slots:
 
     void deletingAUserAsksNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
-        RecordingMessageService messages;
-        PassWord screen(scratch.db());
+        PASSWORDS_WITH_IVAN();
         screen.findChild<QPushButton *>(QStringLiteral("cmdDelete"))->click();
         QVERIFY(messages.asked.isEmpty());
         QCOMPARE(screen.recordForm()->rowCount(), 0);
@@ -350,17 +348,12 @@ private slots:
         QCOMPARE(onlyTitle(messages.shown), QStringLiteral("   ВНИМАНИЕ!"));
         QCOMPARE(messages.shown[0].text.section(QLatin1Char('\n'), 0, 0), fault);
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
-        QSqlQuery count(scratch.db());
-        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM Users")) && count.next());
-        QCOMPARE(count.value(0).toInt(), 0);
+        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users")), 0);
     }
 
     void correctingAUserStillNeedsAName()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
-        RecordingMessageService messages;
-        PassWord screen(scratch.db());
+        PASSWORDS_WITH_IVAN();
         screen.recordForm()->edit();
         screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->clear();
         QVERIFY(!screen.recordForm()->update());
@@ -370,10 +363,7 @@ private slots:
 
     void passwordErrorBoxesShowTheDescriptionAlone()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
-        RecordingMessageService messages;
-        PassWord screen(scratch.db());
+        PASSWORDS_WITH_IVAN();
         QSqlQuery change(scratch.openSecondConnection());
         QVERIFY(change.exec(QStringLiteral("UPDATE Users SET Vid = 'B', row_version = row_version + 1")));
         screen.recordForm()->edit();
@@ -387,8 +377,7 @@ private slots:
 
     void aControlCharacterInAUserIsRefused()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         PassWord screen(scratch.db());
         screen.recordForm()->add();
         screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->setText(QStringLiteral("AB") + QChar(u'\0') + "CD");
@@ -396,9 +385,7 @@ private slots:
         QVERIFY(!screen.recordForm()->update());
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(messages.shown[0], controlCharacterMessage(QStringLiteral("ГРЕШКА при запис!")));
-        QSqlQuery count(scratch.db());
-        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM Users")) && count.next());
-        QCOMPARE(count.value(0).toInt(), 0);
+        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users")), 0);
     }
 };
 

@@ -14,6 +14,7 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::child;
 using zarek::test::onlyOne;
 using zarek::test::onlyText;
 using zarek::test::onlyTitle;
@@ -30,23 +31,7 @@ void prepare(test::ScratchDatabase &scratch)
                          "('003', 'Петър Късия', '75010', '611111111')"));
 }
 
-template <typename T = QWidget>
-T *child(QWidget &w, const char *name)
-{
-    return w.findChild<T *>(QString::fromLatin1(name));
-}
-
 QString label(QWidget &w, const char *name) { return child<QLabel>(w, name)->text(); }
-
-// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
-void saveScreenshot(QWidget &widget, const QString &name)
-{
-    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-    if (dir.isEmpty())
-        return;
-    QTest::qWait(50);  // the layout settles first
-    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
-}
 
 // A click on the box itself (a check box reacts to its box and text, not to the rest of its row).
 void tick(QWidget &w, const char *name)
@@ -85,10 +70,7 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        scratch = std::make_unique<test::ScratchDatabase>(engine);
-        if (!scratch->isReady())
-            QSKIP(qPrintable(scratch->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(scratch);
         prepare(*scratch);
         messages = std::make_unique<RecordingMessageService>();
     }
@@ -247,7 +229,7 @@ private slots:
         QVERIFY(hour->isHidden());
         QCOMPARE(label(screen, "lblDataStop"), QStringLiteral("18:30 на 15.03.2026 г."));
         child(screen, "lblDataStop")->setFocus();
-        saveScreenshot(screen, QStringLiteral("dai-2009-hours"));
+        test::saveScreenshot(screen, QStringLiteral("dai-2009-hours"));
         QCOMPARE(screen.sheet().hourTo, QStringLiteral("18.30"));
         QCOMPARE(screen.attestationReport().value().control("PageHeader", "Label42").caption,
                  QStringLiteral("18:30 на 15.03.2026 г."));
@@ -330,12 +312,10 @@ private slots:
         tick(screen, "Check2");
         QString caption;
         int pages = 0;
-        QTimer::singleShot(0, [&] {
-            if (auto *preview = qobject_cast<ReportPreview *>(QApplication::activeModalWidget())) {
-                caption = preview->report().windowCaption;
-                pages = preview->report().pageCount();
-                preview->reject();
-            }
+        test::onNextModal<ReportPreview>([&](ReportPreview &preview) {
+            caption = preview.report().windowCaption;
+            pages = preview.report().pageCount();
+            preview.reject();
         });
         child<QPushButton>(screen, "cmdPrint")->click();
         QVERIFY2(messages->shown.isEmpty(), qPrintable(messages->shown.value(0).text));

@@ -7,6 +7,7 @@
 #include "forms/commandday.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -15,32 +16,13 @@
 #include <QSignalSpy>
 
 using namespace zarek;
+using zarek::test::child;
+using zarek::test::items;
 using namespace zarek::clients;
 using zarek::test::rowsText;
 using zarek::test::scalar;
 
 namespace {
-
-template <typename T = QWidget>
-T *child(QWidget &w, const QString &name)
-{
-    return w.findChild<T *>(name);
-}
-
-QStringList items(QComboBox *box)
-{
-    QStringList list;
-    for (int i = 0; i < box->count(); ++i)
-        list.append(box->itemText(i));
-    return list;
-}
-
-void grabTo(QWidget &screen, const QString &name)
-{
-    if (qEnvironmentVariableIsEmpty("ZAREK_SCREENSHOTS"))
-        return;
-    screen.grab().save(qEnvironmentVariable("ZAREK_SCREENSHOTS") + QLatin1Char('/') + name + QStringLiteral(".png"));
-}
 
 // Tariff bands, a driver, and a course of an earlier client saved through the store.
 void prepareCourses(test::ScratchDatabase &scratch)
@@ -79,8 +61,7 @@ private slots:
     // A client typed into the boxes is written; the boxes name their columns.
     void theRegisterWritesWhatIsTyped()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Klienti screen(scratch.db());
         screen.show();
         QVERIFY(QTest::qWaitForWindowActive(&screen));
@@ -89,7 +70,7 @@ private slots:
                                    "София", "България", "Атанас Добрев", "02 800 0000", "office@vivacom.bg", "45"};
         for (int i = 0; i < typed.size(); ++i)
             screen.field(i)->setText(typed[i]);
-        grabTo(screen, QStringLiteral("klienti"));
+        test::saveScreenshot(screen, QStringLiteral("klienti"));
         QVERIFY(screen.recordForm()->update());
         QVERIFY2(messages.shown.isEmpty(), messages.shown.isEmpty() ? "" : qPrintable(messages.shown.first().text));
         QCOMPARE(rowsText(scratch.db(), "SELECT Ime, EIK, DDSNomer, Adres, Grad, Darzhava, MOL, Tel, Email, SrokDni FROM Klienti"),

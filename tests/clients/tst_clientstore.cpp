@@ -123,8 +123,7 @@ private slots:
     // The database itself refuses a second client of one name and a term out of range, whatever writes.
     void theDatabaseGuardsNameAndTerm()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Klienti (Ime) VALUES ('Клиент')")));
         QSqlQuery query(db);
         QVERIFY(!query.exec(QStringLiteral("INSERT INTO Klienti (Ime) VALUES ('Клиент')")));
@@ -137,8 +136,7 @@ private slots:
     // courses used, trimmed, each once, with blank data.
     void theUpgradeFillsTheRegisterFromTheCourses()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         // The database as it stood before the register: the tables and columns of that step gone.
         QVERIFY(test::execAll(db, {QStringLiteral("DROP TABLE Pogasiavania"), QStringLiteral("DROP TABLE Plashtania"),
                                    QStringLiteral("DROP TABLE FaktRed"), QStringLiteral("DROP TABLE FaktDok"),

@@ -38,22 +38,14 @@ struct CourseRow {
 
 inline bool insertCourse(QSqlDatabase db, const CourseRow &row)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
-                                 "VALUES (?, ?, ?, ?, ?, 'Пясък', ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     const double neto = row.neto < 0 ? row.bruto - row.procent : row.neto;
     const QString nomFakt = row.fakt && row.nomFakt == QLatin1String("0000000000") ? QStringLiteral("0000000125")
                                                                                    : row.nomFakt;
-    for (const QVariant &value : QVariantList{row.data, row.kod, row.kola, row.klient, row.marsh, row.km, row.ton,
-                                              row.tarifa, row.bruto, row.procent, neto, row.fakt, nomFakt, row.plat,
-                                              false})
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << query.lastError().text();
-        return false;
-    }
-    return true;
+    return execBound(db, QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
+                                        "procent, neto, Fakt, NomFakt, plat, Doc) "
+                                        "VALUES (?, ?, ?, ?, ?, 'Пясък', ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                     {row.data, row.kod, row.kola, row.klient, row.marsh, row.km, row.ton, row.tarifa, row.bruto,
+                      row.procent, neto, row.fakt, nomFakt, row.plat, false});
 }
 
 }

@@ -35,15 +35,9 @@ const QList<test::CourseRow> courses = {
 
 bool fill(QSqlDatabase db)
 {
-    QSqlQuery query(db);
-    for (const char *driver : {"007,Иван Петров", "008,Георги Стоянов"}) {
-        const QStringList parts = QString::fromUtf8(driver).split(QLatin1Char(','));
-        query.prepare(QStringLiteral("INSERT INTO shof (kod, ime) VALUES (?, ?)"));
-        query.addBindValue(parts[0]);
-        query.addBindValue(parts[1]);
-        if (!query.exec())
-            return false;
-    }
+    if (!test::execAll(db, {QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('007', 'Иван Петров')"),
+                            QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('008', 'Георги Стоянов')")}))
+        return false;
     for (const test::CourseRow &c : courses) {
         if (!test::insertCourse(db, c))
             return false;
@@ -53,11 +47,8 @@ bool fill(QSqlDatabase db)
 
 int directCount(QSqlDatabase db, const QString &where, const QVariantList &values)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("SELECT COUNT(*) FROM tabl WHERE ") + where);
-    for (const QVariant &v : values)
-        query.addBindValue(v);
-    return query.exec() && query.next() ? query.value(0).toInt() : -1;
+    const QVariant count = test::scalar(db, QStringLiteral("SELECT COUNT(*) FROM tabl WHERE ") + where, values);
+    return count.typeId() == QMetaType::QString ? -1 : count.toInt();
 }
 
 QStringList column(const CourseJournal &journal, JournalColumn column)
@@ -69,6 +60,12 @@ QStringList column(const CourseJournal &journal, JournalColumn column)
 }
 
 }
+
+// A fresh database of the current engine with the sample courses, and the journal on it.
+#define JOURNAL_OF_THE_SAMPLE()         \
+    ZAREK_SCRATCH_DB(scratch);          \
+    QVERIFY(fill(scratch.db()));        \
+    CourseJournal journal(scratch.db())
 
 class CourseJournalTest : public QObject {
     Q_OBJECT
@@ -117,9 +114,7 @@ private slots:
 
     void theTextOfRouteOrCargoMatchesWhateverTheCase()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
-        CourseJournal journal(scratch.db());
+        JOURNAL_OF_THE_SAMPLE();
         journal.findChild<QLineEdit *>(QStringLiteral("txtText"))->setText(QStringLiteral("СОФИЯ"));
         journal.applyFilter();
         journal.refreshSummary();
@@ -132,9 +127,7 @@ private slots:
 
     void sortingFollowsTheBulgarianAlphabetAndDates()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
-        CourseJournal journal(scratch.db());
+        JOURNAL_OF_THE_SAMPLE();
         // The newest first when the journal opens.
         QCOMPARE(column(journal, JournalColumn::Date),
                  (QStringList{"01.04.2026", "05.03.2026", "04.03.2026", "03.03.2026", "02.03.2026", "01.03.2026"}));
@@ -149,9 +142,7 @@ private slots:
 
     void theTotalsAreThoseOfTheRowsShown()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
-        CourseJournal journal(scratch.db());
+        JOURNAL_OF_THE_SAMPLE();
         journal.findChild<QLineEdit *>(QStringLiteral("txtTo"))->setText(QStringLiteral("31.03.2026"));
         journal.applyFilter();
         journal.refreshSummary();
@@ -175,17 +166,11 @@ private slots:
 
     void aCourseOpenedAndSavedShowsItsNewValuesAndStaysCurrent()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
-        CourseJournal journal(scratch.db());
+        JOURNAL_OF_THE_SAMPLE();
         QSqlDatabase db = scratch.db();
         journal.openCourse = [db](qint64 id) {
-            QSqlQuery query(db);
-            query.prepare(QStringLiteral("UPDATE tabl SET Klient = ?, data = ? WHERE id = ?"));
-            query.addBindValue(QStringLiteral("Нов клиент"));
-            query.addBindValue(QDate(2026, 5, 1));
-            query.addBindValue(id);
-            return query.exec();
+            return test::execBound(db, QStringLiteral("UPDATE tabl SET Klient = ?, data = ? WHERE id = ?"),
+                                   {QStringLiteral("Нов клиент"), QDate(2026, 5, 1), id});
         };
         journal.grid()->setCurrentIndex(journal.model()->index(4, int(JournalColumn::Client)));
         const qint64 id = journal.model()->idAt(4);

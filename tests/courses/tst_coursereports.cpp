@@ -6,6 +6,7 @@
 #include "reports/reportrows.h"
 #include "reports/reportpreview.h"
 #include "coursesfixture.h"
+#include "laidoutpapers.h"
 #include "testdatabase.h"
 #include "forms/messageservice.h"
 
@@ -17,6 +18,7 @@
 #include <QToolButton>
 
 using namespace zarek;
+using zarek::test::laidOut;
 using zarek::test::exampleFirm;
 
 namespace {
@@ -55,13 +57,6 @@ SearchConditions march()
     SearchConditions conditions;
     conditions.period = {QDate(2006, 3, 1), QDate(2006, 3, 31)};
     return conditions;
-}
-
-LaidOutReport laidOut(const Checked<Report> &report)
-{
-    if (!report.ok())
-        qWarning() << report.message().text;
-    return report.ok() ? layoutReport(report.value()) : LaidOutReport{};
 }
 
 // Courses over March 2006 in a changing mix of trucks, clients and drivers, some invoiced, some paid.
@@ -195,6 +190,12 @@ void comparePages(const QString &report, QSqlDatabase db, int courses)
 
 }
 
+// A fresh database of the current engine with the courses, and a search over March.
+#define MARCH_COURSES()                   \
+    ZAREK_SCRATCH_DB(scratch);            \
+    QVERIFY(fillCourses(scratch.db()));   \
+    SearchConditions conditions = march()
+
 class CourseReportsTest : public QObject {
     Q_OBJECT
 private slots:
@@ -202,9 +203,7 @@ private slots:
 
     void theTruckReportListsItsCoursesOfThePeriodWithTotals()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillCourses(scratch.db()));
-        SearchConditions conditions = march();
+        MARCH_COURSES();
         conditions.SeekKola = QStringLiteral("СА 1234 ВК");
         const Checked<Report> report = ReportKola(conditions, scratch.db(), exampleFirm(), commandDay());
         QVERIFY(report.ok());
@@ -261,9 +260,7 @@ private slots:
 
     void theClientReportNamesTheFirmAndTheClient()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillCourses(scratch.db()));
-        SearchConditions conditions = march();
+        MARCH_COURSES();
         conditions.SeekKlient = QStringLiteral("Д'Аргос ООД");  // an apostrophe is just a letter
         const Checked<Report> report = ReportKlient(conditions, scratch.db(), exampleFirm(), commandDay());
         QVERIFY(report.ok());
@@ -287,12 +284,8 @@ private slots:
         QVERIFY(fillCourses(scratch.db()));
         const QString route = QStringLiteral("Стамболийски - Пловдив - Асеновград - Смолян");
         const QString cargo = QStringLiteral("Строителни материали на палети");
-        QSqlQuery update(scratch.db());
-        update.prepare(QStringLiteral("UPDATE tabl SET Marsh = ?, Tovar = ? WHERE Klient = ?"));
-        update.addBindValue(route);
-        update.addBindValue(cargo);
-        update.addBindValue(QStringLiteral("Бетон АД"));
-        QVERIFY(update.exec());
+        QVERIFY(test::execBound(scratch.db(), QStringLiteral("UPDATE tabl SET Marsh = ?, Tovar = ? WHERE Klient = ?"),
+                                {route, cargo, QStringLiteral("Бетон АД")}));
         SearchConditions conditions = march();
         conditions.SeekKlient = QStringLiteral("Бетон АД");
         const LaidOutReport laid = laidOut(ReportKlient(conditions, scratch.db(), exampleFirm(), commandDay()));
@@ -304,9 +297,7 @@ private slots:
 
     void theDriverReportGreysTheDateOfEachUnpaidCourse()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillCourses(scratch.db()));
-        SearchConditions conditions = march();
+        MARCH_COURSES();
         conditions.SeekDriverKod = QStringLiteral("007");
         conditions.SeekDriverIme = QStringLiteral("Иван Петров");
         const Checked<Report> report = ReportDriver(conditions, scratch.db(), exampleFirm(), commandDay());
@@ -349,9 +340,7 @@ private slots:
     {
         QFETCH(QString, report);
         QFETCH(QString, fileName);
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillCourses(scratch.db()));
-        SearchConditions conditions = march();
+        MARCH_COURSES();
         conditions.SeekKola = QStringLiteral("СА 1234 ВК");
         conditions.SeekChoice = QStringLiteral("No");
         conditions.SeekKlient = QStringLiteral("Бетон/Инерт АД");

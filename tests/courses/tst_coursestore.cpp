@@ -25,10 +25,7 @@ const CourseSaveContext adding{CourseMode::NewKurs, true, {}};
 
 int countRows(QSqlDatabase db, const QString &table)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table);
-    query.next();
-    return query.value(0).toInt();
+    return test::scalar(db, QStringLiteral("SELECT COUNT(*) FROM ") + table).toInt();
 }
 
 CourseSaveContext correcting(const Course &course)
@@ -175,15 +172,9 @@ private slots:
         entry.tovar = QStringLiteral("Жито „Ранно“");
         QVERIFY(CourseStore(scratch.db()).save(entry, adding, leva()).ok());
 
-        QSqlQuery query(scratch.db());
-        query.prepare(QStringLiteral("SELECT Marsh, Tovar FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ?"));
-        query.addBindValue(entry.klient);
-        query.addBindValue(QDate(2006, 3, 5));
-        query.addBindValue(QDate(2006, 3, 31));
-        QVERIFY(query.exec());
-        QVERIFY(query.next());
-        QCOMPARE(query.value(0).toString(), entry.marsh);
-        QCOMPARE(query.value(1).toString(), entry.tovar);
+        QCOMPARE(test::rowsText(scratch.db(), "SELECT Marsh, Tovar FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ?",
+                                {entry.klient, QDate(2006, 3, 5), QDate(2006, 3, 31)}),
+                 entry.marsh + QLatin1Char('|') + entry.tovar);
     }
 
     void aCorrectionRewritesTheCourseAndAddsAnExpenseRow()
@@ -214,10 +205,8 @@ private slots:
         const Course read = *mine.save(exampleEntry(), adding, leva()).saved;
 
         QSqlDatabase other = scratch.openSecondConnection();
-        QSqlQuery theirs(other);
-        theirs.prepare(QStringLiteral("UPDATE tabl SET km = 99, row_version = row_version + 1 WHERE id = ?"));
-        theirs.addBindValue(read.id);
-        QVERIFY(theirs.exec());
+        QVERIFY(test::execBound(other, QStringLiteral("UPDATE tabl SET km = 99, row_version = row_version + 1 WHERE id = ?"),
+                                {read.id}));
 
         CourseEntry entry = entryFor(read);
         entry.km = QStringLiteral("40");

@@ -53,6 +53,14 @@ QSqlRecord courseOf(QSqlDatabase db, const QString &marsh)
 
 }
 
+// A fresh database of the current engine with the courses, the messages recorded, and the
+// kilometre correction on the truck's courses of March.
+#define EDITKM_OF_MARCH()                     \
+    ZAREK_SCRATCH_DB(scratch);                \
+    QVERIFY(fill(scratch.db()));              \
+    RecordingMessageService messages;         \
+    EditKM screen(truck, march, scratch.db())
+
 class EditKmTest : public QObject {
     Q_OBJECT
 private slots:
@@ -60,10 +68,7 @@ private slots:
 
     void theGridListsTheTrucksPlaceholderCoursesOfThePeriod()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
-        RecordingMessageService messages;
-        EditKM screen(truck, march, scratch.db());
+        EDITKM_OF_MARCH();
         QCOMPARE(screen.objectName(), QStringLiteral("EditKM"));
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Корекция КМ на курсовете на кола СА 1234 ВК"));
         QVERIFY(screen.printButton()->isHidden());
@@ -168,10 +173,7 @@ private slots:
 
     void aCourseChangedMeanwhileIsNotOverwritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
-        RecordingMessageService messages;
-        EditKM screen(truck, march, scratch.db());
+        EDITKM_OF_MARCH();
         QSqlDatabase other = scratch.openSecondConnection();
         QSqlQuery change(other);
         QVERIFY(change.exec(QStringLiteral("UPDATE tabl SET km = 55, row_version = row_version + 1 "

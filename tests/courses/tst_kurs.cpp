@@ -31,6 +31,16 @@ namespace {
 
 const QString emptyList = QStringLiteral("Списъка е празен\nЩе се създаде нов!");
 
+// A course saved through the store, as earlier entry or another workstation would save it.
+void addCourse(QSqlDatabase db, const QString &kola, const QString &date, const QString &tarifa = QStringLiteral("0,125"))
+{
+    CourseEntry entry = test::exampleCourseEntry();
+    entry.kola = kola;
+    entry.date = date;
+    entry.tarifa = tarifa;
+    QVERIFY(CourseStore(db).save(entry, {}, {commandDay().changeover, QDate(2026, 1, 1)}).ok());
+}
+
 // The tariff bands and two drivers, and courses saved through the store as earlier entry would
 // have: "truck date" or "truck date rate" each.
 void prepare(test::ScratchDatabase &scratch, const QStringList &courses = {})
@@ -42,21 +52,8 @@ void prepare(test::ScratchDatabase &scratch, const QStringList &courses = {})
     QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Klienti (Ime) VALUES ('Д''Аргос ООД')")));
     for (const QString &course : courses) {
         const QStringList parts = course.split(QLatin1Char(' '));
-        CourseEntry entry = test::exampleCourseEntry();
-        entry.kola = parts[0] + QLatin1Char(' ') + parts[1] + QLatin1Char(' ') + parts[2];
-        entry.date = parts[3];
-        entry.tarifa = parts.value(4, QStringLiteral("0,125"));
-        QVERIFY(CourseStore(scratch.db()).save(entry, {}, {commandDay().changeover, QDate(2026, 1, 1)}).ok());
+        addCourse(scratch.db(), parts.mid(0, 3).join(QLatin1Char(' ')), parts[3], parts.value(4, QStringLiteral("0,125")));
     }
-}
-
-// A course saved as another workstation would save it.
-void addCourse(QSqlDatabase db, const QString &kola, const QString &date)
-{
-    CourseEntry entry = test::exampleCourseEntry();
-    entry.kola = kola;
-    entry.date = date;
-    QVERIFY(CourseStore(db).save(entry, {}, {commandDay().changeover, QDate(2026, 1, 1)}).ok());
 }
 
 // The editor on new courses, or on the courses of СА 1234 ВК in a period.
@@ -860,12 +857,9 @@ private slots:
     // With ZAREK_SCREENSHOT_DIR set, saves the editor entering a course and correcting one.
     void screenshots()
     {
-        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (dir.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the screen");
+        ZAREK_SCREENSHOT_DIR(dir);
+        ZAREK_ONLY_ON("sqlite", "one set of pictures is enough");
         ZAREK_SCRATCH_DB(scratch);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("one set of pictures is enough");
         prepare(scratch, {"СА 1234 ВК 01.02.2026", "СА 1234 ВК 03.02.2026 0,2"});
         RecordingMessageService messages;
         {

@@ -15,6 +15,8 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::child;
+using zarek::test::enterPeriod;
 using zarek::test::onlyOne;
 using zarek::test::onlyText;
 using zarek::test::onlyTitle;
@@ -23,14 +25,9 @@ namespace {
 
 void addCourse(QSqlDatabase db, const QString &kola, const QString &klient, const QString &nomFakt)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, NomFakt) "
-                                 "VALUES (?, '001', ?, ?, 'София - Перник', 'Пясък', ?)"));
-    query.addBindValue(QDate(2026, 3, 5));
-    query.addBindValue(kola);
-    query.addBindValue(klient);
-    query.addBindValue(nomFakt);
-    QVERIFY(query.exec());
+    QVERIFY(test::execBound(db, QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, NomFakt) "
+                                               "VALUES (?, '001', ?, ?, 'София - Перник', 'Пясък', ?)"),
+                            {QDate(2026, 3, 5), kola, klient, nomFakt}));
 }
 
 void fillSample(test::ScratchDatabase &scratch)
@@ -39,15 +36,6 @@ void fillSample(test::ScratchDatabase &scratch)
     addCourse(scratch.db(), QStringLiteral("РВ 5678 ТМ"), QStringLiteral("Агрополис АД"), QStringLiteral("0000000007"));
     addCourse(scratch.db(), QStringLiteral("РВ 5678 ТМ"), QStringLiteral("Агрополис АД"), QStringLiteral("0000000012"));
     scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')"));
-}
-
-template <typename T>
-T *child(QWidget &dialog, const char *name)
-{
-    T *widget = dialog.findChild<T *>(QString::fromLatin1(name));
-    if (!widget)
-        qFatal("no widget %s", name);
-    return widget;
 }
 
 void setPeriod(QWidget &dialog, const QString &from, const QString &to)
@@ -75,8 +63,7 @@ QString lastText(const RecordingMessageService &messages)
     fillSample(scratch);                  \
     RecordingMessageService messages
 #define SEARCH_EMPTY()                    \
-    ZAREK_SCRATCH_DB(scratch);            \
-    RecordingMessageService messages
+    ZAREK_SCRATCH_DB_TELLING(scratch)
 
 Q_DECLARE_METATYPE(zarek::SearchMode)
 
@@ -91,8 +78,7 @@ private slots:
         DiaSeek dialog(SearchMode::Kola, scratch.db());
         QCOMPARE(child<QComboBox>(dialog, "Combo1")->count(), 2);
         QCOMPARE(child<QComboBox>(dialog, "Combo1")->currentText(), QStringLiteral("РВ 5678 ТМ"));
-        setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         QVERIFY(messages.shown.isEmpty());
         QVERIFY(dialog.SeekOk());
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
@@ -211,15 +197,13 @@ private slots:
         SEARCH_SAMPLE();
         for (SearchMode mode : {SearchMode::Kola, SearchMode::All}) {
             DiaSeek dialog(mode, scratch.db());
-            setPeriod(dialog, from, to);
-            clickSearch(dialog);
+            enterPeriod(dialog, from, to);
             QCOMPARE(lastText(messages), message);
             QVERIFY(!dialog.SeekOk());
             QCOMPARE(dialog.result(), int(QDialog::Rejected));
         }
         DiaSeekAlt alt(SearchMode::All, scratch.db());
-        setPeriod(alt, from, to);
-        clickSearch(alt);
+        enterPeriod(alt, from, to);
         QCOMPARE(lastText(messages), message);
         QVERIFY(!alt.SeekOk());
     }
@@ -255,8 +239,7 @@ private slots:
         QVERIFY(messages.shown.isEmpty());  // no list, so no empty-list message
         clickSearch(dialog);
         QCOMPARE(lastText(messages), QStringLiteral("Няма избран период за търсене!\nПроверете си датите!"));
-        setPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QVERIFY(dialog.SeekOk());
     }
 
@@ -330,8 +313,7 @@ private slots:
         SEARCH_EMPTY();
         DiaSeek dialog(SearchMode::Klients, scratch.db());
         QCOMPARE(lastText(messages), QStringLiteral("Липсват данните за списъка!"));
-        setPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(lastText(messages), QStringLiteral("Няма избран клиент!\nМоля, изберете клиент от списъка."));
         QVERIFY(!dialog.SeekOk());
     }
@@ -441,15 +423,13 @@ private slots:
         QVERIFY(!child<QLineEdit>(dialog, "Text2")->isEnabled());
         QCOMPARE(child<QLabel>(dialog, "lblText3")->text(), QStringLiteral("Артикул"));
         QCOMPARE(child<QComboBox>(dialog, "Combo2")->currentText(), QString());
-        setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         QVERIFY(dialog.SeekOk());
         QCOMPARE(dialog.conditions().SeekKola, QString());
 
         DiaSeekAll typed(SearchMode::SkladPRN, scratch.db());
         child<QComboBox>(typed, "Combo2")->setEditText(QStringLiteral("Непозната 1"));
-        setPeriod(typed, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
-        clickSearch(typed);
+        enterPeriod(typed, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         QVERIFY(typed.SeekOk());
         QCOMPARE(typed.conditions().SeekKola, QStringLiteral("Непозната 1"));
     }
@@ -488,9 +468,7 @@ private slots:
     // With ZAREK_SCREENSHOT_DIR set, saves each dialog family as a picture for a person to look at.
     void screenshots()
     {
-        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (dir.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the dialogs");
+        ZAREK_SCREENSHOT_DIR(dir);
         SEARCH_SAMPLE();
         const auto save = [&](QDialog &dialog, const QString &title, const QString &name) {
             dialog.setWindowTitle(title);

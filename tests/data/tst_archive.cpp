@@ -175,6 +175,20 @@ bool writeDeadLock(const QString &path)
 
 }
 
+// A folder in memory where the system has one (the safety copies are synced to disk, and a busy
+// disk would set the pace), with the archive of a database filled in every table (good) and a
+// working folder (work).
+#define FUZZ_FOLDER_WITH_A_GOOD_ARCHIVE(database)                                                       \
+    const QString memory = QStringLiteral("/dev/shm");                                                 \
+    QTemporaryDir dir((QFileInfo(memory).isDir() && QFileInfo(memory).isWritable() ? memory : QDir::tempPath()) \
+                      + QStringLiteral("/zarek-fuzz-XXXXXX"));                                           \
+    QSqlDatabase db = database;                                                                         \
+    QVERIFY(fillEveryTable(db));                                                                        \
+    const QString good = dir.filePath(QStringLiteral("good.abd"));                                      \
+    QVERIFY(writeArchive(db, good));                                                                    \
+    const QString work = dir.filePath(QStringLiteral("work"));                                          \
+    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("work")))
+
 class ArchiveTest : public QObject {
     Q_OBJECT
 private slots:
@@ -252,9 +266,7 @@ private slots:
     // PostgreSQL database, every row equal.
     void anArchiveCrossesEnginesBothWays()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("postgresql"))
-            QSKIP("once, from the PostgreSQL row");
+        ZAREK_ONLY_ON("postgresql", "once, from the PostgreSQL row");
         ZAREK_SCRATCH_DB_NAMED(pg, QStringLiteral("postgresql"));
         ZAREK_SCRATCH_DB_NAMED(lite, QStringLiteral("sqlite"));
         ZAREK_SCRATCH_DB_NAMED(pg2, QStringLiteral("postgresql"));
@@ -278,9 +290,7 @@ private slots:
     // PostgreSQL as dates, times and flags; the same rows as the PostgreSQL-made archive.
     void anArchiveIsTheSameFileWhicheverEngineMadeIt()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("postgresql"))
-            QSKIP("once, from the PostgreSQL row");
+        ZAREK_ONLY_ON("postgresql", "once, from the PostgreSQL row");
         ZAREK_SCRATCH_DB_NAMED(pg, QStringLiteral("postgresql"));
         ZAREK_SCRATCH_DB_NAMED(lite, QStringLiteral("sqlite"));
         QTemporaryDir dir;
@@ -399,9 +409,7 @@ private slots:
         const QByteArray old = bytesOf(path);
         QCOMPARE(restoreFrom(db, path, dir.path()), QString());
         QCOMPARE(countOf(db, QStringLiteral("SkladLots")), 0);
-        QSqlQuery query(db);
-        QVERIFY(query.exec(QStringLiteral("SELECT Name FROM Nalich")) && query.next());
-        QCOMPARE(query.value(0).toString(), QStringLiteral("Масло 15W40"));
+        QCOMPARE(test::scalar(db, QStringLiteral("SELECT Name FROM Nalich")).toString(), QStringLiteral("Масло 15W40"));
         QCOMPARE(bytesOf(path), old);
     }
 
@@ -424,10 +432,8 @@ private slots:
 
     void anArchiveNeverReplacesTheLiveDatabase()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("a SQLite file only");
-        QSqlDatabase db = scratch.db();
+        ZAREK_ONLY_ON("sqlite", "a SQLite file only");
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(fillEveryTable(db));
         const QStringList before = dumpDatabase(db);
         for (const QString &path : {scratch.config().sqlitePath, scratch.config().sqlitePath + QStringLiteral("-wal")}) {
@@ -823,17 +829,8 @@ private slots:
     void mutatedArchivesGetTheScreensVerdictOnBothEngines()
     {
         ZAREK_SCRATCH_DB(scratch);
-        const QString memory = QStringLiteral("/dev/shm");
-        QTemporaryDir dir(QFileInfo(memory).isDir() && QFileInfo(memory).isWritable()
-                              ? memory + QStringLiteral("/zarek-fuzz-XXXXXX")
-                              : QDir::tempPath() + QStringLiteral("/zarek-fuzz-XXXXXX"));
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
-        const QString good = dir.filePath(QStringLiteral("good.abd"));
-        QVERIFY(writeArchive(db, good));
+        FUZZ_FOLDER_WITH_A_GOOD_ARCHIVE(scratch.db());
         const QByteArray archive = bytesOf(good);
-        const QString work = dir.filePath(QStringLiteral("work"));
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("work")));
         const QStringList values = {
             QStringLiteral("NULL"), QStringLiteral("0"), QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("-500"),
             QStringLiteral("40000"), QStringLiteral("12.5"), QStringLiteral("1e300"), QStringLiteral("-1e999"),
@@ -898,21 +895,10 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         if (engine != QLatin1String("sqlite"))
             QSKIP("the archive file is SQLite whatever the engine; fuzzed once");
-        // In memory where the system has it: the safety copies are synced to disk, and a busy disk
-        // would set the pace.
-        const QString memory = QStringLiteral("/dev/shm");
-        QTemporaryDir dir(QFileInfo(memory).isDir() && QFileInfo(memory).isWritable()
-                              ? memory + QStringLiteral("/zarek-fuzz-XXXXXX")
-                              : QDir::tempPath() + QStringLiteral("/zarek-fuzz-XXXXXX"));
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillEveryTable(db));
-        const QString good = dir.filePath(QStringLiteral("good.abd"));
-        QVERIFY(writeArchive(db, good));
+        FUZZ_FOLDER_WITH_A_GOOD_ARCHIVE(scratch.db());
         QVERIFY(insertCourse(db, QDate(2026, 1, 2), QStringLiteral("Само в базата")));
         const QStringList current = dumpDatabase(db);
         const QByteArray archive = bytesOf(good);
-        const QString work = dir.filePath(QStringLiteral("work"));
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("work")));
 
         QRandomGenerator random(20260105);
         const int rounds = qEnvironmentVariableIntValue("ZAREK_FUZZ_ARCHIVES") > 0

@@ -105,9 +105,7 @@ private slots:
     }
     void oddFilesAreRefusedAndLeftUntouched()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("files are SQLite's");
+        ZAREK_ONLY_ON("sqlite", "files are SQLite's");
         QFETCH(QString, kind);
         QFETCH(QString, fault);
         QTemporaryDir dir;
@@ -159,9 +157,7 @@ private slots:
     // through there and found by the whole-file check that runs after sign-in and before an archive.
     void damageAmongTheRowsIsFoundByTheWholeCheck()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("files are SQLite's");
+        ZAREK_ONLY_ON("sqlite", "files are SQLite's");
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("firm.db"));
         QVERIFY(makeZarekFile(path, courseRows(3000)));
@@ -186,9 +182,7 @@ private slots:
 
     void aNewFileIsPrivateInFoldersMadePrivate()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("files are SQLite's");
+        ZAREK_ONLY_ON("sqlite", "files are SQLite's");
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("a/b/firm.db"));
         const mode_t old = umask(0);  // the widest umask: nothing may depend on it
@@ -207,9 +201,7 @@ private slots:
 
     void aFolderThatWasThereKeepsItsMode()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("files are SQLite's");
+        ZAREK_ONLY_ON("sqlite", "files are SQLite's");
         QTemporaryDir dir;
         const auto open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser | QFile::WriteUser
                           | QFile::ExeUser | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
@@ -220,9 +212,7 @@ private slots:
 
     void theProgramsOwnFolderIsKeptPrivate()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("files are SQLite's");
+        ZAREK_ONLY_ON("sqlite", "files are SQLite's");
         const DatabaseConfig config = DatabaseConfig::defaultSqlite();
         const QString folder = QFileInfo(config.sqlitePath).absolutePath();
         QVERIFY2(folder.contains(QStringLiteral("qttest")), qPrintable(folder));  // never the user's own
@@ -242,9 +232,7 @@ private slots:
 
     void twoCopiesMakingOneNewFileShareIt()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("files are SQLite's");
+        ZAREK_ONLY_ON("sqlite", "files are SQLite's");
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("firm.db"));
         QVERIFY(makeZarekFile(path, {"INSERT INTO Firms (SrName) VALUES ('first')"}));
@@ -253,17 +241,14 @@ private slots:
         {
             const auto db = connectDatabase(sqliteAt(path), QStringLiteral("again"));
             QVERIFY(db);
-            QSqlQuery query(db.value());
-            QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM Firms")) && query.next());
-            QCOMPARE(query.value(0).toInt(), 1);
+            QCOMPARE(test::countBy(db.value(), QStringLiteral("SELECT COUNT(*) FROM Firms")), 1);
         }
         closeDatabase(QStringLiteral("again"));
     }
 
     void anotherProgramsDatabaseIsRefused()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("DROP TABLE zarek_schema")));
         const auto refused = upgradeSchema(db);
         QVERIFY(refused);
@@ -272,8 +257,7 @@ private slots:
 
     void aNewerSchemaIsRefusedNamingBothVersions()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO zarek_schema (version) VALUES (999)")));
         const auto refused = upgradeSchema(db);
         QVERIFY(refused);
@@ -284,10 +268,8 @@ private slots:
 
     void aCopyWaitingForTheLockIsToldNotShownSql()
     {
-        QFETCH_GLOBAL(QString, engine);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("the PostgreSQL wait is 15 s");
-        test::ScratchDatabase scratch(engine);
+        ZAREK_ONLY_ON("sqlite", "the PostgreSQL wait is 15 s");
+        test::ScratchDatabase scratch(QStringLiteral("sqlite"));
         QVERIFY(scratch.isReady());
         QSqlDatabase other = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("impatient"));
         other.setDatabaseName(scratch.config().sqlitePath);

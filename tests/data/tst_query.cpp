@@ -14,10 +14,7 @@ const QString insertFirm = QStringLiteral("INSERT INTO Firms (SrName) VALUES (?)
 
 int firms(QSqlDatabase db)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM Firms"));
-    query.next();
-    return query.value(0).toInt();
+    return test::countBy(db, QStringLiteral("SELECT COUNT(*) FROM Firms"));
 }
 
 // The statements PostgreSQL holds prepared for this session; -1 on SQLite.
@@ -25,10 +22,7 @@ int serverStatements(QSqlDatabase db)
 {
     if (db.driverName() != QLatin1String("QPSQL"))
         return -1;
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM pg_prepared_statements"));
-    query.next();
-    return query.value(0).toInt();
+    return test::countBy(db, QStringLiteral("SELECT COUNT(*) FROM pg_prepared_statements"));
 }
 
 }
@@ -75,8 +69,7 @@ private slots:
 
     void aStatementRunAgainIsPreparedOnce()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const int before = serverStatements(db);
         for (const QString &name : {QStringLiteral("А"), QStringLiteral("Б"), QStringLiteral("В")})
             QVERIFY(!execute(db, title, insertFirm, {name}));
@@ -107,8 +100,7 @@ private slots:
 
     void aKeptStatementClearsTheValuesOfItsLastRun()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const QString sql = QStringLiteral("INSERT INTO Firms (SrName, SrCity) VALUES (?, ?)");
         QVERIFY(!execute(db, title, sql, {QStringLiteral("А"), QStringLiteral("София")}));
         // One value short is the engine's refusal or an empty city, never the last run's city.
@@ -121,8 +113,7 @@ private slots:
 
     void namedValuesAreBoundByName()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         Query insert(db, QStringLiteral("INSERT INTO Firms (SrName, SrCity) VALUES (:name, :city)"));
         QVERIFY(!insert.run(title, QVariantMap{{QStringLiteral("city"), QStringLiteral("Пловдив")},
                                                {QStringLiteral(":name"), QStringLiteral("А")}}));

@@ -13,15 +13,13 @@ private slots:
 
     void newDatabaseReachesLatestVersion()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QCOMPARE(schemaVersion(db), latestSchemaVersion());
     }
 
     void migratingAgainChangesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QString error;
         QVERIFY2(migrateSchema(db, &error), qPrintable(error));
         // Each step recorded once (step numbers are assigned ahead, so they may have gaps).

@@ -1,5 +1,6 @@
 #include "data/scratchdatabase.h"
 #include "data/scratchtables.h"
+#include "testdatabase.h"
 
 #include <QLockFile>
 #include <QProcess>
@@ -43,6 +44,12 @@ qint64 deadProcessId()
 
 }
 
+// A scratch database in a folder of its own, its TempPlaten made anew.
+#define TEMP_PLATEN()                                                   \
+    QTemporaryDir folder;                                               \
+    ScratchDatabase scratch(folder.path());                             \
+    QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempPlaten")))
+
 class ScratchDatabaseTest : public QObject {
     Q_OBJECT
 private slots:
@@ -83,18 +90,14 @@ private slots:
 
     void twoRebuildsLeaveOnlyTheSecond()
     {
-        QTemporaryDir folder;
-        ScratchDatabase scratch(folder.path());
-        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempPlaten")));
+        TEMP_PLATEN();
         QSqlQuery insert(scratch.db());
         QVERIFY(insert.exec(QStringLiteral("INSERT INTO TempPlaten (Red, Marsh) VALUES (1, 'София')")));
         QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempZaplata")));
         QCOMPARE(tablesOf(scratch.db()), QStringList{QStringLiteral("TempZaplata")});
         // The same table again starts empty.
         QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempZaplata")));
-        QSqlQuery count(scratch.db());
-        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM TempZaplata")) && count.next());
-        QCOMPARE(count.value(0).toInt(), 0);
+        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM TempZaplata")), 0);
     }
 
     void theClientStatementTablesComeTogether()
@@ -126,9 +129,7 @@ private slots:
 
     void anUnknownNameIsAMessage()
     {
-        QTemporaryDir folder;
-        ScratchDatabase scratch(folder.path());
-        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempPlaten")));
+        TEMP_PLATEN();
         const auto refusal = scratch.RebuildScratchTable(QStringLiteral("TempNone"));
         QVERIFY(refusal);
         QVERIFY(refusal->title.startsWith(QStringLiteral("ГРЕШКА при")));
@@ -155,9 +156,7 @@ private slots:
 
     void theFileIsRemovedWhenAskedAtClose()
     {
-        QTemporaryDir folder;
-        ScratchDatabase scratch(folder.path());
-        QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempPlaten")));
+        TEMP_PLATEN();
         const QString path = scratch.filePath();
         QVERIFY(QFile::exists(path));
         QVERIFY((QFile::permissions(path) & (QFileDevice::ReadOther | QFileDevice::ReadGroup)) == 0);

@@ -9,18 +9,12 @@ namespace {
 
 int rows(QSqlDatabase db)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM Firms"));
-    query.next();
-    return query.value(0).toInt();
+    return test::countBy(db, QStringLiteral("SELECT COUNT(*) FROM Firms"));
 }
 
 bool insert(QSqlDatabase db, const QString &name)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Firms (SrName) VALUES (?)"));
-    query.addBindValue(name);
-    return query.exec();
+    return test::execBound(db, QStringLiteral("INSERT INTO Firms (SrName) VALUES (?)"), {name});
 }
 
 }
@@ -33,8 +27,7 @@ private slots:
 
     void aNestedRollbackUndoesOnlyItsOwnPart()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         {
             Transaction outer(db);
             QVERIFY(outer.isActive());
@@ -61,8 +54,7 @@ private slots:
 
     void aNestedCommitIsUndoneWithItsOuterTransaction()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         {
             Transaction outer(db);
             Transaction inner(db);
@@ -79,8 +71,7 @@ private slots:
 
     void aFailedStatementInsideLeavesTheOuterUsable()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         Transaction outer(db);
         QVERIFY(insert(db, QStringLiteral("A")));
         {
@@ -95,8 +86,7 @@ private slots:
 
     void theWriteLockIsTakenOutermostAndGrantedInside()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         {
             Transaction plain(db);
             Transaction writer(db, Transaction::Lock::Writer);
@@ -117,8 +107,7 @@ private slots:
     // first may change and then failing on its first write with "database is locked".
     void aTransactionHoldsTheWriteLockFromItsStart()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QSqlDatabase other = scratch.openSecondConnection();
         const bool sqlite = db.driverName() == QLatin1String("QSQLITE");
         if (sqlite)

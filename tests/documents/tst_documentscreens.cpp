@@ -67,16 +67,6 @@ QList<RecordRow> prepare(test::ScratchDatabase &scratch)
     return saved;
 }
 
-// A screen as a picture, when ZAREK_SHOTS names a folder to keep it in.
-void keepPicture(QWidget &widget, const QString &name)
-{
-    const QString folder = qEnvironmentVariable("ZAREK_SHOTS");
-    if (folder.isEmpty())
-        return;
-    QFETCH_GLOBAL(QString, engine);
-    widget.grab().save(folder + QLatin1Char('/') + name + QLatin1Char('-') + engine + QStringLiteral(".png"));
-}
-
 }
 
 class DocumentScreensTest : public QObject {
@@ -154,7 +144,7 @@ private slots:
         QVERIFY(!screen.findChild<QLabel *>("picScan")->pixmap().isNull());
         QVERIFY(screen.findChild<QLabel *>("lblScan")->text().startsWith(QStringLiteral("полица.png")));
         QVERIFY(button(screen, "cmdScanOpen")->isEnabled());
-        keepPicture(screen, QStringLiteral("documents"));
+        test::saveScreenshot(screen, QStringLiteral("documents"));
     }
 
     // Expired rows red, due ones amber, soonest first; Enter opens the document of the row.
@@ -180,7 +170,7 @@ private slots:
         QTest::keyClick(screen.grid(), Qt::Key_Return);
         QCOMPARE(opened.size(), 1);
         QCOMPARE(opened.first().first().toLongLong(), saved[2].id);
-        keepPicture(screen, QStringLiteral("duelist"));
+        test::saveScreenshot(screen, QStringLiteral("duelist"));
 
         // Printed: one line a document; exported: the same rows.
         const auto report = dueDocumentsReport(model->rows(), FirmProfile{}, today);
@@ -188,9 +178,9 @@ private slots:
         const QString text = layoutReport(report.value()).textLines().join(QLatin1Char('\n'));
         QVERIFY(text.contains(QStringLiteral("CMR-77")));
         QVERIFY(text.contains(QStringLiteral("Всичко: 3 документа")));
-        if (!qEnvironmentVariable("ZAREK_SHOTS").isEmpty())
+        if (!qEnvironmentVariable("ZAREK_SCREENSHOT_DIR").isEmpty())
             renderReportPageImage(layoutReport(report.value()), 0, 72)
-                .save(qEnvironmentVariable("ZAREK_SHOTS") + QStringLiteral("/duepaper.png"));
+                .save(qEnvironmentVariable("ZAREK_SCREENSHOT_DIR") + QStringLiteral("/duepaper.png"));
         QTemporaryDir dir;
         QVERIFY(screen.exportTo(dir.filePath(QStringLiteral("документи.csv"))));
         QFile csv(dir.filePath(QStringLiteral("документи.csv")));
@@ -201,15 +191,14 @@ private slots:
     // The kinds: the standard ones, the name locked while a kind is corrected.
     void theKindsFormShowsTheStandardKinds()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         DocumentKinds screen(scratch.db());
         screen.show();
         QCOMPARE(screen.recordForm()->rowCount(), standardKinds().size());
         screen.recordForm()->edit();
         QVERIFY(screen.findChild<QLineEdit *>("txtFields_0")->isReadOnly());
         screen.recordForm()->cancel();
-        keepPicture(screen, QStringLiteral("kinds"));
+        test::saveScreenshot(screen, QStringLiteral("kinds"));
     }
 
     // Deleting a driver who holds documents asks once, with the count; "Не" keeps everything.
@@ -248,7 +237,7 @@ private slots:
         QVERIFY(notice);
         QVERIFY(notice->isVisible());
         QCOMPARE(notice->text(), QStringLiteral("3 документа изтичат или са изтекли, от тях изтекли 1."));
-        keepPicture(window, QStringLiteral("notice"));
+        test::saveScreenshot(window, QStringLiteral("notice"));
         notice->switchOff()->setChecked(true);
         notice->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

@@ -42,6 +42,11 @@ QStringList dueLines(const RowSet &rows)
 
 }
 
+// A fresh database of the current engine (db) and the document store on it.
+#define DOCUMENT_STORE()              \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
+    const DocumentStore store(db)
+
 class DocumentStoreTest : public QObject {
     Q_OBJECT
 private slots:
@@ -67,8 +72,7 @@ private slots:
     // Expired and due ones, soonest first; valid, renewed and never-reminding ones are left out.
     void theDueListHoldsExpiredAndDueSoonestFirst()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')")));
         const DocumentStore store(db);
         const auto kinds = store.kinds().value();
@@ -98,9 +102,7 @@ private slots:
     // Renewing keeps the old document as history, marked renewed, and out of the due list.
     void aRenewalKeepsTheOldDocumentInTheHistory()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const DocumentStore store(db);
+        DOCUMENT_STORE();
         const auto kinds = store.kinds().value();
         const auto old = store.save(document("Застраховка CMR", "СА 1234 ВК", QDate(2025, 6, 5), QDate(2026, 6, 4), "A-1"),
                                     true, kinds, today, std::nullopt, title);
@@ -151,19 +153,14 @@ private slots:
     void theDatabaseRefusesValidityBeforeIssue()
     {
         ZAREK_SCRATCH_DB(scratch);
-        QSqlQuery insert(scratch.db());
-        insert.prepare(QStringLiteral("INSERT INTO Dokumenti (Vid, Za, Kod, Izdaden, Valid) VALUES (?, ?, ?, ?, ?)"));
-        for (const QVariant &value : QVariantList{"Технически преглед", "K", "СА 1234 ВК", QDate(2026, 3, 2), QDate(2026, 3, 1)})
-            insert.addBindValue(value);
-        QVERIFY(!insert.exec());
+        QVERIFY(!test::insertRow(scratch.db(), QStringLiteral("Dokumenti"), QStringLiteral("Vid, Za, Kod, Izdaden, Valid"),
+                                 {"Технически преглед", "K", "СА 1234 ВК", QDate(2026, 3, 2), QDate(2026, 3, 1)}));
     }
 
     // A scan over 10 MB is refused and nothing is written; one of exactly 10 MB is kept whole.
     void aBigScanIsRefusedAndNothingWritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const DocumentStore store(db);
+        DOCUMENT_STORE();
         const auto saved = store.save(document("Технически преглед", "СА 1234 ВК", QDate(2026, 3, 2), QDate(2027, 3, 1)), true,
                                       store.kinds().value(), today, std::nullopt, title);
         QVERIFY(saved);
@@ -184,18 +181,14 @@ private slots:
         QCOMPARE(count(db, QStringLiteral("SELECT COUNT(*) FROM DokScan")), 1);
 
         // The database refuses a copy over the size even when written past the store.
-        QSqlQuery insert(db);
-        insert.prepare(QStringLiteral("INSERT INTO DokScan (DokID, Ime, Razmer, Danni) VALUES (?, ?, ?, ?)"));
-        for (const QVariant &value : QVariantList{id + 1, "x", maxScanBytes + 1, QByteArray(maxScanBytes + 1, 'x')})
-            insert.addBindValue(value);
-        QVERIFY(!insert.exec());
+        QVERIFY(!test::insertRow(db, QStringLiteral("DokScan"), QStringLiteral("DokID, Ime, Razmer, Danni"),
+                                 {id + 1, "x", maxScanBytes + 1, QByteArray(maxScanBytes + 1, 'x')}));
     }
 
     // Deleting a driver takes his documents and their copies with him, and nobody else's.
     void deletingAHolderTakesItsDocuments()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')")));
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('002', 'Петър Иванов')")));
         const DocumentStore store(db);
@@ -225,9 +218,7 @@ private slots:
     // A kind in use stays; an unused one goes.
     void aKindInUseIsNotDeleted()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        const DocumentStore store(db);
+        DOCUMENT_STORE();
         QVERIFY(store.save(document("Застраховка CMR", "СА 1234 ВК", QDate(2026, 1, 1), QDate(2026, 12, 31)), true,
                            store.kinds().value(), today, std::nullopt, title));
         const auto rows = store.kindRows()->load().value();

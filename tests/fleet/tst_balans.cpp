@@ -8,6 +8,7 @@
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 #include "screendriver.h"
+#include "laidoutpapers.h"
 #include "testdatabase.h"
 
 #include <QLabel>
@@ -21,6 +22,7 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::execBound;
 
 namespace {
 
@@ -30,47 +32,34 @@ const QString vt = QStringLiteral("ВТ 5555 ХХ");
 const QString stranger = QStringLiteral("ЯЯ 0000 ЯЯ");  // runs courses but is not in Config
 const Period march{QDate(2006, 3, 1), QDate(2006, 3, 31)};
 
-bool run(QSqlDatabase db, const QString &sql, const QList<QVariant> &values)
-{
-    QSqlQuery query(db);
-    query.prepare(sql);
-    for (const QVariant &value : values)
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << query.lastError().text() << sql;
-        return false;
-    }
-    return true;
-}
-
 bool truck(QSqlDatabase db, const QString &kola)
 {
-    return run(db, QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES (?, 30, 12, 20)"), {kola});
+    return execBound(db, QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES (?, 30, 12, 20)"), {kola});
 }
 
 bool course(QSqlDatabase db, QDate date, const QString &kola, double bruto)
 {
-    return run(db,
-               QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, procent, "
-                              "neto, Fakt, NomFakt, plat, Doc) VALUES (?, '007', ?, 'Бетон АД', 'София - Перник', "
-                              "'Пясък', 10, 10, 1, ?, 0, ?, ?, '0000000000', ?, ?)"),
-               {date, kola, bruto, bruto, false, false, false});
+    return execBound(db,
+                     QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, procent, "
+                                    "neto, Fakt, NomFakt, plat, Doc) VALUES (?, '007', ?, 'Бетон АД', 'София - Перник', "
+                                    "'Пясък', 10, 10, 1, ?, 0, ?, ?, '0000000000', ?, ?)"),
+                     {date, kola, bruto, bruto, false, false, false});
 }
 
 bool stock(QSqlDatabase db, QDate date, const QString &docVid, const QString &vidKol, double suma)
 {
-    return run(db,
-               QStringLiteral("INSERT INTO Sklad (Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa) "
-                              "VALUES (?, ?, '0000000001', 'Филтър маслен', 1, ?, ?, ?, 0, ?)"),
-               {date, docVid, suma, suma, vidKol, false});
+    return execBound(db,
+                     QStringLiteral("INSERT INTO Sklad (Data, DocVid, DocNom, Name, Kol, Edin, Suma, VidKol, Ostat, Lipsa) "
+                                    "VALUES (?, ?, '0000000001', 'Филтър маслен', 1, ?, ?, ?, 0, ?)"),
+                     {date, docVid, suma, suma, vidKol, false});
 }
 
 bool waybill(QSqlDatabase db, const QString &listId, QDate date, const QString &kola, double sumRazhN, double zarN)
 {
-    return run(db,
-               QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, ZarM, "
-                              "CenaN, CenaM) VALUES (?, ?, ?, 'Иван Петров', 250, ?, 0, ?, 0, 2.5, 9.8)"),
-               {listId, date, kola, sumRazhN, zarN});
+    return execBound(db,
+                     QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, ZarM, "
+                                    "CenaN, CenaM) VALUES (?, ?, ?, 'Иван Петров', 250, ?, 0, ?, 0, 2.5, 9.8)"),
+                     {listId, date, kola, sumRazhN, zarN});
 }
 
 // Three trucks, one of them twice in Config; courses, issues and waybills on and beyond the period's ends.
@@ -119,22 +108,14 @@ QString registerFingerprint(QSqlDatabase db)
 {
     QStringList parts;
     for (const QString &table : {QStringLiteral("tabl"), QStringLiteral("Sklad"), QStringLiteral("RowdList"),
-                                 QStringLiteral("Config")}) {
-        QSqlQuery query(db);
-        query.exec(QStringLiteral("SELECT COUNT(*), SUM(row_version) FROM ") + table);
-        query.next();
-        parts << query.value(0).toString() + QLatin1Char('/') + query.value(1).toString();
-    }
+                                 QStringLiteral("Config")})
+        parts << test::rowsText(db, QStringLiteral("SELECT COUNT(*), SUM(row_version) FROM ") + table);
     return parts.join(QLatin1Char('|'));
 }
 
 QStringList laidOutLines(const Checked<Report> &report)
 {
-    if (!report) {
-        qWarning() << report.message().text;
-        return {};
-    }
-    return layoutReport(report.value()).textLines();
+    return test::laidOut(report).textLines();
 }
 
 const QString firmLines = QStringLiteral(
@@ -143,6 +124,8 @@ const QString firmLines = QStringLiteral(
     "Справка");
 
 }
+
+Q_DECLARE_METATYPE(zarek::BalansMode)
 
 // Each test gets a fresh database, a scratch file and a message recorder; open() makes the screen.
 class BalansTest : public QObject {
@@ -164,10 +147,7 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        database = std::make_unique<test::ScratchDatabase>(engine);
-        if (!database->isReady())
-            QSKIP(qPrintable(database->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(database);
         db = database->db();
         folder = std::make_unique<QTemporaryDir>();
         scratch = std::make_unique<ScratchDatabase>(folder->path());
@@ -275,24 +255,47 @@ private slots:
         QVERIFY(messages->shown.isEmpty());
     }
 
-    void theProfitPrintsWithItsTotal()
+    // Each mode prints its rows under its own heading and units; the profit with its total, the
+    // fuel without one; each with its chart on a page of its own.
+    void eachModePrintsItsRows_data()
     {
+        QTest::addColumn<BalansMode>("mode");
+        QTest::addColumn<QString>("caption");
+        QTest::addColumn<QString>("body");
+        QTest::newRow("profit") << BalansMode::Profit << "Зарек 2.3 - Справка баланс на колите"
+                                << "за печалбата от колите\nза периода от 1.3.2006 до 31.3.2006\n"
+                                   "Кола  | Приход | Разход | Остатък\n"
+                                   "[лв.] | [лв.] | [лв.]\n"
+                                   "1 | ВТ 5555 ХХ | 0,00лв. | 75,50лв. | -75,50лв.\n"
+                                   "2 | РВ7777АА | 50,05лв. | 0,00лв. | 50,05лв.\n"
+                                   "3 | СА 1234 ВК | 300,30лв. | 30,30лв. | 270,00лв.\n"
+                                   "Всичко: 244,55лв.\n"
+                                   "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.\n"
+                                   "Приходи, разходи и остатък по коли";
+        QTest::newRow("fuel") << BalansMode::Fuel << "Зарек 2.3 - Справка разход на нафта"
+                              << "за разхода на нафта на колите\nза периода от 1.3.2006 до 31.3.2006\n"
+                                 "Кола  | Изч.разх. | Заредено | Разлика\n"
+                                 "[ л. ] | [ л. ] | [ л. ]\n"
+                                 "1 | ВТ 5555 ХХ | 0,0 л | 0,0 л | 0,0 л\n"
+                                 "2 | РВ7777АА | 40,0 л | 35,0 л | 5,0 л\n"
+                                 "3 | СА 1234 ВК | 143,7 л | 150,0 л | -6,3 л\n"
+                                 "Всичко\n"
+                                 "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.\n"
+                                 "Нормативен разход и заредена нафта по коли";
+    }
+    void eachModePrintsItsRows()
+    {
+        QFETCH(BalansMode, mode);
+        QFETCH(QString, caption);
+        QFETCH(QString, body);
         QVERIFY(fill(db));
-        Balans &screen = open(BalansMode::Profit);
+        Balans &screen = open(mode);
         const Checked<Report> report = screen.report();
         QVERIFY(report.ok());
-        QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка баланс на колите"));
-        const QStringList expected = (firmLines + QStringLiteral(
-            "\nза печалбата от колите\nза периода от 1.3.2006 до 31.3.2006\n"
-            "Кола  | Приход | Разход | Остатък\n"
-            "[лв.] | [лв.] | [лв.]\n"
-            "1 | ВТ 5555 ХХ | 0,00лв. | 75,50лв. | -75,50лв.\n"
-            "2 | РВ7777АА | 50,05лв. | 0,00лв. | 50,05лв.\n"
-            "3 | СА 1234 ВК | 300,30лв. | 30,30лв. | 270,00лв.\n"
-            "Всичко: 244,55лв.\n"
-            "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.\n"
-            "Приходи, разходи и остатък по коли")).split(QLatin1Char('\n'));  // the chart's own page
-        QCOMPARE(laidOutLines(report), expected);
+        QCOMPARE(report.value().windowCaption(), caption);
+        QCOMPARE(laidOutLines(report), (firmLines + QLatin1Char('\n') + body).split(QLatin1Char('\n')));
+        if (mode != BalansMode::Profit)
+            return;
         // The chart is drawn on its page, and goes with the rows to a workbook.
         const LaidOutReport laid = layoutReport(report.value());
         QCOMPARE(laid.pageCount(), 2);
@@ -300,26 +303,6 @@ private slots:
                             [](const ReportPrimitive &p) { return p.kind == ReportPrimitive::Kind::Image && !p.image.isEmpty(); }));
         QCOMPARE(screen.exportTable().pictures.size(), 1);
         QVERIFY(screen.findChild<QWidget *>(QStringLiteral("chartBalans")));
-    }
-
-    void theFuelPrintsWithoutATotal()
-    {
-        QVERIFY(fill(db));
-        Balans &screen = open(BalansMode::Fuel);
-        const Checked<Report> report = screen.report();
-        QVERIFY(report.ok());
-        QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка разход на нафта"));
-        const QStringList expected = (firmLines + QStringLiteral(
-            "\nза разхода на нафта на колите\nза периода от 1.3.2006 до 31.3.2006\n"
-            "Кола  | Изч.разх. | Заредено | Разлика\n"
-            "[ л. ] | [ л. ] | [ л. ]\n"
-            "1 | ВТ 5555 ХХ | 0,0 л | 0,0 л | 0,0 л\n"
-            "2 | РВ7777АА | 40,0 л | 35,0 л | 5,0 л\n"
-            "3 | СА 1234 ВК | 143,7 л | 150,0 л | -6,3 л\n"
-            "Всичко\n"
-            "Зарек 2.3 | Страница 1 от 1 | Orvenn Ltd.\n"
-            "Нормативен разход и заредена нафта по коли")).split(QLatin1Char('\n'));
-        QCOMPARE(laidOutLines(report), expected);
     }
 
     // Enter on a truck in fuel mode shows its waybills of the period (rptKolaN).
@@ -424,12 +407,9 @@ private slots:
         registerFleetCommands(commands);
         QString caption;
         auto answer = [&caption](const QString &from, const QString &to) {
-            QTimer::singleShot(0, [&caption, from, to] {
-                auto *dialog = static_cast<QDialog *>(QApplication::activeModalWidget());
-                caption = dialog->windowTitle();
-                dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setText(from);
-                dialog->findChild<QLineEdit *>(QStringLiteral("Text1_1"))->setText(to);
-                dialog->findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+            test::onNextModal([&caption, from, to](QDialog &dialog) {
+                caption = dialog.windowTitle();
+                test::enterPeriod(dialog, from, to);
             });
         };
         answer(QStringLiteral("01.03.2006"), QStringLiteral("31.03.2006"));

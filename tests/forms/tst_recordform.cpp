@@ -82,13 +82,8 @@ struct StockScreen {
 
 void addStock(QSqlDatabase db, const QDate &date, const QString &name, double kol)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Sklad (Data, DocVid, Name, Kol, Lipsa) VALUES (?, 'Фактура', ?, ?, ?)"));
-    query.addBindValue(date);
-    query.addBindValue(name);
-    query.addBindValue(kol);
-    query.addBindValue(false);
-    QVERIFY(query.exec());
+    QVERIFY(test::insertRow(db, QStringLiteral("Sklad"), QStringLiteral("Data, DocVid, Name, Kol, Lipsa"),
+                            {date, QStringLiteral("Фактура"), name, kol, false}));
 }
 
 void addThree(QSqlDatabase db)
@@ -97,27 +92,21 @@ void addThree(QSqlDatabase db)
         addStock(db, QDate(2026, 1, i), QStringLiteral("Артикул %1").arg(i), i);
 }
 
-QVariant stored(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return QStringLiteral("<none>");
-    return query.value(0);
-}
-
 int stockRows(QSqlDatabase db)
 {
-    return stored(db, QStringLiteral("SELECT COUNT(*) FROM Sklad")).toInt();
+    return test::scalar(db, QStringLiteral("SELECT COUNT(*) FROM Sklad")).toInt();
 }
 
 }
 
-// A fresh database of the current engine with three stock rows, the messages recorded, and the
-// stock screen on it.
-#define STOCK_SCREEN_ON_THREE_ROWS(screen)   \
-    ZAREK_SCRATCH_DB(scratch);               \
-    addThree(scratch.db());                  \
-    RecordingMessageService messages;        \
+// A fresh database of the current engine with three stock rows, and the messages recorded; with
+// the stock screen on it.
+#define THREE_STOCK_ROWS()           \
+    ZAREK_SCRATCH_DB(scratch);       \
+    addThree(scratch.db());          \
+    RecordingMessageService messages
+#define STOCK_SCREEN_ON_THREE_ROWS(screen) \
+    THREE_STOCK_ROWS();                    \
     StockScreen screen(scratch.db())
 
 class RecordFormTest : public QObject {
@@ -241,8 +230,7 @@ private slots:
 
     void onAnEmptyTableNothingMovesOrBeepsAndCancelLeavesItEmpty()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         StockScreen screen(scratch.db());
         QCOMPARE(screen.form->currentIndex(), -1);
         QCOMPARE(screen.status(), QString());
@@ -270,8 +258,7 @@ private slots:
     {
         QFETCH(QString, press);
         QFETCH(QString, caption);
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         StockScreen screen(scratch.db());
         screen.button(qPrintable(press))->click();
         QCOMPARE(onlyOne(messages.shown), caption + QLatin1Char('|') + QStringLiteral("3021:Няма текущ запис."));
@@ -304,9 +291,9 @@ private slots:
         QCOMPARE(screen.name(), QStringLiteral("Артикул 1"));
         messages.answers = {true, true};
         screen.button("cmdDelete")->click();
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'Артикул 1'")).toInt(), 0);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'Артикул 1'")).toInt(), 0);
         QCOMPARE(stockRows(scratch.db()), 2);
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'не се записва'")).toInt(), 0);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'не се записва'")).toInt(), 0);
     }
 
     // Keys typed into a box of a row only shown went nowhere. The first starts "Поправи" on that
@@ -324,7 +311,7 @@ private slots:
         QCOMPARE(QApplication::focusWidget(), screen.boxes[3]);
         QCOMPARE(screen.boxes[3]->text(), QStringLiteral("17"));
         QVERIFY(screen.form->update());
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 2'")).toDouble(), 17.0);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 2'")).toDouble(), 17.0);
         QVERIFY(messages.shown.isEmpty());
     }
 
@@ -358,7 +345,7 @@ private slots:
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
         QCOMPARE(screen.form->state(), RecordForm::State::Adding);
         QVERIFY(screen.window.isVisible());
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'Нов артикул'")).toInt(), 1);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'Нов артикул'")).toInt(), 1);
     }
 
     // A value its column cannot take: the message closes onto the box at fault.
@@ -434,13 +421,12 @@ private slots:
             QVERIFY(screen.form->update());
         }
         QVERIFY(messages.shown.isEmpty());
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Д''Аргос филтър'")).toDouble(), 4.0);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Д''Аргос филтър'")).toDouble(), 4.0);
     }
 
     void aFailedCheckShowsTheLastFailureAndKeepsWhatWasTyped()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         RecordFormConfig config;
         config.validate = [](const QVariantMap &typed) {
             std::optional<UserMessage> kept;
@@ -465,9 +451,7 @@ private slots:
     // A .ui file that names a column the table lacks (a typo) shows no rows under a wrong caption.
     void aBoxNamingAColumnTheRowsLackIsRefusedAtOpening()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
+        THREE_STOCK_ROWS();
         QWidget window;
         auto *form = new RecordForm(std::make_unique<RecordStore>(scratch.db(), QStringLiteral("Sklad"),
                                                                   QStringList{QStringLiteral("Name")}, QStringLiteral("Data")),
@@ -494,8 +478,7 @@ private slots:
     // the box and what is written, even when a later check refuses the save.
     void whatTheCheckPutsRightIsShownAndWritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         RecordFormConfig config;
         config.validate = [](QVariantMap &entry) -> std::optional<UserMessage> {
             entry.insert(QStringLiteral("Name"), entry.value(QStringLiteral("Name")).toString().trimmed());
@@ -510,7 +493,7 @@ private slots:
         QCOMPARE(screen.boxes[2]->text(), QStringLiteral("Филтър"));
         screen.boxes[3]->setText(QStringLiteral("2"));
         QVERIFY(screen.form->update());
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT Name FROM Sklad")).toString(), QStringLiteral("Филтър"));
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Name FROM Sklad")).toString(), QStringLiteral("Филтър"));
     }
 
     void aNumberColumnRefusesTextAndWritesNothing()
@@ -522,7 +505,7 @@ private slots:
         QCOMPARE(onlyOne(messages.shown),
                  QStringLiteral("ГРЕШКА при запис!|\"дванадесет\" не е число!\nМоля, въведете число в поле \"Кол.\"."));
         QCOMPARE(screen.form->state(), RecordForm::State::Editing);
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 1'")).toDouble(), 1.0);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 1'")).toDouble(), 1.0);
     }
 
     void deletingAsksTwiceAndTheNewLastRowBecomesCurrent()
@@ -548,9 +531,7 @@ private slots:
 
     void theOtherDeleteQuestions()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
+        THREE_STOCK_ROWS();
         RecordFormConfig oneQuestion;
         oneQuestion.deleteQuestion = UserMessage::twoLines(
             QStringLiteral("   ВНИМАНИЕ!"), QStringLiteral("Изтривате информацията за пътния лист!"),
@@ -575,9 +556,7 @@ private slots:
 
     void presetsLockedFieldsAndCoveringCombos()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
+        THREE_STOCK_ROWS();
         RecordFormConfig config;
         config.presets = [](QVariantMap &values) {
             values.insert(QStringLiteral("Kol"), 0.0);
@@ -613,9 +592,7 @@ private slots:
 
     void hooksWriteAndRefreshAndTheirErrorsAreTrapped()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        addThree(scratch.db());
-        RecordingMessageService messages;
+        THREE_STOCK_ROWS();
         RecordFormConfig config;
         int moves = 0;
         config.afterMove = [&moves]() -> std::optional<UserMessage> {
@@ -652,7 +629,7 @@ private slots:
         screen.button("cmdUpdate")->click();
         QCOMPARE(writes, (QList<bool>{false, false}));
         QCOMPARE(screen.boxes[3]->text(), QStringLiteral("42"));
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'наред'")).toInt(), 0);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'наред'")).toInt(), 0);
     }
 
     void aClickSelectsTheWholeText()
@@ -665,8 +642,7 @@ private slots:
 
     void aSuffixNamesEveryControlAndCloseMayStandOutside()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         RecordFormConfig config;
         config.suffix = QStringLiteral("1");
         config.closeInStrip = false;
@@ -696,8 +672,8 @@ private slots:
         QCOMPARE(screen.form->state(), RecordForm::State::Editing);
         QCOMPARE(screen.name(), QStringLiteral("Моят артикул"));
         QCOMPARE(screen.boxes[3]->text(), QStringLiteral("11"));
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 1'")).toDouble(), 77.0);
-        QCOMPARE(stored(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'Моят артикул'")).toInt(), 0);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 1'")).toDouble(), 77.0);
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE Name = 'Моят артикул'")).toInt(), 0);
     }
 
     void aRowDeletedByAnotherUserIsNeitherWrittenNorDeletedTwice()

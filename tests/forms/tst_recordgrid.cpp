@@ -82,15 +82,16 @@ struct LinesScreen {
 
 void addLine(QSqlDatabase db, const QString &document, const QString &route, double km)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, RazhN) VALUES (?, ?, ?, 0)"));
-    query.addBindValue(document);
-    query.addBindValue(route);
-    query.addBindValue(km);
-    QVERIFY(query.exec());
+    QVERIFY(test::insertRow(db, QStringLiteral("Marsh"), QStringLiteral("MarshID, Marshrut, KM, RazhN"), {document, route, km, 0}));
 }
 
 }
+
+// The messages recorded and the lines of document A shown.
+#define LINES_OF_A_SHOWN()                                \
+    RecordingMessageService messages;                     \
+    LinesScreen screen(scratch.db(), QStringLiteral("A"));\
+    screen.show()
 
 class RecordGridTest : public QObject {
     Q_OBJECT
@@ -103,9 +104,7 @@ private slots:
         addLine(scratch.db(), QStringLiteral("A"), QStringLiteral("София - Перник"), 30.5);
         addLine(scratch.db(), QStringLiteral("A"), QStringLiteral("Перник - София"), 31);
         addLine(scratch.db(), QStringLiteral("B"), QStringLiteral("Русе - Варна"), 200);
-        RecordingMessageService messages;
-        LinesScreen screen(scratch.db(), QStringLiteral("A"));
-        screen.show();
+        LINES_OF_A_SHOWN();
         QCOMPARE(screen.lines(), (QStringList{QStringLiteral("София - Перник|30,5"), QStringLiteral("Перник - София|31")}));
         QCOMPARE(screen.model->headerData(1, Qt::Horizontal).toString(), QStringLiteral("КМ"));
         QCOMPARE(screen.model->index(0, 1).data(Qt::TextAlignmentRole).toInt() & Qt::AlignRight, int(Qt::AlignRight));
@@ -128,9 +127,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         addLine(scratch.db(), QStringLiteral("A"), QStringLiteral("София - Перник"), 30.5);
-        RecordingMessageService messages;
-        LinesScreen screen(scratch.db(), QStringLiteral("A"));
-        screen.show();
+        LINES_OF_A_SHOWN();
         screen.form->add();
         QCOMPARE(screen.lines(), (QStringList{QStringLiteral("София - Перник|30,5"), QStringLiteral("|0")}));
         QCOMPARE(screen.model->headerData(1, Qt::Vertical).toString(), QStringLiteral("*"));
@@ -183,9 +180,7 @@ private slots:
         QFETCH(QString, shown);
         ZAREK_SCRATCH_DB(scratch);
         addLine(scratch.db(), QStringLiteral("A"), QStringLiteral("София - Перник"), 30.5);
-        RecordingMessageService messages;
-        LinesScreen screen(scratch.db(), QStringLiteral("A"));
-        screen.show();
+        LINES_OF_A_SHOWN();
         screen.form->edit();
         QVERIFY(screen.model->flags(screen.model->index(0, column)) & Qt::ItemIsEditable);
         screen.model->setData(screen.model->index(0, column), typed);
@@ -203,9 +198,7 @@ private slots:
     void tabOffTheLastCellLeavesTheGrid()
     {
         ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        LinesScreen screen(scratch.db(), QStringLiteral("A"));
-        screen.show();
+        LINES_OF_A_SHOWN();
         screen.form->add();
         press(Qt::Key_Tab);
         QCOMPARE(screen.grid->currentIndex().column(), 1);
@@ -218,9 +211,7 @@ private slots:
     void aReadOnlyColumnIsStoredButNotTyped()
     {
         ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        LinesScreen screen(scratch.db(), QStringLiteral("A"));
-        screen.show();
+        LINES_OF_A_SHOWN();
         QCOMPARE(screen.fuel->focusPolicy(), Qt::NoFocus);
         screen.form->add();
         QVERIFY(screen.fuel->isReadOnly());

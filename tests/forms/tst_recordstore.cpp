@@ -30,12 +30,7 @@ UserMessage failureOf(const std::optional<UserMessage> &failure)
 
 QString storedName(QSqlDatabase db, qint64 id)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("SELECT ime FROM shof WHERE id = ?"));
-    query.addBindValue(id);
-    if (!query.exec() || !query.next())
-        return QStringLiteral("<none>");
-    return query.value(0).toString();
+    return test::scalar(db, QStringLiteral("SELECT ime FROM shof WHERE id = ?"), {id}).toString();
 }
 
 }
@@ -182,8 +177,7 @@ private slots:
     void pagedRowsFollowTheWholeOrder()
     {
         QFETCH(bool, byKey);
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const RecordStore store = drivers(db);
         QVERIFY(db.transaction());
         QSqlQuery insert(db);

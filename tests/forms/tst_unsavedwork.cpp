@@ -30,10 +30,7 @@ QLineEdit *box(QWidget &w, const QString &name) { return w.findChild<QLineEdit *
 
 int count(QSqlDatabase db, const QString &table)
 {
-    QSqlQuery query(db);
-    if (!query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table) || !query.next())
-        return -1;
-    return query.value(0).toInt();
+    return test::countBy(db, QStringLiteral("SELECT COUNT(*) FROM ") + table);
 }
 
 // The ways a user closes a window: its close box, Esc, its own close button (or "Отказ").
@@ -86,8 +83,7 @@ private slots:
     void closingARecordFormThrewTheTypingAway()
     {
         QFETCH(Closing, how);
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Driver screen(scratch.db());
         test::showActive(screen);
         button(screen, "cmdAdd")->click();
@@ -112,8 +108,7 @@ private slots:
 
     void aPendingRowWithNothingTypedClosesWithoutAQuestion()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Kurs screen(scratch.db());  // opens on a new course, nothing typed yet
         test::showActive(screen);
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
@@ -125,8 +120,7 @@ private slots:
     // The course editor's expense and rate are not bound to the row, but typing there counts too.
     void typingOnlyTheExpenseOfACourseAsks()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Kurs screen(scratch.db());
         test::showActive(screen);
         box(screen, QStringLiteral("txtRazhod"))->setText(QStringLiteral("12,50"));
@@ -159,16 +153,13 @@ private slots:
         messages.answers = {true};
         screen.close();
         QVERIFY(!screen.isVisible());
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT Marsh FROM tabl")) && query.next());
-        QCOMPARE(query.value(0).toString(), QStringLiteral("София - Перник"));
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Marsh FROM tabl")).toString(), QStringLiteral("София - Перник"));
     }
 
     // Two record strips in one window: one question for the window, and "Да" drops both rows.
     void aWindowWithTwoStripsAsksOnce()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         QWidget window;
         auto *layout = new QVBoxLayout(&window);
         RecordForm *strips[2] = {};
@@ -205,8 +196,7 @@ private slots:
     // The settings window: a truck strip and six rates written by their own button.
     void closingTheSettingsWithTypedRatesAsks()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Options screen(scratch.db());
         test::showActive(screen);
         for (int i = 1; i <= 6; ++i)

@@ -99,12 +99,9 @@ int firmCount(QSqlDatabase db)
 void pickFromPanel(InsideKurs &screen, const char *frame, int row)
 {
     bool seen = false;
-    QTimer::singleShot(0, [&seen, row] {
-        auto *picker = qobject_cast<SendResive *>(QApplication::activeModalWidget());
-        if (!picker)
-            return;
+    test::onNextModal<SendResive>([&seen, row](SendResive &picker) {
         seen = true;
-        QTableView *grid = picker->grid();
+        QTableView *grid = picker.grid();
         if (row < 0) {
             QTest::keyClick(grid, Qt::Key_Escape);
             return;
@@ -138,10 +135,7 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        scratch = std::make_unique<test::ScratchDatabase>(engine);
-        if (!scratch->isReady())
-            QSKIP(qPrintable(scratch->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(scratch);
         db = scratch->db();
         prepare(*scratch);
         messages = std::make_unique<RecordingMessageService>();
@@ -383,11 +377,9 @@ private slots:
         InsideKurs &screen = open();
         screen.show();
         bool opened = false;
-        QTimer::singleShot(0, [&opened] {
-            if (QWidget *modal = QApplication::activeModalWidget()) {
-                opened = true;
-                modal->close();
-            }
+        test::onNextModal<QWidget>([&opened](QWidget &modal) {
+            opened = true;
+            modal.close();
         });
         auto *panelBox = screen.findChild<QGroupBox *>("Frame2");
         QTest::mouseClick(panelBox, Qt::RightButton, Qt::NoModifier, QPoint(4, panelBox->height() - 4));

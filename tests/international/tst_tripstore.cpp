@@ -7,6 +7,7 @@
 #include <limits>
 
 using namespace zarek;
+using zarek::test::countBy;
 
 namespace {
 
@@ -35,14 +36,6 @@ const FirmAddress agro{QStringLiteral("Agro Trade SRL"), QStringLiteral("Str. Fa
                        QStringLiteral("Румъния")};
 const FirmAddress dargos{QStringLiteral("Д'Аргос ООД"), QStringLiteral("ул. Шипка 3"), QStringLiteral("Пловдив"),
                          QStringLiteral("България")};
-
-int count(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return -1;
-    return query.value(0).toInt();
-}
 
 }
 
@@ -110,8 +103,8 @@ private slots:
         const TripStore store(scratch.db());
         QVERIFY(store.save(trip("0000000001", dargos, agro), true, "ГРЕШКА при запис!").ok());
         QVERIFY(store.save(trip("0000000002", dargos, second), true, "ГРЕШКА при запис!").ok());
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), firms);
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms WHERE SrName <> TRIM(SrName) OR SrAdres <> "
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM Firms"), firms);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM Firms WHERE SrName <> TRIM(SrName) OR SrAdres <> "
                                      "TRIM(SrAdres) OR SrCity <> TRIM(SrCity) OR SrCountry <> TRIM(SrCountry)"),
                  0);
     }
@@ -133,7 +126,7 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(scratch.exec("INSERT INTO Firms (SrName, SrCity) VALUES ('Bau Handel GmbH', 'Nürnberg')"));
         QVERIFY(!TripStore(scratch.db()).addFirm({"Bau Handel GmbH", "", "Nürnberg", ""}, "ГРЕШКА при запис!"));
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
     }
 
     // Empty panels make one all-empty firm, once; the picker then lists it.
@@ -156,8 +149,8 @@ private slots:
         const auto refused = store.save(trip("0000000037", agro, agro), true, "ГРЕШКА при запис!");
         QVERIFY(!refused.ok());
         QCOMPARE(refused.message(), tripNumberTakenMessage());
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs"), 1);
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs"), 1);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
         QCOMPARE(store.numberTaken("0000000037").value(), true);
         QCOMPARE(store.numberTaken("0000000038").value(), false);
     }
@@ -196,8 +189,8 @@ private slots:
         QCOMPARE(checkTrip(row.values).has_value(), !stored);
         const auto added = store.save(row, true, "ГРЕШКА при запис!");
         QCOMPARE(added.ok(), stored);
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs"), stored ? 1 : 0);
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), stored ? 2 : 0);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs"), stored ? 1 : 0);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM Firms"), stored ? 2 : 0);
         if (!stored) {
             QCOMPARE(added.message().title, QStringLiteral("   ГРЕШКА!"));
             // The same figure typed into a trip that stands is refused too, and the trip keeps its values.
@@ -206,7 +199,7 @@ private slots:
             RecordRow corrected = first.value();
             corrected.values.insert(column, value);
             QVERIFY(!store.save(corrected, false, "ГРЕШКА при запис!").ok());
-            QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs WHERE TovarTon = 10 AND TotalFuel = 10 AND "
+            QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs WHERE TovarTon = 10 AND TotalFuel = 10 AND "
                                          "TotalKM = 10 AND TotalP = 10 AND TotalR = 10"), 1);
         }
     }
@@ -239,8 +232,8 @@ private slots:
         const auto refused = store.save(stale, false, "ГРЕШКА при запис!");
         QVERIFY(!refused.ok());
         QVERIFY(refused.message().text.startsWith(QStringLiteral("-2147217864:")));
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs WHERE TovarName = 'Олио'"), 1);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM Firms"), 1);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM ExternalKurs WHERE TovarName = 'Олио'"), 1);
     }
 
     void theListsOfferDriversTractorsAndEarlierTrailersSorted()

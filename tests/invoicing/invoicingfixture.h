@@ -4,14 +4,21 @@
 // written straight into tabl.
 
 #include "core/dates.h"
+#include "data/database.h"
+#include "testdatabase.h"
 
+#include <QCoreApplication>
 #include <QDate>
+#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QVariant>
 #include <QtTest>
+
+#include <memory>
+#include <vector>
 
 namespace zarek::test {
 
@@ -36,21 +43,13 @@ struct CourseRow {
 // Inserts a course; its id, or 0 (and a failed test) when the insert fails.
 inline qint64 insertCourse(QSqlDatabase db, const CourseRow &c)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
-                                 "VALUES (?, '007', ?, ?, ?, ?, ?, ?, ?, ?, 0, ?, ?, ?, ?, ?)"));
-    for (const QVariant &v : QList<QVariant>{c.date, c.kola, c.klient, c.marsh, c.tovar, c.km, c.ton, c.tarifa, c.bruto,
-                                             c.bruto, c.fakt, c.nomFakt, false, false})
-        query.addBindValue(v);
-    if (!query.exec()) {
-        QTest::qFail(qPrintable(query.lastError().text()), __FILE__, __LINE__);
+    if (!insertRow(db, QStringLiteral("tabl"), courseColumns,
+                   {c.date, QStringLiteral("007"), c.kola, c.klient, c.marsh, c.tovar, c.km, c.ton, c.tarifa, c.bruto, 0,
+                    c.bruto, c.fakt, c.nomFakt, false, false})) {
+        QTest::qFail("the course was not inserted", __FILE__, __LINE__);
         return 0;
     }
-    QSqlQuery last(db);
-    last.exec(QStringLiteral("SELECT MAX(id) FROM tabl"));
-    last.next();
-    return last.value(0).toLongLong();
+    return scalar(db, QStringLiteral("SELECT MAX(id) FROM tabl")).toLongLong();
 }
 
 // Four uninvoiced courses of Д'Аргос in March (one of them by another truck and cargo), one in
@@ -102,13 +101,63 @@ inline QStringList invoiceState(QSqlDatabase db)
 
 inline qint64 countWhere(QSqlDatabase db, const QString &sql, const QList<QVariant> &values = {})
 {
-    QSqlQuery query(db);
-    query.prepare(sql);
-    for (const QVariant &v : values)
-        query.addBindValue(v);
-    if (!query.exec() || !query.next())
-        return -1;
-    return query.value(0).toLongLong();
+    const QVariant count = scalar(db, sql, values);
+    return count.typeId() == QMetaType::QString ? -1 : count.toLongLong();
+}
+
+// Workstations racing to issue invoices: each a copy of the test program in a racer mode of its
+// own, on one database, issuing invoices for a client of its own.
+inline QString racerClient(int racer)
+{
+    return QStringLiteral("Клиент %1").arg(racer);
+}
+
+// The database a racer names on its command line (the engine, then a PostgreSQL database's name
+// or a SQLite file), opened under the connection name given.
+inline QSqlDatabase connectTo(const QString &engine, const QString &target, const QString &name)
+{
+    DatabaseConfig config;
+    if (engine == QLatin1String("postgresql")) {
+        config = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG")).value_or(DatabaseConfig{});
+        config.databaseName = target;
+    } else {
+        config.sqlitePath = target;
+    }
+    QString error;
+    return openDatabase(config, name, &error);
+}
+
+// Gives each racer its courses of March, starts the racers on the database of scratch, lets them
+// go together and puts what each printed in outputs; a failure when one does not end well.
+inline void race(ScratchDatabase &scratch, const char *mode, int racers, int invoicesEach, QStringList &outputs)
+{
+    for (int racer = 0; racer < racers; ++racer) {
+        for (int i = 0; i < invoicesEach; ++i)
+            insertCourse(scratch.db(), {QDate(2006, 3, 1 + i), racerClient(racer), QStringLiteral("Перник - София")});
+    }
+    const QString engine = currentEngine();
+    const QString target = engine == QLatin1String("postgresql") ? scratch.config().databaseName : scratch.config().sqlitePath;
+    std::vector<std::unique_ptr<QProcess>> processes;
+    for (int racer = 0; racer < racers; ++racer) {
+        auto process = std::make_unique<QProcess>();
+        process->setProcessChannelMode(QProcess::MergedChannels);
+        process->start(QCoreApplication::applicationFilePath(),
+                       {QString::fromLatin1(mode), engine, target, QString::number(racer)});
+        QVERIFY(process->waitForStarted());
+        processes.push_back(std::move(process));
+    }
+    QTest::qWait(300);  // every racer connected and waiting
+    for (auto &process : processes)
+        process->write("go\n");
+    for (auto &process : processes)
+        QVERIFY(process->waitForBytesWritten(5000));
+    for (int racer = 0; racer < racers; ++racer) {
+        QProcess &process = *processes[racer];
+        QVERIFY(process.waitForFinished(120000));
+        outputs.append(QString::fromUtf8(process.readAll()));
+        QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
+                 qPrintable(racerClient(racer) + QStringLiteral(": ") + outputs.last()));
+    }
 }
 
 }

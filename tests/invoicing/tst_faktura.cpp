@@ -97,15 +97,12 @@ void mark(ResultGridScreen &screen, const QList<int> &rows)
 bool answerDiaFakt(const QString &text, const std::function<void()> &open)
 {
     bool taken = false;
-    QTimer::singleShot(0, [&] {
-        auto *dialog = qobject_cast<DiaFakt *>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        dialog->combo()->setEditText(text);
-        dialog->okButton()->click();
-        taken = dialog->FaktChosen();
-        if (dialog->isVisible())
-            dialog->cancelButton()->click();
+    test::onNextModal<DiaFakt>([&](DiaFakt &dialog) {
+        dialog.combo()->setEditText(text);
+        dialog.okButton()->click();
+        taken = dialog.FaktChosen();
+        if (dialog.isVisible())
+            dialog.cancelButton()->click();
     });
     open();
     return taken;
@@ -206,10 +203,7 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        base = std::make_unique<test::ScratchDatabase>(engine);
-        if (!base->isReady())
-            QSKIP(qPrintable(base->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(base);
         db = base->db();
         ids = fillMarch(db);
         sheet = std::make_unique<Scratch>();
@@ -406,10 +400,7 @@ private slots:
     {
         Faktura &screen = open();
         QVERIFY(chooseNumber(screen, QStringLiteral("130")));
-        QTimer::singleShot(0, [] {
-            if (auto *dialog = qobject_cast<DiaFakt *>(QApplication::activeModalWidget()))
-                dialog->cancelButton()->click();
-        });
+        test::onNextModal<DiaFakt>([](DiaFakt &dialog) { dialog.cancelButton()->click(); });
         screen.chooseNumber();
         QCOMPARE(screen.NomFakt(), QStringLiteral("0000000130"));
         QVERIFY(screen.FaktChosen() && screen.printButton()->isEnabled());

@@ -60,11 +60,6 @@ constexpr int racers = 8;
 constexpr int invoicesEach = 6;
 const char racerMode[] = "--numbering-racer";
 
-QString racerClient(int racer)
-{
-    return QStringLiteral("Клиент %1").arg(racer);
-}
-
 // A racer: connects, waits for "go" on its input, then issues its invoices one course each, taking
 // the free number the dialog would offer and another one whenever it is refused. Prints a line per
 // outcome; exits 0 when every invoice was issued.
@@ -73,20 +68,11 @@ int runRacer(const QStringList &args)
     QTextStream out(stdout);
     if (args.size() != 3)
         return 9;
-    const QString engine = args.at(0);
-    DatabaseConfig config;
-    if (engine == QLatin1String("postgresql")) {
-        config = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG")).value_or(DatabaseConfig{});
-        config.databaseName = args.at(1);
-    } else {
-        config.sqlitePath = args.at(1);
-    }
     const int racer = args.at(2).toInt();
     const QString client = racerClient(racer);
-    QString error;
-    QSqlDatabase db = openDatabase(config, QStringLiteral("racer"), &error);
+    QSqlDatabase db = connectTo(args.at(0), args.at(1), QStringLiteral("racer"));
     if (!db.isOpen()) {
-        out << "FAILED " << error << Qt::endl;
+        out << "FAILED " << db.lastError().text() << Qt::endl;
         return 3;
     }
     QTextStream in(stdin);
@@ -151,10 +137,7 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        scratch = std::make_unique<test::ScratchDatabase>(engine);
-        if (!scratch->isReady())
-            QSKIP(qPrintable(scratch->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(scratch);
         db = scratch->db();
     }
     void cleanup()
@@ -370,34 +353,12 @@ private slots:
     // client's courses, every invoice keeps its currency, and no closing fails on a lock.
     void workstationsRacingForNumbersNeverShareOne()
     {
-        QFETCH_GLOBAL(QString, engine);
-        for (int racer = 0; racer < racers; ++racer) {
-            for (int i = 0; i < invoicesEach; ++i)
-                insertCourse(db, {QDate(2006, 3, 1 + i), racerClient(racer), QStringLiteral("Перник - София")});
-        }
-        const QString target = engine == QLatin1String("postgresql") ? scratch->config().databaseName
-                                                                      : scratch->config().sqlitePath;
-        std::vector<std::unique_ptr<QProcess>> processes;
-        for (int racer = 0; racer < racers; ++racer) {
-            auto process = std::make_unique<QProcess>();
-            process->setProcessChannelMode(QProcess::MergedChannels);
-            process->start(QCoreApplication::applicationFilePath(),
-                           {QString::fromLatin1(racerMode), engine, target, QString::number(racer)});
-            QVERIFY(process->waitForStarted());
-            processes.push_back(std::move(process));
-        }
-        QTest::qWait(300);  // every racer connected and waiting
-        for (auto &process : processes)
-            process->write("go\n");
-        for (auto &process : processes)
-            QVERIFY(process->waitForBytesWritten(5000));
+        QStringList outputs;
+        race(*scratch, racerMode, racers, invoicesEach, outputs);
+        if (QTest::currentTestFailed())
+            return;
         int refusals = 0;
-        for (int racer = 0; racer < racers; ++racer) {
-            QProcess &process = *processes[racer];
-            QVERIFY(process.waitForFinished(120000));
-            const QString output = QString::fromUtf8(process.readAll());
-            QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
-                     qPrintable(racerClient(racer) + QStringLiteral(": ") + output));
+        for (const QString &output : outputs) {
             QVERIFY2(!output.contains(QLatin1String("locked")) && !output.contains(QLatin1String("23505")),
                      qPrintable(output));
             refusals += output.section(QStringLiteral("REFUSED "), 1).trimmed().toInt();

@@ -5,6 +5,7 @@
 #include "invoicing/taxdocumentregister.h"
 #include "invoicing/taxdocumentregisterscreen.h"
 #include "invoicing/taxdocumentreport.h"
+#include "queryrows.h"
 #include "testdatabase.h"
 
 #include <QApplication>
@@ -106,17 +107,9 @@ bool write(QSqlDatabase db, TaxDocument &doc)
 
 QString registerText(const RowSet &rows)
 {
-    QStringList lines;
-    for (int row = 0; row < rows.rowCount(); ++row) {
-        QStringList cells;
-        for (const char *column : {"Nomer", "Vid", "Data", "Klient", "EIK", "Osnova", "DDS", "Obshto", "Valuta",
-                                   "Plateno", "Ostatak", "Sastoianie", "Prosrochena"}) {
-            const QVariant value = rows.value(row, QLatin1String(column));
-            cells.append(value.typeId() == QMetaType::QDate ? value.toDate().toString(Qt::ISODate) : value.toString());
-        }
-        lines.append(cells.join(QLatin1Char('|')));
-    }
-    return lines.join(QLatin1Char('\n'));
+    return test::rowTexts(rows, {"Nomer", "Vid", "Data", "Klient", "EIK", "Osnova", "DDS", "Obshto", "Valuta", "Plateno",
+                                 "Ostatak", "Sastoianie", "Prosrochena"})
+        .join(QLatin1Char('\n'));
 }
 
 class AnswerAll : public MessageService {
@@ -259,8 +252,7 @@ private slots:
         QFETCH(QDate, to);
         QFETCH(QString, prefix);
         QFETCH(QString, expected);
-        ZAREK_SCRATCH_DB(database);
-        QSqlDatabase db = database.db();
+        ZAREK_SCRATCH_DB_AS(database, db);
         TaxDocument first = invoice(QStringLiteral("0000000123"), 20, QDate(2026, 1, 15), bulgarianClient());
         QVERIFY(write(db, first));
         TaxDocument credit = creditNote(QStringLiteral("0000000124"), first, QDate(2026, 1, 20));
@@ -292,8 +284,7 @@ private slots:
     // change nothing of it; the export writes the same figures.
     void theRegisterStaysAsRecordedAndExportsIt()
     {
-        ZAREK_SCRATCH_DB(database);
-        QSqlDatabase db = database.db();
+        ZAREK_SCRATCH_DB_AS(database, db);
         TaxDocument doc = invoice(QStringLiteral("0000000300"), 20, QDate(2026, 2, 2), bulgarianClient());
         QVERIFY(write(db, doc));
         const TaxRegisterConditions conditions{{QDate(2026, 2, 1), QDate(2026, 2, 28)}, QString(), QDate(2026, 2, 10)};
@@ -325,8 +316,7 @@ private slots:
     // Benchmark: the register of a year of 20,000 documents opens at once.
     void theRegisterOpensOnTwentyThousandDocuments()
     {
-        ZAREK_SCRATCH_DB(database);
-        QSqlDatabase db = database.db();
+        ZAREK_SCRATCH_DB_AS(database, db);
         QVERIFY(db.transaction());
         TaxDocument doc = invoice(QString(), 20, QDate(2025, 1, 1), bulgarianClient());
         doc.lines = {doc.lines.first()};

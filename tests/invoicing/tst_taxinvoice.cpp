@@ -122,24 +122,6 @@ constexpr int invoicesEach = 5;
 const char racerMode[] = "--tax-racer";
 const char killMode[] = "--tax-victim";
 
-QString racerClient(int racer)
-{
-    return QStringLiteral("Клиент %1").arg(racer);
-}
-
-QSqlDatabase connectTo(const QString &engine, const QString &target, const QString &name)
-{
-    DatabaseConfig config;
-    if (engine == QLatin1String("postgresql")) {
-        config = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG")).value_or(DatabaseConfig{});
-        config.databaseName = target;
-    } else {
-        config.sqlitePath = target;
-    }
-    QString error;
-    return openDatabase(config, name, &error);
-}
-
 // A racer: waits for "go", then issues its invoices of one course each, taking the number the
 // dialog offers and the next offer whenever another workstation took it meanwhile.
 int runRacer(const QStringList &args)
@@ -235,10 +217,7 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        scratch = std::make_unique<test::ScratchDatabase>(engine);
-        if (!scratch->isReady())
-            QSKIP(qPrintable(scratch->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(scratch);
         db = scratch->db();
     }
     void cleanup()
@@ -543,34 +522,10 @@ private slots:
 
     void workstationsIssuingAtOnceTakeEveryNumberOnce()
     {
-        QFETCH_GLOBAL(QString, engine);
-        for (int racer = 0; racer < racers; ++racer) {
-            for (int i = 0; i < invoicesEach; ++i)
-                insertCourse(db, {QDate(2006, 3, 1 + i), racerClient(racer), QStringLiteral("Перник - София")});
-        }
-        const QString target = engine == QLatin1String("postgresql") ? scratch->config().databaseName
-                                                                      : scratch->config().sqlitePath;
-        std::vector<std::unique_ptr<QProcess>> processes;
-        for (int racer = 0; racer < racers; ++racer) {
-            auto process = std::make_unique<QProcess>();
-            process->setProcessChannelMode(QProcess::MergedChannels);
-            process->start(QCoreApplication::applicationFilePath(),
-                           {QString::fromLatin1(racerMode), engine, target, QString::number(racer)});
-            QVERIFY(process->waitForStarted());
-            processes.push_back(std::move(process));
-        }
-        QTest::qWait(300);
-        for (auto &process : processes)
-            process->write("go\n");
-        for (auto &process : processes)
-            QVERIFY(process->waitForBytesWritten(5000));
-        for (int racer = 0; racer < racers; ++racer) {
-            QProcess &process = *processes[racer];
-            QVERIFY(process.waitForFinished(120000));
-            const QString output = QString::fromUtf8(process.readAll());
-            QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
-                     qPrintable(racerClient(racer) + QStringLiteral(": ") + output));
-        }
+        QStringList outputs;
+        race(*scratch, racerMode, racers, invoicesEach, outputs);
+        if (QTest::currentTestFailed())
+            return;
         const int invoices = racers * invoicesEach;
         QCOMPARE(count(QStringLiteral("SELECT COUNT(*) FROM FaktDok")), invoices);
         QCOMPARE(count(QStringLiteral("SELECT COUNT(DISTINCT Nomer) FROM FaktDok")), invoices);

@@ -8,6 +8,7 @@
 #include "invoicing/taxinvoicestore.h"
 #include "invoicingfixture.h"
 #include "queryrows.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QApplication>
@@ -57,18 +58,15 @@ void mark(ResultGridScreen &screen, const QList<int> &rows)
 bool answerDiaFakt(Faktura &screen, const QString &text, const std::function<void(DiaFakt &)> &choose = {})
 {
     bool taken = false;
-    QTimer::singleShot(0, [&] {
-        auto *dialog = qobject_cast<DiaFakt *>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
+    test::onNextModal<DiaFakt>([&](DiaFakt &dialog) {
         if (!text.isEmpty())
-            dialog->combo()->setEditText(text);
+            dialog.combo()->setEditText(text);
         if (choose)
-            choose(*dialog);
-        dialog->okButton()->click();
-        taken = dialog->FaktChosen();
-        if (dialog->isVisible())
-            dialog->cancelButton()->click();
+            choose(dialog);
+        dialog.okButton()->click();
+        taken = dialog.FaktChosen();
+        if (dialog.isVisible())
+            dialog.cancelButton()->click();
     });
     screen.chooseNumber();
     return taken;
@@ -121,10 +119,7 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        base = std::make_unique<test::ScratchDatabase>(engine);
-        if (!base->isReady())
-            QSKIP(qPrintable(base->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(base);
         db = base->db();
         ids = fillMarch(db);
         sheet = std::make_unique<Sheet>();
@@ -181,9 +176,9 @@ private slots:
         DiaFakt dialog(db);
         QCOMPARE(dialog.combo()->count(), 1);
         QCOMPARE(dialog.combo()->currentText(), QStringLiteral("0000000501"));
-        if (!qEnvironmentVariableIsEmpty("ZAREK_SHOTS") && typed.isEmpty()) {
+        if (typed.isEmpty()) {
             dialog.show();
-            dialog.grab().save(qEnvironmentVariable("ZAREK_SHOTS") + QStringLiteral("/diafakt.png"));
+            test::saveScreenshot(dialog, QStringLiteral("diafakt"));
         }
         if (!typed.isEmpty())
             dialog.combo()->setEditText(typed);

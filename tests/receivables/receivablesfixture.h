@@ -15,16 +15,10 @@ inline qint64 issueDocument(QSqlDatabase db, const QString &number, QChar kind, 
                             qint64 invoiceId = 0)
 {
     const QVariant kam = invoiceId > 0 ? QVariant(invoiceId) : QVariant(QMetaType(QMetaType::LongLong));
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO FaktDok (Nomer, Vid, Data, DataDan, KamID, Klient, Valuta, DDSProcent, "
-                                 "Osnova, DDS, Obshto, DataPadej) VALUES (?, ?, ?, ?, ?, ?, ?, 20, ?, 0, ?, ?)"));
-    for (const QVariant &value : QVariantList{number, QString(kind), issued, issued, kam, client, currency, cents, cents,
-                                              due})
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << query.lastError().text();
+    if (!insertRow(db, QStringLiteral("FaktDok"),
+                   QStringLiteral("Nomer, Vid, Data, DataDan, KamID, Klient, Valuta, DDSProcent, Osnova, DDS, Obshto, DataPadej"),
+                   {number, QString(kind), issued, issued, kam, client, currency, 20, cents, 0, cents, due}))
         return 0;
-    }
     return scalar(db, QStringLiteral("SELECT id FROM FaktDok WHERE Nomer = ?"), {number}).toLongLong();
 }
 

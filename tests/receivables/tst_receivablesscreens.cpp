@@ -8,6 +8,7 @@
 #include "reports/laidoutreport.h"
 #include "reports/reportlayout.h"
 #include "reports/reportrenderer.h"
+#include "screendriver.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -25,16 +26,6 @@ namespace {
 
 const QString client = QStringLiteral("Транс ООД");
 const BooksDay books{Changeover{QDate(2026, 1, 1)}, QDate(2026, 3, 31)};
-
-// A screen as a picture, when ZAREK_SHOTS names a folder to keep it in.
-void keepPicture(QWidget &widget, const QString &name)
-{
-    const QString folder = qEnvironmentVariable("ZAREK_SHOTS");
-    if (folder.isEmpty())
-        return;
-    QFETCH_GLOBAL(QString, engine);
-    widget.grab().save(folder + QLatin1Char('/') + name + QLatin1Char('-') + engine + QStringLiteral(".png"));
-}
 
 void issueSome(QSqlDatabase db)
 {
@@ -72,7 +63,7 @@ private slots:
         QCOMPARE(documents->rowCount(), 2);
         QCOMPARE(documents->item(0, 4)->text(), amountText(Money::fromCents(100000), Currency::Euro));
         QCOMPARE(form.findChild<QTableWidget *>(QStringLiteral("grdPlashtania"))->rowCount(), 1);
-        keepPicture(form, QStringLiteral("payments"));
+        test::saveScreenshot(form, QStringLiteral("payments"));
         // Deleting asks, "Не" keeps it; "Да" gives the documents back.
         form.findChild<QTableWidget *>(QStringLiteral("grdPlashtania"))->selectRow(0);
         messages.answers = {false};
@@ -94,7 +85,7 @@ private slots:
         QCOMPARE(screen.model()->rows().value(0, QStringLiteral("Klient")).toString(), QStringLiteral("Бета ЕООД"));
         QCOMPARE(screen.model()->rows().value(0, QStringLiteral("B3")).toDouble(), 255.65);  // 500,00 лв., 90 days late
         QCOMPARE(screen.model()->rows().value(2, QStringLiteral("Obshto")).toDouble(), 255.65 + 1000 + 1200 + 300);
-        keepPicture(screen, QStringLiteral("receivables"));
+        test::saveScreenshot(screen, QStringLiteral("receivables"));
         QSignalSpy asked(&screen, &ReceivablesScreen::accountRequested);
         screen.grid()->setCurrentIndex(screen.model()->index(1, 0));
         QTest::keyClick(screen.grid(), Qt::Key_Return);
@@ -119,7 +110,7 @@ private slots:
         QCOMPARE(screen.model()->rows().rowCount(), 5);
         QCOMPARE(screen.account().opening.cents(), qint64(100000));  // 1955,83 лв. = 1000,00 €
         QCOMPARE(screen.account().closing.cents(), qint64(100000 - 51129 + 120000 + 30000));
-        keepPicture(screen, QStringLiteral("account"));
+        test::saveScreenshot(screen, QStringLiteral("account"));
         QTemporaryDir dir;
         QVERIFY(screen.exportTo(dir.filePath(QStringLiteral("извлечение.csv"))));
         QFile csv(dir.filePath(QStringLiteral("извлечение.csv")));

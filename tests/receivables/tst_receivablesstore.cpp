@@ -44,6 +44,12 @@ QString bucketsText(const ClientReceivable &row)
 
 }
 
+// A fresh database of the current engine (db) with the client's invoice 0000000001 of 35,00,
+// issued 01.03.2026 and due 31.03.2026.
+#define AN_INVOICE_OF_35()            \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
+    test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500)
+
 class ReceivablesStoreTest : public QObject {
     Q_OBJECT
 private slots:
@@ -65,9 +71,7 @@ private slots:
         QFETCH(qint64, cents);
         QFETCH(QString, open);
         QFETCH(qint64, credit);
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500);
+        AN_INVOICE_OF_35();
         test::issueDocument(db, "0000000002", 'F', client, QDate(2026, 3, 2), QDate(2026, 4, 1), 10000);
         test::issueDocument(db, "0000000003", 'F', client, QDate(2026, 2, 20), QDate(2026, 3, 2), 5000);
         auto recorded = recordPayment(db, payment(QDate(2026, 4, 10), cents));
@@ -80,9 +84,7 @@ private slots:
     // The client's credit goes to the next invoice when offered.
     void creditGoesToTheNextInvoice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500);
+        AN_INVOICE_OF_35();
         QVERIFY(recordPayment(db, payment(QDate(2026, 3, 5), 5000)));
         test::issueDocument(db, "0000000002", 'F', client, QDate(2026, 4, 1), QDate(2026, 4, 30), 10000);
         auto spread = spreadCredit(db, client, QDate(2026, 4, 1));
@@ -111,8 +113,7 @@ private slots:
         QFETCH(qint64, second);
         QFETCH(bool, accepted);
         QFETCH(QString, open);
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const qint64 one = test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500);
         const qint64 two = test::issueDocument(db, "0000000002", 'F', client, QDate(2026, 3, 2), QDate(2026, 4, 1), 10000);
         PaymentEntry entry = payment(QDate(2026, 4, 10), 6000);
@@ -128,9 +129,7 @@ private slots:
     // Deleting a payment gives back exactly what it settled, and nothing of another payment's.
     void deletingAPaymentGivesBackWhatItSettled()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 3500);
+        AN_INVOICE_OF_35();
         test::issueDocument(db, "0000000002", 'F', client, QDate(2026, 3, 2), QDate(2026, 4, 1), 10000);
         QVERIFY(recordPayment(db, payment(QDate(2026, 4, 1), 2000)));
         auto second = recordPayment(db, payment(QDate(2026, 4, 2), 5000));
@@ -160,8 +159,7 @@ private slots:
         QFETCH(qint64, settled);
         QFETCH(QString, open);
         QFETCH(qint64, balance);
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const qint64 invoice = test::issueDocument(db, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 10000);
         if (paidBefore > 0)
             QVERIFY(recordPayment(db, payment(QDate(2026, 3, 10), paidBefore)));
@@ -194,8 +192,7 @@ private slots:
     {
         QFETCH(int, daysLate);
         QFETCH(QString, buckets);
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const QDate on(2026, 3, 31);
         const QDate due = on.addDays(-daysLate);
         test::issueDocument(db, "0000000001", 'F', client, due.addDays(-10), due, 1500);
@@ -236,8 +233,7 @@ private slots:
         QFETCH(qint64, opening);
         QFETCH(qint64, closing);
         QFETCH(int, lines);
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         test::issueDocument(db, "0000000001", 'F', client, QDate(2025, 12, 15), QDate(2026, 1, 14), 19558);
         QVERIFY(recordPayment(db, payment(QDate(2025, 12, 31), 10000)));
         test::issueDocument(db, "0000000002", 'F', client, QDate(2026, 1, 1), QDate(2026, 1, 31), 5000, "EUR");
@@ -263,8 +259,7 @@ private slots:
     // settlement of the version it read is refused and writes nothing.
     void twoWorkstationsNeverSettleOneInvoiceTwice()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase first = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, first);
         QSqlDatabase second = scratch.openSecondConnection();
         QVERIFY(second.isOpen());
         test::issueDocument(first, "0000000001", 'F', client, QDate(2026, 3, 1), QDate(2026, 3, 31), 10000);
@@ -291,8 +286,7 @@ private slots:
     // settled beyond its total and each client's balance is invoices − notes − payments.
     void randomSequenceKeepsTheBooksTrue()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QRandomGenerator random(20260101);
         const QStringList clients{QStringLiteral("Алфа"), QStringLiteral("Бета"), QStringLiteral("Гама")};
         int number = 0;

@@ -35,11 +35,8 @@ QString firstLine(const std::optional<UserMessage> &failure)
 
 void addDriver(QSqlDatabase db, const QString &kod, const QString &ime)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES (?, ?, '7501011234', '612345678')"));
-    query.addBindValue(kod);
-    query.addBindValue(ime);
-    QVERIFY(query.exec());
+    QVERIFY(test::insertRow(db, QStringLiteral("shof"), QStringLiteral("kod, ime, EGN, LKarta"),
+                            {kod, ime, QStringLiteral("7501011234"), QStringLiteral("612345678")}));
 }
 
 QLineEdit *field(QWidget &w, int index)
@@ -131,8 +128,7 @@ private slots:
 
     void theScreenHasItsCaptionFieldsAndFrames()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Driver screen(scratch.db());
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Шофьори"));
         const struct {
@@ -152,8 +148,7 @@ private slots:
 
     void anEmptyNewDriverShowsCheckEightAndKeepsTheRowOpen()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         Driver screen(scratch.db());
         button(screen, "cmdAdd")->click();
         button(screen, "cmdUpdate")->click();
@@ -177,10 +172,7 @@ private slots:
         QVERIFY(messages.shown.isEmpty());
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Browsing);
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus"))->text(), QStringLiteral("Запис №: 2"));
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT ime, EGN FROM shof WHERE kod = '001'")) && query.next());
-        QCOMPARE(query.value(0).toString(), QStringLiteral(" Димитър О'Нийл "));
-        QCOMPARE(query.value(1).toString(), QStringLiteral("абвгдежзий"));
+        QCOMPARE(test::rowsText(scratch.db(), "SELECT ime, EGN FROM shof WHERE kod = '001'"), " Димитър О'Нийл |абвгдежзий");
 
         Driver again(scratch.db());
         QCOMPARE(field(again, 2)->text(), QStringLiteral(" Димитър О'Нийл "));  // ordered by code
@@ -227,9 +219,7 @@ private slots:
     // With ZAREK_SCREENSHOT_DIR set, saves the screen browsing and editing.
     void screenshots()
     {
-        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (dir.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the screen");
+        ZAREK_SCREENSHOT_DIR(dir);
         ZAREK_SCRATCH_DB(scratch);
         addDriver(scratch.db(), QStringLiteral("001"), QStringLiteral("Иван Петров Иванов"));
         scratch.exec(QStringLiteral("UPDATE shof SET adres = 'Пловдив, бул. „Марица“ 122', tel = '032643210', "

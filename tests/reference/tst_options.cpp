@@ -32,6 +32,11 @@ void setRates(Options &screen, const QStringList &rates)
 
 }
 
+// A fresh database of the current engine, the messages recorded, and the settings screen on it.
+#define OPTIONS_SCREEN()               \
+    ZAREK_SCRATCH_DB_TELLING(scratch); \
+    Options screen(scratch.db())
+
 class OptionsTest : public QObject {
     Q_OBJECT
 private slots:
@@ -39,9 +44,7 @@ private slots:
 
     void aTariffBoxThatIsNoNumberIsToldAtOnce()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Options screen(scratch.db());
+        OPTIONS_SCREEN();
         QLineEdit *first = box(screen, QStringLiteral("Text1"));
         QTest::keyClicks(first, "0,35");
         QVERIFY(messages.shown.isEmpty());
@@ -58,8 +61,7 @@ private slots:
 
     void tariffsAreSavedAlsoIntoAnEmptyTable()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
+        ZAREK_SCRATCH_DB_TELLING(scratch);
         {
             Options screen(scratch.db());
             setRates(screen, {"0,350", "0.25", "0,18", "0,14", "0,12", "0,1"});
@@ -83,9 +85,7 @@ private slots:
 
     void aTariffThatIsNoNumberWritesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Options screen(scratch.db());
+        OPTIONS_SCREEN();
         setRates(screen, {"0,35", "0,25", "x", "0,14", "0,12", "0,1"});
         QCOMPARE(messages.shown.size(), 1);  // told as it changed
         QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при въвеждане!"));
@@ -93,16 +93,12 @@ private slots:
         QCOMPARE(messages.shown.size(), 2);
         QCOMPARE(messages.shown[1].title, QStringLiteral("ГРЕШКА при запис!"));
         QVERIFY(messages.shown[1].text.startsWith(QStringLiteral("13:")));
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM Tarifi")) && query.next());
-        QCOMPARE(query.value(0).toInt(), 0);
+        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Tarifi")), 0);
     }
 
     void trucksAreKeptWithoutChecksAndNumbersTypedWithComma()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Options screen(scratch.db());
+        OPTIONS_SCREEN();
         button(screen, "cmdAdd1")->click();
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus1"))->text(), QStringLiteral("Добавяне"));
         box(screen, QStringLiteral("txtFields1_0"))->setText(QStringLiteral("РВ 1234 ТМ"));
@@ -110,11 +106,7 @@ private slots:
         button(screen, "cmdUpdate1")->click();
         QVERIFY(messages.shown.isEmpty());
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus1"))->text(), QStringLiteral("Кола № 1"));
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT kola, Razhod, Procent FROM Config")) && query.next());
-        QCOMPARE(query.value(0).toString(), QStringLiteral("РВ 1234 ТМ"));
-        QCOMPARE(query.value(1).toDouble(), 31.5);
-        QVERIFY(query.value(2).isNull());
+        QCOMPARE(test::rowsText(scratch.db(), "SELECT kola, Razhod, Procent FROM Config"), "РВ 1234 ТМ|31.5|");  // no percentage
 
         button(screen, "cmdEdit1")->click();
         box(screen, QStringLiteral("txtFields1_2"))->setText(QStringLiteral("дванадесет"));
@@ -125,9 +117,7 @@ private slots:
 
     void closingCancelsAPendingTruckAndCtrlTabSwitchesTabs()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Options screen(scratch.db());
+        OPTIONS_SCREEN();
         screen.show();
         QTest::keyClick(&screen, Qt::Key_Tab, Qt::ControlModifier);
         QCOMPARE(screen.tabs()->currentIndex(), 1);
@@ -142,9 +132,7 @@ private slots:
         QCOMPARE(messages.asked.size(), 1);  // "Да": the typed truck is dropped
         QCOMPARE(screen.trucks()->state(), RecordForm::State::Browsing);
         QVERIFY(!screen.isVisible());
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM Config")) && query.next());
-        QCOMPARE(query.value(0).toInt(), 0);
+        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Config")), 0);
     }
 
     void tariffsAreShownWithThreeDecimalsAndAnotherUsersSaveIsNotOverwritten()
@@ -167,17 +155,12 @@ private slots:
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(messages.shown[0], CourseStore::conflictMessage(QStringLiteral("ГРЕШКА при запис!")));
         QCOMPARE(box(screen, QStringLiteral("Text2"))->text(), QStringLiteral("0,3"));
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT \"Trf_20\", \"Trf_20-30\" FROM Tarifi")) && query.next());
-        QCOMPARE(query.value(0).toDouble(), 0.4);
-        QCOMPARE(query.value(1).toDouble(), 0.25);
+        QCOMPARE(test::rowsText(scratch.db(), "SELECT \"Trf_20\", \"Trf_20-30\" FROM Tarifi"), "0.4|0.25");
     }
 
     void escDoesNotCloseTheScreen()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        RecordingMessageService messages;
-        Options screen(scratch.db());
+        OPTIONS_SCREEN();
         test::showExposed(screen);
         QTest::keyClick(box(screen, QStringLiteral("txtFields1_0")), Qt::Key_Escape);
         QTest::keyClick(&screen, Qt::Key_Escape);
@@ -198,17 +181,13 @@ private slots:
         messages.answers = {true, true};
         button(screen, "cmdDelete1")->click();
         QCOMPARE(messages.asked.size(), 4);
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM Config")) && query.next());
-        QCOMPARE(query.value(0).toInt(), 0);
+        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Config")), 0);
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus1"))->text(), QString());
     }
 
     void screenshots()
     {
-        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (dir.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save pictures of the screen");
+        ZAREK_SCREENSHOT_DIR(dir);
         ZAREK_SCRATCH_DB(scratch);
         scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('РВ 1234 ТМ', 31.5, 12, 24)"));
         scratch.exec(QStringLiteral("INSERT INTO Tarifi (\"Trf_20\", \"Trf_20-30\", \"Trf_30-50\", \"Trf_50-100\", "

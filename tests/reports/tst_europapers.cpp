@@ -19,6 +19,7 @@
 #include "settlement/scratchsheets.h"
 #include "settlement/settlementreports.h"
 #include "screendriver.h"
+#include "laidoutpapers.h"
 #include "testdatabase.h"
 #include "warehouse/stocklists.h"
 
@@ -65,11 +66,7 @@ void fillTwoCourses(QSqlDatabase db)
 
 QStringList textOf(const Checked<Report> &report)
 {
-    if (!report.ok()) {
-        qWarning() << report.message().text;
-        return {};
-    }
-    return layoutReport(report.value()).textLines();
+    return test::laidOut(report).textLines();
 }
 
 int lineWith(const QStringList &lines, const QString &part)
@@ -110,6 +107,25 @@ struct Scratch {
     conditions.SeekKlient = dargos;                                      \
     conditions.period = searchPeriod
 
+// A fresh database of the current engine (db) with Иван Петров's two courses of Д'Аргос, 450 km on
+// 30.12.2025 and 300 km on 05.01.2026, of the tonnes and gross given, his truck paying him the
+// percent given; the books past the changeover, and a search for him over the winter.
+#define DRIVER_ACROSS_THE_CHANGEOVER(percent, ton, decemberBruto, januaryBruto)                                          \
+    ZAREK_SCRATCH_DB_AS(scratch, db);                                                                                    \
+    QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', "        \
+                                        "'7501010000', '612345678')")));                                                 \
+    QVERIFY(test::execBound(db, QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES (?, 30, ?, 20)"), \
+                            {truck, percent}));                                                                          \
+    insertCourse(db, {QDate(2025, 12, 30), dargos, QStringLiteral("София - Варна"), QStringLiteral("Пясък"), truck,      \
+                      450, ton, 1.0, decemberBruto});                                                                    \
+    insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck,        \
+                      300, ton, 0.1, januaryBruto});                                                                     \
+    ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});                                                 \
+    SearchConditions conditions;                                                                                         \
+    conditions.SeekDriverKod = QStringLiteral("007");                                                                    \
+    conditions.SeekDriverIme = QStringLiteral("Иван Петров");                                                            \
+    conditions.period = winter
+
 class EuroPapersTest : public QObject {
     Q_OBJECT
 private slots:
@@ -141,20 +157,7 @@ private slots:
     // Pay earned in leva and paid in euro: the driver's leva once, rounded up (900 лв. -> 460,17 €).
     void aPaySheetPaidAfterTheChangeoverIsInEuro()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', "
-                                            "'7501010000', '612345678')")));
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('СА 1234 ВК', 30, 10, 20)")));
-        insertCourse(db, {QDate(2025, 12, 30), dargos, QStringLiteral("София - Варна"), QStringLiteral("Пясък"), truck,
-                          450, 20, 1.0, 9000.0});
-        insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck,
-                          300, 20, 0.1, 600.0});
-        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
-        SearchConditions conditions;
-        conditions.SeekDriverKod = QStringLiteral("007");
-        conditions.SeekDriverIme = QStringLiteral("Иван Петров");
-        conditions.period = winter;
+        DRIVER_ACROSS_THE_CHANGEOVER(10, 20, 9000.0, 600.0);
         const QDate payday(2026, 1, 20);
         const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {commandDay().changeover, payday});
         QVERIFY(sheet.ok());
@@ -185,23 +188,10 @@ private slots:
     // The payment screen pays today: leva and euro courses marked total in euro by the wages rule.
     void thePaymentScreenTotalsMarkedLevaAndEuroInEuro()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', "
-                                            "'7501010000', '612345678')")));
         // The whole gross is the driver's here, so his pay is the courses' own sums.
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('СА 1234 ВК', 30, 100, 20)")));
-        insertCourse(db, {QDate(2025, 12, 30), dargos, QStringLiteral("София - Варна"), QStringLiteral("Пясък"), truck,
-                          450, 2, 1.0, 900.0});
-        insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck,
-                          300, 2, 0.1, 60.0});
-        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
+        DRIVER_ACROSS_THE_CHANGEOVER(100, 2, 900.0, 60.0);
         RecordingMessageService messages;
         Scratch paper;
-        SearchConditions conditions;
-        conditions.SeekDriverKod = QStringLiteral("007");
-        conditions.SeekDriverIme = QStringLiteral("Иван Петров");
-        conditions.period = winter;
         Plashtane screen(conditions, db, paper.db, firm(), nullptr, QDate(2026, 1, 20));
         test::showExposed(screen);
         QCOMPARE(screen.model()->index(0, 7).data().toString(), QStringLiteral("900,00 лв."));
@@ -221,11 +211,9 @@ private slots:
         QTest::keyClick(screen.grid(), Qt::Key_Space);
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("520,17 евро"));
         QStringList lines;
-        QTimer::singleShot(0, [&lines] {
-            if (auto *preview = qobject_cast<ReportPreview *>(QApplication::activeModalWidget())) {
-                lines = preview->report().textLines();
-                preview->reject();
-            }
+        test::onNextModal<ReportPreview>([&lines](ReportPreview &preview) {
+            lines = preview.report().textLines();
+            preview.reject();
         });
         screen.printButton()->click();
         QVERIFY(lines.contains(QStringLiteral("Всичко заработка: 520,17 евро")));
@@ -237,8 +225,7 @@ private slots:
     // invoice issued in leva keeps its leva statement in EditFakt.
     void anInvoiceIssuedAfterTheChangeoverIsInEuroAndALevaInvoiceStaysInLeva()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         insertCourse(db, {QDate(2025, 12, 31), dargos, QStringLiteral("София - Перник")});  // 31,25 лв.
         insertCourse(db, {QDate(2026, 1, 2), dargos, QStringLiteral("Перник - София"), QStringLiteral("Пясък"), truck,
                           25, 10, 0.06391149, 15.98});
@@ -266,12 +253,9 @@ private slots:
                 QTest::keyClick(screen.grid(), Qt::Key_Space);
             }
             QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("31,96 евро"));
-            QTimer::singleShot(0, [] {
-                auto *dialog = qobject_cast<DiaFakt *>(QApplication::activeModalWidget());
-                if (!dialog)
-                    return;
-                dialog->combo()->setEditText(QStringLiteral("121"));
-                dialog->okButton()->click();
+            test::onNextModal<DiaFakt>([](DiaFakt &dialog) {
+                dialog.combo()->setEditText(QStringLiteral("121"));
+                dialog.okButton()->click();
             });
             screen.chooseNumber();
             QCOMPARE(screen.NomFakt(), QStringLiteral("0000000121"));
@@ -331,16 +315,9 @@ private slots:
 
     void theTruckBalanceConvertsTheLevaOfItsPeriod()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('СА 1234 ВК', 30, 10, 20)")));
-        insertCourse(db, {QDate(2025, 12, 30), dargos, QStringLiteral("София - Варна"), QStringLiteral("Пясък"), truck,
-                          450, 20, 1.0, 9000.0});
-        insertCourse(db, {QDate(2026, 1, 5), dargos, QStringLiteral("Варна - София"), QStringLiteral("Пясък"), truck,
-                          300, 20, 0.1, 600.0});
+        DRIVER_ACROSS_THE_CHANGEOVER(10, 20, 9000.0, 600.0);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Sklad (Data, DocVid, Name, Kol, Edin, Suma, VidKol, Lipsa) "
                                             "VALUES ('2026-01-06', 'СА 1234 ВК', 'Ремонт', 1, 100, 100, 'R', TRUE)")));
-        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
         const Checked<QList<TruckBalance>> balances = BalansStore(db).balances(BalansMode::Profit, winter, commandDay().changeover);
         QVERIFY(balances.ok());
         QCOMPARE(balances.value().size(), 1);
@@ -396,13 +373,9 @@ private slots:
     // screen as a picture.
     void screenshots()
     {
-        const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-        if (dir.isEmpty())
-            QSKIP("set ZAREK_SCREENSHOT_DIR to save the papers");
-        ZAREK_SCRATCH_DB(scratch);
-        if (engine != QLatin1String("sqlite"))
-            QSKIP("one set of papers is enough");
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCREENSHOT_DIR(dir);
+        ZAREK_ONLY_ON("sqlite", "one set of papers is enough");
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES ('007', 'Иван Петров', "
                                             "'7501010000', '612345678')")));
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('СА 1234 ВК', 30, 12, 20)")));
@@ -446,11 +419,9 @@ private slots:
             };
             for (int row = 0; row < screen.model()->rowCount(); ++row)
                 screen.model()->setMarked(row, true);
-            QTimer::singleShot(0, [] {
-                if (auto *dialog = qobject_cast<DiaFakt *>(QApplication::activeModalWidget())) {
-                    dialog->combo()->setEditText(QStringLiteral("130"));
-                    dialog->okButton()->click();
-                }
+            test::onNextModal<DiaFakt>([](DiaFakt &dialog) {
+                dialog.combo()->setEditText(QStringLiteral("130"));
+                dialog.okButton()->click();
             });
             screen.chooseNumber();
             screen.print();

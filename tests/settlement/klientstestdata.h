@@ -4,6 +4,7 @@
 // each side of it, and one of another client.
 
 #include "examplefirm.h"
+#include "testdatabase.h"
 #include "core/firmprofile.h"
 #include "courses/searchconditions.h"
 
@@ -21,18 +22,9 @@ inline const QString client = QStringLiteral("Д'Аргос ООД");
 inline bool insertCourse(QSqlDatabase db, QDate date, const QString &klient, const QString &marsh, const QString &tovar,
                          const QString &kola, double km, double ton, double tarifa, double bruto)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
-                                 "VALUES (?, '007', ?, ?, ?, ?, ?, ?, ?, ?, 0, ?, ?, '0000000000', ?, ?)"));
-    for (const QVariant &value : QList<QVariant>{date, kola, klient, marsh, tovar, km, ton, tarifa, bruto, bruto, false,
-                                                 false, false})
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << query.lastError().text();
-        return false;
-    }
-    return true;
+    return zarek::test::insertRow(db, QStringLiteral("tabl"), zarek::test::courseColumns,
+                                  {date, QStringLiteral("007"), kola, klient, marsh, tovar, km, ton, tarifa, bruto, 0, bruto,
+                                   false, QStringLiteral("0000000000"), false, false});
 }
 
 inline bool fillCourses(QSqlDatabase db)
@@ -71,13 +63,7 @@ inline const zarek::FirmProfile &firm()
 // What the register holds, to tell that nothing changed it.
 inline QString registerFingerprint(QSqlDatabase db)
 {
-    QSqlQuery query(db);
-    query.exec(QStringLiteral("SELECT COUNT(*), SUM(km), SUM(Tarifa), SUM(bruto), SUM(row_version) FROM tabl"));
-    query.next();
-    QStringList parts;
-    for (int i = 0; i < 5; ++i)
-        parts << query.value(i).toString();
-    return parts.join(QLatin1Char('|'));
+    return zarek::test::rowsText(db, QStringLiteral("SELECT COUNT(*), SUM(km), SUM(Tarifa), SUM(bruto), SUM(row_version) FROM tabl"));
 }
 
 }

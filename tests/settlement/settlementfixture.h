@@ -3,6 +3,7 @@
 // Courses of two drivers over March 2006 for the settlement tests, written straight into tabl.
 
 #include "examplefirm.h"
+#include "testdatabase.h"
 #include "core/firmprofile.h"
 #include "courses/searchconditions.h"
 
@@ -31,40 +32,20 @@ struct SettlementCourse {
 
 inline bool insertCourse(QSqlDatabase db, const SettlementCourse &c)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                 "procent, neto, Fakt, NomFakt, plat, Doc) "
-                                 "VALUES (?, ?, ?, 'Бетон АД', ?, ?, ?, ?, ?, ?, ?, ?, ?, '0000000000', ?, ?)"));
-    for (const QVariant &value : QList<QVariant>{c.data, c.kod, c.kola, c.marsh, c.tovar, c.km, c.ton, c.tarifa,
-                                                 c.bruto, c.bruto - c.neto, c.neto, false, c.plat, false})
-        query.addBindValue(value);
-    if (!query.exec()) {
-        qWarning() << query.lastError().text();
-        return false;
-    }
-    return true;
+    return insertRow(db, QStringLiteral("tabl"), courseColumns,
+                     {c.data, c.kod, c.kola, QStringLiteral("Бетон АД"), c.marsh, c.tovar, c.km, c.ton, c.tarifa, c.bruto,
+                      c.bruto - c.neto, c.neto, false, QStringLiteral("0000000000"), c.plat, false});
 }
 
 inline bool insertDriver(QSqlDatabase db, const QString &kod, const QString &ime, const QString &egn,
                          const QString &lKarta)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO shof (kod, ime, EGN, LKarta) VALUES (?, ?, ?, ?)"));
-    query.addBindValue(kod);
-    query.addBindValue(ime);
-    query.addBindValue(egn);
-    query.addBindValue(lKarta);
-    return query.exec();
+    return insertRow(db, QStringLiteral("shof"), QStringLiteral("kod, ime, EGN, LKarta"), {kod, ime, egn, lKarta});
 }
 
 inline bool insertTruck(QSqlDatabase db, const QString &kola, double percent, double ton)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES (?, 30, ?, ?)"));
-    query.addBindValue(kola);
-    query.addBindValue(percent);
-    query.addBindValue(ton);
-    return query.exec();
+    return insertRow(db, QStringLiteral("Config"), QStringLiteral("kola, Razhod, Procent, Ton"), {kola, 30, percent, ton});
 }
 
 inline const QString &driverName()

@@ -4,6 +4,7 @@
 #include "reports/reportlayout.h"
 #include "settlement/courselists.h"
 #include "settlementfixture.h"
+#include "laidoutpapers.h"
 #include "testdatabase.h"
 
 #include <QSqlRecord>
@@ -26,13 +27,6 @@ bool fillCourses(QSqlDatabase db)
            && insertCourse(db, {QDate(2006, 3, 1), "007", truck, "Радомир - Перник", 7.25, 12, 0.3, 26.1, 25.32})
            && insertCourse(db, {QDate(2006, 3, 3), "008", truck, "Друг шофьор", 10, 25, 0.4, 100, 97, true})
            && insertCourse(db, {QDate(2006, 4, 1), "007", truck, "След периода", 10, 25, 0.4, 100, 97});
-}
-
-LaidOutReport laidOut(const Checked<Report> &report)
-{
-    if (!report.ok())
-        qWarning() << report.message().text;
-    return report.ok() ? layoutReport(report.value()) : LaidOutReport{};
 }
 
 }
@@ -116,9 +110,7 @@ private slots:
             BuildDriverCourseList(false, marchOf(QStringLiteral("007")), scratch.db(), temp, exampleFirm(), commandDay());
         QVERIFY(second.ok());
         QCOMPARE(second.value().data().rowCount(), 2);
-        QSqlQuery count(temp.db());
-        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM TempPlaten")) && count.next());
-        QCOMPARE(count.value(0).toInt(), 2);
+        QCOMPARE(test::countBy(temp.db(), QStringLiteral("SELECT COUNT(*) FROM TempPlaten")), 2);
     }
 };
 

@@ -23,6 +23,14 @@ using zarek::test::onlyOne;
 using zarek::test::onlyText;
 using zarek::test::onlyTitle;
 
+// A fresh database of the current engine with the March courses (database), a folder for the
+// files (dir), and the messages recorded.
+#define STATEMENT_FILES()                                     \
+    ZAREK_SCRATCH_DB(database);                               \
+    QVERIFY(klientstest::fillCourses(database.db()));         \
+    QTemporaryDir dir;                                        \
+    RecordingMessageService messages
+
 namespace {
 
 constexpr int kmColumn = 4;
@@ -50,28 +58,6 @@ QByteArray digest(const QString &path)
     return QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256);
 }
 
-// A SQLite file made by hand with the given statements, as another program or version might leave one.
-bool makeDatabase(const QString &path, const QStringList &statements)
-{
-    const QString name = QStringLiteral("made-") + path;
-    bool ok = true;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(path);
-        ok = db.open();
-        QSqlQuery query(db);
-        for (const QString &sql : statements) {
-            if (!query.exec(sql)) {
-                qWarning() << query.lastError().text() << sql;
-                ok = false;
-            }
-        }
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(name);
-    return ok;
-}
-
 const QString heading = QStringLiteral("CREATE TABLE KlientsFile (Klient TEXT, OtData TEXT, DoData TEXT)");
 const QString marchHeading =
     QStringLiteral("INSERT INTO KlientsFile VALUES ('Д''Аргос ООД', '2006-03-01', '2006-03-31')");
@@ -87,12 +73,9 @@ const QString fullKlientsNew = QStringLiteral(
 // and the statement on screen, its scratch rows and its client stay as they were.
 void expectRefusal(const QStringList &statements, const QString &fault)
 {
-    ZAREK_SCRATCH_DB(database);
-    QVERIFY(klientstest::fillCourses(database.db()));
-    QTemporaryDir dir;
-    RecordingMessageService messages;
+    STATEMENT_FILES();
     const QString path = dir.filePath(QStringLiteral("чужд.kl"));
-    QVERIFY(makeDatabase(path, statements));
+    QVERIFY(test::makePlainSqliteFile(path, statements));
     auto screen = openStatement(database.db(), dir.path());
     const QStringList listBefore = shownRows(*screen);
     const QString sumBefore = screen->findChild<QLabel *>(QStringLiteral("Label4"))->text();
@@ -106,9 +89,7 @@ void expectRefusal(const QStringList &statements, const QString &fault)
     QCOMPARE(shownRows(*screen), listBefore);
     QCOMPARE(screen->findChild<QLabel *>(QStringLiteral("Label4"))->text(), sumBefore);
     QCOMPARE(screen->conditions().SeekKlient, klientstest::client);
-    QSqlQuery count(screen->scratch()->db());
-    QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM TempKlients")) && count.next());
-    QCOMPARE(count.value(0).toInt(), 4);
+    QCOMPARE(test::countBy(screen->scratch()->db(), QStringLiteral("SELECT COUNT(*) FROM TempKlients")), 4);
 }
 
 }
@@ -204,9 +185,9 @@ private slots:
             QVERIFY(file.size() > 4096);
             QVERIFY(file.resize(file.size() / 2));
         } else if (kind == QLatin1String("other")) {
-            QVERIFY(makeDatabase(path, {QStringLiteral("CREATE TABLE Sklad (Name TEXT)")}));
+            QVERIFY(test::makePlainSqliteFile(path, {QStringLiteral("CREATE TABLE Sklad (Name TEXT)")}));
         } else if (kind == QLatin1String("column")) {
-            QVERIFY(makeDatabase(path, {QStringLiteral("CREATE TABLE TempKlients (Data TEXT, Marsh TEXT, VidTovar TEXT, "
+            QVERIFY(test::makePlainSqliteFile(path, {QStringLiteral("CREATE TABLE TempKlients (Data TEXT, Marsh TEXT, VidTovar TEXT, "
                                                        "Kola TEXT, KM INTEGER, Ton REAL, Suma REAL)"),
                                         fullKlientsNew}));
         }
@@ -218,20 +199,15 @@ private slots:
                                 "Моля, изберете файл, записан от справката \"Клиент за фактуриране\"."));
         QVERIFY(!screen->fileLoaded());
         QCOMPARE(shownRows(*screen), listBefore);
-        QSqlQuery count(screen->scratch()->db());
-        QVERIFY(count.exec(QStringLiteral("SELECT COUNT(*) FROM TempKlients")) && count.next());
-        QCOMPARE(count.value(0).toInt(), 4);
+        QCOMPARE(test::countBy(screen->scratch()->db(), QStringLiteral("SELECT COUNT(*) FROM TempKlients")), 4);
     }
 
     // A file of an earlier version held whatever else its scratch database held: it is read all the same.
     void aFileWithFurtherTablesAndColumnsIsAccepted()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
+        STATEMENT_FILES();
         const QString path = dir.filePath(QStringLiteral("стар.kl"));
-        QVERIFY(makeDatabase(
+        QVERIFY(test::makePlainSqliteFile(
             path, {QStringLiteral("CREATE TABLE TempBalans (Red INTEGER, Kola TEXT, Prihod TEXT, Razhod TEXT, Ostatak TEXT)"),
                    heading, marchHeading,
                    QStringLiteral("CREATE TABLE TempKlients (Red INTEGER, Data TEXT, Marsh TEXT, VidTovar TEXT, Kola TEXT, "
@@ -256,12 +232,9 @@ private slots:
     // caption, the sums and the paper all speak of the file's client, never of the one before.
     void aFileOfAnotherClientSwitchesTheScreenToItsClientAndPeriod()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
+        STATEMENT_FILES();
         const QString path = dir.filePath(QStringLiteral("бетон.kl"));
-        QVERIFY(makeDatabase(path, {heading, fullKlients, fullKlientsNew,
+        QVERIFY(test::makePlainSqliteFile(path, {heading, fullKlients, fullKlientsNew,
                                     QStringLiteral("INSERT INTO KlientsFile VALUES ('Бетон АД', '2006-02-01', '2006-02-28')"),
                                     QStringLiteral("INSERT INTO TempKlients VALUES ('2006-02-10', 'Бетон - Перник', "
                                                    "'Бетон', 'РВ 7777 АА', 50, 20, 0.05, 50)"),
@@ -298,10 +271,7 @@ private slots:
     // The file of the statement on screen loads without a word.
     void aFileOfTheSameClientAndPeriodLoadsWithoutAWord()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
+        STATEMENT_FILES();
         const QString path = dir.filePath(QStringLiteral("март.kl"));
         auto screen = openStatement(database.db(), dir.path());
         QVERIFY(!saveStatementFile(screen->scratch()->db(), {klientstest::client, klientstest::march().period}, path));
@@ -412,7 +382,7 @@ private slots:
     {
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("голям.kl"));
-        QVERIFY(makeDatabase(path, {heading, marchHeading, fullKlients, fullKlientsNew,
+        QVERIFY(test::makePlainSqliteFile(path, {heading, marchHeading, fullKlients, fullKlientsNew,
                                     QStringLiteral("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 5000) "
                                                    "INSERT INTO TempKlients SELECT '2006-03-02', 'София', 'Пясък', 'СА', "
                                                    "100, 10, 0.1, 100 FROM n")}));
@@ -431,10 +401,7 @@ private slots:
 
     void aSaveThatCannotBeWrittenKeepsTheScreenAndTheOldFile()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
+        STATEMENT_FILES();
         auto screen = openStatement(database.db(), dir.path());
         screen->show();
         QVERIFY(QTest::qWaitForWindowActive(screen.get()));
@@ -451,10 +418,7 @@ private slots:
     // Saving over an existing file replaces it with the new list, through a checked copy.
     void savingOverAFileReplacesIt()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
-        QTemporaryDir dir;
-        RecordingMessageService messages;
+        STATEMENT_FILES();
         const QString path = dir.filePath(QStringLiteral("март.kl"));
         QFile old(path);
         QVERIFY(old.open(QIODevice::WriteOnly));

@@ -59,10 +59,7 @@ QStringList shownRows(const Klients &screen)
 
 int scratchCount(Klients &screen, const QString &table)
 {
-    QSqlQuery query(screen.scratch()->db());
-    query.exec(QStringLiteral("SELECT COUNT(*) FROM ") + table);
-    query.next();
-    return query.value(0).toInt();
+    return test::countBy(screen.scratch()->db(), QStringLiteral("SELECT COUNT(*) FROM ") + table);
 }
 
 bool showAndWait(QWidget &screen)
@@ -91,6 +88,12 @@ QStringList previewLines(ReportPreview *preview)
 
 }
 
+// The statement opened and shown (screen), its first row current.
+#define STATEMENT_SHOWN()                 \
+    Klients *screen = open();             \
+    QVERIFY(showAndWait(*screen));        \
+    QTRY_COMPARE(screen->currentRow(), 0)
+
 // Each test starts on a fresh database holding the client's courses, with a folder for the
 // statement's scratch file and a message recorder; open() makes the statement.
 class KlientsTest : public QObject {
@@ -111,10 +114,7 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        database = std::make_unique<test::ScratchDatabase>(engine);
-        if (!database->isReady())
-            QSKIP(qPrintable(database->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(database);
         db = database->db();
         QVERIFY(klientstest::fillCourses(db));
         dir = std::make_unique<QTemporaryDir>();
@@ -202,9 +202,7 @@ private slots:
     void aCorrectedKmPrintsTheNewSumWhileTheScreenKeepsTheOld()
     {
         const QString before = klientstest::registerFingerprint(db);
-        Klients *screen = open();
-        QVERIFY(showAndWait(*screen));
-        QTRY_COMPARE(screen->currentRow(), 0);
+        STATEMENT_SHOWN();
         screen->grid()->setCurrentIndex(screen->model()->index(1, kmColumn));  // 02.03 София - Перник, 100 km
         typeIntoCell(screen->grid(), "120");
         QTRY_COMPARE(screen->model()->index(1, kmColumn).data().toString(), QStringLiteral("120"));
@@ -268,9 +266,7 @@ private slots:
     void f4AllowsEditingUntilPageOrEndKeys()
     {
         QFETCH(QList<int>, keys);
-        Klients *screen = open();
-        QVERIFY(showAndWait(*screen));
-        QTRY_COMPARE(screen->currentRow(), 0);
+        STATEMENT_SHOWN();
         for (const int key : keys)
             QTest::keyClick(screen->grid(), Qt::Key(key));
         QTEST(screen->editingAllowed(), "editing");
@@ -283,9 +279,7 @@ private slots:
 
     void withoutF4TypingChangesNothing()
     {
-        Klients *screen = open();
-        QVERIFY(showAndWait(*screen));
-        QTRY_COMPARE(screen->currentRow(), 0);
+        STATEMENT_SHOWN();
         screen->grid()->setCurrentIndex(screen->model()->index(0, kmColumn));
         QTest::keyClick(screen->grid(), '7');
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
@@ -296,9 +290,7 @@ private slots:
     void deleteRemovesTheRowFromTheWorkingList()
     {
         const QString before = klientstest::registerFingerprint(db);
-        Klients *screen = open();
-        QVERIFY(showAndWait(*screen));
-        QTRY_COMPARE(screen->currentRow(), 0);
+        STATEMENT_SHOWN();
         QTest::keyClick(screen->grid(), Qt::Key_F4);
         screen->grid()->setCurrentIndex(screen->model()->index(1, 1));
         QTest::keyClick(screen->grid(), Qt::Key_Delete);
@@ -343,9 +335,7 @@ private slots:
         QVERIFY(untouched->close());
         QVERIFY(messages->asked.isEmpty());
 
-        Klients *screen = open();
-        QVERIFY(showAndWait(*screen));
-        QTRY_COMPARE(screen->currentRow(), 0);
+        STATEMENT_SHOWN();
         QTest::keyClick(screen->grid(), Qt::Key_Delete);
         messages->answers = {false};
         QVERIFY(!screen->close());
@@ -378,16 +368,13 @@ private slots:
         QVERIFY(commands.has(QStringLiteral("mnuSprKlientSakr")));
         QString caption;
         bool clientAsked = false;
-        QTimer::singleShot(0, [&] {
-            auto *dialog = static_cast<QDialog *>(QApplication::activeModalWidget());
-            caption = dialog->windowTitle();
-            auto *klient = dialog->findChild<QComboBox *>(QStringLiteral("Combo1"));
+        test::onNextModal([&](QDialog &dialog) {
+            caption = dialog.windowTitle();
+            auto *klient = dialog.findChild<QComboBox *>(QStringLiteral("Combo1"));
             clientAsked = klient->isEnabled();
             klient->setEditText(klientstest::client);
-            dialog->findChild<QComboBox *>(QStringLiteral("Combo2"))->setEditText(QString());
-            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0"))->setText(QStringLiteral("01.03.2006"));
-            dialog->findChild<QLineEdit *>(QStringLiteral("Text1_1"))->setText(QStringLiteral("31.03.2006"));
-            dialog->findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+            dialog.findChild<QComboBox *>(QStringLiteral("Combo2"))->setEditText(QString());
+            test::enterPeriod(dialog, QStringLiteral("01.03.2006"), QStringLiteral("31.03.2006"));
         });
         commands.handler(QStringLiteral("mnuSprKlientSakr"))();
         QCOMPARE(caption, QStringLiteral("Търсене - Клиент за фактуриране"));

@@ -28,6 +28,15 @@ const QDate today(2006, 4, 5);
 
 }
 
+// Driver 007's pay sheet of March in leva (sheet), written to a scratch sheet (rows).
+#define MARCH_PAY_SHEET_ROWS()                                                                               \
+    const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva()); \
+    QVERIFY(sheet.ok());                                                                                    \
+    QTemporaryDir folder;                                                                                   \
+    zarek::ScratchDatabase temp(folder.path());                                                             \
+    const Checked<RowSet> rows = writeTempZaplata(temp, sheet.value());                                     \
+    QVERIFY(rows.ok())
+
 class PaySheetStoreTest : public QObject {
     Q_OBJECT
 private slots:
@@ -123,12 +132,7 @@ private slots:
             QVERIFY(insertCourse(scratch.db(), {QDate(2006, 3, 1).addDays(i / 5), "007", truck,
                                                 QStringLiteral("Курс %1").arg(i), 10, 25, 0.1, 10.0 + i, 9}));
         QVERIFY(scratch.db().commit());
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva());
-        QVERIFY(sheet.ok());
-        QTemporaryDir folder;
-        zarek::ScratchDatabase temp(folder.path());
-        const Checked<RowSet> rows = writeTempZaplata(temp, sheet.value());
-        QVERIFY(rows.ok());
+        MARCH_PAY_SHEET_ROWS();
         QCOMPARE(rows.value().rowCount(), 150);
         for (int row = 0; row < 150; ++row) {
             QCOMPARE(rows.value().value(row, QStringLiteral("Red")).toInt(), row + 1);
@@ -141,12 +145,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fillPaySheetExample(scratch.db()));
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva());
-        QVERIFY(sheet.ok());
-        QTemporaryDir folder;
-        zarek::ScratchDatabase temp(folder.path());
-        const Checked<RowSet> rows = writeTempZaplata(temp, sheet.value());
-        QVERIFY(rows.ok());
+        MARCH_PAY_SHEET_ROWS();
         QCOMPARE(rows.value().rowCount(), 5);
         for (int row = 0; row < 5; ++row) {
             QCOMPARE(rows.value().value(row, QStringLiteral("Red")).toInt(), row + 1);
@@ -180,12 +179,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         QVERIFY(fillPaySheetExample(scratch.db()));
-        const Checked<PaySheet> sheet = BuildDriverPaySheet(marchOf(QStringLiteral("007")), scratch.db(), leva());
-        QVERIFY(sheet.ok());
-        QTemporaryDir folder;
-        zarek::ScratchDatabase temp(folder.path());
-        const Checked<RowSet> rows = writeTempZaplata(temp, sheet.value());
-        QVERIFY(rows.ok());
+        MARCH_PAY_SHEET_ROWS();
         const QStringList lines = layoutReport(ReportZaplata(sheet.value(), rows.value(), exampleFirm(), today).value())
                                       .textLines();
         const qsizetype receipt = lines.indexOf(QStringLiteral("Разписка №_____ / 05.04.2006"));

@@ -57,16 +57,6 @@ void space(Plashtane &screen, int row)
     QTest::keyClick(screen.grid(), Qt::Key_Space);
 }
 
-// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
-void saveScreenshot(QWidget &widget, const QString &name)
-{
-    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-    if (dir.isEmpty())
-        return;
-    QTest::qWait(50);  // the layout settles first
-    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
-}
-
 QString sumText(const Plashtane &screen)
 {
     return screen.findChild<QLabel *>(QStringLiteral("Label4"))->text();
@@ -81,11 +71,9 @@ QString routeOf(const Plashtane &screen, int row)
 QStringList printStatement(Plashtane &screen)
 {
     QStringList lines;
-    QTimer::singleShot(0, [&lines] {
-        if (auto *preview = qobject_cast<ReportPreview *>(QApplication::activeModalWidget())) {
-            lines = preview->report().textLines();
-            preview->reject();
-        }
+    test::onNextModal<ReportPreview>([&lines](ReportPreview &preview) {
+        lines = preview.report().textLines();
+        preview.reject();
     });
     screen.printButton()->click();
     return lines;
@@ -120,10 +108,7 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        scratch = std::make_unique<test::ScratchDatabase>(engine);
-        if (!scratch->isReady())
-            QSKIP(qPrintable(scratch->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(scratch);
         db = scratch->db();
         folder = std::make_unique<QTemporaryDir>();
         temp = std::make_unique<zarek::ScratchDatabase>(folder->path());
@@ -345,7 +330,7 @@ private slots:
             space(screen, row);
         QCOMPARE(sumText(screen), sum + amountUnit(Currency::Leva));
         if (marked.size() == 5)
-            saveScreenshot(screen, QStringLiteral("plashtane-pay"));
+            test::saveScreenshot(screen, QStringLiteral("plashtane-pay"));
         const QStringList lines = printStatement(screen);
         QVERIFY(lines.contains(QStringLiteral("Всичко заработка: ") + sum + QLatin1Char(' ') + amountUnit(Currency::Leva)));
         const QString receipt = QStringLiteral(" получих сумата от ") + sum + QLatin1Char(' ') + amountUnit(Currency::Leva);

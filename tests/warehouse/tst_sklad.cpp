@@ -19,20 +19,12 @@
 #include <QTableWidget>
 
 using namespace zarek;
+using zarek::test::child;
 using zarek::test::scalar;
 
 namespace {
 
 const auto fixedClock = [] { return QDateTime(QDate(2026, 3, 20), QTime(10, 0)); };
-
-template <typename T = QWidget>
-T *child(QWidget &w, const QString &name)
-{
-    T *found = w.findChild<T *>(name);
-    if (!found)
-        qWarning("no %s", qPrintable(name));
-    return found;
-}
 
 QLineEdit *field(QWidget &w, int index) { return child<QLineEdit>(w, QStringLiteral("txtFields_%1").arg(index)); }
 QComboBox *combo(QWidget &w, int index) { return child<QComboBox>(w, QStringLiteral("Combo%1").arg(index)); }
@@ -67,16 +59,6 @@ void twoReceipts(QSqlDatabase db)
     }
 }
 
-// With ZAREK_SCREENSHOT_DIR set, the widget as a picture for a person to look at.
-void saveScreenshot(QWidget &widget, const QString &name)
-{
-    const QString dir = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
-    if (dir.isEmpty())
-        return;
-    QTest::qWait(50);  // the layout settles first
-    widget.grab().save(dir + QLatin1Char('/') + name + QStringLiteral(".png"));
-}
-
 QStringList texts(const RecordingMessageService &messages) { return test::titled(messages.shown); }
 
 }
@@ -84,8 +66,7 @@ QStringList texts(const RecordingMessageService &messages) { return test::titled
 // A fresh database of the current engine, with two receipts of "Масло" (10 at 2, 10 at 3) unless
 // "empty", the messages recorded, and the warehouse screen of kind P (receipts) or R (issues).
 #define WAREHOUSE_EMPTY(screen, kind)                                             \
-    ZAREK_SCRATCH_DB(scratch);                                                    \
-    RecordingMessageService messages;                                             \
+    ZAREK_SCRATCH_DB_TELLING(scratch);                                            \
     Sklad screen(QStringLiteral(kind), scratch.db(), nullptr, fixedClock)
 #define WAREHOUSE_WITH_TWO_RECEIPTS(screen, kind)                                 \
     ZAREK_SCRATCH_DB(scratch);                                                    \
@@ -173,14 +154,14 @@ private slots:
         // Before the save the amount is what the issue will cost, first in, first out: 10 at 2,00
         // and 5 at 3,00, not the typed 3 × 15. Nothing of it is written yet.
         QCOMPARE(field(screen, 6)->text(), QStringLiteral("35,00"));
-        saveScreenshot(screen, QStringLiteral("sklad-r-before-save"));
+        test::saveScreenshot(screen, QStringLiteral("sklad-r-before-save"));
         QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM Sklad WHERE VidKol = 'R'").toInt(), 0);
         QCOMPARE(scalar(scratch.db(), "SELECT Broi FROM Nalich").toDouble(), 20.0);
         QVERIFY(screen.recordForm()->update());
         QCOMPARE(texts(messages), QStringList());
         // The average cost formatted, with four decimals where two would hide part of it.
         QCOMPARE(field(screen, 5)->text(), QStringLiteral("2,3333"));
-        saveScreenshot(screen, QStringLiteral("sklad-r-saved"));
+        test::saveScreenshot(screen, QStringLiteral("sklad-r-saved"));
         QCOMPARE(field(screen, 6)->text(), QStringLiteral("35,00"));
         QVERIFY(child<QCheckBox>(screen, "chkFields")->isChecked());
         auto *lots = child<QTableWidget>(screen, "grdLots");

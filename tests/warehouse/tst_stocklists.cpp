@@ -1,7 +1,9 @@
 #include "forms/commandday.h"
 #include "core/formats.h"
 #include "reports/reportlayout.h"
+#include "queryrows.h"
 #include "testdatabase.h"
+#include "warehouse/stockfixture.h"
 #include "warehouse/stocklists.h"
 #include "warehouse/warehousestore.h"
 
@@ -9,6 +11,7 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::movement;
 
 namespace {
 
@@ -20,19 +23,6 @@ FirmProfile firm()
     f.UserAdres = QStringLiteral("ул. Индустриална 12");
     f.UserTel = QStringLiteral("032 600 100");
     return f;
-}
-
-StockMovement movement(const QString &name, double kol, double edin, QDate data, const QString &docVid = "Фактура",
-                       const QString &docNom = "0001")
-{
-    StockMovement m;
-    m.data = data;
-    m.docVid = docVid;
-    m.docNom = docNom;
-    m.name = name;
-    m.kol = kol;
-    m.edin = edin;
-    return m;
 }
 
 // A small warehouse in March 2026 (with one receipt in February), and a course's cost.
@@ -49,15 +39,6 @@ void fill(test::ScratchDatabase &scratch)
     // A course's expense row, as the course editor writes it.
     QVERIFY(scratch.exec("INSERT INTO Sklad (DocVid, DocNom, Data, Name, Kol, Edin, Suma, VidKol, Lipsa, Ostat) "
                          "VALUES ('РВ 5678 КМ', '0000000000', '2026-03-08', 'Разходи за курс', 1, 35.5, 35.5, 'R', TRUE, 0)"));
-}
-
-// A row of a list as its texts joined by "|".
-QString rowText(const RowSet &rows, int row, const QStringList &columns)
-{
-    QStringList cells;
-    for (const QString &column : columns)
-        cells.append(rows.value(row, column).toString());
-    return cells.join(QLatin1Char('|'));
 }
 
 }
@@ -88,10 +69,7 @@ private slots:
         QFETCH(QStringList, rows);
         const Checked<StockList> list = stockPosition(scratch.db(), prefix, commandDay());
         QVERIFY(list);
-        QStringList got;
-        for (int r = 0; r < list.value().rows.rowCount(); ++r)
-            got.append(rowText(list.value().rows, r, {"Red", "Name", "Kol", "Cena", "Suma"}));
-        QCOMPARE(got, rows);
+        QCOMPARE(test::rowTexts(list.value().rows, {"Red", "Name", "Kol", "Cena", "Suma"}), rows);
         QTEST(formatAmount(list.value().total), "total");
     }
 
@@ -117,9 +95,7 @@ private slots:
         QVERIFY(audit);
         const RowSet &rows = audit.value().rows;
         const QStringList columns = {"Red", "Name", "Cena", "Prihod", "SumaP", "Razhod", "SumaR", "Ostatak", "SumaO"};
-        QStringList got;
-        for (int r = 0; r < rows.rowCount(); ++r)
-            got.append(rowText(rows, r, columns));
+        const QStringList got = test::rowTexts(rows, columns);
         const QStringList expected = {
             "1|антифриз|6,40лв.|2,5|16,00лв.|- |- |2,5|16,00лв.",
             "2|Крушка 24V|0,50лв.|4|2,00лв.|3,5|1,75лв.|0,5|0,25лв.",
@@ -194,10 +170,7 @@ private slots:
         const Checked<StockList> list =
             stockMovements(scratch.db(), receipts, {QDate(2026, 3, 1), QDate(2026, 3, 31)}, article, truck, commandDay());
         QVERIFY(list);
-        QStringList got;
-        for (int r = 0; r < list.value().rows.rowCount(); ++r)
-            got.append(rowText(list.value().rows, r, {"Red", "DocVid", "NomData", "Name", "Broi", "Edin", "Suma"}));
-        QCOMPARE(got, rows);
+        QCOMPARE(test::rowTexts(list.value().rows, {"Red", "DocVid", "NomData", "Name", "Broi", "Edin", "Suma"}), rows);
         QTEST(formatAmount(list.value().total), "total");
     }
 

@@ -1,5 +1,6 @@
 #include "data/schema.h"
 #include "testdatabase.h"
+#include "warehouse/stockfixture.h"
 #include "warehouse/warehousestore.h"
 
 #include <QSqlError>
@@ -8,6 +9,7 @@
 #include <random>
 
 using namespace zarek;
+using zarek::test::movement;
 using zarek::test::scalar;
 
 namespace {
@@ -17,19 +19,6 @@ const QDateTime clockTime(QDate(2026, 3, 20), QTime(10, 15));
 WarehouseStore storeOf(QSqlDatabase db)
 {
     return WarehouseStore(db, [] { return clockTime; });
-}
-
-StockMovement movement(const QString &name, double kol, double edin, QDate data,
-                       const QString &docVid = QStringLiteral("Фактура"))
-{
-    StockMovement m;
-    m.data = data;
-    m.docVid = docVid;
-    m.docNom = QStringLiteral("0001");
-    m.name = name;
-    m.kol = kol;
-    m.edin = edin;
-    return m;
 }
 
 double broi(QSqlDatabase db, const QString &name)
@@ -114,9 +103,8 @@ QString textOf(const Checked<T> &result)
 }
 
 // A fresh database of the current engine (db) and the store on it at the fixed clock.
-#define WAREHOUSE_STORE()                         \
-    ZAREK_SCRATCH_DB(scratch);                    \
-    QSqlDatabase db = scratch.db();               \
+#define WAREHOUSE_STORE()             \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
     const WarehouseStore store = storeOf(db)
 
 class WarehouseStoreTest : public QObject {
@@ -640,8 +628,7 @@ private slots:
     // makes them one row with both quantities.
     void theUpgradeMakesNamesTypedWithBlanksOneArticle()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         // Back to before the warehouse step.
         for (const char *sql : {"DROP TABLE SkladLots", "DROP INDEX sklad_open", "DROP INDEX sklad_vidkol_data",
                                 "DROP INDEX nalich_name", "CREATE INDEX nalich_name ON Nalich (Name)",

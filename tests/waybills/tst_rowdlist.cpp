@@ -47,20 +47,14 @@ void addWaybill(QSqlDatabase db, const QString &listId = QStringLiteral("0000000
 {
     double km = 0, fuel = 0;
     for (const auto &[lineKm, ton, razhN] : lines) {
-        QSqlQuery query(db);
-        query.prepare(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) VALUES (?, ?, ?, ?, 0, ?)"));
-        for (const QVariant &value : QVariantList{listId, QStringLiteral("София - Перник"), lineKm, ton, razhN})
-            query.addBindValue(value);
-        QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
+        QVERIFY(test::insertRow(db, QStringLiteral("Marsh"), QStringLiteral("MarshID, Marshrut, KM, Ton, Koef, RazhN"),
+                                {listId, QStringLiteral("София - Перник"), lineKm, ton, 0, razhN}));
         km += lineKm;
         fuel += razhN;
     }
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, "
-                                 "ZarM, CenaN, CenaM) VALUES (?, ?, ?, ?, ?, ?, 0, 0, 0, 0, 0)"));
-    for (const QVariant &value : QVariantList{listId, date, kola, QStringLiteral("Иван Петров Иванов"), km, fuel})
-        query.addBindValue(value);
-    QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
+    QVERIFY(test::insertRow(db, QStringLiteral("RowdList"),
+                            QStringLiteral("ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, ZarM, CenaN, CenaM"),
+                            {listId, date, kola, QStringLiteral("Иван Петров Иванов"), km, fuel, 0, 0, 0, 0, 0}));
 }
 
 QStringList texts(const RecordingMessageService &messages)
@@ -151,10 +145,7 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        QFETCH_GLOBAL(QString, engine);
-        scratch = std::make_unique<test::ScratchDatabase>(engine);
-        if (!scratch->isReady())
-            QSKIP(qPrintable(scratch->skipReason()));
+        ZAREK_SCRATCH_DB_INTO(scratch);
         db = scratch->db();
         prepare(*scratch);
         messages = std::make_unique<RecordingMessageService>();

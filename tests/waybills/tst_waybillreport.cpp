@@ -1,5 +1,6 @@
 #include "data/scratchdatabase.h"
 #include "reports/reportlayout.h"
+#include "queryrows.h"
 #include "testdatabase.h"
 #include "waybills/waybillreport.h"
 
@@ -32,22 +33,16 @@ struct Waybill {
 
 bool insert(QSqlDatabase db, const Waybill &w)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO RowdList (ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, "
-                                 "ZarM, CenaN, CenaM) VALUES (?, ?, ?, 'Иван', ?, ?, ?, ?, 0, 0, 0)"));
-    for (const QVariant &value : QVariantList{w.listId, w.date, w.kola, w.sumKm, w.sumFuel, w.endKm, w.zarN})
-        query.addBindValue(value);
-    return query.exec();
+    return test::insertRow(db, QStringLiteral("RowdList"),
+                           QStringLiteral("ListID, Data, Kola, NameDriver, SumKM, SumRazhN, EndKM, ZarN, ZarM, CenaN, CenaM"),
+                           {w.listId, w.date, w.kola, QStringLiteral("Иван"), w.sumKm, w.sumFuel, w.endKm, w.zarN, 0, 0, 0});
 }
 
 bool line(QSqlDatabase db, const QString &marshId, const QString &route, double km, double ton, double koef,
           double razhN)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) VALUES (?, ?, ?, ?, ?, ?)"));
-    for (const QVariant &value : QVariantList{marshId, route, km, ton, koef, razhN})
-        query.addBindValue(value);
-    return query.exec();
+    return test::insertRow(db, QStringLiteral("Marsh"), QStringLiteral("MarshID, Marshrut, KM, Ton, Koef, RazhN"),
+                           {marshId, route, km, ton, koef, razhN});
 }
 
 // March 2026: waybill 37 of the first truck with two lines (stored sums that are not the lines'
@@ -74,15 +69,7 @@ SearchConditions march(const QString &kola)
 
 QStringList rows(const Report &report)
 {
-    QStringList lines;
-    const RowSet &data = report.data();
-    for (int row = 0; row < data.rowCount(); ++row) {
-        QStringList cells;
-        for (const char *column : {"Red", "NomData", "KolaID", "Marsh", "KM", "Ton", "RazhN", "Proc"})
-            cells.append(data.value(row, QString::fromLatin1(column)).toString());
-        lines.append(cells.join(QLatin1Char('|')));
-    }
-    return lines;
+    return test::rowTexts(report.data(), {"Red", "NomData", "KolaID", "Marsh", "KM", "Ton", "RazhN", "Proc"});
 }
 
 QString footer(const Report &report, const char *label)

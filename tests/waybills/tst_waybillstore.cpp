@@ -5,22 +5,16 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::countBy;
 
 namespace {
 
 qint64 insertLine(QSqlDatabase db, const QString &marshId, double km, double razhN)
 {
-    QSqlQuery query(db);
-    query.prepare(QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) VALUES (?, 'Д''Аргос - Перник', ?, 0, 0, ?) "
-                                 "RETURNING id"));
-    query.addBindValue(marshId);
-    query.addBindValue(km);
-    query.addBindValue(razhN);
-    if (!query.exec() || !query.next()) {
-        qWarning() << query.lastError().text();
-        return 0;
-    }
-    return query.value(0).toLongLong();
+    const QVariant id = test::scalar(db, QStringLiteral("INSERT INTO Marsh (MarshID, Marshrut, KM, Ton, Koef, RazhN) "
+                                                        "VALUES (?, 'Д''Аргос - Перник', ?, 0, 0, ?) RETURNING id"),
+                                     {marshId, km, razhN});
+    return id.typeId() == QMetaType::QString ? 0 : id.toLongLong();
 }
 
 RecordRow header(const QString &listId)
@@ -36,15 +30,12 @@ RecordRow header(const QString &listId)
     return row;
 }
 
-int count(QSqlDatabase db, const QString &sql)
-{
-    QSqlQuery query(db);
-    if (!query.exec(sql) || !query.next())
-        return -1;
-    return query.value(0).toInt();
 }
 
-}
+// A fresh database of the current engine (db) and the waybill store on it.
+#define WAYBILL_STORE()               \
+    ZAREK_SCRATCH_DB_AS(scratch, db); \
+    const WaybillStore store(db)
 
 class WaybillStoreTest : public QObject {
     Q_OBJECT
@@ -54,8 +45,7 @@ private slots:
     // A new waybill whose number was changed after its lines were saved takes those lines, not others.
     void aNewWaybillTakesTheLinesSavedForIt()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const qint64 first = insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
         insertLine(db, QStringLiteral("0000000037"), 10, 3);  // left by an older program: not this waybill's
         const WaybillStore store(db);
@@ -63,9 +53,9 @@ private slots:
                                                           QStringLiteral("0000000037"), {first});
         QVERIFY(saved.ok());
         QVERIFY(saved.value().id > 0);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000038'"), 1);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000037'"), 1);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE NameDriver = 'Георги Д''Амато'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000038'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000037'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE NameDriver = 'Георги Д''Амато'"), 1);
     }
 
     void aCorrectedNumberTakesItsLinesUnlessAnotherWaybillShowsThem_data()
@@ -77,9 +67,7 @@ private slots:
     void aCorrectedNumberTakesItsLinesUnlessAnotherWaybillShowsThem()
     {
         QFETCH(bool, twin);
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
-        const WaybillStore store(db);
+        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000040"), 100, 30);
         insertLine(db, QStringLiteral("0000000040"), 50, 15);
         Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
@@ -91,14 +79,12 @@ private slots:
         saved = store.saveHeader(row, false, QStringLiteral("0000000040"), {});
         QVERIFY(saved.ok());
         QCOMPARE(saved.value().rowVersion, row.rowVersion + 1);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000048'"), twin ? 0 : 2);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000048'"), twin ? 0 : 2);
     }
 
     void aStaleCorrectionWritesNothing()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
-        const WaybillStore store(db);
+        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000040"), 100, 30);
         Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
         QVERIFY(saved.ok());
@@ -108,8 +94,8 @@ private slots:
         saved = store.saveHeader(row, false, QStringLiteral("0000000040"), {});
         QVERIFY(!saved.ok());
         QCOMPARE(saved.message().title, QStringLiteral("ГРЕШКА при записа на пътния лист!"));
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), 1);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE ListID = '0000000040'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE ListID = '0000000040'"), 1);
     }
 
     void aWaybillGoesWithItsLines_data()
@@ -128,9 +114,7 @@ private slots:
         QFETCH(bool, stale);
         QFETCH(int, headersLeft);
         QFETCH(int, linesLeft);
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
-        const WaybillStore store(db);
+        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000040"), 100, 30);
         insertLine(db, QStringLiteral("0000000040"), 50, 15);
         insertLine(db, QStringLiteral("0000000041"), 10, 3);
@@ -142,23 +126,21 @@ private slots:
             QVERIFY(scratch.exec(QStringLiteral("UPDATE RowdList SET row_version = row_version + 1")));
         const auto failure = store.deleteWaybill(saved.value(), QStringLiteral("ГРЕШКА при изтриване!"));
         QCOMPARE(failure.has_value(), stale);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList"), headersLeft);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), linesLeft);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000041'"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList"), headersLeft);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), linesLeft);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000041'"), 1);
     }
 
     void theLinesOfANewWaybillAreDroppedOrFollowItsNumber()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
-        const WaybillStore store(db);
+        WAYBILL_STORE();
         const qint64 a = insertLine(db, QStringLiteral("0000000037"), 100, 30);
         const qint64 b = insertLine(db, QStringLiteral("0000000037"), 50, 15);
         insertLine(db, QStringLiteral("0000000037"), 10, 3);
         QVERIFY(!store.moveLines({a, b}, QStringLiteral("0000000039"), QStringLiteral("Т")));
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000039'"), 2);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000039'"), 2);
         QVERIFY(!store.deleteLines({a, b}, QStringLiteral("Т")));
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM Marsh"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh"), 1);
         QVERIFY(!store.deleteLines({}, QStringLiteral("Т")));
     }
 
@@ -175,8 +157,7 @@ private slots:
 
     void theSumsOfTheStoredLines()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
         insertLine(db, QStringLiteral("0000000037"), 99.5, 30.1);
         insertLine(db, QStringLiteral("0000000037"), 0.4, 0.2);
@@ -211,7 +192,7 @@ private slots:
         QVERIFY(stored.ok());
         QCOMPARE(stored.value().values.value(QStringLiteral("SumRazhN")).toDouble(), 101.5);
         QVERIFY(!store.storeSums(saved.value(), {1.0, 1.0}, QStringLiteral("Т")).ok());  // its version has moved on
-        QCOMPARE(count(scratch.db(), "SELECT COUNT(*) FROM RowdList WHERE SumKM = 300"), 1);
+        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM RowdList WHERE SumKM = 300"), 1);
     }
 
     // The waybill's totals equal its lines after every line saved or deleted, also without "Изчисли";
@@ -232,8 +213,7 @@ private slots:
         QFETCH(QString, step);
         QFETCH(double, km);
         QFETCH(double, fuel);
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         const QString number = QStringLiteral("0000000037");
         const WaybillStore store(db);
         const RecordStore lines(db, QStringLiteral("Marsh"), WaybillStore::lineColumns(), QString(),
@@ -283,8 +263,7 @@ private slots:
     // A header saved with totals that are not those of its lines stores its lines' totals.
     void aSavedHeaderHoldsTheTotalsOfItsLines()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const QSqlDatabase db = scratch.db();
+        ZAREK_SCRATCH_DB_AS(scratch, db);
         insertLine(db, QStringLiteral("0000000037"), 200, 70.0);
         insertLine(db, QStringLiteral("0000000037"), 450, 162.7);
         const WaybillStore store(db);
@@ -292,7 +271,7 @@ private slots:
                                                           QStringLiteral("0000000037"), {});
         QVERIFY(saved.ok());
         QCOMPARE(saved.value().values.value(QStringLiteral("SumKM")).toDouble(), 650.0);
-        QCOMPARE(count(db, "SELECT COUNT(*) FROM RowdList WHERE SumKM = 650 AND SumRazhN > 232.6 AND SumRazhN < 232.8"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE SumKM = 650 AND SumRazhN > 232.6 AND SumRazhN < 232.8"), 1);
     }
 
     void theListsAreSortedWithoutBlanksOrTwins()
