@@ -413,7 +413,6 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         prepare(scratch, {"СА 1234 ВК 01.02.2026 0,2", "СА 1234 ВК 02.02.2026 0,1"});
         RecordingMessageService messages;
-        const auto tarifa = [](Kurs &k) { return child<QLineEdit>(k, QStringLiteral("txtTarifa")); };
         {
             Kurs screen(scratch.db());
             RecordForm *form = screen.recordForm();

@@ -155,7 +155,7 @@ Checked<ScratchStatement> driverStatement(Demo &demo, bool paid)
     QList<int> rows;
     for (int row = 0; row < courses.value().rowCount(); ++row)
         rows.append(row);
-    return writeTempPlaten(*demo.scratch, courses.value(), rows, 2, {books});
+    return writeTempPlaten(*demo.scratch, courses.value(), rows, 2, {books, {}, false});
 }
 
 Checked<Report> paidCourses(Demo &demo)
