@@ -129,6 +129,20 @@ private slots:
         database.reset();
     }
 
+    void aLongStatementShowsItsFirstPageBeforeTheRestIsLaidOut()
+    {
+        for (int i = 0; i < 150; ++i)
+            QVERIFY(klientstest::insertCourse(db, QDate(2006, 3, 1 + i % 28), klientstest::client,
+                                              QStringLiteral("Перник - София"), QStringLiteral("Пясък"),
+                                              QStringLiteral("РВ 7777 АА"), 30, 10, 0.1, 30));
+        Klients *screen = open();
+        std::unique_ptr<ReportPreview> preview(screen->print());
+        QVERIFY(preview);
+        QCOMPARE(preview->pageCount(), 1);
+        QVERIFY(!preview->isLaidOut());
+        QVERIFY(preview->report().pageCount() > 1);  // the rest follows when wanted
+    }
+
     void theClientsCoursesOfThePeriodAreListedWithTheirSums()
     {
         Klients *screen = open();
