@@ -104,6 +104,7 @@ int runRacer(const QStringList &args)
             out << "CONFLICT " << number << Qt::endl;
             return 5;
         case SettleOutcome::Kind::Failed:
+        case SettleOutcome::Kind::Refused:
             out << "FAILED " << (outcome.message ? outcome.message->text : QString()) << Qt::endl;
             return 2;
         }
