@@ -134,8 +134,8 @@ private slots:
         type(form, "txtFirmaBIC", QStringLiteral("bnbgbgsd"));
         type(form, "txtFirmaMiasto", QStringLiteral("Пловдив"));
         type(form, "txtFirmaSastavil", QStringLiteral("Иван Иванов"));
-        if (!qEnvironmentVariableIsEmpty("ZAREK_SCREENSHOTS") && QTest::currentDataTag() == QLatin1String("grouped by four"))
-            form.grab().save(qEnvironmentVariable("ZAREK_SCREENSHOTS") + QStringLiteral("/personal.png"));
+        if (!qEnvironmentVariableIsEmpty("ZAREK_SCREENSHOT_DIR") && QTest::currentDataTag() == QLatin1String("grouped by four"))
+            form.grab().save(qEnvironmentVariable("ZAREK_SCREENSHOT_DIR") + QStringLiteral("/personal.png"));
         form.findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
         QCOMPARE(form.result() == int(QDialog::Accepted), !refused);
         QCOMPARE(messages.shown.size(), refused ? 1 : 0);

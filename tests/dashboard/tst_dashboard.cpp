@@ -519,7 +519,7 @@ private slots:
     }
 
     // Pictures of the main window with its dashboard, for a person to look at: written into the
-    // folder ZAREK_SCREENSHOTS names (run again with QT_SCALE_FACTOR=2 for a dense screen).
+    // folder ZAREK_SCREENSHOT_DIR names (run again with QT_SCALE_FACTOR=2 for a dense screen).
     void pictureOfTheMainWindow_data()
     {
         QTest::addColumn<QSize>("size");
@@ -529,9 +529,9 @@ private slots:
     void pictureOfTheMainWindow()
     {
         QFETCH(QSize, size);
-        const QString folder = qEnvironmentVariable("ZAREK_SCREENSHOTS");
+        const QString folder = qEnvironmentVariable("ZAREK_SCREENSHOT_DIR");
         if (folder.isEmpty())
-            QSKIP("ZAREK_SCREENSHOTS names no folder for the pictures");
+            QSKIP("ZAREK_SCREENSHOT_DIR names no folder for the pictures");
         ZAREK_SCRATCH_DB(scratch);
         DemoOptions options;
         options.courses = 2000;
