@@ -54,6 +54,12 @@ bool fillMovements(QSqlDatabase db, int count)
             return false;
         }
     }
+    // The stock on hand of each article is what its receipts still hold, as the warehouse keeps it.
+    if (!query.exec(QStringLiteral("INSERT INTO Nalich (Name, Edin, Broi) SELECT Name, MAX(Edin), SUM(Ostat) FROM Sklad "
+                                   "WHERE VidKol = 'P' AND Lipsa = FALSE GROUP BY Name"))) {
+        std::fprintf(stderr, "stock on hand: %s\n", qPrintable(query.lastError().text()));
+        return false;
+    }
     return db.commit();
 }
 
