@@ -473,7 +473,9 @@ private slots:
         QVERIFY(waitLoaded(tablo));
         QTest::qWait(50);
         QStringList trucks;
-        for (const TruckProfit &truck : std::get<TruckProfits>(*tablo.figures(Tile::Profit)).trucks)
+        const auto figures = tablo.figures(Tile::Profit);  // kept: the loop must not outlive it
+        QVERIFY(figures);
+        for (const TruckProfit &truck : std::get<TruckProfits>(*figures).trucks)
             trucks << truck.kola;
         QVERIFY(trucks.size() >= 5);
         auto *chart = qobject_cast<QGraphicsView *>(tablo.tileBox(Tile::Profit)->keyWidget());
