@@ -60,6 +60,37 @@ QString forUpdate(const QSqlDatabase &db)
     return dialectOf(db) == Dialect::PostgreSQL ? QStringLiteral(" FOR UPDATE") : QString();
 }
 
+// The documents a condition on FaktDok d selects, with what settles them, oldest due first; openOnly:
+// those that still owe something.
+Checked<QList<OpenDocument>> documentsWhere(QSqlDatabase db, const QString &condition, const QVariantList &values,
+                                            bool openOnly)
+{
+    Query read(db, QStringLiteral("SELECT d.id, d.row_version, d.Nomer, d.Vid, d.Data, d.DataPadej, d.Valuta, d.Obshto, "
+                                  "(SELECT COALESCE(SUM(s.Suma), 0) FROM Pogasiavania s WHERE s.DokID = d.id) "
+                                  "FROM FaktDok d WHERE ") + condition);
+    if (auto message = read.run(paymentTitle, values))
+        return *message;
+    QList<OpenDocument> documents;
+    while (read.next()) {
+        OpenDocument document;
+        document.id = read.value(0).toLongLong();
+        document.version = read.value(1).toLongLong();
+        document.number = read.value(2).toString();
+        document.kind = firstChar(read.value(3));
+        document.issued = dateOf(read.value(4));
+        document.due = dateOf(read.value(5));
+        document.currency = currencyFromCode(read.value(6).toString());
+        document.total = centsOf(read.value(7));
+        document.settled = centsOf(read.value(8));
+        if (!openOnly || document.open() > Money())
+            documents.append(document);
+    }
+    if (auto message = read.readFailure(paymentTitle))
+        return *message;
+    sortOldestFirst(documents);
+    return documents;
+}
+
 // The documents, locked, with what settles them now (read after the lock, so another
 // workstation's settlements committed meanwhile are counted).
 Checked<QList<OpenDocument>> lockedDocuments(QSqlDatabase db, const QString &where, const QVariantList &values)
@@ -78,29 +109,7 @@ Checked<QList<OpenDocument>> lockedDocuments(QSqlDatabase db, const QString &whe
     QVariantList idValues;
     for (qint64 id : ids)
         idValues.append(id);
-    Query read(db, QStringLiteral("SELECT d.id, d.row_version, d.Nomer, d.Vid, d.Data, d.DataPadej, d.Valuta, d.Obshto, "
-                                  "(SELECT COALESCE(SUM(s.Suma), 0) FROM Pogasiavania s WHERE s.DokID = d.id) "
-                                  "FROM FaktDok d WHERE d.id IN (%1)")
-                       .arg(placeholders(idValues.size())));
-    if (auto message = read.run(paymentTitle, idValues))
-        return *message;
-    while (read.next()) {
-        OpenDocument document;
-        document.id = read.value(0).toLongLong();
-        document.version = read.value(1).toLongLong();
-        document.number = read.value(2).toString();
-        document.kind = firstChar(read.value(3));
-        document.issued = dateOf(read.value(4));
-        document.due = dateOf(read.value(5));
-        document.currency = currencyFromCode(read.value(6).toString());
-        document.total = centsOf(read.value(7));
-        document.settled = centsOf(read.value(8));
-        documents.append(document);
-    }
-    if (auto message = read.readFailure(paymentTitle))
-        return *message;
-    sortOldestFirst(documents);
-    return documents;
+    return documentsWhere(db, QStringLiteral("d.id IN (%1)").arg(placeholders(idValues.size())), idValues, false);
 }
 
 // Writes the settlements of one payment or credit note: each document's version raised (the
@@ -456,30 +465,7 @@ Checked<QList<Settlement>> spreadCredit(QSqlDatabase db, const QString &client, 
 
 Checked<QList<OpenDocument>> openDocuments(QSqlDatabase db, const QString &client)
 {
-    Query read(db, QStringLiteral("SELECT d.id, d.row_version, d.Nomer, d.Vid, d.Data, d.DataPadej, d.Valuta, d.Obshto, "
-                                  "(SELECT COALESCE(SUM(s.Suma), 0) FROM Pogasiavania s WHERE s.DokID = d.id) "
-                                  "FROM FaktDok d WHERE d.Klient = ? AND d.Vid <> 'K'"));
-    if (auto message = read.run(paymentTitle, {client.trimmed()}))
-        return *message;
-    QList<OpenDocument> documents;
-    while (read.next()) {
-        OpenDocument document;
-        document.id = read.value(0).toLongLong();
-        document.version = read.value(1).toLongLong();
-        document.number = read.value(2).toString();
-        document.kind = firstChar(read.value(3));
-        document.issued = dateOf(read.value(4));
-        document.due = dateOf(read.value(5));
-        document.currency = currencyFromCode(read.value(6).toString());
-        document.total = centsOf(read.value(7));
-        document.settled = centsOf(read.value(8));
-        if (document.open() > Money())
-            documents.append(document);
-    }
-    if (auto message = read.readFailure(paymentTitle))
-        return *message;
-    sortOldestFirst(documents);
-    return documents;
+    return documentsWhere(db, QStringLiteral("d.Klient = ? AND d.Vid <> 'K'"), {client.trimmed()}, true);
 }
 
 Checked<Money> clientCredit(QSqlDatabase db, const QString &client, Currency currency)
