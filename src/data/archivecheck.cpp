@@ -1,6 +1,7 @@
 #include "archivecheck.h"
 
 #include "core/docnumber.h"
+#include "core/money.h"
 #include "core/storedvalues.h"
 #include "data/schema.h"
 
@@ -213,6 +214,98 @@ std::optional<QString> valueFault(const Column &column, const Limits &limits, co
     return std::nullopt;
 }
 
+// The same rules as SQL over a whole table, the other way round: a condition that holds of every
+// row whose values valueFault and rowFault take, and of no other row only where that is easily
+// said. The rows it does not hold of are the ones read and judged value by value; the engine
+// passes over the others, so a table of clean rows is never read into the program.
+QString number(double value)
+{
+    return QString::number(value, 'g', 17);
+}
+
+// Whole units of 1/scale, with a tolerance narrower than isWholeIn's.
+QString wholeIn(const QString &column, const char *scale)
+{
+    return QStringLiteral("abs(%1 * %2 - round(%1 * %2)) <= 1e-7 * max(1.0, abs(%1 * %2))").arg(column, QLatin1String(scale));
+}
+
+QString cleanValue(const Column &column, const Limits &limits)
+{
+    const QString c = quoted(column.name);
+    // No NUL and no control character in any text is said once for the whole row (cleanTexts).
+    const QString text = QStringLiteral("typeof(%1) = 'text'").arg(c);
+    QString clean;
+    switch (column.kind) {
+    case Kind::Key:
+        clean = QStringLiteral("typeof(%1) = 'integer' AND %1 >= 1").arg(c);
+        break;
+    case Kind::Integer:
+        clean = QStringLiteral("typeof(%1) = 'integer' AND %1 >= %2 AND %1 <= %3").arg(c, number(limits.low), number(limits.high));
+        break;
+    case Kind::Flag:
+        clean = QStringLiteral("typeof(%1) = 'integer' AND %1 IN (0, 1)").arg(c);
+        break;
+    case Kind::Number:
+        clean = QStringLiteral("typeof(%1) IN ('real', 'integer') AND %1 >= %2 AND %1 <= %3")
+                    .arg(c, number(limits.low), number(limits.high));
+        if (limits.cents)
+            clean += QStringLiteral(" AND abs(%1) <= %2 AND ").arg(c, number(double(Money::maxCents) / 100.0)) + wholeIn(c, "100.0");
+        if (limits.quantity)
+            clean += QStringLiteral(" AND abs(%1) <= 1e12 AND ").arg(c) + wholeIn(c, "1000.0");
+        break;
+    case Kind::Date:
+        clean = text + QStringLiteral(" AND length(%1) = 10 AND %1 GLOB '[0-9][0-9][0-9][0-9]-[0-9][0-9]-[0-9][0-9]' "
+                                      "AND substr(%1, 1, 4) <> '0000' AND date(%1, '+0 days') = %1").arg(c);
+        break;
+    case Kind::Time:
+        clean = text + QStringLiteral(" AND ((length(%1) = 8 AND %1 GLOB '[0-2][0-9]:[0-5][0-9]:[0-5][0-9]') "
+                                      "OR (length(%1) = 12 AND %1 GLOB '[0-2][0-9]:[0-5][0-9]:[0-5][0-9].[0-9][0-9][0-9]')) "
+                                      "AND substr(%1, 1, 2) <= '23'").arg(c);
+        break;
+    case Kind::Bytes:
+        clean = QStringLiteral("typeof(%1) = 'blob' AND length(%1) <= %2").arg(c).arg(10 * 1024 * 1024);
+        break;
+    case Kind::Text: {
+        // No control character; and few enough UTF-16 units: a character the engine counts is one
+        // or two of them, two only for one of four bytes or more.
+        const int length = std::min(limits.length, maxStoredTextLength);
+        clean = text + QStringLiteral(" AND 2 * length(%1) + length(CAST(%1 AS BLOB)) <= %2").arg(c).arg(3 * length);
+        if (limits.documentNumber)
+            clean += QStringLiteral(" AND %1 GLOB '[0-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9][0-9]'").arg(c);
+        break;
+    }
+    }
+    const bool nullAllowed = !(column.notNull || limits.required || column.kind == Kind::Key || column.kind == Kind::Flag);
+    return nullAllowed ? QStringLiteral("(%1 IS NULL OR (%2))").arg(c, clean) : QStringLiteral("(%1)").arg(clean);
+}
+
+// Every text of the row together: no NUL (where the engine's text functions stop) and no control character.
+QString cleanTexts(const QList<Column> &columns)
+{
+    QStringList texts;
+    for (const Column &column : columns) {
+        if (column.kind == Kind::Text || column.kind == Kind::Date || column.kind == Kind::Time)
+            texts << QStringLiteral("COALESCE(CAST(%1 AS TEXT), '')").arg(quoted(column.name));
+    }
+    if (texts.isEmpty())
+        return QStringLiteral("1");
+    // A blank between texts: a byte of one is never read as part of a character of the next.
+    const QString all = texts.join(QStringLiteral(" || ' ' || "));
+    return QStringLiteral("instr(CAST(%1 AS BLOB), x'00') = 0 AND NOT (%1) GLOB ('*[' || char(1) || '-' || char(31) || char(127) "
+                          "|| '-' || char(159) || ']*')").arg(all);
+}
+
+QString cleanRow(const QString &table)
+{
+    if (table == QLatin1String("tabl"))
+        return QStringLiteral("(\"Fakt\" <> 0) = (\"NomFakt\" <> '%1')").arg(noDocumentNumber());
+    if (table == QLatin1String("Sklad"))
+        return QStringLiteral("\"VidKol\" IN ('P', 'R') AND (\"VidKol\" <> 'P' OR (\"Kol\" > 0 AND abs(\"Kol\") <= 1e12 AND %1 "
+                              "AND (\"Ostat\" IS NULL OR \"Ostat\" <= \"Kol\")))")
+            .arg(wholeIn(QStringLiteral("\"Kol\""), "1000.0"));
+    return QStringLiteral("1");
+}
+
 // The rules of one row as a whole: the invoicing flag goes with a real number, a receipt holds
 // no more than it took in.
 std::optional<ValueFault> rowFault(const QString &table, qint64 id, const QHash<QString, QVariant> &row)
@@ -245,15 +338,17 @@ std::optional<ValueFault> stockFault(QSqlDatabase db)
 {
     QSqlQuery query(db);
     query.setForwardOnly(true);
-    if (!query.exec(QStringLiteral("SELECT n.id, n.Broi, (SELECT TOTAL(s.Ostat) FROM Sklad s WHERE s.Name = n.Name "
-                                   "AND s.VidKol = 'P' AND s.Lipsa = 0) FROM Nalich n ORDER BY n.id")))
+    // The tables themselves are read, never an index that is not unique.
+    if (!query.exec(QStringLiteral("SELECT n.id, n.Broi, COALESCE(s.total, 0.0) FROM Nalich n NOT INDEXED LEFT JOIN "
+                                   "(SELECT Name, TOTAL(Ostat) AS total FROM Sklad NOT INDEXED WHERE VidKol = 'P' AND Lipsa = 0 "
+                                   "GROUP BY Name) s ON s.Name = n.Name ORDER BY n.id")))
         return ValueFault{QStringLiteral("Nalich"), 0, QString(), engineText(query.lastError())};
     while (query.next()) {
         if (storedQuantity(query.value(1).toDouble()) != storedQuantity(query.value(2).toDouble()))
             return ValueFault{QStringLiteral("Nalich"), query.value(0).toLongLong(), QStringLiteral("Broi"),
                               QStringLiteral("наличността не отговаря на остатъците на доставките")};
     }
-    if (!query.exec(QStringLiteral("SELECT s.id FROM Sklad s WHERE s.VidKol = 'P' AND s.Lipsa = 0 AND s.Ostat > 0 "
+    if (!query.exec(QStringLiteral("SELECT s.id FROM Sklad s NOT INDEXED WHERE s.VidKol = 'P' AND s.Lipsa = 0 AND s.Ostat > 0 "
                                    "AND NOT EXISTS (SELECT 1 FROM Nalich n WHERE n.Name = s.Name) ORDER BY s.id LIMIT 1")))
         return ValueFault{QStringLiteral("Sklad"), 0, QString(), engineText(query.lastError())};
     if (query.next())
@@ -374,20 +469,31 @@ QString describe(const ValueFault &fault)
 
 std::optional<ValueFault> checkStoredValues(QSqlDatabase db)
 {
+    // The rules in SQL rely on the text being UTF-8, as the program writes it.
+    bool utf8 = false;
+    {
+        QSqlQuery encoding(db);
+        utf8 = encoding.exec(QStringLiteral("PRAGMA encoding")) && encoding.next()
+               && encoding.value(0).toString() == QLatin1String("UTF-8");
+    }
     for (const SchemaTable &table : schemaTables()) {
         const QList<Column> columns = columnsOf(db, table.name);
         if (columns.isEmpty())
             return ValueFault{table.name, 0, QString(), QStringLiteral("таблицата липсва")};
         QList<Limits> limits;
         QStringList select;
+        QStringList clean;
         for (const Column &column : columns) {
             limits.append(limitsOf(table.name, column.name));
             select << QStringLiteral("typeof(%1)").arg(quoted(column.name)) << quoted(column.name);
+            clean << QStringLiteral("COALESCE(%1, 0)").arg(cleanValue(column, limits.last()));
         }
+        clean << QStringLiteral("COALESCE(%1, 0)").arg(cleanRow(table.name)) << QStringLiteral("COALESCE(%1, 0)").arg(cleanTexts(columns));
+        const QString suspect = utf8 ? QStringLiteral("NOT (%1)").arg(clean.join(QStringLiteral(" AND "))) : QStringLiteral("1");
         QSqlQuery query(db);
         query.setForwardOnly(true);
-        if (!query.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY rowid").arg(select.join(QStringLiteral(", ")),
-                                                                                quoted(table.name))))
+        if (!query.exec(QStringLiteral("SELECT %1 FROM %2 NOT INDEXED WHERE %3 ORDER BY rowid")
+                            .arg(select.join(QStringLiteral(", ")), quoted(table.name), suspect)))
             return ValueFault{table.name, 0, QString(), engineText(query.lastError())};
         QHash<QString, QVariant> row;
         while (query.next()) {

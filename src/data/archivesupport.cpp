@@ -141,6 +141,29 @@ std::optional<Fault> createEmptyFile(const QString &path)
     return std::nullopt;
 }
 
+std::optional<Fault> copyFileInto(const QString &from, const QString &to)
+{
+    QFile source(from);
+    if (!source.open(QIODevice::ReadOnly))
+        return Fault{source.errorString()};
+    QFile target(to);
+    if (!target.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::ExistingOnly))
+        return Fault{target.errorString()};
+    QByteArray buffer(4 << 20, Qt::Uninitialized);
+    for (;;) {
+        const qint64 read = source.read(buffer.data(), buffer.size());
+        if (read < 0)
+            return Fault{source.errorString()};
+        if (read == 0)
+            break;
+        if (target.write(buffer.constData(), read) != read)
+            return Fault{target.errorString()};
+    }
+    if (!target.flush())
+        return Fault{target.errorString()};
+    return std::nullopt;
+}
+
 void removeWorkFile(const QString &path)
 {
     if (path.isEmpty())

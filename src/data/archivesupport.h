@@ -62,6 +62,8 @@ std::optional<Fault> countRows(QSqlDatabase db, const QList<TableNames> &tables,
 // holds the firm's whole data.
 std::optional<Fault> createEmptyFile(const QString &path);
 void removeWorkFile(const QString &path);
+// The bytes of a file into another that exists (made by createEmptyFile), keeping its rights.
+std::optional<Fault> copyFileInto(const QString &from, const QString &to);
 
 // A file of ours beside its place (".name.part-…"), removed unless it was kept. A lock file beside
 // it says, for as long as it lives, that a running copy of the program owns it; the lock is taken

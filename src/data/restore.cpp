@@ -13,7 +13,6 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QTime>
-#include <QUrl>
 #include <QSqlDriver>
 #include <QVariant>
 
@@ -457,8 +456,9 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
                               QStringLiteral("Моля, проверете правата за запис! Данните не са променени."));
 
     // The archive is only read, through SQLite, and only as data: its schema is compared with the
-    // program's own at the archive's versions, and its rows alone are copied, value by value, into
-    // a working copy whose schema the program makes itself. Nothing that came in the file is run.
+    // program's own at the archive's versions, and only a file whose schema is exactly that (no
+    // trigger, view, index or column of another making) is copied, page for page, into a working
+    // copy, where every value is checked. Nothing that came in the file is run.
     auto copy = std::make_unique<WorkFile>(QDir(workFolder).filePath(QStringLiteral("zarek-restore.db")));
     const QString workRefusalRequest = QStringLiteral("Моля, проверете правата за запис и свободното място! Данните не са променени.");
     const auto workRefusal = [&](const QString &why) {
@@ -516,54 +516,71 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
 
         if (auto fault = createEmptyFile(copy->path()))
             return workRefusal(fault->text);
-        PrivateConnection working(copy->path(), QStringLiteral("QSQLITE_OPEN_URI"));
+        // The working copy is the file's pages as they are, copied whole, then held to the same
+        // checks again: its schema must still be exactly the program's own (the file may have
+        // changed since it was read), and its unique indexes are built anew from the rows.
+        if (auto fault = copyFileInto(file.absoluteFilePath(), copy->path()))
+            return workRefusal(fault->text);
+        PrivateConnection working(copy->path());
         QSqlDatabase out = working.db();
         if (!out.isOpen())
             return workRefusal(engineText(out.lastError()));
         skipSyncs(out);
         largeCache(out);
-        if (auto fault = makeSchemaAt(out, versions))
-            return workRefusal(fault->text);
-        // The rows go from table to table inside the engine, in one pass: the archive is attached
-        // read-only, and only its tables' columns are read.
-        {
-            QSqlQuery attach(out);
-            attach.prepare(QStringLiteral("ATTACH DATABASE ? AS %1").arg(archiveSchema));
-            attach.addBindValue(QUrl::fromLocalFile(file.absoluteFilePath()).toString(QUrl::FullyEncoded)
-                                + QStringLiteral("?mode=ro"));
-            if (!attach.exec())
-                return readRefusal(archivePath, attach.lastError());
-        }
+        QSqlQuery work(out);
+        work.setForwardOnly(true);
+        work.exec(QStringLiteral("PRAGMA journal_mode = DELETE"));
+        work.exec(QStringLiteral("PRAGMA temp_store = MEMORY"));
+        work.exec(QStringLiteral("PRAGMA threads = 2"));
+        work.finish();
+        QList<SchemaObject> copied;
+        if (auto fault = readSchemaObjects(out, copied))
+            return readRefusal(archivePath, QSqlError(QString(), fault->text));
+        const QString changed = foreignObjects(copied, own);
+        if (!changed.isEmpty())
+            return restoreRefusal(QStringLiteral("Архивът %1 не е такъв, какъвто Зарек го записва: в него има %2!")
+                                      .arg(shown(archivePath), changed));
+        if (lacksTables(copied, own))
+            return restoreRefusal(QStringLiteral("В архива %1 липсват таблици или полета на Зарек!").arg(shown(archivePath)));
         Transaction writing(out);
         if (!writing.isActive())
             return workRefusal(engineText(writing.lastError()));
+        QStringList steps;
+        // The planner's statistics of the file are not kept; the versions are the ones read.
+        for (const SchemaObject &object : std::as_const(copied)) {
+            if (object.type == QLatin1String("table") && object.name.startsWith(QLatin1String("sqlite_stat")))
+                steps.append(QStringLiteral("DROP TABLE ") + quoted(object.name));
+        }
+        steps.append(QStringLiteral("DELETE FROM zarek_schema"));
+        for (int version : std::as_const(versions))
+            steps.append(QStringLiteral("INSERT INTO zarek_schema (version) VALUES (%1)").arg(version));
+        // An index of the program's own that the file lacks is made, from the program's own text.
         for (const SchemaObject &object : std::as_const(own)) {
-            if (object.type != QLatin1String("table") || object.name.startsWith(QLatin1String("sqlite_"))
-                || object.name == QLatin1String("zarek_schema"))
+            if (object.type == QLatin1String("index") && !object.sql.isEmpty()
+                && std::none_of(copied.begin(), copied.end(), [&](const SchemaObject &c) { return c.name == object.name; }))
+                steps.append(object.sql);
+        }
+        if (auto fault = execAll(out, steps))
+            return workRefusal(fault->text);
+        // The unique indexes are built anew from the rows, so that they hold; the others are
+        // not read by the checks, the counts or the copy into the data (each reads the tables
+        // themselves), and are built anew too when the program's steps are to run on the copy.
+        bool older = false;
+        for (int version = 1; version <= latestSchemaVersion(); ++version)
+            older = older || (isKnownSchemaVersion(version) && !versions.contains(version));
+        for (const SchemaObject &object : std::as_const(own)) {
+            if (object.type != QLatin1String("index")
+                || !(older || object.sql.isEmpty() || object.sql.startsWith(QLatin1String("CREATE UNIQUE"), Qt::CaseInsensitive)))
                 continue;
-            QStringList columns;
-            {
-                QSqlQuery info(out);
-                info.exec(QStringLiteral("PRAGMA table_info(%1)").arg(quoted(object.name)));
-                while (info.next())
-                    columns.append(info.value(1).toString());
-            }
-            // The program's own schema may come with rows of its own (the standard document kinds):
-            // the copy holds the archive's rows and no others.
-            QSqlQuery empty(out);
-            if (!empty.exec(QStringLiteral("DELETE FROM main.") + quoted(object.name)))
-                return workRefusal(engineText(empty.lastError()));
-            QSqlQuery copyRows(out);
-            if (!copyRows.exec(QStringLiteral("INSERT INTO main.%1 (%2) SELECT %2 FROM %3.%1")
-                                   .arg(quoted(object.name), quotedList(columns), archiveSchema))) {
-                const QString code = copyRows.lastError().nativeErrorCode();
+            if (!work.exec(QStringLiteral("REINDEX ") + quoted(object.name))) {
+                const QString code = work.lastError().nativeErrorCode();
                 if (code == QLatin1String("11") || code == QLatin1String("26"))  // damaged, not a database
-                    return readRefusal(archivePath, copyRows.lastError());
+                    return readRefusal(archivePath, work.lastError());
                 return restoreRefusal(QStringLiteral("В архива %1 има недопустими данни: %2: %3")
-                                          .arg(shown(archivePath), tableCaption(object.name),
-                                               engineText(copyRows.lastError())));
+                                          .arg(shown(archivePath), tableCaption(object.table), engineText(work.lastError())));
             }
         }
+        work.finish();
         if (!writing.commit())
             return workRefusal(engineText(writing.lastError()));
     }
@@ -581,10 +598,15 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
                                       .arg(shown(archivePath), failure->text.section(QLatin1Char('\n'), 0, 0)));
         if (const auto fault = checkStoredValues(db))
             return restoreRefusal(QStringLiteral("В архива %1 има недопустима стойност: %2!").arg(shown(archivePath), describe(*fault)));
-        QList<TableNames> names;
-        resolveNames(db, names);
-        if (auto fault = countRows(db, names, counts))
-            return readRefusal(archivePath, QSqlError(QString(), fault->text));
+        // Counted from the tables themselves, never from an index that is not unique.
+        QSqlQuery count(db);
+        count.setForwardOnly(true);
+        for (const SchemaTable &table : schemaTables()) {
+            if (!count.exec(QStringLiteral("SELECT COUNT(*) FROM %1 NOT INDEXED").arg(quoted(table.name))) || !count.next())
+                return readRefusal(archivePath, QSqlError(QString(), engineText(count.lastError())));
+            counts.insert(table.name, count.value(0).toLongLong());
+        }
+        count.finish();
         if (counts.value(firmTable) == 0)
             return restoreRefusal(QStringLiteral("В архива %1 няма данни за фирмата!").arg(shown(archivePath)));
     }

@@ -8,8 +8,8 @@
 // "Зареждане": an archive checked, then loaded in place of the data after a safety copy of it.
 namespace zarek {
 
-// An archive chosen for a restore, checked and ready: a working copy in a schema the program makes
-// itself, holding the archive's rows alone (the file itself is only read, and one holding any
+// An archive chosen for a restore, checked and ready: a working copy of a file whose schema is
+// exactly the program's own at its versions (the file itself is only read, and one holding any
 // object the program does not make is refused), brought up to this program's schema when it is
 // older, and checked value by value against the screens' rules. The copy goes with it.
 class PreparedArchive {

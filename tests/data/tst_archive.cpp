@@ -708,6 +708,18 @@ private slots:
         row("text in bruto", "UPDATE tabl SET bruto = 'много' WHERE id = 2", "Курсове, ред № 2, поле bruto: не е число");
         row("a date abc", "UPDATE tabl SET data = 'abc' WHERE id = 3", "Курсове, ред № 3, поле data: не е дата");
         row("a day that is not", "UPDATE tabl SET data = '2025-02-30' WHERE id = 3", "Курсове, ред № 3, поле data: не е дата");
+        row("the 31st of April", "UPDATE tabl SET data = '2025-04-31' WHERE id = 3", "Курсове, ред № 3, поле data: не е дата");
+        row("the year 0", "UPDATE tabl SET data = '0000-03-05' WHERE id = 3", "Курсове, ред № 3, поле data: не е дата");
+        row("a NUL inside a client", "UPDATE tabl SET Klient = 'Д' || char(0) || 'Аргос' WHERE id = 2",
+            "Курсове, ред № 2, поле Klient: съдържа непозволен знак");
+        row("a control character after a NUL", "UPDATE tabl SET Tovar = 'Пясък' || char(0) || char(7) WHERE id = 2",
+            "Курсове, ред № 2, поле Tovar: съдържа непозволен знак");
+        row("a time cut by a NUL", "UPDATE tabl SET TimeMod = '14:30:05' || char(0) || '1' WHERE id = 1",
+            "Курсове, ред № 1, поле TimeMod: не е час");
+        row("a stray byte for a character", "UPDATE tabl SET Marsh = CAST(x'804141' AS TEXT) WHERE id = 2",
+            "Курсове, ред № 2, поле Marsh: съдържа непозволен знак");
+        row("a client of 13 characters of two units each", "UPDATE tabl SET Klient = printf('%.*c', 13, '😀') WHERE id = 2",
+            "Курсове, ред № 2, поле Klient: текстът е по-дълъг от 25 знака");
         row("a 10 MB text", "UPDATE shof SET ime = printf('%.*c', 10000000, 'я') WHERE id = 1",
             "Шофьори, ред № 1, поле ime: текстът е по-дълъг от 255 знака");
         row("a client longer than the box", "UPDATE tabl SET Klient = 'Бетон Перник Акционерно Дружество' WHERE id = 2",
