@@ -104,7 +104,8 @@ QVariant forPostgres(const QVariant &value, int type)
 PGconn *libpqConnection(const QSqlDatabase &db)
 {
     const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
-    if (!handle.isValid() || qstrcmp(handle.typeName(), "PGconn*") != 0)
+    // The driver names the type by its typedef or by the struct behind it, as Qt's build saw it.
+    if (!handle.isValid() || (qstrcmp(handle.typeName(), "PGconn*") != 0 && qstrcmp(handle.typeName(), "pg_conn*") != 0))
         return nullptr;
     return *static_cast<PGconn *const *>(handle.constData());
 }
@@ -276,8 +277,9 @@ std::optional<Fault> replaceOnSqlite(QSqlDatabase program, const PreparedArchive
     return fault;
 }
 
-// The restore on PostgreSQL: every table locked against writes, emptied and refilled from the
-// working copy many rows a statement, its identity moved past the highest id, in one transaction.
+// The restore on PostgreSQL: every table locked, emptied and refilled from the working copy by
+// COPY, its indexes built once its rows are in, its identity moved past the highest id, all in
+// one transaction.
 std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchive &archive, Steps &steps)
 {
     PrivateConnection connection(program);
@@ -303,17 +305,25 @@ std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchi
         QStringList all;
         for (const TableNames &table : std::as_const(names))
             all.append(quoted(table.table));
-        if (!query.exec(QStringLiteral("LOCK TABLE %1 IN EXCLUSIVE MODE").arg(all.join(QStringLiteral(", ")))))
+        // Every table is taken whole (other copies of the program wait for the restore's few
+        // seconds, even to read) and emptied by TRUNCATE, which a rollback undoes: the rows go
+        // into a fresh table, and its indexes are built from them alone.
+        if (!query.exec(QStringLiteral("LOCK TABLE %1 IN ACCESS EXCLUSIVE MODE").arg(all.join(QStringLiteral(", ")))))
             return engineFault(query.lastError());
-
+        QHash<QString, qint64> versions;
         for (const TableNames &table : std::as_const(names)) {
             if (!query.exec(QStringLiteral("SELECT COALESCE(MAX(row_version), 0) FROM ") + quoted(table.table))
                 || !query.next())
                 return engineFault(query.lastError());
-            const qint64 version = query.value(0).toLongLong() + 1;
+            versions.insert(table.table, query.value(0).toLongLong() + 1);
             query.finish();
-            if (!query.exec(QStringLiteral("DELETE FROM ") + quoted(table.table)))
-                return engineFault(query.lastError());
+        }
+        if (!query.exec(QStringLiteral("SET LOCAL maintenance_work_mem = '256MB'"))
+            || !query.exec(QStringLiteral("TRUNCATE TABLE %1").arg(all.join(QStringLiteral(", ")))))
+            return engineFault(query.lastError());
+
+        for (const TableNames &table : std::as_const(names)) {
+            const qint64 version = versions.value(table.table);
             // As on SQLite, the indexes are built again once the rows are in (the key stays).
             QStringList indexes;
             QStringList drops;
