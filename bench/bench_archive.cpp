@@ -1,10 +1,13 @@
 // Prints how long "Записване", "Зареждане" and "Нова година" take on a firm of 100,000 courses and
 // 100,000 warehouse movements (and 10,000 of each): the archive written and checked, the restore
 // (its check and working copy, the safety copy and the replacement), and the year close (its
-// archive and the deletion). SQLite always; PostgreSQL when ZAREK_TEST_PG names a server.
+// archive and the deletion). The restore is raced against the engine's own tools on the same
+// data (cp of the file; pg_dump and pg_restore), each the best of three runs, with its goal of 2x.
+// SQLite always; PostgreSQL when ZAREK_TEST_PG names a server.
 // Not a test: figures only. Run: bench_archive [counts...]
 
 #include "benchdata.h"
+#include "benchratio.h"
 #include "data/archive.h"
 #include "data/dialect.h"
 #include "data/restore.h"
@@ -14,6 +17,8 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
+
+#include <limits>
 
 using namespace zarek;
 using zarek::bench::ms;
@@ -65,6 +70,7 @@ bool fillMovements(QSqlDatabase db, int count)
 
 // The engine's own tools on the same data, the race a restore is measured against: cp of the
 // SQLite file (its log folded in first); pg_dump and pg_restore into a database of their own.
+// A run that fails counts as never ending.
 double ownTools(QSqlDatabase db, const QString &folder)
 {
     QElapsedTimer timer;
@@ -77,9 +83,11 @@ double ownTools(QSqlDatabase db, const QString &folder)
     if (dialectOf(db) == Dialect::SQLite) {
         QSqlQuery(db).exec(QStringLiteral("PRAGMA wal_checkpoint(TRUNCATE)"));
         timer.start();
-        if (!run(QStringLiteral("cp"), {db.databaseName(), QDir(folder).filePath(QStringLiteral("copy.db"))}))
-            return -1;
-        return ms(timer);
+        const QString copy = QDir(folder).filePath(QStringLiteral("copy.db"));
+        const bool done = run(QStringLiteral("cp"), {db.databaseName(), copy});
+        const double took = ms(timer);
+        QFile::remove(copy);
+        return done ? took : std::numeric_limits<double>::max();
     }
     const QString server = QStringLiteral("postgresql://%1@%2:%3/").arg(db.userName(), db.hostName()).arg(db.port());
     const QString dump = QDir(folder).filePath(QStringLiteral("dump.pgc"));
@@ -90,7 +98,8 @@ double ownTools(QSqlDatabase db, const QString &folder)
                       && run(QStringLiteral("pg_restore"), {QStringLiteral("-d"), server + copy, dump});
     const double took = ms(timer);
     QSqlQuery(db).exec(QStringLiteral("DROP DATABASE IF EXISTS %1").arg(copy));
-    return done ? took : -1;
+    QFile::remove(dump);
+    return done ? took : std::numeric_limits<double>::max();
 }
 
 double megabytes(const QString &path)
@@ -131,25 +140,44 @@ int main(int argc, char **argv)
         std::printf("%s %d: archive written and checked in %.0f ms (%.1f MB)\n", qPrintable(engine), count, ms(timer),
                     megabytes(archive));
 
-        timer.restart();
-        PreparedArchive prepared;
-        if (auto refusal = prepared.prepare(archive, dir.path())) {
-            std::fprintf(stderr, "restore: %s\n", qPrintable(refusal->text));
+        // The restore raced against the engine's own tools, each the best of three runs.
+        double checkedBest = 0;
+        double restoreBest = std::numeric_limits<double>::max();
+        bool failed = false;
+        for (int run = 0; run < 3 && !failed; ++run) {
+            timer.restart();
+            PreparedArchive prepared;
+            if (auto refusal = prepared.prepare(archive, dir.path())) {
+                std::fprintf(stderr, "restore: %s\n", qPrintable(refusal->text));
+                failed = true;
+                break;
+            }
+            const double checked = ms(timer);
+            const auto restored = restoreArchive(db, prepared, dir.path(), QDateTime::currentDateTime());
+            if (!restored) {
+                std::fprintf(stderr, "restore: %s\n", qPrintable(restored.message().text));
+                failed = true;
+                break;
+            }
+            const double restore = ms(timer);
+            QFile::remove(restored.value().safetyCopy);
+            if (restore < restoreBest) {
+                restoreBest = restore;
+                checkedBest = checked;
+            }
+        }
+        if (failed)
+            return;
+        const double tools = bench::bestOf3([&] { return ownTools(db, dir.path()); });
+        const bool sqlite = dialectOf(db) == Dialect::SQLite;
+        if (tools == std::numeric_limits<double>::max()) {
+            std::fprintf(stderr, "the engine's own tools failed\n");
             return;
         }
-        const double checked = ms(timer);
-        const auto restored = restoreArchive(db, prepared, dir.path(), QDateTime::currentDateTime());
-        if (!restored) {
-            std::fprintf(stderr, "restore: %s\n", qPrintable(restored.message().text));
-            return;
-        }
-        const double restore = ms(timer);
-        const double tools = ownTools(db, dir.path());
-        std::printf("%s %d: restore in %.0f ms (check and working copy %.0f ms, safety copy and replacement %.0f ms); "
-                    "the engine's own tools %.0f ms (%s), ratio %.1f (goal 2: %s)\n",
-                    qPrintable(engine), count, restore, checked, restore - checked, tools,
-                    dialectOf(db) == Dialect::SQLite ? "cp" : "pg_dump + pg_restore", restore / std::max(tools, 0.01),
-                    tools > 0 && restore <= 2 * tools ? "met" : "NOT met");
+        std::printf("%s %d: restore in %.0f ms (check and working copy %.0f ms, safety copy and replacement %.0f ms)\n",
+                    qPrintable(engine), count, restoreBest, checkedBest, restoreBest - checkedBest);
+        bench::printRace(qPrintable(QStringLiteral("%1 %2: restore").arg(engine).arg(count)), restoreBest, tools, 2.0,
+                         sqlite ? "cp" : "pg_dump + pg_restore");
 
         timer.restart();
         const int year = closingYear(db, QDate::currentDate());
