@@ -690,6 +690,36 @@ private slots:
         QCOMPARE(countOf(db, QStringLiteral("tabl")), 3);
     }
 
+    // An archive that lacks an index of the program's own is taken, and its working copy gets the
+    // index from the program's own text; the file's other indexes are never what the checks read.
+    void anArchiveLackingAnIndexGetsItInItsWorkingCopy()
+    {
+        ZAREK_FILLED_DB(scratch, dir, db);
+        const QString path = dir.filePath(QStringLiteral("lacking.abd"));
+        QVERIFY(writeArchive(db, path));
+        QVERIFY(alterArchive(path, {QStringLiteral("DROP INDEX tabl_tovar"), QStringLiteral("DROP INDEX klienti_ime")}));
+        PreparedArchive prepared;
+        const auto refusal = prepared.prepare(path, dir.path());
+        QVERIFY2(!refusal, qPrintable(refusal ? refusal->text : QString()));
+        QList<archiving::SchemaObject> copied;
+        QList<archiving::SchemaObject> own;
+        {
+            PrivateConnection copy(prepared.workingCopy());
+            QVERIFY(!archiving::readSchemaObjects(copy.db(), copied));
+            PrivateConnection fresh(QStringLiteral(":memory:"));
+            QSqlDatabase freshDb = fresh.db();
+            QVERIFY(!upgradeSchema(freshDb));
+            QVERIFY(!archiving::readSchemaObjects(freshDb, own));
+        }
+        std::sort(copied.begin(), copied.end(), [](const auto &a, const auto &b) { return a.name < b.name; });
+        std::sort(own.begin(), own.end(), [](const auto &a, const auto &b) { return a.name < b.name; });
+        QCOMPARE(copied.size(), own.size());
+        for (int i = 0; i < own.size(); ++i)
+            QCOMPARE(copied.at(i).sql, own.at(i).sql);
+        QVERIFY(restoreArchive(db, prepared, dir.path(), moment));
+        QCOMPARE(countOf(db, QStringLiteral("tabl")), 3);
+    }
+
     // Each value is held to the rules of the screen that writes it; a damaged one is refused by
     // its table, row and field, the data untouched, on both engines alike.
     void aDamagedValueIsRefusedByTableAndRow_data()
