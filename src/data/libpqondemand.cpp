@@ -8,29 +8,9 @@
 #include <postgresql/libpq-fe.h>
 #pragma GCC visibility pop
 
-#include <QtGlobal>
+#include "data/ondemandlibrary.h"
 
-#include <dlfcn.h>
-
-namespace {
-
-void *libpqFunction(const char *name)
-{
-    static void *const library = dlopen("libpq.so.5", RTLD_NOW | RTLD_LOCAL);
-    void *function = library ? dlsym(library, name) : nullptr;
-    if (!function)
-        qFatal("libpq.so.5 has no %s: %s", name, dlerror());
-    return function;
-}
-
-}
-
-#define ZAREK_LIBPQ_CALL(Result, name, Parameters, arguments)                                                      \
-    Result name Parameters                                                                                         \
-    {                                                                                                              \
-        static const auto call = reinterpret_cast<Result(*) Parameters>(libpqFunction(#name));                     \
-        return call arguments;                                                                                     \
-    }
+#define ZAREK_LIBPQ_CALL(...) ZAREK_ON_DEMAND("libpq.so.5", __VA_ARGS__)
 
 ZAREK_LIBPQ_CALL(PGresult *, PQexec, (PGconn * connection, const char *query), (connection, query))
 ZAREK_LIBPQ_CALL(ExecStatusType, PQresultStatus, (const PGresult *result), (result))
