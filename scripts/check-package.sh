@@ -34,7 +34,7 @@ for path in /usr/bin/zarek /usr/lib/zarek/libzarek_core.so /usr/lib/zarek/libzar
   grep -qx "$path" <<<"$contents" || fail "$path is missing"
 done
 depends="$(dpkg-deb -f "$deb" Depends)"
-for package in libqt6sql6-sqlite libqt6sql6-psql qt6-qpa-plugins qt6-translations-l10n libqt6widgets6 libsodium23 libxlsxwriter; do
+for package in libqt6sql6-sqlite libqt6sql6-psql qt6-qpa-plugins qt6-translations-l10n libqt6widgets6 libsodium23 libxlsxwriter libpq5; do
   grep -q "$package" <<<"$depends" || fail "Depends lacks $package: $depends"
 done
 

@@ -8,6 +8,7 @@
 #include <QDialog>
 #include <QEvent>
 #include <QIcon>
+#include <QIconEngine>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QPointer>
@@ -29,16 +30,57 @@ bool keepsItsCaption(const QWidget *window)
            || window->windowType() == Qt::Popup;
 }
 
+// The program's icon in its four sizes. A QIcon given files reads their pictures at once, and loads
+// the image plugins (some 2 ms of every start); this one tells its sizes at once and reads the
+// pictures when a window or the platform first asks for one.
+class ProgramIconEngine : public QIconEngine {
+public:
+    QList<QSize> availableSizes(QIcon::Mode mode, QIcon::State state) override
+    {
+        QList<QSize> sizes;
+        if (mode == QIcon::Normal && state == QIcon::Off)
+            for (const int size : iconSizes)
+                sizes.append(QSize(size, size));
+        return sizes;
+    }
+    QSize actualSize(const QSize &size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return icon().actualSize(size, mode, state);
+    }
+    QPixmap pixmap(const QSize &size, QIcon::Mode mode, QIcon::State state) override
+    {
+        return icon().pixmap(size, mode, state);
+    }
+    QPixmap scaledPixmap(const QSize &size, QIcon::Mode mode, QIcon::State state, qreal scale) override
+    {
+        return icon().pixmap(size, scale, mode, state);
+    }
+    void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        icon().paint(painter, rect, Qt::AlignCenter, mode, state);
+    }
+    QIconEngine *clone() const override { return new ProgramIconEngine; }
+    QString key() const override { return QStringLiteral("ProgramIconEngine"); }
+
+private:
+    static constexpr int iconSizes[] = {48, 64, 128, 256};
+    const QIcon &icon()
+    {
+        if (m_icon.isNull())
+            for (const int size : iconSizes)
+                m_icon.addFile(QStringLiteral(":/icons/%1x%1/%2.png").arg(size).arg(QString::fromLatin1(desktopApplicationId)),
+                               QSize(size, size));
+        return m_icon;
+    }
+    QIcon m_icon;
+};
+
 }
 
 void applyDesktopIdentity(QGuiApplication &app)
 {
     QGuiApplication::setDesktopFileName(QString::fromLatin1(desktopApplicationId));
-    QIcon icon;
-    for (int size : {48, 64, 128, 256})
-        icon.addFile(QStringLiteral(":/icons/%1x%1/%2.png").arg(size).arg(QString::fromLatin1(desktopApplicationId)),
-                     QSize(size, size));
-    QApplication::setWindowIcon(icon);
+    QApplication::setWindowIcon(QIcon(new ProgramIconEngine));
 }
 
 DesktopConventions::DesktopConventions(QObject *parent) : QObject(parent) {}

@@ -126,6 +126,24 @@ private slots:
                  (QList<QSize>{QSize(48, 48), QSize(64, 64), QSize(128, 128), QSize(256, 256)}));
     }
 
+    // The icon reads its pictures only when asked for one, and then gives the program's own.
+    void theIconGivesTheProgramsPictures_data()
+    {
+        QTest::addColumn<int>("size");
+        for (const int size : {48, 64, 128, 256})
+            QTest::addRow("%d", size) << size;
+    }
+    void theIconGivesTheProgramsPictures()
+    {
+        QFETCH(int, size);
+        applyDesktopIdentity(*qApp);
+        const QImage drawn = QApplication::windowIcon().pixmap(QSize(size, size)).toImage();
+        const QImage own(QStringLiteral(":/icons/%1x%1/bg.zarek.Zarek.png").arg(size));
+        QVERIFY(!own.isNull());
+        QCOMPARE(drawn.size(), own.size());
+        QCOMPARE(drawn.convertToFormat(QImage::Format_ARGB32_Premultiplied), own.convertToFormat(QImage::Format_ARGB32_Premultiplied));
+    }
+
     void captionsTakeTheFirstFreeLetter_data()
     {
         QTest::addColumn<QStringList>("captions");
