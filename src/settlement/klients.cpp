@@ -138,37 +138,42 @@ Klients::Klients(const SearchConditions &conditions, QSqlDatabase db, std::uniqu
 
 Klients::~Klients() = default;
 
+ScratchDatabase *Klients::scratch()
+{
+    if (auto refusal = writeWorkingList())
+        MessageService::instance().inform(*refusal);
+    return m_scratch.get();
+}
+
 void Klients::load(QSqlDatabase db)
 {
     WaitCursor wait;
-    if (auto refusal = m_scratch->RebuildScratchTable(QStringLiteral("TempKlients"))) {
-        MessageService::instance().inform(*refusal);
-        return;
-    }
     const Checked<RowSet> courses = KlientsStore::clientCourses(db, m_conditions);
     if (!courses) {
         MessageService::instance().inform(courses.message());
         return;
     }
-    if (courses.value().isEmpty()) {
-        setRows(RowSet(QStringList{QStringLiteral("RowKey")} + KlientsStore::columns()));
-        return;
-    }
+    m_unwritten = courses.value();
+    m_listWritten = false;
+    setRows(KlientsStore::workingRows(m_unwritten));
+    if (!m_unwritten.isEmpty())
+        showSums(m_unwritten, QStringLiteral("data"), QStringLiteral("km"), QStringLiteral("ton"), QStringLiteral("bruto"));
+}
+
+std::optional<UserMessage> Klients::writeWorkingList()
+{
+    if (m_listWritten)
+        return std::nullopt;
+    WaitCursor wait;
+    if (auto refusal = m_scratch->RebuildScratchTable(QStringLiteral("TempKlients")))
+        return refusal;
     KlientsStore store(m_scratch->db());
-    {
-        ProgDialog progress(QStringLiteral("Обработка на курсовете на клиент..."), courses.value().rowCount() + 1, this);
-        if (auto refusal = store.fillWorkingList(courses.value(), [&progress](int done) { progress.setValue(done); })) {
-            MessageService::instance().inform(*refusal);
-            return;
-        }
-    }
-    const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
-    if (!working) {
-        MessageService::instance().inform(working.message());
-        return;
-    }
-    setRows(working.value());
-    showSums(courses.value(), QStringLiteral("data"), QStringLiteral("km"), QStringLiteral("ton"), QStringLiteral("bruto"));
+    ProgDialog progress(QStringLiteral("Обработка на курсовете на клиент..."), m_unwritten.rowCount() + 1, this);
+    if (auto refusal = store.fillWorkingList(m_unwritten, [&progress](int done) { progress.setValue(done); }))
+        return refusal;
+    m_listWritten = true;
+    m_unwritten = RowSet();
+    return std::nullopt;
 }
 
 // The sums under the grid. The money of courses of both currencies adds up in euro, each leva sum converted.
@@ -222,6 +227,10 @@ void Klients::deleteCurrentRow()
     if (row < 0)
         return;
     const int column = grid()->currentIndex().column();
+    if (auto refusal = writeWorkingList()) {
+        MessageService::instance().inform(*refusal);
+        return;
+    }
     KlientsStore store(m_scratch->db());
     if (auto refusal = store.removeRow(model()->value(row, QStringLiteral("RowKey")).toLongLong())) {
         MessageService::instance().inform(*refusal);
@@ -246,6 +255,8 @@ std::optional<UserMessage> Klients::writeCell(int row, const QString &field, con
             return rateMessage(value);
         stored = *rate;
     }
+    if (auto refusal = writeWorkingList())
+        return refusal;
     KlientsStore store(m_scratch->db());
     return store.setValue(model()->value(row, QStringLiteral("RowKey")).toLongLong(), field, stored);
 }
@@ -285,11 +296,20 @@ void Klients::openFile()
     }
     const StatementHeading &heading = file.value().heading;
     const bool switched = heading.klient != m_conditions.SeekKlient || heading.period != m_conditions.period;
+    // The file's rows replace the list, written or not.
+    if (!m_listWritten) {
+        if (auto refusal = m_scratch->RebuildScratchTable(QStringLiteral("TempKlients"))) {
+            MessageService::instance().inform(*refusal);
+            return;
+        }
+    }
     KlientsStore store(m_scratch->db());
     if (auto refusal = store.replaceRows(file.value().rows)) {
         MessageService::instance().inform(*refusal);
         return;
     }
+    m_listWritten = true;
+    m_unwritten = RowSet();
     m_openPath = path;
     m_fileLoaded = true;
     const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
@@ -322,8 +342,8 @@ void Klients::saveFile()
         if (QFileInfo(path).suffix().compare(statementFileSuffix(), Qt::CaseInsensitive) != 0)
             path += QLatin1Char('.') + statementFileSuffix();
         rememberFolder(path);
-        std::optional<UserMessage> refusal;
-        {
+        std::optional<UserMessage> refusal = writeWorkingList();
+        if (!refusal) {
             WaitCursor wait;
             refusal = saveStatementFile(m_scratch->db(), {m_conditions.SeekKlient, m_conditions.period}, path);
         }
@@ -342,6 +362,10 @@ void Klients::saveFile()
 ReportPreview *Klients::print()
 {
     m_printed = true;
+    if (auto refusal = writeWorkingList()) {
+        MessageService::instance().inform(*refusal);
+        return nullptr;
+    }
     KlientsStore store(m_scratch->db());
     const Checked<RowSet> byRoute = store.workingList(KlientsStore::Order::ByRouteAndDate);
     if (!byRoute) {

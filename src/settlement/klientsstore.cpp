@@ -31,7 +31,8 @@ std::optional<UserMessage> commitOrMessage(Transaction &transaction, QSqlDatabas
 }
 
 // Inserts rows of the eight columns into a table, values taken by column name from the row set.
-std::optional<UserMessage> insertRows(QSqlDatabase db, const QString &table, const RowSet &rows)
+std::optional<UserMessage> insertRows(QSqlDatabase db, const QString &table, const RowSet &rows,
+                                      const std::function<void(int)> &progress = {})
 {
     const QStringList &names = KlientsStore::columns();
     QList<int> source;
@@ -45,7 +46,7 @@ std::optional<UserMessage> insertRows(QSqlDatabase db, const QString &table, con
             cells.append(source.at(i) < 0 ? QVariant() : rows.value(row, source.at(i)));
         values.append(cells);
     }
-    return fillScratchTable(db, writeTitle, table, names, values);
+    return fillScratchTable(db, writeTitle, table, names, values, progress);
 }
 
 }
@@ -109,7 +110,7 @@ Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditi
     return courses;
 }
 
-std::optional<UserMessage> KlientsStore::fillWorkingList(const RowSet &courses, const std::function<void(int)> &progress)
+RowSet KlientsStore::workingRows(const RowSet &courses)
 {
     const int data = courses.column(QStringLiteral("data"));
     const int marsh = courses.column(QStringLiteral("Marsh"));
@@ -119,17 +120,33 @@ std::optional<UserMessage> KlientsStore::fillWorkingList(const RowSet &courses, 
     const int ton = courses.column(QStringLiteral("ton"));
     const int tarifa = courses.column(QStringLiteral("Tarifa"));
     const int bruto = courses.column(QStringLiteral("bruto"));
-    QList<QVariantList> rows;
-    rows.reserve(courses.rowCount());
+    // As the list's columns give them back: dates and texts as text, kilometres whole, the rest
+    // as floating numbers; an empty cell stays empty.
+    const auto text = [](const QVariant &value) {
+        return value.isNull() ? QVariant(QMetaType::fromType<QString>()) : QVariant(value.toString());
+    };
+    const auto real = [](const QVariant &value) {
+        return value.isNull() ? QVariant(QMetaType::fromType<double>()) : QVariant(value.toDouble());
+    };
+    RowSet rows(QStringList{QStringLiteral("RowKey")} + columns());
+    rows.reserveRows(courses.rowCount());
     for (int row = 0; row < courses.rowCount(); ++row) {
-        // The working list holds whole kilometres.
         const QVariant kmValue = courses.value(row, km);
-        rows.append({dateOfValue(courses.value(row, data)), courses.value(row, marsh), courses.value(row, tovar),
-                     courses.value(row, kola),
-                     kmValue.isNull() ? QVariant() : QVariant(static_cast<qlonglong>(wholeKm(kmValue.toDouble()))),
-                     courses.value(row, ton), courses.value(row, tarifa), courses.value(row, bruto)});
+        const QDate day = dateOfValue(courses.value(row, data));
+        rows.appendRow({QVariant(static_cast<qlonglong>(row) + 1),
+                        day.isValid() ? QVariant(day.toString(Qt::ISODate)) : QVariant(QMetaType::fromType<QString>()),
+                        text(courses.value(row, marsh)), text(courses.value(row, tovar)), text(courses.value(row, kola)),
+                        kmValue.isNull() ? QVariant(QMetaType::fromType<qlonglong>())
+                                         : QVariant(static_cast<qlonglong>(wholeKm(kmValue.toDouble()))),
+                        real(courses.value(row, ton)), real(courses.value(row, tarifa)),
+                        real(courses.value(row, bruto))});
     }
-    return fillScratchTable(m_scratch, writeTitle, QStringLiteral("TempKlients"), columns(), rows, progress);
+    return rows;
+}
+
+std::optional<UserMessage> KlientsStore::fillWorkingList(const RowSet &courses, const std::function<void(int)> &progress)
+{
+    return insertRows(m_scratch, QStringLiteral("TempKlients"), workingRows(courses), progress);
 }
 
 Checked<RowSet> KlientsStore::workingList(Order order) const
