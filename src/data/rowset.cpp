@@ -74,4 +74,18 @@ void RowSet::removeRow(int row)
     m_cells.remove(index(row, 0), m_columnCount);
 }
 
+void RowSet::keepRows(const QList<int> &rows)
+{
+    QList<QVariant> kept;
+    kept.reserve(rows.size() * m_columnCount);
+    const int count = rowCount();
+    for (const int row : rows) {
+        if (row < 0 || row >= count)
+            continue;
+        for (qsizetype c = 0; c < m_columnCount; ++c)
+            kept.append(std::move(m_cells[index(row, static_cast<int>(c))]));
+    }
+    m_cells = std::move(kept);
+}
+
 }

@@ -184,11 +184,15 @@ void Klients::showSums(const RowSet &rows, const QString &dateColumn, const QStr
     m_sumTon = 0;
     m_sumBruto = Money();
     const int date = rows.column(dateColumn);
+    const int km = rows.column(kmColumn);
+    const int ton = rows.column(tonColumn);
+    const int money = rows.column(moneyColumn);
+    const auto number = [&rows](int row, int column) { return column < 0 ? 0.0 : rows.value(row, column).toDouble(); };
     for (int row = 0; row < rows.rowCount(); ++row) {
-        m_sumKm += wholeKm(rows.value(row, kmColumn).toDouble());
-        m_sumTon += rows.value(row, tonColumn).toDouble();
-        m_sumBruto += convertAmount(Money::fromAmount(rows.value(row, moneyColumn).toDouble()),
-                                    zarek::rowCurrency(books(), rows, row, date), totalsCurrency());
+        m_sumKm += wholeKm(number(row, km));
+        m_sumTon += number(row, ton);
+        m_sumBruto += convertAmount(Money::fromAmount(number(row, money)), zarek::rowCurrency(books(), rows, row, date),
+                                    totalsCurrency());
     }
     m_sumKmLabel->setText(formatFixed(m_sumKm, 0));
     m_sumTonLabel->setText(formatFixed(m_sumTon, 2));

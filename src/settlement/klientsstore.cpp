@@ -63,21 +63,28 @@ const QStringList &KlientsStore::columns()
 
 Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditions &conditions)
 {
-    const Checked<RowSet> read = readRows(db, readTitle,
-                                          QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto "
-                                                         "FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ? "
-                                                         "ORDER BY data, id"),
-                                          {conditions.SeekKlient, conditions.period.from, conditions.period.to});
-    if (!read)
-        return read;
-    const RowSet &all = read.value();
+    RowSet all;
+    {
+        const Checked<RowSet> read = readRows(db, readTitle,
+                                              QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto "
+                                                             "FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ? "
+                                                             "ORDER BY data, id"),
+                                              {conditions.SeekKlient, conditions.period.from, conditions.period.to});
+        if (!read)
+            return read;
+        all = read.value();  // the rows' only holder once the reading goes
+    }
 
     // The prefixes compare without regard to case on both engines, Cyrillic included.
+    const bool narrowed = !conditions.SeekTovar.trimmed().isEmpty() || !conditions.SeekMarsh.trimmed().isEmpty()
+                          || !conditions.SeekKola.trimmed().isEmpty();
     std::vector<int> kept;
+    kept.reserve(static_cast<size_t>(all.rowCount()));
     for (int row = 0; row < all.rowCount(); ++row) {
-        if (matchesPrefix(all.value(row, 2).toString(), conditions.SeekTovar)
-            && matchesPrefix(all.value(row, 1).toString(), conditions.SeekMarsh)
-            && matchesPrefix(all.value(row, 3).toString(), conditions.SeekKola))
+        if (!narrowed
+            || (matchesPrefix(all.value(row, 2).toString(), conditions.SeekTovar)
+                && matchesPrefix(all.value(row, 1).toString(), conditions.SeekMarsh)
+                && matchesPrefix(all.value(row, 3).toString(), conditions.SeekKola)))
             kept.push_back(row);
     }
     // By date, then route; the engines' own orders of texts differ, this one does not. The rows
@@ -97,17 +104,12 @@ Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditi
             return ka.day < kb.day;
         return ka.route.compare(kb.route) < 0;
     };
-    if (!std::is_sorted(kept.begin(), kept.end(), before))
+    const bool inOrder = std::is_sorted(kept.begin(), kept.end(), before);
+    if (!inOrder)
         std::stable_sort(kept.begin(), kept.end(), before);
-    RowSet courses(all.columns());
-    courses.reserveRows(static_cast<int>(kept.size()));
-    for (const int row : kept) {
-        QList<QVariant> cells;
-        for (int c = 0; c < all.columnCount(); ++c)
-            cells.append(all.value(row, c));
-        courses.appendRow(cells);
-    }
-    return courses;
+    if (!inOrder || kept.size() < static_cast<size_t>(all.rowCount()))
+        all.keepRows(QList<int>(kept.begin(), kept.end()));
+    return all;
 }
 
 RowSet KlientsStore::workingRows(const RowSet &courses)
@@ -122,24 +124,41 @@ RowSet KlientsStore::workingRows(const RowSet &courses)
     const int bruto = courses.column(QStringLiteral("bruto"));
     // As the list's columns give them back: dates and texts as text, kilometres whole, the rest
     // as floating numbers; an empty cell stays empty.
+    // Values already of their kind are kept as they are.
     const auto text = [](const QVariant &value) {
-        return value.isNull() ? QVariant(QMetaType::fromType<QString>()) : QVariant(value.toString());
+        if (value.isNull())
+            return QVariant(QMetaType::fromType<QString>());
+        return value.typeId() == QMetaType::QString ? value : QVariant(value.toString());
     };
     const auto real = [](const QVariant &value) {
-        return value.isNull() ? QVariant(QMetaType::fromType<double>()) : QVariant(value.toDouble());
+        if (value.isNull())
+            return QVariant(QMetaType::fromType<double>());
+        return value.typeId() == QMetaType::Double ? value : QVariant(value.toDouble());
+    };
+    const auto day = [](const QVariant &value) {
+        const QDate date = dateOfValue(value);
+        if (!date.isValid())
+            return QVariant(QMetaType::fromType<QString>());
+        if (value.typeId() == QMetaType::QString && value.toString().size() == 10)
+            return value;  // stored in the list's own form
+        return QVariant(date.toString(Qt::ISODate));
     };
     RowSet rows(QStringList{QStringLiteral("RowKey")} + columns());
     rows.reserveRows(courses.rowCount());
+    QList<QVariant> cells(columns().size() + 1);
     for (int row = 0; row < courses.rowCount(); ++row) {
         const QVariant kmValue = courses.value(row, km);
-        const QDate day = dateOfValue(courses.value(row, data));
-        rows.appendRow({QVariant(static_cast<qlonglong>(row) + 1),
-                        day.isValid() ? QVariant(day.toString(Qt::ISODate)) : QVariant(QMetaType::fromType<QString>()),
-                        text(courses.value(row, marsh)), text(courses.value(row, tovar)), text(courses.value(row, kola)),
-                        kmValue.isNull() ? QVariant(QMetaType::fromType<qlonglong>())
-                                         : QVariant(static_cast<qlonglong>(wholeKm(kmValue.toDouble()))),
-                        real(courses.value(row, ton)), real(courses.value(row, tarifa)),
-                        real(courses.value(row, bruto))});
+        cells[0] = QVariant(static_cast<qlonglong>(row) + 1);
+        cells[1] = day(courses.value(row, data));
+        cells[2] = text(courses.value(row, marsh));
+        cells[3] = text(courses.value(row, tovar));
+        cells[4] = text(courses.value(row, kola));
+        cells[5] = kmValue.isNull() ? QVariant(QMetaType::fromType<qlonglong>())
+                                    : QVariant(static_cast<qlonglong>(wholeKm(kmValue.toDouble())));
+        cells[6] = real(courses.value(row, ton));
+        cells[7] = real(courses.value(row, tarifa));
+        cells[8] = real(courses.value(row, bruto));
+        rows.appendRow(cells);
     }
     return rows;
 }
