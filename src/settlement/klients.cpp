@@ -140,7 +140,10 @@ Klients::~Klients() = default;
 
 ScratchDatabase *Klients::scratch()
 {
-    if (auto refusal = writeWorkingList())
+    std::optional<UserMessage> refusal = writeWorkingList();
+    if (!refusal)
+        refusal = writePrintCopy();
+    if (refusal)
         MessageService::instance().inform(*refusal);
     return m_scratch.get();
 }
@@ -173,6 +176,19 @@ std::optional<UserMessage> Klients::writeWorkingList()
         return refusal;
     m_listWritten = true;
     m_unwritten = RowSet();
+    return std::nullopt;
+}
+
+std::optional<UserMessage> Klients::writePrintCopy()
+{
+    if (!m_unwrittenCopy)
+        return std::nullopt;
+    WaitCursor wait;
+    KlientsStore store(m_scratch->db());
+    ProgDialog progress(QStringLiteral("Обработвам данните за справката..."), m_unwrittenCopy->rowCount() + 1, this);
+    if (auto refusal = store.writePrintCopy(*m_unwrittenCopy, [&progress](int done) { progress.setValue(done); }))
+        return refusal;
+    m_unwrittenCopy.reset();
     return std::nullopt;
 }
 
@@ -314,6 +330,7 @@ void Klients::openFile()
     }
     m_listWritten = true;
     m_unwritten = RowSet();
+    m_unwrittenCopy.reset();  // the file's rows replaced the printed copy too
     m_openPath = path;
     m_fileLoaded = true;
     const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
@@ -347,6 +364,8 @@ void Klients::saveFile()
             path += QLatin1Char('.') + statementFileSuffix();
         rememberFolder(path);
         std::optional<UserMessage> refusal = writeWorkingList();
+        if (!refusal)
+            refusal = writePrintCopy();
         if (!refusal) {
             WaitCursor wait;
             refusal = saveStatementFile(m_scratch->db(), {m_conditions.SeekKlient, m_conditions.period}, path);
@@ -382,23 +401,11 @@ ReportPreview *Klients::print()
     }
     // The grid follows the statement's order: route, then date.
     rebind(byRoute.value());
-    Checked<StatementTotals> totals = UserMessage{};
-    {
-        WaitCursor wait;
-        ProgDialog progress(QStringLiteral("Обработвам данните за справката..."), byRoute.value().rowCount() + 1, this);
-        totals = store.fillPrintCopy(books(), [&progress](int done) { progress.setValue(done); });
-    }
-    if (!totals) {
-        MessageService::instance().inform(totals.message());
-        return nullptr;
-    }
-    const Checked<RowSet> printCopy = store.printCopy();
-    if (!printCopy) {
-        MessageService::instance().inform(printCopy.message());
-        return nullptr;
-    }
+    // The printed copy goes to the scratch database when a saved file needs it.
+    KlientsStore::PrintedCopy copy = KlientsStore::printedCopy(books(), byRoute.value());
+    m_unwrittenCopy = copy.lines;
     const Checked<Report> report =
-        ReportKlientS(printCopy.value(), totals.value(), m_conditions.SeekKlient, m_conditions.period, m_firm());
+        ReportKlientS(copy.lines, copy.totals, m_conditions.SeekKlient, m_conditions.period, m_firm());
     if (!report) {
         MessageService::instance().inform(report.message());
         return nullptr;

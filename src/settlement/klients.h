@@ -35,8 +35,8 @@ public:
     bool fileLoaded() const { return m_fileLoaded; }
     QString openPath() const { return m_openPath; }
     QString savePath() const { return m_savePath; }
-    // The statement's scratch database with the working list in it, written now if nothing has
-    // needed it yet.
+    // The statement's scratch database with the working list and the last print's copy in it,
+    // written now if nothing has needed them yet.
     ScratchDatabase *scratch();
     // Whether the courses read are in the working list yet (a correction, a save, a print or a file
     // puts them there).
@@ -64,6 +64,8 @@ private:
     // Writes the courses read into the working list, the first time a correction, a save, a print
     // or a file needs it; until then the screen shows the rows as read.
     std::optional<UserMessage> writeWorkingList();
+    // Writes the printed copy of the last print, which only a saved file needs.
+    std::optional<UserMessage> writePrintCopy();
     bool keyPressed(QKeyEvent *key);
     void touch();
     void deleteCurrentRow();
@@ -77,6 +79,7 @@ private:
     std::unique_ptr<ScratchDatabase> m_scratch;
     RowSet m_unwritten;  // the courses read, while the working list is not yet written
     bool m_listWritten = false;
+    std::optional<RowSet> m_unwrittenCopy;  // the printed copy of the last print, while not yet written
     std::function<const FirmProfile &()> m_firm;
     QPushButton *m_openFile = nullptr;
     QPushButton *m_saveFile = nullptr;

@@ -10,6 +10,8 @@
 #include "settlement/clientstatement.h"
 
 #include <QSqlError>
+#include <QElapsedTimer>
+#include <cstdio>
 #include <algorithm>
 #include <numeric>
 #include <vector>
@@ -126,7 +128,7 @@ RowSet KlientsStore::workingRows(const RowSet &courses)
     // as floating numbers; an empty cell stays empty.
     // Values already of their kind are kept as they are.
     const auto text = [](const QVariant &value) {
-        if (value.isNull())
+        if (value.isNull() || (value.typeId() == QMetaType::QString && value.toString().isNull()))
             return QVariant(QMetaType::fromType<QString>());
         return value.typeId() == QMetaType::QString ? value : QVariant(value.toString());
     };
@@ -200,35 +202,66 @@ Checked<StatementTotals> KlientsStore::fillPrintCopy(const BooksDay &books, cons
     const Checked<RowSet> working = workingList(Order::ByRouteAndDate);
     if (!working)
         return working.message();
-    const RowSet &rows = working.value();
-    StatementTotals totals;
+    const PrintedCopy copy = printedCopy(books, working.value());
+    if (auto refusal = writePrintCopy(copy.lines, progress))
+        return *refusal;
+    return copy.totals;
+}
+
+KlientsStore::PrintedCopy KlientsStore::printedCopy(const BooksDay &books, const RowSet &rows)
+{
+    PrintedCopy copy;
+    StatementTotals &totals = copy.totals;
     // Each course's money is in the currency of its day; the sums in euro once any course is.
     const DatedAmounts amounts = datedAmounts(books, rows, QStringLiteral("Data"));
     const int date = rows.column(QStringLiteral("Data"));
+    const int marsh = rows.column(QStringLiteral("Marsh"));
+    const int vidTovar = rows.column(QStringLiteral("VidTovar"));
+    const int kola = rows.column(QStringLiteral("Kola"));
+    const int kmColumn = rows.column(QStringLiteral("KM"));
+    const int tonColumn = rows.column(QStringLiteral("Ton"));
+    const int tarifa = rows.column(QStringLiteral("Tarifa"));
+    // The copy's columns are texts: each value as the copy gives it back, an empty cell empty.
+    const auto text = [&rows](int row, int column) {
+        const QVariant value = column < 0 ? QVariant() : rows.value(row, column);
+        if (value.isNull() || (value.typeId() == QMetaType::QString && value.toString().isNull()))
+            return QVariant(QMetaType::fromType<QString>());
+        return value.typeId() == QMetaType::QString ? value : QVariant(value.toString());
+    };
+    const auto number = [&rows](int row, int column) { return column < 0 ? 0.0 : rows.value(row, column).toDouble(); };
     totals.currency = amounts.totals;
     totals.changeover = books.changeover;
     totals.mixed = amounts.mixed;
-    QList<QVariantList> printed;
-    printed.reserve(rows.rowCount());
+    copy.lines = RowSet(columns());
+    copy.lines.reserveRows(rows.rowCount());
+    QList<QVariant> cells(columns().size());
     for (int row = 0; row < rows.rowCount(); ++row) {
-        const double km = rows.value(row, QStringLiteral("KM")).toDouble();
-        const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
-        const StatementLine line = statementLine(km, ton, rows.value(row, QStringLiteral("Tarifa")).toDouble());
+        const double km = number(row, kmColumn);
+        const double ton = number(row, tonColumn);
+        const StatementLine line = statementLine(km, ton, number(row, tarifa));
         const Currency currency = rowCurrency(books, rows, row, date);
-        printed.append({rows.value(row, QStringLiteral("Data")), rows.value(row, QStringLiteral("Marsh")),
-                        rows.value(row, QStringLiteral("VidTovar")), rows.value(row, QStringLiteral("Kola")), line.km,
-                        line.ton, line.tarifa, rowAmountText(line.suma, currency, amounts.mixed)});
+        cells[0] = text(row, date);
+        cells[1] = text(row, marsh);
+        cells[2] = text(row, vidTovar);
+        cells[3] = text(row, kola);
+        cells[4] = line.km;
+        cells[5] = line.ton;
+        cells[6] = line.tarifa;
+        cells[7] = rowAmountText(line.suma, currency, amounts.mixed);
+        copy.lines.appendRow(cells);
         totals.km += km;
         totals.ton += ton;
         // The sum as printed, so the total equals its lines (converted where the course is in leva).
         totals.gross += convertAmount(line.suma, currency, amounts.totals);
         ++totals.lines;
     }
+    return copy;
+}
+
+std::optional<UserMessage> KlientsStore::writePrintCopy(const RowSet &lines, const std::function<void(int)> &progress)
+{
     // A statement lists each row once, however often it is printed.
-    if (auto refusal
-        = fillScratchTable(m_scratch, writeTitle, QStringLiteral("TempKlientsNew"), columns(), printed, progress))
-        return *refusal;
-    return totals;
+    return insertRows(m_scratch, QStringLiteral("TempKlientsNew"), lines, progress);
 }
 
 Checked<RowSet> KlientsStore::printCopy() const

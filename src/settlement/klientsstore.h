@@ -64,6 +64,15 @@ public:
     // Empties the printed copy and fills it again from the working list, by route and then date,
     // each sum recomputed from km, tonnes and rate, in one transaction. The totals of its lines.
     Checked<StatementTotals> fillPrintCopy(const BooksDay &books, const std::function<void(int done)> &progress = {});
+    // The printed copy of the working list as read by route and date (workingList(ByRouteAndDate)),
+    // not yet written: its lines as the copy gives them back (printCopy()), and their totals.
+    struct PrintedCopy {
+        RowSet lines;
+        StatementTotals totals;
+    };
+    static PrintedCopy printedCopy(const BooksDay &books, const RowSet &byRoute);
+    // Empties the printed copy and fills it with the lines, in one transaction.
+    std::optional<UserMessage> writePrintCopy(const RowSet &lines, const std::function<void(int done)> &progress = {});
     Checked<RowSet> printCopy() const;
     std::optional<UserMessage> clearPrintCopy();
 
