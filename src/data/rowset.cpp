@@ -32,8 +32,10 @@ Checked<RowSet> RowSet::fromQuery(QSqlQuery &query, const QString &errorTitle)
 
 int RowSet::column(const QString &name) const
 {
+    // Names of another length never match: most columns are passed over without comparing letters.
     for (qsizetype i = 0; i < m_columns.size(); ++i) {
-        if (m_columns.at(i).compare(name, Qt::CaseInsensitive) == 0)
+        const QString &column = m_columns.at(i);
+        if (column.size() == name.size() && (column == name || column.compare(name, Qt::CaseInsensitive) == 0))
             return static_cast<int>(i);
     }
     return -1;
