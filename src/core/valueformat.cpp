@@ -65,8 +65,14 @@ QDate dateOfValue(const QVariant &value)
     if (value.metaType().id() == QMetaType::QDateTime)
         return value.toDateTime().date();
     const QString text = value.toString();
-    QDate date = QDate::fromString(text.left(10), Qt::ISODate);
-    return date;
+    // The usual form, yyyy-MM-dd, read digit by digit; anything else as Qt reads it.
+    const auto digit = [&text](int at) { return text.at(at).unicode() - u'0'; };
+    const auto isDigit = [&text](int at) { return text.at(at) >= QLatin1Char('0') && text.at(at) <= QLatin1Char('9'); };
+    if (text.size() >= 10 && text.at(4) == QLatin1Char('-') && text.at(7) == QLatin1Char('-') && isDigit(0)
+        && isDigit(1) && isDigit(2) && isDigit(3) && isDigit(5) && isDigit(6) && isDigit(8) && isDigit(9))
+        return QDate(digit(0) * 1000 + digit(1) * 100 + digit(2) * 10 + digit(3), digit(5) * 10 + digit(6),
+                     digit(8) * 10 + digit(9));
+    return QDate::fromString(text.left(10), Qt::ISODate);
 }
 
 QString formatReportValue(const QVariant &value, const QString &format)

@@ -32,8 +32,10 @@ Checked<RowSet> RowSet::fromQuery(QSqlQuery &query, const QString &errorTitle)
 
 int RowSet::column(const QString &name) const
 {
+    // Names of another length never match: most columns are passed over without comparing letters.
     for (qsizetype i = 0; i < m_columns.size(); ++i) {
-        if (m_columns.at(i).compare(name, Qt::CaseInsensitive) == 0)
+        const QString &column = m_columns.at(i);
+        if (column.size() == name.size() && (column == name || column.compare(name, Qt::CaseInsensitive) == 0))
             return static_cast<int>(i);
     }
     return -1;
@@ -72,6 +74,20 @@ void RowSet::removeRow(int row)
     if (row < 0 || row >= rowCount())
         return;
     m_cells.remove(index(row, 0), m_columnCount);
+}
+
+void RowSet::keepRows(const QList<int> &rows)
+{
+    QList<QVariant> kept;
+    kept.reserve(rows.size() * m_columnCount);
+    const int count = rowCount();
+    for (const int row : rows) {
+        if (row < 0 || row >= count)
+            continue;
+        for (qsizetype c = 0; c < m_columnCount; ++c)
+            kept.append(std::move(m_cells[index(row, static_cast<int>(c))]));
+    }
+    m_cells = std::move(kept);
 }
 
 }

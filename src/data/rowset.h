@@ -40,6 +40,9 @@ public:
     int addColumn(const QString &name);
     // Takes a row out; the rows after it move up.
     void removeRow(int row);
+    // Keeps the rows named, in the order named (each at most once); the others go. The cells are
+    // moved, not copied.
+    void keepRows(const QList<int> &rows);
     void reserveRows(int rows) { m_cells.reserve(static_cast<qsizetype>(rows) * m_columnCount); }
 
 private:

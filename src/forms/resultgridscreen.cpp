@@ -394,14 +394,18 @@ void ResultGridScreen::updateCurrencies()
             return;
         }
     }
-    const int date = m_model->rows().column(m_config.dateField);
+    const RowSet &rows = m_model->rows();
+    const int date = rows.column(m_config.dateField);
+    const auto currencyOf = [&](int row) {
+        return m_books.currencyOn(date >= 0 ? dateOfValue(rows.value(row, date)) : QDate());
+    };
     bool anyEuro = false;
     for (int row = 0; date >= 0 && row < m_model->rowCount() && !anyEuro; ++row)
-        anyEuro = m_books.currencyOn(dateOfValue(m_model->value(row, m_config.dateField))) == Currency::Euro;
+        anyEuro = currencyOf(row) == Currency::Euro;
     m_totals = totalsCurrencyOf(anyEuro);
     bool mixed = false;
     for (int row = 0; row < m_model->rowCount() && !mixed; ++row)
-        mixed = rowCurrency(row) != m_totals;
+        mixed = currencyOf(row) != m_totals;
     if (mixed) {
         m_model->setRowUnit([this](int row) { return amountUnit(rowCurrency(row)); });
         setAmountNote(conversionNote(m_books.changeover, m_totals));

@@ -138,37 +138,58 @@ Klients::Klients(const SearchConditions &conditions, QSqlDatabase db, std::uniqu
 
 Klients::~Klients() = default;
 
+ScratchDatabase *Klients::scratch()
+{
+    std::optional<UserMessage> refusal = writeWorkingList();
+    if (!refusal)
+        refusal = writePrintCopy();
+    if (refusal)
+        MessageService::instance().inform(*refusal);
+    return m_scratch.get();
+}
+
 void Klients::load(QSqlDatabase db)
 {
     WaitCursor wait;
-    if (auto refusal = m_scratch->RebuildScratchTable(QStringLiteral("TempKlients"))) {
-        MessageService::instance().inform(*refusal);
-        return;
-    }
     const Checked<RowSet> courses = KlientsStore::clientCourses(db, m_conditions);
     if (!courses) {
         MessageService::instance().inform(courses.message());
         return;
     }
-    if (courses.value().isEmpty()) {
-        setRows(RowSet(QStringList{QStringLiteral("RowKey")} + KlientsStore::columns()));
-        return;
-    }
+    m_unwritten = courses.value();
+    m_listWritten = false;
+    setRows(KlientsStore::workingRows(m_unwritten));
+    if (!m_unwritten.isEmpty())
+        showSums(m_unwritten, QStringLiteral("data"), QStringLiteral("km"), QStringLiteral("ton"), QStringLiteral("bruto"));
+}
+
+std::optional<UserMessage> Klients::writeWorkingList()
+{
+    if (m_listWritten)
+        return std::nullopt;
+    WaitCursor wait;
+    if (auto refusal = m_scratch->RebuildScratchTable(QStringLiteral("TempKlients")))
+        return refusal;
     KlientsStore store(m_scratch->db());
-    {
-        ProgDialog progress(QStringLiteral("Обработка на курсовете на клиент..."), courses.value().rowCount() + 1, this);
-        if (auto refusal = store.fillWorkingList(courses.value(), [&progress](int done) { progress.setValue(done); })) {
-            MessageService::instance().inform(*refusal);
-            return;
-        }
-    }
-    const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
-    if (!working) {
-        MessageService::instance().inform(working.message());
-        return;
-    }
-    setRows(working.value());
-    showSums(courses.value(), QStringLiteral("data"), QStringLiteral("km"), QStringLiteral("ton"), QStringLiteral("bruto"));
+    ProgDialog progress(QStringLiteral("Обработка на курсовете на клиент..."), m_unwritten.rowCount() + 1, this);
+    if (auto refusal = store.fillWorkingList(m_unwritten, [&progress](int done) { progress.setValue(done); }))
+        return refusal;
+    m_listWritten = true;
+    m_unwritten = RowSet();
+    return std::nullopt;
+}
+
+std::optional<UserMessage> Klients::writePrintCopy()
+{
+    if (!m_unwrittenCopy)
+        return std::nullopt;
+    WaitCursor wait;
+    KlientsStore store(m_scratch->db());
+    ProgDialog progress(QStringLiteral("Обработвам данните за справката..."), m_unwrittenCopy->rowCount() + 1, this);
+    if (auto refusal = store.writePrintCopy(*m_unwrittenCopy, [&progress](int done) { progress.setValue(done); }))
+        return refusal;
+    m_unwrittenCopy.reset();
+    return std::nullopt;
 }
 
 // The sums under the grid. The money of courses of both currencies adds up in euro, each leva sum converted.
@@ -179,11 +200,15 @@ void Klients::showSums(const RowSet &rows, const QString &dateColumn, const QStr
     m_sumTon = 0;
     m_sumBruto = Money();
     const int date = rows.column(dateColumn);
+    const int km = rows.column(kmColumn);
+    const int ton = rows.column(tonColumn);
+    const int money = rows.column(moneyColumn);
+    const auto number = [&rows](int row, int column) { return column < 0 ? 0.0 : rows.value(row, column).toDouble(); };
     for (int row = 0; row < rows.rowCount(); ++row) {
-        m_sumKm += wholeKm(rows.value(row, kmColumn).toDouble());
-        m_sumTon += rows.value(row, tonColumn).toDouble();
-        m_sumBruto += convertAmount(Money::fromAmount(rows.value(row, moneyColumn).toDouble()),
-                                    zarek::rowCurrency(books(), rows, row, date), totalsCurrency());
+        m_sumKm += wholeKm(number(row, km));
+        m_sumTon += number(row, ton);
+        m_sumBruto += convertAmount(Money::fromAmount(number(row, money)), zarek::rowCurrency(books(), rows, row, date),
+                                    totalsCurrency());
     }
     m_sumKmLabel->setText(formatFixed(m_sumKm, 0));
     m_sumTonLabel->setText(formatFixed(m_sumTon, 2));
@@ -222,6 +247,10 @@ void Klients::deleteCurrentRow()
     if (row < 0)
         return;
     const int column = grid()->currentIndex().column();
+    if (auto refusal = writeWorkingList()) {
+        MessageService::instance().inform(*refusal);
+        return;
+    }
     KlientsStore store(m_scratch->db());
     if (auto refusal = store.removeRow(model()->value(row, QStringLiteral("RowKey")).toLongLong())) {
         MessageService::instance().inform(*refusal);
@@ -246,6 +275,8 @@ std::optional<UserMessage> Klients::writeCell(int row, const QString &field, con
             return rateMessage(value);
         stored = *rate;
     }
+    if (auto refusal = writeWorkingList())
+        return refusal;
     KlientsStore store(m_scratch->db());
     return store.setValue(model()->value(row, QStringLiteral("RowKey")).toLongLong(), field, stored);
 }
@@ -285,11 +316,21 @@ void Klients::openFile()
     }
     const StatementHeading &heading = file.value().heading;
     const bool switched = heading.klient != m_conditions.SeekKlient || heading.period != m_conditions.period;
+    // The file's rows replace the list, written or not.
+    if (!m_listWritten) {
+        if (auto refusal = m_scratch->RebuildScratchTable(QStringLiteral("TempKlients"))) {
+            MessageService::instance().inform(*refusal);
+            return;
+        }
+    }
     KlientsStore store(m_scratch->db());
     if (auto refusal = store.replaceRows(file.value().rows)) {
         MessageService::instance().inform(*refusal);
         return;
     }
+    m_listWritten = true;
+    m_unwritten = RowSet();
+    m_unwrittenCopy.reset();  // the file's rows replaced the printed copy too
     m_openPath = path;
     m_fileLoaded = true;
     const Checked<RowSet> working = store.workingList(KlientsStore::Order::AsEntered);
@@ -322,8 +363,10 @@ void Klients::saveFile()
         if (QFileInfo(path).suffix().compare(statementFileSuffix(), Qt::CaseInsensitive) != 0)
             path += QLatin1Char('.') + statementFileSuffix();
         rememberFolder(path);
-        std::optional<UserMessage> refusal;
-        {
+        std::optional<UserMessage> refusal = writeWorkingList();
+        if (!refusal)
+            refusal = writePrintCopy();
+        if (!refusal) {
             WaitCursor wait;
             refusal = saveStatementFile(m_scratch->db(), {m_conditions.SeekKlient, m_conditions.period}, path);
         }
@@ -342,6 +385,10 @@ void Klients::saveFile()
 ReportPreview *Klients::print()
 {
     m_printed = true;
+    if (auto refusal = writeWorkingList()) {
+        MessageService::instance().inform(*refusal);
+        return nullptr;
+    }
     KlientsStore store(m_scratch->db());
     const Checked<RowSet> byRoute = store.workingList(KlientsStore::Order::ByRouteAndDate);
     if (!byRoute) {
@@ -354,23 +401,11 @@ ReportPreview *Klients::print()
     }
     // The grid follows the statement's order: route, then date.
     rebind(byRoute.value());
-    Checked<StatementTotals> totals = UserMessage{};
-    {
-        WaitCursor wait;
-        ProgDialog progress(QStringLiteral("Обработвам данните за справката..."), byRoute.value().rowCount() + 1, this);
-        totals = store.fillPrintCopy(books(), [&progress](int done) { progress.setValue(done); });
-    }
-    if (!totals) {
-        MessageService::instance().inform(totals.message());
-        return nullptr;
-    }
-    const Checked<RowSet> printCopy = store.printCopy();
-    if (!printCopy) {
-        MessageService::instance().inform(printCopy.message());
-        return nullptr;
-    }
+    // The printed copy goes to the scratch database when a saved file needs it.
+    KlientsStore::PrintedCopy copy = KlientsStore::printedCopy(books(), byRoute.value());
+    m_unwrittenCopy = copy.lines;
     const Checked<Report> report =
-        ReportKlientS(printCopy.value(), totals.value(), m_conditions.SeekKlient, m_conditions.period, m_firm());
+        ReportKlientS(copy.lines, copy.totals, m_conditions.SeekKlient, m_conditions.period, m_firm());
     if (!report) {
         MessageService::instance().inform(report.message());
         return nullptr;

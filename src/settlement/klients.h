@@ -35,7 +35,12 @@ public:
     bool fileLoaded() const { return m_fileLoaded; }
     QString openPath() const { return m_openPath; }
     QString savePath() const { return m_savePath; }
-    ScratchDatabase *scratch() const { return m_scratch.get(); }
+    // The statement's scratch database with the working list and the last print's copy in it,
+    // written now if nothing has needed them yet.
+    ScratchDatabase *scratch();
+    // Whether the courses read are in the working list yet (a correction, a save, a print or a file
+    // puts them there).
+    bool listWritten() const { return m_listWritten; }
     // The client and period the screen stands for: those of the search, or of the file loaded.
     const SearchConditions &conditions() const { return m_conditions; }
 
@@ -56,6 +61,11 @@ protected:
 
 private:
     void load(QSqlDatabase db);
+    // Writes the courses read into the working list, the first time a correction, a save, a print
+    // or a file needs it; until then the screen shows the rows as read.
+    std::optional<UserMessage> writeWorkingList();
+    // Writes the printed copy of the last print, which only a saved file needs.
+    std::optional<UserMessage> writePrintCopy();
     bool keyPressed(QKeyEvent *key);
     void touch();
     void deleteCurrentRow();
@@ -67,6 +77,9 @@ private:
 
     SearchConditions m_conditions;
     std::unique_ptr<ScratchDatabase> m_scratch;
+    RowSet m_unwritten;  // the courses read, while the working list is not yet written
+    bool m_listWritten = false;
+    std::optional<RowSet> m_unwrittenCopy;  // the printed copy of the last print, while not yet written
     std::function<const FirmProfile &()> m_firm;
     QPushButton *m_openFile = nullptr;
     QPushButton *m_saveFile = nullptr;

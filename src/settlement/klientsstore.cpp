@@ -10,6 +10,8 @@
 #include "settlement/clientstatement.h"
 
 #include <QSqlError>
+#include <QElapsedTimer>
+#include <cstdio>
 #include <algorithm>
 #include <numeric>
 #include <vector>
@@ -31,7 +33,8 @@ std::optional<UserMessage> commitOrMessage(Transaction &transaction, QSqlDatabas
 }
 
 // Inserts rows of the eight columns into a table, values taken by column name from the row set.
-std::optional<UserMessage> insertRows(QSqlDatabase db, const QString &table, const RowSet &rows)
+std::optional<UserMessage> insertRows(QSqlDatabase db, const QString &table, const RowSet &rows,
+                                      const std::function<void(int)> &progress = {})
 {
     const QStringList &names = KlientsStore::columns();
     QList<int> source;
@@ -45,7 +48,7 @@ std::optional<UserMessage> insertRows(QSqlDatabase db, const QString &table, con
             cells.append(source.at(i) < 0 ? QVariant() : rows.value(row, source.at(i)));
         values.append(cells);
     }
-    return fillScratchTable(db, writeTitle, table, names, values);
+    return fillScratchTable(db, writeTitle, table, names, values, progress);
 }
 
 }
@@ -62,21 +65,28 @@ const QStringList &KlientsStore::columns()
 
 Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditions &conditions)
 {
-    const Checked<RowSet> read = readRows(db, readTitle,
-                                          QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto "
-                                                         "FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ? "
-                                                         "ORDER BY data, id"),
-                                          {conditions.SeekKlient, conditions.period.from, conditions.period.to});
-    if (!read)
-        return read;
-    const RowSet &all = read.value();
+    RowSet all;
+    {
+        const Checked<RowSet> read = readRows(db, readTitle,
+                                              QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto "
+                                                             "FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ? "
+                                                             "ORDER BY data, id"),
+                                              {conditions.SeekKlient, conditions.period.from, conditions.period.to});
+        if (!read)
+            return read;
+        all = read.value();  // the rows' only holder once the reading goes
+    }
 
     // The prefixes compare without regard to case on both engines, Cyrillic included.
+    const bool narrowed = !conditions.SeekTovar.trimmed().isEmpty() || !conditions.SeekMarsh.trimmed().isEmpty()
+                          || !conditions.SeekKola.trimmed().isEmpty();
     std::vector<int> kept;
+    kept.reserve(static_cast<size_t>(all.rowCount()));
     for (int row = 0; row < all.rowCount(); ++row) {
-        if (matchesPrefix(all.value(row, 2).toString(), conditions.SeekTovar)
-            && matchesPrefix(all.value(row, 1).toString(), conditions.SeekMarsh)
-            && matchesPrefix(all.value(row, 3).toString(), conditions.SeekKola))
+        if (!narrowed
+            || (matchesPrefix(all.value(row, 2).toString(), conditions.SeekTovar)
+                && matchesPrefix(all.value(row, 1).toString(), conditions.SeekMarsh)
+                && matchesPrefix(all.value(row, 3).toString(), conditions.SeekKola)))
             kept.push_back(row);
     }
     // By date, then route; the engines' own orders of texts differ, this one does not. The rows
@@ -96,20 +106,15 @@ Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditi
             return ka.day < kb.day;
         return ka.route.compare(kb.route) < 0;
     };
-    if (!std::is_sorted(kept.begin(), kept.end(), before))
+    const bool inOrder = std::is_sorted(kept.begin(), kept.end(), before);
+    if (!inOrder)
         std::stable_sort(kept.begin(), kept.end(), before);
-    RowSet courses(all.columns());
-    courses.reserveRows(static_cast<int>(kept.size()));
-    for (const int row : kept) {
-        QList<QVariant> cells;
-        for (int c = 0; c < all.columnCount(); ++c)
-            cells.append(all.value(row, c));
-        courses.appendRow(cells);
-    }
-    return courses;
+    if (!inOrder || kept.size() < static_cast<size_t>(all.rowCount()))
+        all.keepRows(QList<int>(kept.begin(), kept.end()));
+    return all;
 }
 
-std::optional<UserMessage> KlientsStore::fillWorkingList(const RowSet &courses, const std::function<void(int)> &progress)
+RowSet KlientsStore::workingRows(const RowSet &courses)
 {
     const int data = courses.column(QStringLiteral("data"));
     const int marsh = courses.column(QStringLiteral("Marsh"));
@@ -119,17 +124,50 @@ std::optional<UserMessage> KlientsStore::fillWorkingList(const RowSet &courses, 
     const int ton = courses.column(QStringLiteral("ton"));
     const int tarifa = courses.column(QStringLiteral("Tarifa"));
     const int bruto = courses.column(QStringLiteral("bruto"));
-    QList<QVariantList> rows;
-    rows.reserve(courses.rowCount());
+    // As the list's columns give them back: dates and texts as text, kilometres whole, the rest
+    // as floating numbers; an empty cell stays empty.
+    // Values already of their kind are kept as they are.
+    const auto text = [](const QVariant &value) {
+        if (value.isNull() || (value.typeId() == QMetaType::QString && value.toString().isNull()))
+            return QVariant(QMetaType::fromType<QString>());
+        return value.typeId() == QMetaType::QString ? value : QVariant(value.toString());
+    };
+    const auto real = [](const QVariant &value) {
+        if (value.isNull())
+            return QVariant(QMetaType::fromType<double>());
+        return value.typeId() == QMetaType::Double ? value : QVariant(value.toDouble());
+    };
+    const auto day = [](const QVariant &value) {
+        const QDate date = dateOfValue(value);
+        if (!date.isValid())
+            return QVariant(QMetaType::fromType<QString>());
+        if (value.typeId() == QMetaType::QString && value.toString().size() == 10)
+            return value;  // stored in the list's own form
+        return QVariant(date.toString(Qt::ISODate));
+    };
+    RowSet rows(QStringList{QStringLiteral("RowKey")} + columns());
+    rows.reserveRows(courses.rowCount());
+    QList<QVariant> cells(columns().size() + 1);
     for (int row = 0; row < courses.rowCount(); ++row) {
-        // The working list holds whole kilometres.
         const QVariant kmValue = courses.value(row, km);
-        rows.append({dateOfValue(courses.value(row, data)), courses.value(row, marsh), courses.value(row, tovar),
-                     courses.value(row, kola),
-                     kmValue.isNull() ? QVariant() : QVariant(static_cast<qlonglong>(wholeKm(kmValue.toDouble()))),
-                     courses.value(row, ton), courses.value(row, tarifa), courses.value(row, bruto)});
+        cells[0] = QVariant(static_cast<qlonglong>(row) + 1);
+        cells[1] = day(courses.value(row, data));
+        cells[2] = text(courses.value(row, marsh));
+        cells[3] = text(courses.value(row, tovar));
+        cells[4] = text(courses.value(row, kola));
+        cells[5] = kmValue.isNull() ? QVariant(QMetaType::fromType<qlonglong>())
+                                    : QVariant(static_cast<qlonglong>(wholeKm(kmValue.toDouble())));
+        cells[6] = real(courses.value(row, ton));
+        cells[7] = real(courses.value(row, tarifa));
+        cells[8] = real(courses.value(row, bruto));
+        rows.appendRow(cells);
     }
-    return fillScratchTable(m_scratch, writeTitle, QStringLiteral("TempKlients"), columns(), rows, progress);
+    return rows;
+}
+
+std::optional<UserMessage> KlientsStore::fillWorkingList(const RowSet &courses, const std::function<void(int)> &progress)
+{
+    return insertRows(m_scratch, QStringLiteral("TempKlients"), workingRows(courses), progress);
 }
 
 Checked<RowSet> KlientsStore::workingList(Order order) const
@@ -164,35 +202,66 @@ Checked<StatementTotals> KlientsStore::fillPrintCopy(const BooksDay &books, cons
     const Checked<RowSet> working = workingList(Order::ByRouteAndDate);
     if (!working)
         return working.message();
-    const RowSet &rows = working.value();
-    StatementTotals totals;
+    const PrintedCopy copy = printedCopy(books, working.value());
+    if (auto refusal = writePrintCopy(copy.lines, progress))
+        return *refusal;
+    return copy.totals;
+}
+
+KlientsStore::PrintedCopy KlientsStore::printedCopy(const BooksDay &books, const RowSet &rows)
+{
+    PrintedCopy copy;
+    StatementTotals &totals = copy.totals;
     // Each course's money is in the currency of its day; the sums in euro once any course is.
     const DatedAmounts amounts = datedAmounts(books, rows, QStringLiteral("Data"));
     const int date = rows.column(QStringLiteral("Data"));
+    const int marsh = rows.column(QStringLiteral("Marsh"));
+    const int vidTovar = rows.column(QStringLiteral("VidTovar"));
+    const int kola = rows.column(QStringLiteral("Kola"));
+    const int kmColumn = rows.column(QStringLiteral("KM"));
+    const int tonColumn = rows.column(QStringLiteral("Ton"));
+    const int tarifa = rows.column(QStringLiteral("Tarifa"));
+    // The copy's columns are texts: each value as the copy gives it back, an empty cell empty.
+    const auto text = [&rows](int row, int column) {
+        const QVariant value = column < 0 ? QVariant() : rows.value(row, column);
+        if (value.isNull() || (value.typeId() == QMetaType::QString && value.toString().isNull()))
+            return QVariant(QMetaType::fromType<QString>());
+        return value.typeId() == QMetaType::QString ? value : QVariant(value.toString());
+    };
+    const auto number = [&rows](int row, int column) { return column < 0 ? 0.0 : rows.value(row, column).toDouble(); };
     totals.currency = amounts.totals;
     totals.changeover = books.changeover;
     totals.mixed = amounts.mixed;
-    QList<QVariantList> printed;
-    printed.reserve(rows.rowCount());
+    copy.lines = RowSet(columns());
+    copy.lines.reserveRows(rows.rowCount());
+    QList<QVariant> cells(columns().size());
     for (int row = 0; row < rows.rowCount(); ++row) {
-        const double km = rows.value(row, QStringLiteral("KM")).toDouble();
-        const double ton = rows.value(row, QStringLiteral("Ton")).toDouble();
-        const StatementLine line = statementLine(km, ton, rows.value(row, QStringLiteral("Tarifa")).toDouble());
+        const double km = number(row, kmColumn);
+        const double ton = number(row, tonColumn);
+        const StatementLine line = statementLine(km, ton, number(row, tarifa));
         const Currency currency = rowCurrency(books, rows, row, date);
-        printed.append({rows.value(row, QStringLiteral("Data")), rows.value(row, QStringLiteral("Marsh")),
-                        rows.value(row, QStringLiteral("VidTovar")), rows.value(row, QStringLiteral("Kola")), line.km,
-                        line.ton, line.tarifa, rowAmountText(line.suma, currency, amounts.mixed)});
+        cells[0] = text(row, date);
+        cells[1] = text(row, marsh);
+        cells[2] = text(row, vidTovar);
+        cells[3] = text(row, kola);
+        cells[4] = line.km;
+        cells[5] = line.ton;
+        cells[6] = line.tarifa;
+        cells[7] = rowAmountText(line.suma, currency, amounts.mixed);
+        copy.lines.appendRow(cells);
         totals.km += km;
         totals.ton += ton;
         // The sum as printed, so the total equals its lines (converted where the course is in leva).
         totals.gross += convertAmount(line.suma, currency, amounts.totals);
         ++totals.lines;
     }
+    return copy;
+}
+
+std::optional<UserMessage> KlientsStore::writePrintCopy(const RowSet &lines, const std::function<void(int)> &progress)
+{
     // A statement lists each row once, however often it is printed.
-    if (auto refusal
-        = fillScratchTable(m_scratch, writeTitle, QStringLiteral("TempKlientsNew"), columns(), printed, progress))
-        return *refusal;
-    return totals;
+    return insertRows(m_scratch, QStringLiteral("TempKlientsNew"), lines, progress);
 }
 
 Checked<RowSet> KlientsStore::printCopy() const

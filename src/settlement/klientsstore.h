@@ -43,8 +43,13 @@ public:
     // the search, by date and then route: data, Marsh, Tovar, kola, km, ton, Tarifa, bruto.
     static Checked<RowSet> clientCourses(QSqlDatabase db, const SearchConditions &conditions);
 
-    // Copies the courses into the working list in one transaction; progress is told every few
-    // hundred rows with the count done.
+    // The working list as it will hold the courses, before it is written: each row's key (RowKey,
+    // from 1 in the order the rows are written) and the eight columns, of the types the list gives
+    // back when read.
+    static RowSet workingRows(const RowSet &courses);
+
+    // Copies the courses into the working list in one transaction, each row under the key
+    // workingRows gives it; progress is told every few hundred rows with the count done.
     std::optional<UserMessage> fillWorkingList(const RowSet &courses,
                                                const std::function<void(int done)> &progress = {});
 
@@ -59,6 +64,15 @@ public:
     // Empties the printed copy and fills it again from the working list, by route and then date,
     // each sum recomputed from km, tonnes and rate, in one transaction. The totals of its lines.
     Checked<StatementTotals> fillPrintCopy(const BooksDay &books, const std::function<void(int done)> &progress = {});
+    // The printed copy of the working list as read by route and date (workingList(ByRouteAndDate)),
+    // not yet written: its lines as the copy gives them back (printCopy()), and their totals.
+    struct PrintedCopy {
+        RowSet lines;
+        StatementTotals totals;
+    };
+    static PrintedCopy printedCopy(const BooksDay &books, const RowSet &byRoute);
+    // Empties the printed copy and fills it with the lines, in one transaction.
+    std::optional<UserMessage> writePrintCopy(const RowSet &lines, const std::function<void(int done)> &progress = {});
     Checked<RowSet> printCopy() const;
     std::optional<UserMessage> clearPrintCopy();
 

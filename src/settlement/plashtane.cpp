@@ -125,17 +125,27 @@ void Plashtane::showStoredState(int row)
 
 PaySheet Plashtane::sheetOf(const QList<int> &rows) const
 {
+    const RowSet &courses = model()->rows();
+    const int data = courses.column(QStringLiteral("Data"));
+    const int kola = courses.column(QStringLiteral("kola"));
+    const int ton = courses.column(QStringLiteral("Ton"));
+    const int km = courses.column(QStringLiteral("KM"));
+    const int bruto = courses.column(QStringLiteral("bruto"));
+    const int marsh = courses.column(QStringLiteral("Marsh"));
+    const int tovar = courses.column(QStringLiteral("Tovar"));
+    const auto cell = [&courses](int row, int column) { return column < 0 ? QVariant() : courses.value(row, column); };
     PaySheet sheet;
+    sheet.lines.reserve(rows.size());
     for (const int row : rows) {
         PaySheetLine line;
         line.red = static_cast<int>(sheet.lines.size()) + 1;
-        line.data = dateOfValue(model()->value(row, QStringLiteral("Data")));
-        line.kola = model()->value(row, QStringLiteral("kola")).toString();
-        line.ton = model()->value(row, QStringLiteral("Ton")).toDouble();
-        line.km = model()->value(row, QStringLiteral("KM")).toDouble();
-        line.bruto = model()->value(row, QStringLiteral("bruto")).toDouble();
-        line.marsh = model()->value(row, QStringLiteral("Marsh")).toString();
-        line.tovar = model()->value(row, QStringLiteral("Tovar")).toString();
+        line.data = dateOfValue(cell(row, data));
+        line.kola = cell(row, kola).toString();
+        line.ton = cell(row, ton).toDouble();
+        line.km = cell(row, km).toDouble();
+        line.bruto = cell(row, bruto).toDouble();
+        line.marsh = cell(row, marsh).toString();
+        line.tovar = cell(row, tovar).toString();
         sheet.lines.append(line);
     }
     return sheet;

@@ -1,6 +1,7 @@
 #include "core/dates.h"
 #include "core/docnumber.h"
 #include "core/formats.h"
+#include "core/valueformat.h"
 
 #include <QtTest>
 
@@ -99,6 +100,36 @@ private slots:
         QFETCH(QString, text);
         QFETCH(double, value);
         QCOMPARE(leadingNumber(text), value);
+    }
+
+    // A stored date reads the same however it was stored: as a date, or as text of its ISO form
+    // with or without a time after it; anything else is no date.
+    void storedDatesReadAsTheirDay_data()
+    {
+        QTest::addColumn<QVariant>("stored");
+        QTest::addColumn<QDate>("day");
+        QTest::newRow("date") << QVariant(QDate(2023, 1, 5)) << QDate(2023, 1, 5);
+        QTest::newRow("date and time") << QVariant(QDateTime(QDate(2026, 12, 31), QTime(23, 59))) << QDate(2026, 12, 31);
+        QTest::newRow("text") << QVariant(QStringLiteral("2006-03-02")) << QDate(2006, 3, 2);
+        QTest::newRow("text with a time") << QVariant(QStringLiteral("2006-03-02T10:15:00")) << QDate(2006, 3, 2);
+        QTest::newRow("leap day") << QVariant(QStringLiteral("2024-02-29")) << QDate(2024, 2, 29);
+        QTest::newRow("no such day") << QVariant(QStringLiteral("2023-02-29")) << QDate();
+        QTest::newRow("month 13") << QVariant(QStringLiteral("2023-13-01")) << QDate();
+        QTest::newRow("year 0") << QVariant(QStringLiteral("0000-01-01")) << QDate();
+        QTest::newRow("short") << QVariant(QStringLiteral("2023-1-05")) << QDate();
+        QTest::newRow("letters") << QVariant(QStringLiteral("2023-0a-05")) << QDate();
+        QTest::newRow("Bulgarian form") << QVariant(QStringLiteral("05.01.2023")) << QDate();
+        QTest::newRow("empty") << QVariant(QString()) << QDate();
+        QTest::newRow("nothing") << QVariant() << QDate();
+    }
+    void storedDatesReadAsTheirDay()
+    {
+        QFETCH(QVariant, stored);
+        QFETCH(QDate, day);
+        QCOMPARE(dateOfValue(stored), day);
+        // As Qt reads the ISO form.
+        if (stored.typeId() == QMetaType::QString)
+            QCOMPARE(dateOfValue(stored), QDate::fromString(stored.toString().left(10), Qt::ISODate));
     }
 
     void datesAreReadAsABulgarianTypesThem_data()

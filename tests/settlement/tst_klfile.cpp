@@ -268,6 +268,57 @@ private slots:
         QCOMPARE(readStatementFile(again).value().heading.klient, QStringLiteral("Бетон АД"));
     }
 
+    // A file saved after a print keeps the printed copy of that print, whether or not a correction
+    // followed it, even though the screen writes the copy only when a file needs it.
+    void aFileSavedAfterAPrintHoldsItsPrintedCopy_data()
+    {
+        QTest::addColumn<bool>("correctedAfter");
+        QTest::newRow("saved after the print") << false;
+        QTest::newRow("corrected after the print") << true;
+    }
+    void aFileSavedAfterAPrintHoldsItsPrintedCopy()
+    {
+        QFETCH(bool, correctedAfter);
+        STATEMENT_FILES();
+        const QString path = dir.filePath(QStringLiteral("отпечатан.kl"));
+        {
+            auto screen = openStatement(database.db(), dir.path());
+            delete screen->print();
+            if (correctedAfter) {
+                QTest::keyClick(screen->grid(), Qt::Key_F4);
+                QVERIFY(screen->model()->setData(screen->model()->index(0, kmColumn), QStringLiteral("45")));
+            }
+            screen->chooseFileToSave = [&path](QWidget *) { return path; };
+            screen->saveFile();
+            QVERIFY(screen->fileSaved());
+        }
+        QStringList printed;
+        QString workingKm;
+        {
+            QSqlDatabase file = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("printed"));
+            file.setDatabaseName(path);
+            QVERIFY(file.open());
+            QSqlQuery lines(file);
+            QVERIFY(lines.exec(QStringLiteral("SELECT Marsh, KM, Suma FROM TempKlientsNew ORDER BY rowid")));
+            while (lines.next())
+                printed << QStringList{lines.value(0).toString(), lines.value(1).toString(), lines.value(2).toString()}
+                               .join(QStringLiteral(" | "));
+            QSqlQuery working(file);
+            QVERIFY(working.exec(QStringLiteral("SELECT KM FROM TempKlients WHERE Marsh = 'Батановци - Перник'")));
+            QVERIFY(working.next());
+            workingKm = working.value(0).toString();
+            file.close();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("printed"));
+        // The copy of the print, by route and date, with the kilometres printed.
+        QCOMPARE(printed, (QStringList{QStringLiteral("Батановци - Перник | 40 | 50,00"),
+                                       QStringLiteral("Перник - София | 25 | 40,00"),
+                                       QStringLiteral("София - Перник | 100 | 125,00"),
+                                       QStringLiteral("София - Перник | 60 | 60,00")}));
+        QCOMPARE(workingKm, correctedAfter ? QStringLiteral("45") : QStringLiteral("40"));
+        QVERIFY(messages.shown.isEmpty());
+    }
+
     // The file of the statement on screen loads without a word.
     void aFileOfTheSameClientAndPeriodLoadsWithoutAWord()
     {

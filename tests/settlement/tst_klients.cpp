@@ -1,8 +1,11 @@
 #include "data/scratchdatabase.h"
+#include "forms/commandday.h"
 #include "forms/commands.h"
 #include "forms/messageservice.h"
 #include "reports/reportpreview.h"
+#include "settlement/klfile.h"
 #include "settlement/klients.h"
+#include "settlement/klientsstore.h"
 #include "settlement/settlementcommands.h"
 #include "klientstestdata.h"
 #include "screendriver.h"
@@ -75,6 +78,30 @@ void typeIntoCell(QTableView *grid, const QByteArray &digits)
     for (const char c : digits)
         QTest::keyClick(QApplication::focusWidget(), c);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+}
+
+// Where two row sets differ, value for value and kind for kind; empty when they are the same.
+QString rowSetDifference(const RowSet &a, const RowSet &b)
+{
+    if (a.columns() != b.columns() || a.rowCount() != b.rowCount())
+        return QStringLiteral("%1 rows of %2, %3 rows of %4")
+            .arg(a.rowCount())
+            .arg(a.columns().join(','))
+            .arg(b.rowCount())
+            .arg(b.columns().join(','));
+    for (int row = 0; row < a.rowCount(); ++row) {
+        for (int column = 0; column < a.columnCount(); ++column) {
+            const QVariant x = a.value(row, column);
+            const QVariant y = b.value(row, column);
+            if (x.isNull() != y.isNull() || (!x.isNull() && (x.typeId() != y.typeId() || x != y)))
+                return QStringLiteral("row %1 column %2: %3 (%4), %5 (%6)")
+                    .arg(row)
+                    .arg(a.columns().at(column))
+                    .arg(x.toString(), QString::fromLatin1(x.typeName()), y.toString(),
+                         QString::fromLatin1(y.typeName()));
+        }
+    }
+    return {};
 }
 
 QStringList previewLines(ReportPreview *preview)
@@ -261,6 +288,89 @@ private slots:
         QVERIFY(!first.isEmpty());
         QCOMPARE(second, first);
         QCOMPARE(scratchCount(*screen, QStringLiteral("TempKlientsNew")), 4);
+    }
+
+    // The screen shows the courses as read and writes its working list only when something needs
+    // it; what it showed is what the list then holds, value for value and of the same kind, on
+    // every engine.
+    void theRowsShownBeforeTheListIsWrittenAreThoseItHolds()
+    {
+        // Half kilometres round to even, a whole tonnage and an empty truck as the list keeps them.
+        QVERIFY(klientstest::insertCourse(db, QDate(2006, 3, 20), klientstest::client, QStringLiteral("Перник - Радомир"),
+                                          QStringLiteral("Пясък"), QString(), 32.5, 7, 0.15, 34.13));
+        QVERIFY(klientstest::insertCourse(db, QDate(2006, 3, 21), klientstest::client, QStringLiteral("Радомир - Перник"),
+                                          QStringLiteral("Чакъл"), QStringLiteral("РВ 7777 АА"), 33.5, 9.25, 0.2, 62.9));
+        Klients *screen = open();
+        QVERIFY(!screen->listWritten());
+        const RowSet shown = screen->model()->rows();
+        QCOMPARE(shown.rowCount(), 6);
+        const Checked<RowSet> held = KlientsStore(screen->scratch()->db()).workingList(KlientsStore::Order::AsEntered);
+        QVERIFY(screen->listWritten());
+        QVERIFY(held.ok());
+        const QString difference = rowSetDifference(shown, held.value());
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
+        QVERIFY(messages->shown.isEmpty());
+    }
+
+    // The paper is laid out from the lines of the printed copy as made, not as read back: they
+    // must be what the copy gives back once written, value for value, on every engine.
+    void thePrintedLinesAreThoseThePrintedCopyHolds()
+    {
+        QVERIFY(klientstest::insertCourse(db, QDate(2006, 3, 20), klientstest::client, QStringLiteral("Перник - Радомир"),
+                                          QStringLiteral("Пясък"), QString(), 32.5, 7, 0.15, 34.13));
+        Klients *screen = open();
+        KlientsStore store(screen->scratch()->db());
+        const Checked<RowSet> byRoute = store.workingList(KlientsStore::Order::ByRouteAndDate);
+        QVERIFY(byRoute.ok());
+        const KlientsStore::PrintedCopy copy = KlientsStore::printedCopy(commandDay(), byRoute.value());
+        QCOMPARE(copy.totals.lines, 5);
+        QVERIFY(!store.writePrintCopy(copy.lines));
+        const Checked<RowSet> held = store.printCopy();
+        QVERIFY(held.ok());
+        const QString difference = rowSetDifference(copy.lines, held.value());
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
+    }
+
+    // The first correction or deletion writes every course into the working list before it
+    // changes one, so a file saved afterwards holds them all.
+    void theFirstCorrectionWritesTheWholeListBeforeChangingIt_data()
+    {
+        QTest::addColumn<bool>("deleting");
+        QTest::addColumn<QStringList>("saved");
+        QTest::newRow("corrected km") << false
+                                      << QStringList{"2006-03-02 Батановци - Перник 40", "2006-03-02 София - Перник 120",
+                                                     "2006-03-15 Перник - София 25", "2006-03-31 София - Перник 60"};
+        QTest::newRow("deleted row") << true
+                                     << QStringList{"2006-03-02 Батановци - Перник 40", "2006-03-15 Перник - София 25",
+                                                    "2006-03-31 София - Перник 60"};
+    }
+    void theFirstCorrectionWritesTheWholeListBeforeChangingIt()
+    {
+        QFETCH(bool, deleting);
+        STATEMENT_SHOWN();
+        QVERIFY(!screen->listWritten());
+        screen->grid()->setCurrentIndex(screen->model()->index(1, kmColumn));  // 02.03 София - Перник, 100 km
+        if (deleting) {
+            QTest::keyClick(screen->grid(), Qt::Key_Delete);
+        } else {
+            typeIntoCell(screen->grid(), "120");
+            QTRY_COMPARE(screen->model()->index(1, kmColumn).data().toString(), QStringLiteral("120"));
+        }
+        QVERIFY(screen->listWritten() && screen->dirty());
+        const QString path = dir->filePath(QStringLiteral("поправен.kl"));
+        screen->chooseFileToSave = [&path](QWidget *) { return path; };
+        screen->saveFile();
+        QVERIFY(screen->fileSaved());
+        const Checked<StatementFile> file = readStatementFile(path);
+        QVERIFY(file.ok());
+        QStringList saved;
+        const RowSet &rows = file.value().rows.klients;
+        for (int row = 0; row < rows.rowCount(); ++row)
+            saved << rows.value(row, QStringLiteral("Data")).toString() + QLatin1Char(' ')
+                         + rows.value(row, QStringLiteral("Marsh")).toString() + QLatin1Char(' ')
+                         + rows.value(row, QStringLiteral("KM")).toString();
+        QTEST(saved, "saved");
+        QVERIFY(messages->shown.isEmpty());
     }
 
     void f4AllowsEditingUntilPageOrEndKeys_data()
