@@ -91,6 +91,7 @@ Kurs::Kurs(CourseMode mode, QSqlDatabase db, const QString &kola, const Period &
     config.write = [this](const RecordRow &row, bool) { return write(row); };
     config.remove = [this](const RecordRow &row) { return remove(row); };
     config.changedOutside = [this] { return typedOutside() != m_outsideAtStart; };
+    config.rereadAfterAdding = mode == CourseMode::NewKurs;  // other workstations' courses too
     m_form = new RecordForm(courseRows(m_db, mode, kola, period), config, this);
     buildScreen();
     loadLists();
@@ -261,8 +262,6 @@ void Kurs::onSaved()
 {
     // The expense belongs to the course just written; the next course starts without one.
     m_ui->txtRazhod->clear();
-    if (m_mode == CourseMode::NewKurs)
-        m_form->reload();  // other workstations' courses too; the saved one stays current
     showDerived();
     // Enter then starts the next course (or corrects again), never closes the editor by accident.
     m_form->button(m_mode == CourseMode::NewKurs ? QStringLiteral("cmdAdd") : QStringLiteral("cmdEdit"))->setFocus();

@@ -312,13 +312,19 @@ std::optional<UserMessage> RecordForm::readRows()
 
 bool RecordForm::reload()
 {
-    const qint64 bookmark = m_rows->bookmark();
+    if (!rereadAt(m_rows->bookmark()))
+        return false;
+    showCurrent();
+    return true;
+}
+
+bool RecordForm::rereadAt(qint64 bookmark)
+{
     if (const auto failure = readRows()) {
         MessageService::instance().inform(*failure);
         return false;
     }
     m_rows->moveToBookmark(bookmark);
-    showCurrent();
     return true;
 }
 
@@ -511,7 +517,9 @@ bool RecordForm::update()
         fail(caption, written.message());
         return false;  // still adding or editing, with what was typed
     }
-    if (adding)
+    if (adding && m_config.rereadAfterAdding)
+        rereadAt(written.value().id);
+    else if (adding)
         m_rows->append(written.value());  // a new row stands last until the form is opened again
     else
         m_rows->replaceCurrent(written.value());

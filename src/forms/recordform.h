@@ -47,6 +47,9 @@ struct RecordFormConfig {
     // Nothing is read at opening but the rows shown, a page at a time by their place in the
     // order (tables too large to read even their ids); a row written takes its place in the order.
     bool pagedRows = false;
+    // A row added is shown among the rows read again (other users' rows too), found in their order
+    // once, instead of set in among the rows held and read again after.
+    bool rereadAfterAdding = false;
 
     // Before a delete: two questions ("Наистна ли…", then "Ще загубите…"), or the one Yes/No
     // question given here, or none at all.
@@ -187,6 +190,9 @@ private:
     void focusColumn(const QString &column);
     bool dropPending();
     std::optional<UserMessage> readRows();
+    // Reads the rows again and makes the row of this bookmark current, where it still is; false
+    // (after the message) when they could not be read.
+    bool rereadAt(qint64 bookmark);
 
     std::unique_ptr<RecordStore> m_store;
     RecordFormConfig m_config;
