@@ -517,12 +517,18 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
         QList<SchemaObject> own;
         if (auto fault = ownSchemaAt(versions, own))
             return workRefusal(fault->text);
-        const QString foreign = foreignObjects(objects, own);
-        if (!foreign.isEmpty())
-            return restoreRefusal(QStringLiteral("Архивът %1 не е такъв, какъвто Зарек го записва: в него има %2!")
-                                      .arg(shown(archivePath), foreign));
-        if (lacksTables(objects, own))
-            return restoreRefusal(QStringLiteral("В архива %1 липсват таблици или полета на Зарек!").arg(shown(archivePath)));
+        // Exactly the program's own schema: nothing foreign (a trigger, a view), nothing missing.
+        const auto schemaRefusal = [&](const QList<SchemaObject> &found) -> std::optional<UserMessage> {
+            const QString foreign = foreignObjects(found, own);
+            if (!foreign.isEmpty())
+                return restoreRefusal(QStringLiteral("Архивът %1 не е такъв, какъвто Зарек го записва: в него има %2!")
+                                          .arg(shown(archivePath), foreign));
+            if (lacksTables(found, own))
+                return restoreRefusal(QStringLiteral("В архива %1 липсват таблици или полета на Зарек!").arg(shown(archivePath)));
+            return std::nullopt;
+        };
+        if (auto refusal = schemaRefusal(objects))
+            return refusal;
 
         if (auto fault = createEmptyFile(copy->path()))
             return workRefusal(fault->text);
@@ -546,12 +552,8 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
         QList<SchemaObject> copied;
         if (auto fault = readSchemaObjects(out, copied))
             return readRefusal(archivePath, QSqlError(QString(), fault->text));
-        const QString changed = foreignObjects(copied, own);
-        if (!changed.isEmpty())
-            return restoreRefusal(QStringLiteral("Архивът %1 не е такъв, какъвто Зарек го записва: в него има %2!")
-                                      .arg(shown(archivePath), changed));
-        if (lacksTables(copied, own))
-            return restoreRefusal(QStringLiteral("В архива %1 липсват таблици или полета на Зарек!").arg(shown(archivePath)));
+        if (auto refusal = schemaRefusal(copied))
+            return refusal;
         Transaction writing(out);
         if (!writing.isActive())
             return workRefusal(engineText(writing.lastError()));
