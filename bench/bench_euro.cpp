@@ -66,7 +66,6 @@ void benchSpace(QSqlDatabase db, int count, bool changedOver)
     config.amountField = QStringLiteral("neto");
     config.sumCaption = QStringLiteral("Сума за плащане:");
     config.dateField = QStringLiteral("Data");
-    config.payTotal = true;
     ResultGridScreen screen(config);
     screen.setRows(rows.value());
     screen.show();

@@ -7,6 +7,8 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 build="${ZAREK_BUILD_DIR:-$root/build}"
 "$root/scripts/install-deps.sh" --test
 "$root/scripts/build.sh"
+# The benchmarks are compiled (not run), so they keep up with the code they measure.
+cmake --build "$build" -j"$(nproc)" --target benchmarks
 
 if [ -z "${ZAREK_TEST_PG:-}" ]; then
   pgdir="$(mktemp -d /tmp/zarek-pg-XXXXXX)"
