@@ -1,8 +1,9 @@
-// The program started up to its sign-in dialog shown, raced against a bare Qt dialog shown, each a
-// process of its own (the best of three); the checks every start makes before the sign-in: the
-// read-only look at the file's header and schema, the connection, and the migration and "is it
-// new?" under the write lock; the whole-file check that follows the sign-in in the background, for
-// comparison; and the demo firm as one transaction.
+// The program started up to its sign-in dialog shown, raced against a bare Qt dialog shown and
+// against the least any sign-in does (a bare Qt program that opens the file, reads its users and
+// shows a dialog with words), each a process of its own (the best of three); the checks every
+// start makes before the sign-in: the read-only look at the file's header and schema, the
+// connection, and the migration and "is it new?" under the write lock; the whole-file check that
+// follows the sign-in in the background, for comparison; and the demo firm as one transaction.
 // Run: bench_startup [courses...] (default 10000 100000).
 #include "benchdata.h"
 #include "benchratio.h"
@@ -44,6 +45,10 @@ void raceStart(const QString &databasePath)
     const double bare = bench::bestOf3(
         [] { return untilShown(QStringLiteral(BARE_DIALOG_PROGRAM), {}, QStringLiteral("QDialog")); });
     bench::printRace("start-up to the sign-in shown", program, bare, 1.1, "bare QDialog shown");
+    // The floor of any sign-in: the file opened, its users read, a dialog with words shown.
+    const double least = bench::bestOf3(
+        [&] { return untilShown(QStringLiteral(BARE_DIALOG_PROGRAM), {databasePath}, QStringLiteral("QDialog")); });
+    bench::printRace("start-up to the sign-in shown", program, least, 1.1, "bare sign-in shown");
 }
 
 }
