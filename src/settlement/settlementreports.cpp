@@ -33,13 +33,13 @@ void fillReceipt(Report &report, const DriverPapers &papers, QDate today)
 
 }
 
-Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, const FirmProfile &firm, QDate today)
+Checked<Report> ReportZaplata(const PaySheet &sheet, RowSet tempZaplata, const FirmProfile &firm, QDate today)
 {
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptZaplata"));
     if (!loaded)
         return loaded;
     Report report = loaded.value();
-    RowSet rows = tempZaplata;
+    RowSet rows = std::move(tempZaplata);
     const bool mixed = sheet.mixed();
     prepareDatedAmounts({sheet.changeover, today}, rows, QStringLiteral("Data"), {QStringLiteral("Suma"), QStringLiteral("Zaplata")},
                         {sheet.currency, mixed});

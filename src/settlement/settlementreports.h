@@ -15,7 +15,7 @@ namespace zarek {
 
 // rptZaplata over the rows of TempZaplata: the firm, "Извлечение", the driver and period, the
 // courses with their pay, "Всичко заработка:" with the sheet's total, and the receipt.
-Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, const FirmProfile &firm, QDate today);
+Checked<Report> ReportZaplata(const PaySheet &sheet, RowSet tempZaplata, const FirmProfile &firm, QDate today);
 
 // rptPlaten over the rows of TempPlaten: the courses marked paid and their sum, with the receipt.
 // The firm's address stands without its town.
