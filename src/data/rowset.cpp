@@ -5,6 +5,9 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 
+#include <algorithm>
+#include <utility>
+
 namespace zarek {
 
 RowSet::RowSet(QStringList columns) : m_columns(std::move(columns)), m_columnCount(m_columns.size()) {}
@@ -55,12 +58,18 @@ void RowSet::appendRow(const QList<QVariant> &cells)
 
 void RowSet::appendRow(QList<QVariant> &&cells)
 {
-    if (cells.isDetached()) {
-        for (qsizetype i = 0; i < m_columnCount; ++i)
-            m_cells.append(i < cells.size() ? std::move(cells[i]) : QVariant());
-    } else {
+    takeRow(cells);
+}
+
+void RowSet::takeRow(QList<QVariant> &cells)
+{
+    if (!cells.isDetached()) {
         appendRow(std::as_const(cells));
+        std::fill(cells.begin(), cells.end(), QVariant());
+        return;
     }
+    for (qsizetype i = 0; i < m_columnCount; ++i)
+        m_cells.append(i < cells.size() ? std::exchange(cells[i], QVariant()) : QVariant());
 }
 
 int RowSet::addColumn(const QString &name)

@@ -37,6 +37,9 @@ public:
     // Appends a row; missing cells are null, surplus ones dropped.
     void appendRow(const QList<QVariant> &cells);
     void appendRow(QList<QVariant> &&cells);
+    // Appends a row whose cells are moved out of cells: the list keeps its size, every cell null,
+    // ready for the next row.
+    void takeRow(QList<QVariant> &cells);
     // Adds a column of nulls after the last one; its index.
     int addColumn(const QString &name);
     // Adds columns of nulls after the last one, the cells moved once, not copied.
