@@ -4,6 +4,11 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <optional>
+
 namespace zarek {
 
 QLocale bulgarianLocale()
@@ -13,11 +18,53 @@ QLocale bulgarianLocale()
     return locale;
 }
 
+namespace {
+
+// A value rounded to its decimals written out from its whole number of the last decimal's units:
+// the same text QString::number gives, without its general conversion. None beyond the range
+// where that whole number is exact.
+std::optional<QString> writtenFixed(double rounded, int decimals)
+{
+    static constexpr std::array<double, 9> powers = {1, 10, 100, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
+    if (decimals < 0 || decimals >= static_cast<int>(powers.size()))
+        return std::nullopt;
+    const double scaled = rounded * powers[static_cast<size_t>(decimals)];
+    if (!(std::fabs(scaled) < 1e15))
+        return std::nullopt;
+    const long long whole = std::llround(scaled);
+    if (std::fabs(scaled - static_cast<double>(whole)) > 1e-6 * std::max(1.0, std::fabs(scaled)))
+        return std::nullopt;
+    unsigned long long magnitude = whole < 0 ? 0ULL - static_cast<unsigned long long>(whole)
+                                             : static_cast<unsigned long long>(whole);
+    std::array<char, 24> digits{};
+    int count = 0;
+    do {
+        digits[static_cast<size_t>(count++)] = static_cast<char>('0' + magnitude % 10);
+        magnitude /= 10;
+    } while (magnitude > 0);
+    while (count <= decimals)
+        digits[static_cast<size_t>(count++)] = '0';
+    QString text;
+    text.reserve(count + 2);
+    if (whole < 0)
+        text.append(QLatin1Char('-'));
+    for (int i = count - 1; i >= 0; --i) {
+        text.append(QLatin1Char(digits[static_cast<size_t>(i)]));
+        if (i == decimals && decimals > 0)
+            text.append(QLatin1Char(','));
+    }
+    return text;
+}
+
+}
+
 QString formatFixed(double value, int decimals)
 {
     double rounded = roundHalfEven(value, decimals);
     if (rounded == 0.0)
         rounded = 0.0;  // no "-0,00"
+    if (std::optional<QString> written = writtenFixed(rounded, decimals))
+        return *written;
     QString text = QString::number(rounded, 'f', decimals);
     text.replace(QLatin1Char('.'), QLatin1Char(','));
     return text;

@@ -30,6 +30,15 @@ double roundDecimal(double value, int decimals, Tie tie)
 {
     if (!std::isfinite(value) || value == 0.0 || decimals < 0)
         return value;
+    // Most values already read with no more decimals than kept (amounts as stored): the decimal
+    // n / 10^decimals reads back as this very double, so its shortest text has no more decimals
+    // and the value stays as it is. Known without writing it out.
+    static constexpr std::array<double, 9> powers = {1, 10, 100, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8};
+    if (decimals < static_cast<int>(powers.size()) && std::fabs(value) < 1e12) {
+        const double power = powers[static_cast<size_t>(decimals)];
+        if (std::round(value * power) / power == value)
+            return value;
+    }
 
     std::array<char, 400> buffer{};
     const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), std::fabs(value),

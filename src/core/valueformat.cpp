@@ -5,10 +5,13 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QHash>
 
 namespace zarek {
 
-std::optional<NumberFormat> numberFormat(const QString &format)
+namespace {
+
+std::optional<NumberFormat> parseNumberFormat(const QString &format)
 {
     qsizetype end = 0;
     while (end < format.size()
@@ -33,6 +36,22 @@ std::optional<NumberFormat> numberFormat(const QString &format)
                                                                                      : decimals.indexOf(QLatin1Char('#')));
     }
     return parsed;
+}
+
+}
+
+std::optional<NumberFormat> numberFormat(const QString &format)
+{
+    // A grid or a paper formats every cell of a column by the same few formats: each is read once
+    // per thread.
+    thread_local QHash<QString, std::optional<NumberFormat>> parsed;
+    const auto found = parsed.constFind(format);
+    if (found != parsed.constEnd())
+        return *found;
+    const std::optional<NumberFormat> number = parseNumberFormat(format);
+    if (parsed.size() < 256)
+        parsed.insert(format, number);
+    return number;
 }
 
 std::optional<int> formatDecimals(const QString &format)

@@ -68,29 +68,26 @@ QStringList datedAmountColumns(const QStringList &columns, const QStringList &am
     return added;
 }
 
-std::function<void(QList<QVariant> &cells)> datedAmountsChange(const BooksDay &books, const QStringList &columns,
-                                                               const QString &dateColumn,
-                                                               const QStringList &amountColumns,
-                                                               const DatedAmounts &amounts)
-{
-    const RowSet shape(columns);
-    const int date = shape.column(dateColumn);
+namespace {
+
+// The change of one row: each amount's copy in the totals' currency, and in a mixed set the amount
+// as its text with its unit.
+struct DatedRowChange {
+    BooksDay books;
+    int date = -1;
     QList<QPair<int, int>> sourceAndTotal;
-    int total = static_cast<int>(columns.size());
-    for (const QString &name : amountColumns) {
-        const int source = shape.column(name);
-        if (source >= 0)
-            sourceAndTotal.append({source, total++});
-    }
-    return [books, date, sourceAndTotal, amounts](QList<QVariant> &cells) {
+    DatedAmounts amounts;
+
+    void apply(QVariant *cells) const
+    {
         bool known = false;
         Currency currency = Currency::Leva;
         for (const auto &[source, total] : sourceAndTotal) {
-            const QVariant value = cells.at(source);
+            const QVariant &value = cells[source];
             if (value.isNull())
                 continue;
             if (!known) {
-                currency = books.currencyOn(date >= 0 ? dateOfValue(cells.at(date)) : QDate());
+                currency = books.currencyOn(date >= 0 ? dateOfValue(cells[date]) : QDate());
                 known = true;
             }
             const Money amount = Money::fromAmount(value.toDouble());
@@ -98,29 +95,43 @@ std::function<void(QList<QVariant> &cells)> datedAmountsChange(const BooksDay &b
             if (amounts.mixed)
                 cells[source] = rowAmountText(amount, currency, true);
         }
+    }
+};
+
+DatedRowChange datedRowChange(const BooksDay &books, const QStringList &columns, const QString &dateColumn,
+                              const QStringList &amountColumns, const DatedAmounts &amounts)
+{
+    const RowSet shape(columns);
+    DatedRowChange change{books, shape.column(dateColumn), {}, amounts};
+    int total = static_cast<int>(columns.size());
+    for (const QString &name : amountColumns) {
+        const int source = shape.column(name);
+        if (source >= 0)
+            change.sourceAndTotal.append({source, total++});
+    }
+    return change;
+}
+
+}
+
+std::function<void(QList<QVariant> &cells)> datedAmountsChange(const BooksDay &books, const QStringList &columns,
+                                                               const QString &dateColumn,
+                                                               const QStringList &amountColumns,
+                                                               const DatedAmounts &amounts)
+{
+    return [change = datedRowChange(books, columns, dateColumn, amountColumns, amounts)](QList<QVariant> &cells) {
+        change.apply(cells.data());
     };
 }
 
 void prepareDatedAmounts(const BooksDay &books, RowSet &rows, const QString &dateColumn, const QStringList &amountColumns,
                          const DatedAmounts &amounts)
 {
-    const QStringList added = datedAmountColumns(rows.columns(), amountColumns);
-    const auto change = datedAmountsChange(books, rows.columns(), dateColumn, amountColumns, amounts);
-    // Row by row into a set with the added columns, not a copy of the whole set per column.
-    RowSet prepared(rows.columns() + added);
-    prepared.reserveRows(rows.rowCount());
-    QList<QVariant> cells;
-    const int width = rows.columnCount();
-    for (int row = 0; row < rows.rowCount(); ++row) {
-        cells.resize(width + added.size());
-        for (int c = 0; c < width; ++c)
-            cells[c] = rows.value(row, c);
-        for (qsizetype c = width; c < cells.size(); ++c)
-            cells[c] = QVariant();
-        change(cells);
-        prepared.appendRow(cells);
-    }
-    rows = std::move(prepared);
+    const DatedRowChange change = datedRowChange(books, rows.columns(), dateColumn, amountColumns, amounts);
+    // The columns added in place, each row changed where it lies: no copy of the set.
+    rows.addColumns(datedAmountColumns(rows.columns(), amountColumns));
+    for (int row = 0; row < rows.rowCount(); ++row)
+        change.apply(rows.rowCells(row));
 }
 
 QString totalFormat(Currency totals)

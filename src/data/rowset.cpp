@@ -5,6 +5,9 @@
 #include <QSqlQuery>
 #include <QSqlRecord>
 
+#include <algorithm>
+#include <utility>
+
 namespace zarek {
 
 RowSet::RowSet(QStringList columns) : m_columns(std::move(columns)), m_columnCount(m_columns.size()) {}
@@ -53,6 +56,22 @@ void RowSet::appendRow(const QList<QVariant> &cells)
         m_cells.append(i < cells.size() ? cells.at(i) : QVariant());
 }
 
+void RowSet::appendRow(QList<QVariant> &&cells)
+{
+    takeRow(cells);
+}
+
+void RowSet::takeRow(QList<QVariant> &cells)
+{
+    if (!cells.isDetached()) {
+        appendRow(std::as_const(cells));
+        std::fill(cells.begin(), cells.end(), QVariant());
+        return;
+    }
+    for (qsizetype i = 0; i < m_columnCount; ++i)
+        m_cells.append(i < cells.size() ? std::exchange(cells[i], QVariant()) : QVariant());
+}
+
 int RowSet::addColumn(const QString &name)
 {
     const int rows = rowCount();
@@ -67,6 +86,25 @@ int RowSet::addColumn(const QString &name)
     ++m_columnCount;
     m_cells = std::move(cells);
     return static_cast<int>(m_columnCount - 1);
+}
+
+void RowSet::addColumns(const QStringList &names)
+{
+    if (names.isEmpty())
+        return;
+    const int rows = rowCount();
+    const qsizetype width = m_columnCount + names.size();
+    QList<QVariant> cells(static_cast<qsizetype>(rows) * width);
+    const bool own = m_cells.isDetached();  // a set shared with a copy is copied from, not moved
+    for (int row = 0; row < rows; ++row) {
+        for (qsizetype c = 0; c < m_columnCount; ++c) {
+            const qsizetype from = index(row, static_cast<int>(c));
+            cells[row * width + c] = own ? std::move(m_cells[from]) : m_cells.at(from);
+        }
+    }
+    m_columns.append(names);
+    m_columnCount = width;
+    m_cells = std::move(cells);
 }
 
 void RowSet::removeRow(int row)

@@ -36,8 +36,16 @@ public:
 
     // Appends a row; missing cells are null, surplus ones dropped.
     void appendRow(const QList<QVariant> &cells);
+    void appendRow(QList<QVariant> &&cells);
+    // Appends a row whose cells are moved out of cells: the list keeps its size, every cell null,
+    // ready for the next row.
+    void takeRow(QList<QVariant> &cells);
     // Adds a column of nulls after the last one; its index.
     int addColumn(const QString &name);
+    // Adds columns of nulls after the last one, the cells moved once, not copied.
+    void addColumns(const QStringList &names);
+    // The cells of a row, to change in place (columnCount() of them).
+    QVariant *rowCells(int row) { return m_cells.data() + index(row, 0); }
     // Takes a row out; the rows after it move up.
     void removeRow(int row);
     // Keeps the rows named, in the order named (each at most once); the others go. The cells are

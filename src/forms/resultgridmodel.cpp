@@ -5,9 +5,25 @@
 #include "forms/messageservice.h"
 #include "core/valueformat.h"
 
-#include <QRegularExpression>
 
 namespace zarek {
+
+namespace {
+
+// "yyyy-MM-dd" of any decimal digits, as the pattern ^\d{4}-\d{2}-\d{2}$ reads it (its $ also
+// before a closing line break), without running a pattern for every cell.
+bool looksIsoDate(const QString &text)
+{
+    if (text.size() != 10 && !(text.size() == 11 && text.at(10) == QLatin1Char('\n')))
+        return false;
+    for (int i = 0; i < 10; ++i) {
+        if (i == 4 || i == 7 ? text.at(i) != QLatin1Char('-') : !text.at(i).isDigit())
+            return false;
+    }
+    return true;
+}
+
+}
 
 ResultGridModel::ResultGridModel(QObject *parent) : QAbstractTableModel(parent) {}
 
@@ -203,9 +219,8 @@ QString ResultGridModel::displayText(const QVariant &value, const ResultGridColu
 {
     if (column.format.isEmpty()) {
         // Dates come from SQLite as ISO text and from PostgreSQL as dates: both read dd.MM.yyyy.
-        static const QRegularExpression isoDate(QStringLiteral("^\\d{4}-\\d{2}-\\d{2}$"));
         if (value.metaType().id() == QMetaType::QDate
-            || (value.metaType().id() == QMetaType::QString && isoDate.match(value.toString()).hasMatch()))
+            || (value.metaType().id() == QMetaType::QString && looksIsoDate(value.toString())))
             return formatDate(dateOfValue(value));
     }
     return formatReportValue(value, column.format);

@@ -1,9 +1,11 @@
 #include "reportdesign.h"
 
 #include <QFile>
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMutex>
 
 namespace zarek {
 
@@ -183,10 +185,25 @@ Checked<ReportDesign> parseReportDesign(const QByteArray &json)
 
 Checked<ReportDesign> loadReportDesign(const QString &name)
 {
+    // The designs are resources of the program and never change while it runs: each is read and
+    // parsed once, and every paper after the first starts from a copy.
+    static QMutex mutex;
+    static QHash<QString, ReportDesign> parsed;
+    {
+        QMutexLocker lock(&mutex);
+        const auto found = parsed.constFind(name);
+        if (found != parsed.constEnd())
+            return found.value();
+    }
     QFile file(QStringLiteral(":/reports/designs/%1.json").arg(name));
     if (!file.open(QIODevice::ReadOnly))
         return designError(QStringLiteral("Липсва макетът на справка %1").arg(name));
-    return parseReportDesign(file.readAll());
+    Checked<ReportDesign> design = parseReportDesign(file.readAll());
+    if (design) {
+        QMutexLocker lock(&mutex);
+        parsed.insert(name, design.value());
+    }
+    return design;
 }
 
 }

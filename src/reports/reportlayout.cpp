@@ -361,7 +361,9 @@ private:
     void checkDataFields() const;
     void addToAggregates(const QList<QVariant> &cells);
     QString aggregateText(const ReportControl &control) const;
-    Band buildBand(const ReportSection &section, const RowSet &rows, int row);
+    // A band laid out at y = 0; with heightOnly, only its height is worked out: the controls that
+    // cannot grow keep their design's height and are not laid out.
+    Band buildBand(const ReportSection &section, const RowSet &rows, int row, bool heightOnly = false);
     // Adds a control moved down by shift; returns the height it took.
     double addControl(Band &band, const ReportControl &control, const QString &text, qint64 backColor,
                       bool pageNumber, double shift);
@@ -646,7 +648,7 @@ const QList<int> &ReportLayouter::Engine::topOrder(const ReportSection &section)
     return *m_topOrder.insert(section.name, order);
 }
 
-Band ReportLayouter::Engine::buildBand(const ReportSection &section, const RowSet &rows, int row)
+Band ReportLayouter::Engine::buildBand(const ReportSection &section, const RowSet &rows, int row, bool heightOnly)
 {
     Band band;
     band.height = section.height * pointsPerTwip;
@@ -669,7 +671,9 @@ Band ReportLayouter::Engine::buildBand(const ReportSection &section, const RowSe
                 shift = std::max(shift, g.push);
         }
         double height = control.height * pointsPerTwip;
-        switch (control.kind) {
+        if (heightOnly && !control.canGrow) {
+            // it keeps its design's height: nothing to lay out
+        } else switch (control.kind) {
         case ReportControlKind::Line:
         case ReportControlKind::Box: {
             ReportPrimitive p;
@@ -766,7 +770,9 @@ bool ReportLayouter::Engine::layoutNextPage()
         m_carried = false;
         if (!detailShown)
             continue;
-        const double height = buildBand(*m_detail, m_row, 0).height;
+        // Only the band's height is needed here (the page draws the band); the first band is laid
+        // out whole, so the fonts of the detail are known in their order before any page is drawn.
+        const double height = buildBand(*m_detail, m_row, 0, m_packed->rowCount() > 0).height;
         if (y + height > m_contentBottom + 0.01 && pageHasRows) {
             m_carried = true;  // opens the next page
             break;

@@ -15,6 +15,7 @@
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -53,16 +54,18 @@ public:
     const ReportPage &page() const { return m_page; }
 
 protected:
-    void paintEvent(QPaintEvent *) override
+    void paintEvent(QPaintEvent *event) override
     {
+        // Only the part the window shows is drawn (in a scroll area most of the page lies outside).
+        const QRect exposed = event->rect();
         QPainter painter(this);
-        painter.fillRect(rect(), palette().color(QPalette::Dark));
+        painter.fillRect(exposed, palette().color(QPalette::Dark));
         if (!m_frame)
             return;
         const QRectF paper(margin, margin, m_frame->pageSize.width() * m_scale, m_frame->pageSize.height() * m_scale);
         painter.fillRect(paper.translated(3, 3), QColor(0, 0, 0, 60));
         painter.fillRect(paper, Qt::white);
-        renderReportPage(painter, m_page, *m_frame, paper);
+        renderReportPage(painter, m_page, *m_frame, paper, exposed);
     }
 
 private:

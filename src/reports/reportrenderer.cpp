@@ -14,6 +14,23 @@ namespace zarek {
 
 namespace {
 
+// Where a primitive may leave ink, in page points: a text's glyphs may reach beyond its box by
+// their overhang, a line or box by its pen.
+QRectF inkOf(const ReportPrimitive &p)
+{
+    switch (p.kind) {
+    case ReportPrimitive::Kind::Text:
+        return p.rect.adjusted(-p.rect.height(), -p.rect.height(), p.rect.height(), p.rect.height());
+    case ReportPrimitive::Kind::Line:
+    case ReportPrimitive::Kind::Box:
+        return p.rect.normalized().adjusted(-p.lineWidth - 1, -p.lineWidth - 1, p.lineWidth + 1, p.lineWidth + 1);
+    case ReportPrimitive::Kind::Fill:
+    case ReportPrimitive::Kind::Image:
+        break;
+    }
+    return p.rect.normalized().adjusted(-1, -1, 1, 1);
+}
+
 QPageLayout pageLayoutOf(const LaidOutReport &report)
 {
     return QPageLayout(QPageSize(QPageSize::A4),
@@ -31,11 +48,15 @@ void renderReportPage(QPainter &painter, const LaidOutReport &report, int page, 
     renderReportPage(painter, report.pages.at(page), report, target);
 }
 
-void renderReportPage(QPainter &painter, const ReportPage &page, const LaidOutReport &report, const QRectF &target)
+void renderReportPage(QPainter &painter, const ReportPage &page, const LaidOutReport &report, const QRectF &target,
+                      const QRectF &exposed)
 {
     if (report.pageSize.isEmpty())
         return;
     const double scale = target.width() / report.pageSize.width();
+    // The exposed part in page points; none: the whole page.
+    const QRectF shown = exposed.isNull() ? QRectF()
+                                          : QRectF((exposed.topLeft() - target.topLeft()) / scale, exposed.size() / scale);
     // Fonts are given in points of the device; under the scale below a point of the layout must
     // come out as one unit, so the size is divided by the device's points per unit.
     const double deviceDpi = painter.device() ? painter.device()->logicalDpiY() : 72.0;
@@ -57,6 +78,8 @@ void renderReportPage(QPainter &painter, const ReportPage &page, const LaidOutRe
     int currentFont = -1;
     quint32 currentPen = 0;
     for (const ReportPrimitive &p : page.primitives) {
+        if (!shown.isNull() && !shown.intersects(inkOf(p)))
+            continue;
         switch (p.kind) {
         case ReportPrimitive::Kind::Fill:
             painter.fillRect(p.rect, QColor::fromRgba(p.color));

@@ -16,8 +16,10 @@ namespace zarek {
 // The preview, the printer and PDF all draw through here.
 void renderReportPage(QPainter &painter, const LaidOutReport &report, int page, const QRectF &target);
 // The same for a page held apart from its report (drawn from its record); the frame gives the
-// paper and the fonts.
-void renderReportPage(QPainter &painter, const ReportPage &page, const LaidOutReport &frame, const QRectF &target);
+// paper and the fonts. With an exposed rectangle (painter coordinates), only what reaches into it
+// is drawn: a window showing part of a page lays out the text of that part alone.
+void renderReportPage(QPainter &painter, const ReportPage &page, const LaidOutReport &frame, const QRectF &target,
+                      const QRectF &exposed = {});
 
 // The pages of a long report, drawn one at a time as they are printed.
 using ReportPageSource = std::function<ReportPage(int page)>;

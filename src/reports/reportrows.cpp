@@ -184,6 +184,29 @@ private:
     std::optional<UserMessage> m_error;
 };
 
+class MadeStream : public RowStream {
+public:
+    MadeStream(QStringList columns, int count, std::function<QList<QVariant>(int)> make)
+        : m_columns(std::move(columns)), m_count(count), m_make(std::move(make))
+    {
+    }
+    const QStringList &columns() const override { return m_columns; }
+    bool next(QList<QVariant> &cells) override
+    {
+        if (m_next >= m_count)
+            return false;
+        cells = m_make(m_next++);
+        cells.resize(m_columns.size());
+        return true;
+    }
+
+private:
+    QStringList m_columns;
+    int m_count = 0;
+    std::function<QList<QVariant>(int)> m_make;
+    int m_next = 0;
+};
+
 class ChangedStream : public RowStream {
 public:
     ChangedStream(std::shared_ptr<RowStream> source, const QStringList &added,
@@ -251,6 +274,11 @@ std::shared_ptr<RowStream> changedRows(std::shared_ptr<RowStream> source, const 
                                        std::function<void(QList<QVariant> &cells)> change)
 {
     return std::make_shared<ChangedStream>(std::move(source), addedColumns, std::move(change));
+}
+
+std::shared_ptr<RowStream> madeRows(QStringList columns, int count, std::function<QList<QVariant>(int row)> make)
+{
+    return std::make_shared<MadeStream>(std::move(columns), count, std::move(make));
 }
 
 Checked<RowSet> readAllRows(RowStream &rows)

@@ -48,6 +48,10 @@ Checked<std::shared_ptr<RowStream>> keyedRowStream(QSqlDatabase db, const QStrin
 std::shared_ptr<RowStream> changedRows(std::shared_ptr<RowStream> source, const QStringList &addedColumns,
                                        std::function<void(QList<QVariant> &cells)> change);
 
+// Rows made one at a time as they are asked for: count of them, row i's cells (in column order)
+// from make. A paper built from values in memory makes only the rows of the pages laid out.
+std::shared_ptr<RowStream> madeRows(QStringList columns, int count, std::function<QList<QVariant>(int row)> make);
+
 // What is left of a stream, in a set.
 Checked<RowSet> readAllRows(RowStream &rows);
 

@@ -160,7 +160,7 @@ RowSet KlientsStore::workingRows(const RowSet &courses)
         cells[6] = real(courses.value(row, ton));
         cells[7] = real(courses.value(row, tarifa));
         cells[8] = real(courses.value(row, bruto));
-        rows.appendRow(cells);
+        rows.takeRow(cells);
     }
     return rows;
 }

@@ -32,9 +32,9 @@ auto withProgress(QWidget *window, const QString &label, Work work)
 
 // A paper the driver signs or the dispatcher files: shown until closed, over the main window. Its
 // first page shows at once, the others are laid out behind it.
-void showModal(const Report &report, QWidget *window, int helpTopic)
+void showModal(std::shared_ptr<ReportLayouter> layouter, QWidget *window, int helpTopic)
 {
-    ReportPreview preview(std::make_shared<ReportLayouter>(report), window);
+    ReportPreview preview(std::move(layouter), window);
     if (helpTopic > 0)
         preview.setProperty("helpTopic", helpTopic);
     preview.exec();
@@ -49,12 +49,14 @@ void showPaySheet(CommandContext &context, const SearchConditions &conditions)
         MessageService::instance().inform(sheet.message());
         return;
     }
-    const Checked<Report> report = ReportZaplata(sheet.value(), paySheetRows(sheet.value()), context.firm(), commandDay().today);
+    const Checked<StreamedReport> report =
+        ReportZaplata(sheet.value(), paySheetRowStream(sheet.value()), context.firm(), commandDay().today);
     if (!report) {
         MessageService::instance().inform(report.message());
         return;
     }
-    showModal(report.value(), context.window, context.helpTopic(QStringLiteral("mnuSlgZapl")));
+    showModal(std::make_shared<ReportLayouter>(report.value()), context.window,
+              context.helpTopic(QStringLiteral("mnuSlgZapl")));
 }
 
 }
@@ -70,7 +72,8 @@ void showDriverCourseList(CommandContext &context, bool paid, const SearchCondit
         MessageService::instance().inform(report.message());
         return;
     }
-    showModal(report.value(), context.window, context.helpTopic(QStringLiteral("mnuSprShof")));
+    showModal(std::make_shared<ReportLayouter>(report.value()), context.window,
+              context.helpTopic(QStringLiteral("mnuSprShof")));
 }
 
 void registerDriverPayCommands(CommandRegistry &commands)

@@ -4,6 +4,7 @@
 #include "core/valueformat.h"
 #include "data/currencyrows.h"
 #include "data/scratchdatabase.h"
+#include "reports/reportrows.h"
 
 #include <QVariant>
 
@@ -56,6 +57,12 @@ RowSet paySheetRows(const PaySheet &sheet)
     for (const PaySheetLine &line : sheet.lines)
         rows.appendRow(tempZaplataRow(line));
     return rows;
+}
+
+std::shared_ptr<RowStream> paySheetRowStream(const PaySheet &sheet)
+{
+    return madeRows(tempZaplataColumns(), static_cast<int>(sheet.lines.size()),
+                    [lines = sheet.lines](int row) { return tempZaplataRow(lines.at(row)); });
 }
 
 Checked<ScratchStatement> writeTempPlaten(ScratchDatabase &scratch, const RowSet &courses, const QList<int> &rows,

@@ -6,8 +6,11 @@
 #include "data/rowset.h"
 #include "settlement/paysheetstore.h"
 
+#include <memory>
+
 namespace zarek {
 
+class RowStream;
 class ScratchDatabase;
 
 // A statement laid out in the scratch database: its rows as the report reads them, and the total
@@ -35,6 +38,8 @@ Checked<RowSet> writeTempZaplata(ScratchDatabase &scratch, const PaySheet &sheet
 // The rows writeTempZaplata would read back, made straight from the sheet: the paper needs no
 // scratch table between.
 RowSet paySheetRows(const PaySheet &sheet);
+// The same rows, each made as the paper lays it out.
+std::shared_ptr<RowStream> paySheetRowStream(const PaySheet &sheet);
 
 // TempPlaten made anew and filled with the given rows of courses (Data, Marsh, Tovar, kola, KM,
 // Ton, Tarifa, neto), numbered from 1, figures as text: KM "###0", Ton "###0.000", Tarifa with

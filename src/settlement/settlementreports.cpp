@@ -33,23 +33,31 @@ void fillReceipt(Report &report, const DriverPapers &papers, QDate today)
 
 }
 
-Checked<Report> ReportZaplata(const PaySheet &sheet, const RowSet &tempZaplata, const FirmProfile &firm, QDate today)
+Checked<StreamedReport> ReportZaplata(const PaySheet &sheet, std::shared_ptr<RowStream> tempZaplata,
+                                      const FirmProfile &firm, QDate today)
 {
     Checked<Report> loaded = Report::fromDesign(QStringLiteral("rptZaplata"));
     if (!loaded)
-        return loaded;
-    Report report = loaded.value();
-    RowSet rows = tempZaplata;
+        return loaded.message();
+    StreamedReport streamed{loaded.value(), nullptr};
+    Report &report = streamed.report;
     const bool mixed = sheet.mixed();
-    prepareDatedAmounts({sheet.changeover, today}, rows, QStringLiteral("Data"), {QStringLiteral("Suma"), QStringLiteral("Zaplata")},
-                        {sheet.currency, mixed});
-    report.setDataSource(rows);
+    const QStringList amounts = {QStringLiteral("Suma"), QStringLiteral("Zaplata")};
+    const QStringList columns = tempZaplata->columns();
+    streamed.rows = changedRows(std::move(tempZaplata), datedAmountColumns(columns, amounts),
+                                datedAmountsChange({sheet.changeover, today}, columns, QStringLiteral("Data"), amounts,
+                                                   {sheet.currency, mixed}));
     fillFrame(report, firm, sheet.name, sheet.period, sheet.printedTotal(), sheet.currency);
     fillReceipt(report, {sheet.egn, sheet.lKarta}, today);
     report.setAmountsWithUnits(mixed);
     if (mixed)
         report.addFooterNote(conversionNote(sheet.changeover, sheet.currency));
-    return report;
+    return streamed;
+}
+
+Checked<Report> ReportZaplata(const PaySheet &sheet, RowSet tempZaplata, const FirmProfile &firm, QDate today)
+{
+    return withAllRows(ReportZaplata(sheet, rowStreamOf(std::move(tempZaplata)), firm, today));
 }
 
 Checked<Report> ReportPlaten(const QString &name, const DriverPapers &papers, const Period &period,

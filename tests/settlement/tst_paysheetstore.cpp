@@ -227,6 +227,9 @@ private slots:
             layoutReport(ReportZaplata(sheet.value(), paySheetRows(sheet.value()), exampleFirm(), today).value())
                 .textLines();
         QCOMPARE(lines, expected);
+        // As the command shows it: the rows made as the pages are laid out.
+        ReportLayouter streamed(ReportZaplata(sheet.value(), paySheetRowStream(sheet.value()), exampleFirm(), today).value());
+        QCOMPARE(streamed.whole().textLines(), expected);
     }
 };
 
