@@ -15,7 +15,7 @@
 // Archives of the whole database as self-contained SQLite files (their restore: restore.h; the year
 // close: yearclose.h).
 //
-// An archive is taken from one consistent state of the database: on SQLite by VACUUM INTO while a
+// An archive is taken from one consistent state of the database: on SQLite by the engine's page copy while a
 // second connection holds the write lock, on PostgreSQL by reading every table in one
 // repeatable-read transaction. It is written beside its place, checked (quick_check, every table's
 // rows counted against that state) and only then moved into place, so a file of that name is never

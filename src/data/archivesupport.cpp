@@ -11,6 +11,12 @@
 #include <QVariant>
 #include <system_error>
 
+#pragma GCC visibility push(hidden)
+#include <sqlite3.h>
+#pragma GCC visibility pop
+
+#include <QSqlDriver>
+
 #ifdef Q_OS_UNIX
 #include <fcntl.h>
 #include <unistd.h>
@@ -170,6 +176,8 @@ void removeWorkFile(const QString &path)
         return;
     QFile::remove(path);
     QFile::remove(path + QStringLiteral("-journal"));
+    QFile::remove(path + QStringLiteral("-wal"));
+    QFile::remove(path + QStringLiteral("-shm"));
 }
 
 int removeDeadWorkFiles(const QString &folder)
@@ -313,6 +321,83 @@ std::optional<Fault> dropIndexes(QSqlDatabase db, const QString &schema, const Q
         if (!query.exec(drop))
             return engineFault(query.lastError());
     }
+    return std::nullopt;
+}
+
+pg_conn *libpqConnection(const QSqlDatabase &db)
+{
+    const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
+    // The driver names the type by its typedef or by the struct behind it, as Qt's build saw it.
+    if (!handle.isValid() || (qstrcmp(handle.typeName(), "PGconn*") != 0 && qstrcmp(handle.typeName(), "pg_conn*") != 0))
+        return nullptr;
+    return *static_cast<pg_conn *const *>(handle.constData());
+}
+
+sqlite3 *sqliteHandle(const QSqlDatabase &db)
+{
+    const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return nullptr;
+    return *static_cast<sqlite3 *const *>(handle.constData());
+}
+
+PageCopy::PageCopy(QSqlDatabase source, QSqlDatabase target) : m_source(std::move(source)), m_target(std::move(target)) {}
+
+PageCopy::~PageCopy()
+{
+    if (m_backup)
+        sqlite3_backup_finish(m_backup);  // an unfinished copy: the target's transaction is rolled back
+}
+
+std::optional<Fault> PageCopy::step(int pages, bool last)
+{
+    sqlite3 *source = sqliteHandle(m_source);
+    sqlite3 *target = sqliteHandle(m_target);
+    if (!source || !target)
+        return Fault{QStringLiteral("няма връзка с базата данни")};
+    if (!m_backup) {
+        m_backup = sqlite3_backup_init(target, "main", source, "main");
+        if (!m_backup)
+            return Fault{QString::fromUtf8(sqlite3_errmsg(target))};
+    }
+    const int code = sqlite3_backup_step(m_backup, pages);
+    if (code == SQLITE_DONE || (code == SQLITE_OK && !last))
+        return std::nullopt;
+    sqlite3_backup_finish(m_backup);
+    m_backup = nullptr;
+    const int primary = code & 0xff;
+    QString text = QString::fromUtf8(sqlite3_errstr(code));
+    if (code == SQLITE_OK)
+        text = QStringLiteral("копието на страниците не е завършено");
+    return Fault{text, primary == SQLITE_BUSY || primary == SQLITE_LOCKED};
+}
+
+std::optional<Fault> PageCopy::lock()
+{
+    return step(0, false);
+}
+
+std::optional<Fault> PageCopy::copyAll()
+{
+    if (auto fault = step(-1, true))
+        return fault;
+    const int code = sqlite3_backup_finish(m_backup);
+    m_backup = nullptr;
+    if (code != SQLITE_OK)
+        return Fault{QString::fromUtf8(sqlite3_errstr(code)), (code & 0xff) == SQLITE_BUSY};
+    return std::nullopt;
+}
+
+std::optional<Fault> useRollbackJournal(QSqlDatabase db)
+{
+    QSqlQuery query(db);
+    // The header is read first: a file marked for WAL opens in it, and only then can be taken out.
+    if (!query.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master")) || !query.next())
+        return engineFault(query.lastError());
+    if (!query.exec(QStringLiteral("PRAGMA journal_mode = DELETE")) || !query.next())
+        return engineFault(query.lastError());
+    if (query.value(0).toString().compare(QLatin1String("delete"), Qt::CaseInsensitive) != 0)
+        return Fault{QStringLiteral("файлът остана в режим %1").arg(query.value(0).toString())};
     return std::nullopt;
 }
 

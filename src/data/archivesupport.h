@@ -18,6 +18,10 @@
 #include <memory>
 #include <optional>
 
+struct pg_conn;
+struct sqlite3;
+struct sqlite3_backup;
+
 // What the archive, the restore and the year close share: connections of their own, files written
 // beside their place and moved into it, table and column names per engine, and rows in bulk.
 namespace zarek::archiving {
@@ -64,6 +68,39 @@ std::optional<Fault> createEmptyFile(const QString &path);
 void removeWorkFile(const QString &path);
 // The bytes of a file into another that exists (made by createEmptyFile), keeping its rights.
 std::optional<Fault> copyFileInto(const QString &from, const QString &to);
+
+// The live PostgreSQL connection under Qt's driver, for COPY (which the driver cannot send); null
+// for a connection of another engine.
+::pg_conn *libpqConnection(const QSqlDatabase &db);
+// The engine's handle under Qt's SQLite driver; null for a connection of another engine.
+::sqlite3 *sqliteHandle(const QSqlDatabase &db);
+
+// The engine's own page copy of one SQLite database into another (its backup): the target's pages
+// replaced by the source's in one transaction of the target, which commits whole or leaves the
+// target as it was. lock() takes the target's write lock ahead of the copy (waiting as the target's
+// connection waits), so that what is read meanwhile on other connections stays so until the copy;
+// copyAll() takes it itself when not taken. Neither connection is used for anything else meanwhile.
+class PageCopy {
+public:
+    PageCopy(QSqlDatabase source, QSqlDatabase target);
+    ~PageCopy();
+    PageCopy(const PageCopy &) = delete;
+    PageCopy &operator=(const PageCopy &) = delete;
+
+    std::optional<Fault> lock();
+    std::optional<Fault> copyAll();
+
+private:
+    std::optional<Fault> step(int pages, bool last);
+
+    QSqlDatabase m_source;
+    QSqlDatabase m_target;
+    ::sqlite3_backup *m_backup = nullptr;
+};
+
+// A SQLite file written by a page copy from a database in WAL mode, put back to the rollback
+// journal of a file that is read alone (and read-only) by the checks and the restore.
+std::optional<Fault> useRollbackJournal(QSqlDatabase db);
 
 // A file of ours beside its place (".name.part-…"), removed unless it was kept. A lock file beside
 // it says, for as long as it lives, that a running copy of the program owns it; the lock is taken

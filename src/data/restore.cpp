@@ -18,6 +18,12 @@
 
 #include <postgresql/libpq-fe.h>
 
+#pragma GCC visibility push(hidden)
+#include <sqlite3.h>
+#pragma GCC visibility pop
+
+#include <QUtf8StringView>
+
 namespace zarek {
 
 using namespace archiving;
@@ -100,16 +106,6 @@ QVariant forPostgres(const QVariant &value, int type)
     }
 }
 
-// The live PostgreSQL connection under Qt's driver, for COPY (which the driver cannot send).
-PGconn *libpqConnection(const QSqlDatabase &db)
-{
-    const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
-    // The driver names the type by its typedef or by the struct behind it, as Qt's build saw it.
-    if (!handle.isValid() || (qstrcmp(handle.typeName(), "PGconn*") != 0 && qstrcmp(handle.typeName(), "pg_conn*") != 0))
-        return nullptr;
-    return *static_cast<PGconn *const *>(handle.constData());
-}
-
 // Rows sent to PostgreSQL with COPY … FROM STDIN in its text format, in the transaction the
 // connection is in: the values of forPostgres, each written as the engine reads it back, so the
 // engine checks every one as an INSERT would (a value that is not of its column's type stops it).
@@ -131,16 +127,48 @@ public:
 
     std::optional<Fault> add(const QVariant &value)
     {
-        if (m_column > 0)
-            m_buffer.append('\t');
+        separate();
         write(value);
-        if (++m_column == m_columns) {
-            m_buffer.append('\n');
-            m_column = 0;
-            if (m_buffer.size() > (1 << 20))
-                return send();
-        }
-        return std::nullopt;
+        return ended();
+    }
+
+    // A value already in the engine's words: text as it is, escaped; a number; no value.
+    std::optional<Fault> addText(const char *text, qsizetype bytes)
+    {
+        separate();
+        writeText(text, bytes);
+        return ended();
+    }
+    std::optional<Fault> addInteger(qint64 value)
+    {
+        separate();
+        m_buffer.append(QByteArray::number(value));
+        return ended();
+    }
+    std::optional<Fault> addDouble(double value)
+    {
+        separate();
+        m_buffer.append(QByteArray::number(value, 'g', 17));
+        return ended();
+    }
+    std::optional<Fault> addFlag(bool value)
+    {
+        separate();
+        m_buffer.append(value ? 't' : 'f');
+        return ended();
+    }
+    std::optional<Fault> addNull()
+    {
+        separate();
+        m_buffer.append("\\N");
+        return ended();
+    }
+    std::optional<Fault> addBytes(const char *bytes, qsizetype size)
+    {
+        separate();
+        m_buffer.append("\\\\x");
+        m_buffer.append(QByteArray::fromRawData(bytes, size).toHex());
+        return ended();
     }
 
     std::optional<Fault> finish()
@@ -159,6 +187,40 @@ public:
     }
 
 private:
+    void separate()
+    {
+        if (m_column > 0)
+            m_buffer.append('\t');
+    }
+
+    std::optional<Fault> ended()
+    {
+        if (++m_column == m_columns) {
+            m_buffer.append('\n');
+            m_column = 0;
+            if (m_buffer.size() > (1 << 20))
+                return send();
+        }
+        return std::nullopt;
+    }
+
+    // UTF-8 text with the four characters COPY reads as escapes written as such.
+    void writeText(const char *text, qsizetype bytes)
+    {
+        const char *end = text + bytes;
+        const char *from = text;
+        for (const char *at = text; at < end; ++at) {
+            const char c = *at;
+            if (c != '\\' && c != '\t' && c != '\n' && c != '\r')
+                continue;
+            m_buffer.append(from, at - from);
+            m_buffer.append('\\');
+            m_buffer.append(c == '\\' ? '\\' : c == '\t' ? 't' : c == '\n' ? 'n' : 'r');
+            from = at + 1;
+        }
+        m_buffer.append(from, end - from);
+    }
+
     std::optional<Fault> send()
     {
         if (!m_buffer.isEmpty() && PQputCopyData(m_connection, m_buffer.constData(), int(m_buffer.size())) != 1)
@@ -202,6 +264,102 @@ private:
     int m_column = 0;
     QByteArray m_buffer;
 };
+
+// Rows of a SQLite statement read on the engine's own handle, each value as the engine holds it.
+class EngineRows {
+public:
+    EngineRows(QSqlDatabase db, const QString &sql) : m_db(sqliteHandle(db))
+    {
+        if (!m_db) {
+            m_fault = Fault{QStringLiteral("няма връзка с работното копие")};
+            return;
+        }
+        const QByteArray text = sql.toUtf8();
+        if (sqlite3_prepare_v2(m_db, text.constData(), int(text.size()), &m_statement, nullptr) != SQLITE_OK)
+            m_fault = Fault{QString::fromUtf8(sqlite3_errmsg(m_db))};
+    }
+    ~EngineRows() { sqlite3_finalize(m_statement); }
+    EngineRows(const EngineRows &) = delete;
+    EngineRows &operator=(const EngineRows &) = delete;
+
+    bool next()
+    {
+        if (m_fault || !m_statement)
+            return false;
+        const int code = sqlite3_step(m_statement);
+        if (code == SQLITE_ROW)
+            return true;
+        if (code != SQLITE_DONE)
+            m_fault = Fault{QString::fromUtf8(sqlite3_errmsg(m_db))};
+        return false;
+    }
+    std::optional<Fault> fault() const { return m_fault; }
+    sqlite3_stmt *statement() const { return m_statement; }
+
+    // The value as Qt's driver gives it.
+    QVariant value(int column) const
+    {
+        switch (sqlite3_column_type(m_statement, column)) {
+        case SQLITE_INTEGER: return QVariant(qlonglong(sqlite3_column_int64(m_statement, column)));
+        case SQLITE_FLOAT: return QVariant(sqlite3_column_double(m_statement, column));
+        case SQLITE_BLOB: {
+            const char *bytes = static_cast<const char *>(sqlite3_column_blob(m_statement, column));
+            return QVariant(QByteArray(bytes, sqlite3_column_bytes(m_statement, column)));
+        }
+        case SQLITE_TEXT: {
+            const auto *text = static_cast<const char16_t *>(sqlite3_column_text16(m_statement, column));
+            return QVariant(QString::fromUtf16(text, sqlite3_column_bytes16(m_statement, column) / 2));
+        }
+        default: return QVariant();
+        }
+    }
+
+private:
+    sqlite3 *m_db = nullptr;
+    sqlite3_stmt *m_statement = nullptr;
+    std::optional<Fault> m_fault;
+};
+
+// One value of the working copy into COPY, as forPostgres would give it: written straight from the
+// engine where that gives the same value (whole numbers, numbers, flags, texts, dates of ten
+// characters, times, scans), through forPostgres otherwise.
+std::optional<Fault> addValue(CopyIn &copy, const EngineRows &rows, int column, int type)
+{
+    sqlite3_stmt *row = rows.statement();
+    switch (sqlite3_column_type(row, column)) {
+    case SQLITE_NULL:
+        return copy.addNull();
+    case SQLITE_INTEGER: {
+        const qint64 number = sqlite3_column_int64(row, column);
+        if (type == QMetaType::Int || type == QMetaType::LongLong || type == QMetaType::QString)
+            return copy.addInteger(number);
+        if (type == QMetaType::Double)
+            return copy.addDouble(double(number));
+        if (type == QMetaType::Bool)
+            return copy.addFlag(number != 0);
+        break;
+    }
+    case SQLITE_FLOAT:
+        if (type == QMetaType::Double)
+            return copy.addDouble(sqlite3_column_double(row, column));
+        break;
+    case SQLITE_TEXT: {
+        const char *text = reinterpret_cast<const char *>(sqlite3_column_text(row, column));
+        const qsizetype bytes = sqlite3_column_bytes(row, column);
+        if (!QUtf8StringView(text, bytes).isValidUtf8())
+            break;
+        if (type == QMetaType::QString || (type == QMetaType::QDate && bytes == 10)
+            || (type == QMetaType::QTime && (bytes == 8 || bytes == 12)))
+            return copy.addText(text, bytes);
+        break;
+    }
+    case SQLITE_BLOB:
+        if (type == QMetaType::QByteArray)
+            return copy.addBytes(static_cast<const char *>(sqlite3_column_blob(row, column)), sqlite3_column_bytes(row, column));
+        break;
+    }
+    return copy.add(forPostgres(rows.value(column), type));
+}
 
 // The restore on SQLite: the working copy attached and each table refilled from it by the engine
 // itself, all under the write lock in one transaction.
@@ -344,29 +502,32 @@ std::optional<Fault> replaceOnPostgres(QSqlDatabase program, const PreparedArchi
 
             const int columns = int(table.columns.size());
             const int versionColumn = int(table.columns.indexOf(QStringLiteral("row_version")));
-            QSqlQuery read(source);
-            read.setForwardOnly(true);
-            if (!read.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY 1").arg(quotedList(table.columns), quoted(table.key))))
-                return engineFault(read.lastError());
+            const QString select = QStringLiteral("SELECT %1 FROM %2 ORDER BY 1").arg(quotedList(table.columns), quoted(table.key));
             if (PGconn *connection = libpqConnection(db)) {
+                EngineRows read(source, select);
+                if (auto fault = read.fault())
+                    return fault;
                 CopyIn copy(connection, columns);
                 if (auto fault = copy.start(table.table, table.columns))
                     return fault;
                 std::optional<Fault> fault;
                 while (!fault && read.next()) {
                     for (int i = 0; !fault && i < columns; ++i)
-                        fault = copy.add(i == versionColumn ? QVariant(version)
-                                                            : forPostgres(read.value(i), table.types.at(i)));
+                        fault = i == versionColumn ? copy.addInteger(version) : addValue(copy, read, i, table.types.at(i));
                 }
                 // The copy is ended even after a fault, so the connection is free for the rollback.
                 const auto ended = copy.finish();
                 if (fault)
                     return fault;
-                if (read.lastError().isValid())
-                    return engineFault(read.lastError());
+                if (auto failed = read.fault())
+                    return failed;
                 if (ended)
                     return ended;
             } else {
+                QSqlQuery read(source);
+                read.setForwardOnly(true);
+                if (!read.exec(select))
+                    return engineFault(read.lastError());
                 BatchInsert insert(db, table.table, table.columns, statements);
                 while (read.next()) {
                     for (int i = 0; i < columns; ++i) {
@@ -545,9 +706,8 @@ std::optional<UserMessage> PreparedArchive::prepare(const QString &archivePath, 
         largeCache(out);
         QSqlQuery work(out);
         work.setForwardOnly(true);
+        // The engine's own sorter in temporary files builds the indexes quicker than one in memory.
         work.exec(QStringLiteral("PRAGMA journal_mode = DELETE"));
-        work.exec(QStringLiteral("PRAGMA temp_store = MEMORY"));
-        work.exec(QStringLiteral("PRAGMA threads = 2"));
         work.finish();
         QList<SchemaObject> copied;
         if (auto fault = readSchemaObjects(out, copied))
@@ -643,7 +803,7 @@ Checked<RestoreOutcome> restoreArchive(QSqlDatabase db, const PreparedArchive &a
                                         QStringLiteral("Преди зареждане ") + now.toString(QStringLiteral("yyyy-MM-dd hh-mm-ss")),
                                         QStringLiteral(".abd"));
     RowCounts before;
-    if (auto fault = writeArchiveFile(db, safetyCopy, steps, &before)) {
+    if (auto fault = writeArchiveFile(db, safetyCopy, steps, &before, ArchiveUse::SafetyCopy)) {
         if (fault->busy)
             return busyMessage(restoreErrorTitle(), unchanged);
         return restoreRefusal(QStringLiteral("Предпазното копие на текущите данни не може да бъде записано в %1: %2")
