@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
   build-essential cmake pkg-config
   qt6-base-dev qt6-base-dev-tools qt6-charts-dev libqt6opengl6-dev libqt6sql6-sqlite libqt6sql6-psql libgl-dev qt6-translations-l10n
-  libsodium-dev libxlsxwriter-dev libpq-dev fonts-dejavu-core
+  libsodium-dev libxlsxwriter-dev libpq-dev libsqlite3-dev fonts-dejavu-core
 )
 if [ "${1:-}" = "--test" ]; then
   # clang-14 with its runtime libraries: ASan, UBSan and libFuzzer for scripts/test-sanitizers.sh.

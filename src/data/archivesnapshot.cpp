@@ -5,6 +5,7 @@
 
 #include <QFileInfo>
 #include <QTime>
+#include <cctype>
 #include <charconv>
 
 #include <postgresql/libpq-fe.h>
@@ -35,10 +36,9 @@ public:
     explicit CopyOut(PGconn *connection) : m_connection(connection) {}
     ~CopyOut()
     {
-        if (m_row)
-            PQfreemem(m_row);
-        // A copy left early is read to its end, so the connection is free for what follows.
-        while (m_open && next()) {
+        // A copy left early is read to its end, so the connection is free for what follows (each
+        // step frees the row before).
+        while (next()) {
         }
     }
     CopyOut(const CopyOut &) = delete;

@@ -465,6 +465,31 @@ private slots:
         COMPARE_DUMPS(dumpDatabase(db), before);
     }
 
+    // An archive is a file read alone: in the rollback journal, with no log or shared memory of
+    // the live database's WAL beside it, so it opens read-only from any medium.
+    void anArchiveIsAFileOfItsOwnWithoutALog()
+    {
+        ZAREK_FILLED_DB(scratch, dir, db);
+        const QString path = dir.filePath(QStringLiteral("a.abd"));
+        QVERIFY(writeArchive(db, path));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("a.abd")});
+        const QByteArray header = bytesOf(path).left(20);
+        QCOMPARE(int(header.at(18)), 1);  // the file's read and write versions: 1, rollback journal
+        QCOMPARE(int(header.at(19)), 1);
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
+        {
+            QSqlDatabase file = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("readonly"));
+            file.setDatabaseName(path);
+            file.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+            QVERIFY(file.open());
+            QSqlQuery query(file);
+            QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM tabl")) && query.next());
+            QCOMPARE(query.value(0).toLongLong(), countOf(db, QStringLiteral("tabl")));
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("readonly"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("a.abd")});
+    }
+
     // A place that cannot be written keeps an earlier file of that name and leaves nothing behind.
     void anArchiveThatCannotBeWrittenLeavesNothing()
     {
