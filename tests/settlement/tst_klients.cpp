@@ -15,6 +15,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QSqlQuery>
 #include <QTableView>
 #include <QTemporaryDir>
@@ -168,6 +169,12 @@ private slots:
         QCOMPARE(preview->pageCount(), 1);
         QVERIFY(!preview->isLaidOut());
         QVERIFY(preview->report().pageCount() > 1);  // the rest follows when wanted
+        preview->resize(900, 700);
+        preview->show();
+        zarek::test::saveScreenshot(*preview, QStringLiteral("klients-preview"));
+        for (QScrollBar *bar : preview->findChildren<QScrollBar *>())
+            bar->setValue(bar->maximum() / 3);
+        zarek::test::saveScreenshot(*preview, QStringLiteral("klients-preview-scrolled"));
     }
 
     void theClientsCoursesOfThePeriodAreListedWithTheirSums()
