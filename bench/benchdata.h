@@ -63,7 +63,9 @@ inline void runOnEngines(const std::function<void(const QString &engine, QSqlDat
 {
     static int run = 0;
     const QString tag = QStringLiteral("%1_%2").arg(QCoreApplication::applicationPid()).arg(++run);
-    {
+    // ZAREK_BENCH_ENGINE=SQLite or PostgreSQL: that engine alone (a run at a million courses is long).
+    const QString only = qEnvironmentVariable("ZAREK_BENCH_ENGINE");
+    if (only.isEmpty() || only == QStringLiteral("SQLite")) {
         QTemporaryDir dir;
         DatabaseConfig config;
         config.sqlitePath = dir.filePath(QStringLiteral("bench.db"));
@@ -71,7 +73,7 @@ inline void runOnEngines(const std::function<void(const QString &engine, QSqlDat
         bench(QStringLiteral("SQLite"), openDatabase(config, connection));
         closeDatabase(connection);
     }
-    if (sqliteOnly)
+    if (sqliteOnly || (!only.isEmpty() && only != QStringLiteral("PostgreSQL")))
         return;
     const auto admin = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG"));
     if (!admin) {
