@@ -74,17 +74,7 @@ void RowSet::takeRow(QList<QVariant> &cells)
 
 int RowSet::addColumn(const QString &name)
 {
-    const int rows = rowCount();
-    QList<QVariant> cells;
-    cells.reserve(static_cast<qsizetype>(rows) * (m_columnCount + 1));
-    for (int row = 0; row < rows; ++row) {
-        for (qsizetype c = 0; c < m_columnCount; ++c)
-            cells.append(m_cells.at(index(row, static_cast<int>(c))));
-        cells.append(QVariant());
-    }
-    m_columns.append(name);
-    ++m_columnCount;
-    m_cells = std::move(cells);
+    addColumns({name});
     return static_cast<int>(m_columnCount - 1);
 }
 
