@@ -10,7 +10,6 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QMutex>
-#include <QRegularExpression>
 #include <QSet>
 #include <QTime>
 #include <QSqlDriver>
@@ -127,48 +126,33 @@ public:
 
     std::optional<Fault> add(const QVariant &value)
     {
-        separate();
-        write(value);
-        return ended();
+        return field([&] { write(value); });
     }
 
     // A value already in the engine's words: text as it is, escaped; a number; no value.
     std::optional<Fault> addText(const char *text, qsizetype bytes)
     {
-        separate();
-        writeText(text, bytes);
-        return ended();
+        return field([&] { writeText(text, bytes); });
     }
     std::optional<Fault> addInteger(qint64 value)
     {
-        separate();
-        m_buffer.append(QByteArray::number(value));
-        return ended();
+        return field([&] { m_buffer.append(QByteArray::number(value)); });
     }
     std::optional<Fault> addDouble(double value)
     {
-        separate();
-        m_buffer.append(QByteArray::number(value, 'g', 17));
-        return ended();
+        return field([&] { writeDouble(value); });
     }
     std::optional<Fault> addFlag(bool value)
     {
-        separate();
-        m_buffer.append(value ? 't' : 'f');
-        return ended();
+        return field([&] { writeFlag(value); });
     }
     std::optional<Fault> addNull()
     {
-        separate();
-        m_buffer.append("\\N");
-        return ended();
+        return field([&] { m_buffer.append("\\N"); });
     }
     std::optional<Fault> addBytes(const char *bytes, qsizetype size)
     {
-        separate();
-        m_buffer.append("\\\\x");
-        m_buffer.append(QByteArray::fromRawData(bytes, size).toHex());
-        return ended();
+        return field([&] { writeBytes(bytes, size); });
     }
 
     std::optional<Fault> finish()
@@ -187,14 +171,14 @@ public:
     }
 
 private:
-    void separate()
+    // One field: a tab before it unless it is the row's first, a line break after the row's last;
+    // the rows go to the engine a megabyte at a time.
+    template <typename Write>
+    std::optional<Fault> field(Write write)
     {
         if (m_column > 0)
             m_buffer.append('\t');
-    }
-
-    std::optional<Fault> ended()
-    {
+        write();
         if (++m_column == m_columns) {
             m_buffer.append('\n');
             m_column = 0;
@@ -229,16 +213,12 @@ private:
         return std::nullopt;
     }
 
-    void writeText(QString text)
+    void writeFlag(bool value) { m_buffer.append(value ? 't' : 'f'); }
+    void writeDouble(double value) { m_buffer.append(QByteArray::number(value, 'g', 17)); }
+    void writeBytes(const char *bytes, qsizetype size)
     {
-        static const QRegularExpression special(QStringLiteral("[\\\\\\t\\n\\r]"));
-        if (text.contains(special)) {
-            text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
-            text.replace(QLatin1Char('\t'), QLatin1String("\\t"));
-            text.replace(QLatin1Char('\n'), QLatin1String("\\n"));
-            text.replace(QLatin1Char('\r'), QLatin1String("\\r"));
-        }
-        m_buffer.append(text.toUtf8());
+        m_buffer.append("\\\\x");
+        m_buffer.append(QByteArray::fromRawData(bytes, size).toHex());
     }
 
     void write(const QVariant &value)
@@ -248,14 +228,21 @@ private:
             return;
         }
         switch (value.typeId()) {
-        case QMetaType::Bool: m_buffer.append(value.toBool() ? 't' : 'f'); return;
+        case QMetaType::Bool: writeFlag(value.toBool()); return;
         case QMetaType::QDate: m_buffer.append(value.toDate().toString(Qt::ISODate).toLatin1()); return;
         case QMetaType::QTime: m_buffer.append(value.toTime().toString(Qt::ISODateWithMs).toLatin1()); return;
-        case QMetaType::Double: m_buffer.append(QByteArray::number(value.toDouble(), 'g', 17)); return;
+        case QMetaType::Double: writeDouble(value.toDouble()); return;
         case QMetaType::Int:
         case QMetaType::LongLong: m_buffer.append(QByteArray::number(value.toLongLong())); return;
-        case QMetaType::QByteArray: m_buffer.append("\\\\x" + value.toByteArray().toHex()); return;
-        default: writeText(value.toString());
+        case QMetaType::QByteArray: {
+            const QByteArray bytes = value.toByteArray();
+            writeBytes(bytes.constData(), bytes.size());
+            return;
+        }
+        default: {
+            const QByteArray text = value.toString().toUtf8();
+            writeText(text.constData(), text.size());
+        }
         }
     }
 
