@@ -25,7 +25,7 @@ deb="$(ls "$build"/zarek_*.deb)"
 echo "Package: $deb"
 
 contents="$(dpkg-deb -c "$deb" | awk '{print $6}' | sed 's|^\./|/|')"
-for path in /usr/bin/zarek /usr/lib/zarek/libzarek_core.so /usr/lib/zarek/libzarek_ui.so /usr/lib/zarek/libzarek_app.so \
+for path in /usr/bin/zarek /usr/lib/zarek/libzarek_core.so /usr/lib/zarek/libzarek_widgets.so /usr/lib/zarek/libzarek_start.so /usr/lib/zarek/libzarek_ui.so /usr/lib/zarek/libzarek_app.so \
             /usr/share/applications/$id.desktop /usr/share/metainfo/$id.metainfo.xml \
             /usr/share/icons/hicolor/scalable/apps/$id.svg /usr/share/icons/hicolor/48x48/apps/$id.png \
             /usr/share/icons/hicolor/64x64/apps/$id.png /usr/share/icons/hicolor/128x128/apps/$id.png \
@@ -46,7 +46,7 @@ lintian --fail-on error "$deb" || fail "lintian found errors"
 
 # The unpacked program uses its own libraries, answers in Bulgarian, and starts to its first window.
 program="$unpacked/usr/bin/zarek"
-ldd "$program" | grep -q "libzarek_app.so => $unpacked/usr/" || fail "the program does not find its own libraries"
+ldd "$program" | grep -q "libzarek_start.so => $unpacked/usr/" || fail "the program does not find its own libraries"
 "$program" --version | grep -qx "Зарек, версия [0-9.]*" || fail "zarek --version"
 "$program" --help | grep -q "^Употреба: zarek" || fail "zarek --help"
 first="$(cd "$unpacked" && QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 timeout 60 "$program" --probe-start \

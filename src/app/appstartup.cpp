@@ -1,54 +1,33 @@
 #include "appstartup.h"
 
 #include "app/about.h"
+#include "app/applibrary.h"
 #include "app/desktopconventions.h"
 #include "app/databasepassword.h"
-#include "app/demodata.h"
 #include "app/firststart.h"
-#include "app/firststartdialog.h"
-#include "app/frmmain.h"
-#include "app/integritycheck.h"
 #include "app/userlogin.h"
-#include "core/firmprofile.h"
 #include "data/archive.h"
 #include "data/archivesupport.h"
 #include "data/database.h"
-#include "data/firmstore.h"
 #include "data/schema.h"
+#include "data/sqlitefile.h"
 #include "forms/messageservice.h"
-#include "forms/progdialog.h"
-#include "forms/waitcursor.h"
 #include "core/version.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 #include <QSqlDatabase>
-#include <QTimer>
+
+#include <future>
+#include <memory>
 
 namespace zarek {
 
 namespace {
 
 const QString mainConnection = QStringLiteral("main");
-
-bool fillDemo(QSqlDatabase &db, int courses)
-{
-    ProgDialog progress(QStringLiteral("Създаване на демонстрационна база данни..."), courses);
-    WaitCursor wait;
-    DemoOptions options;
-    options.courses = courses;
-    options.progress = [&progress](int done, int) {
-        progress.setValue(done);
-        QApplication::processEvents();
-    };
-    const auto summary = fillDemoDatabase(db, options);
-    if (!summary) {
-        MessageService::instance().inform(summary.message());
-        return false;
-    }
-    return true;
-}
 
 }
 
@@ -161,57 +140,65 @@ int runZarek(QApplication &app, const StartOptions &options)
         return 1;
     }
 
-    const Checked<QSqlDatabase> connection =
-        connectAsking(*config, mainConnection, &DatabasePasswordDialog::ask, &connectDatabase);
+    // The splash stands while the database is looked at: an existing SQLite file's read-only check
+    // runs on a thread of its own meanwhile, beside the drawing of the first window.
+    std::shared_future<std::optional<UserMessage>> fileCheck;
+    if (config->engine == DatabaseConfig::Engine::SQLite && QFileInfo::exists(config->sqlitePath))
+        fileCheck = std::async(std::launch::async, checkDatabaseFile, config->sqlitePath).share();
+    auto splash = std::make_unique<Splash>();
+    splash->show();
+    QApplication::processEvents();
+    // Any question or message takes the splash away first.
+    const auto inform = [&splash](const UserMessage &message) {
+        splash.reset();
+        MessageService::instance().inform(message);
+    };
+    const PasswordPrompt askPassword = [&splash](const DatabaseConfig &asked) {
+        splash.reset();
+        return DatabasePasswordDialog::ask(asked);
+    };
+    const Connector connect = [&fileCheck](const DatabaseConfig &target, const QString &name) {
+        return connectDatabase(target, name, fileCheck.valid() ? FileCheckResult([&fileCheck] { return fileCheck.get(); })
+                                                               : FileCheckResult());
+    };
+    const Checked<QSqlDatabase> connection = connectAsking(*config, mainConnection, askPassword, connect);
     if (!connection) {
-        MessageService::instance().inform(connection.message());
+        inform(connection.message());
         return 1;
     }
     QSqlDatabase db = connection.value();
-    // Work files of restores, archives and year closes that a killed copy left behind.
-    archiving::removeDeadWorkFiles(archiveFolder(db));
     Checked<StartState> state = prepareDatabase(db);
     if (!state) {
-        MessageService::instance().inform(state.message());
+        inform(state.message());
         return 1;
     }
     // A new database asks for its firm and administrator, or makes the demo firm on request.
-    StartState current = state.value();
-    while (current.needsFirstStart()) {
-        FirstStartDialog firstStart(db, current);
-        if (firstStart.exec() != QDialog::Accepted)
+    if (state.value().needsFirstStart()) {
+        splash.reset();
+        const Checked<AppEntries> entries = loadAppEntries();
+        if (!entries) {
+            inform(entries.message());
+            return 1;
+        }
+        if (!entries.value().firstStart(db, state.value(), options.demoCourses))
             return 0;
-        if (firstStart.demoWanted())
-            fillDemo(db, options.demoCourses);
-        current = readStartState(db);
     }
 
-    {
-        // Shown only for the moment before sign-in.
-        Splash splash;
-        splash.show();
-        QApplication::processEvents();
-    }
+    // Shown only for the moment before sign-in.
+    splash.reset();
     UserLogin login(db);
     login.exec();
     if (!login.LoginSucceeded())
         return 0;
+    // Work files of restores, archives and year closes that a killed copy left behind.
+    archiving::removeDeadWorkFiles(archiveFolder(db));
 
-    const FirmProfileLoad firm = LoadFirmProfile(db);
-    if (!firm.profile) {
-        MessageService::instance().inform(*firm.stopMessage);
+    const Checked<AppEntries> main = loadAppEntries();
+    if (!main) {
+        MessageService::instance().inform(main.message());
         return 1;
     }
-
-    FrmMain window(*firm.profile, *config, db, login.UserVid());
-    window.show();
-    // Once the window stands: the documents due, in a notice that does not stop the user.
-    QTimer::singleShot(0, &window, [&window, user = login.UserName()] { window.showDueNotice(user); });
-    // The rows' pages, which the check before sign-in leaves alone: told only when damaged.
-    BackgroundIntegrityCheck integrity(config->sqlitePath);
-    if (config->engine == DatabaseConfig::Engine::SQLite)
-        integrity.start();
-    return app.exec();
+    return main.value().runMainWindow(app, *config, db, SignedIn{login.UserName(), login.UserVid()});
 }
 
 }

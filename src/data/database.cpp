@@ -47,7 +47,8 @@ Checked<QSqlDatabase> connectPostgreSQL(const DatabaseConfig &config, const QStr
     return db;
 }
 
-Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString &connectionName)
+Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString &connectionName,
+                                    const FileCheckResult &fileChecked)
 {
     const QString path = config.sqlitePath;
     const bool ownFolder = QFileInfo(path).absolutePath() == QFileInfo(DatabaseConfig::defaultSqlite().sqlitePath).absolutePath();
@@ -57,7 +58,7 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
         if (auto failure = createDatabaseFile(path))
             return *failure;
     }
-    if (auto failure = checkDatabaseFile(path))
+    if (auto failure = fileChecked ? fileChecked() : checkDatabaseFile(path))
         return *failure;
 
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
@@ -82,7 +83,8 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
 
 }
 
-Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName)
+Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName,
+                                      const FileCheckResult &fileChecked)
 {
     if (QSqlDatabase::contains(connectionName)) {
         forgetStatements(connectionName);
@@ -90,7 +92,7 @@ Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QStrin
     }
     if (config.engine == DatabaseConfig::Engine::PostgreSQL)
         return connectPostgreSQL(config, connectionName);
-    return connectSqlite(config, connectionName);
+    return connectSqlite(config, connectionName, fileChecked);
 }
 
 QSqlDatabase openDatabase(const DatabaseConfig &config, const QString &connectionName, QString *error)

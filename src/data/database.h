@@ -6,6 +6,9 @@
 #include <QSqlDatabase>
 #include <QString>
 
+#include <functional>
+#include <optional>
+
 namespace zarek {
 
 // Opens a connection of the given name on the configured database, or says why not.
@@ -21,7 +24,12 @@ namespace zarek {
 // ~/.pgpass, PGPASSFILE). No message shows a password.
 //
 // The schema is brought up to date afterwards by upgradeSchema (schema.h), under the write lock.
-Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName);
+//
+// fileChecked, when given, answers the read-only check of the existing file (checkDatabaseFile),
+// run earlier on another thread; without it the check runs here.
+using FileCheckResult = std::function<std::optional<UserMessage>()>;
+Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName,
+                                      const FileCheckResult &fileChecked = {});
 
 // connectDatabase with the message's text in error; an invalid or closed database on failure.
 QSqlDatabase openDatabase(const DatabaseConfig &config, const QString &connectionName, QString *error = nullptr);

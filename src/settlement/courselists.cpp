@@ -23,7 +23,7 @@ Checked<Report> BuildDriverCourseList(bool paid, const SearchConditions &conditi
     for (int row = 0; row < count; ++row)
         rows[row] = row;
     // The tariff shows two decimals on these lists.
-    const Checked<ScratchStatement> statement = writeTempPlaten(scratch, courses.value(), rows, 2, {books});
+    const Checked<ScratchStatement> statement = writeTempPlaten(scratch, courses.value(), rows, 2, {books, std::nullopt, false});
     if (!statement)
         return statement.message();
     if (progress)
