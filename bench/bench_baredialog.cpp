@@ -1,6 +1,6 @@
 // A minimal Qt program for bench_startup to race: a dialog shown, its name written when it shows,
 // then closed. It links Qt Widgets (and Qt Sql) alone.
-// With a database file as its argument it is the least any sign-in must do: the file opened and
+// With a database (a SQLite file or a postgresql:// address) as its argument it is the least any sign-in must do: the file opened and
 // its users read, then a dialog of two labelled fields, a list and two buttons shown (its text
 // drawn, so the fonts are loaded as they are for any window with words in it).
 #include <QApplication>
@@ -12,6 +12,7 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTimer>
+#include <QUrl>
 #include <cstdio>
 
 int main(int argc, char **argv)
@@ -19,8 +20,19 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     QDialog dialog;
     if (argc > 1) {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
-        db.setDatabaseName(QString::fromLocal8Bit(argv[1]));
+        const QString database = QString::fromLocal8Bit(argv[1]);
+        const QUrl server(database);
+        QSqlDatabase db;
+        if (server.scheme() == QLatin1String("postgresql")) {
+            db = QSqlDatabase::addDatabase(QStringLiteral("QPSQL"));
+            db.setHostName(server.host());
+            db.setPort(server.port(5432));
+            db.setUserName(server.userName());
+            db.setDatabaseName(server.path().mid(1));
+        } else {
+            db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+            db.setDatabaseName(database);
+        }
         db.open();
         QSqlQuery users(QStringLiteral("SELECT Ime FROM Users ORDER BY Ime"), db);
         auto *names = new QComboBox(&dialog);

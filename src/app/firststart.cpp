@@ -16,12 +16,6 @@ namespace {
 
 const QString saveTitle = QStringLiteral("ГРЕШКА при запис!");
 
-bool hasRows(QSqlDatabase db, const QString &table)
-{
-    Query query(db, QStringLiteral("SELECT 1 FROM %1 LIMIT 1").arg(table));
-    return !query.run(QString()) && query.next();
-}
-
 QString optional(const QString &text)
 {
     const QString trimmed = text.trimmed();
@@ -37,15 +31,18 @@ UserMessage lockFailure(const Transaction &transaction)
 
 StartState readStartState(QSqlDatabase db)
 {
+    // One statement: on a server each is a round trip, and the start makes this one before sign-in.
+    QStringList data;
+    for (const QString &table : mainTables())
+        data.append(QStringLiteral("EXISTS (SELECT 1 FROM %1)").arg(table));
+    Query query(db, QStringLiteral("SELECT EXISTS (SELECT 1 FROM ZarekCfg), EXISTS (SELECT 1 FROM Users), %1")
+                        .arg(data.join(QStringLiteral(" OR "))));
     StartState state;
-    state.hasFirm = hasRows(db, QStringLiteral("ZarekCfg"));
-    state.hasUser = hasRows(db, QStringLiteral("Users"));
-    for (const QString &table : mainTables()) {
-        if (hasRows(db, table)) {
-            state.hasData = true;
-            break;
-        }
-    }
+    if (query.run(QString()) || !query.next())
+        return state;
+    state.hasFirm = query.value(0).toBool();
+    state.hasUser = query.value(1).toBool();
+    state.hasData = query.value(2).toBool();
     return state;
 }
 

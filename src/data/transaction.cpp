@@ -62,10 +62,11 @@ Transaction::Transaction(QSqlDatabase db, Lock lock) : m_db(std::move(db)), m_co
     } else {
         m_active = exec(QStringLiteral("BEGIN"));
         if (m_active) {
+            // Not prepared: a prepared statement costs the server two more round trips, and the key
+            // is the program's own constant.
             QSqlQuery query(m_db);
-            query.prepare(QStringLiteral("SELECT pg_advisory_xact_lock(?)"));
-            query.addBindValue(writerLockKey);
-            if (!exec(QStringLiteral("SET LOCAL lock_timeout = '15s'")) || !query.exec()) {
+            if (!exec(QStringLiteral("SET LOCAL lock_timeout = '15s'"))
+                || !query.exec(QStringLiteral("SELECT pg_advisory_xact_lock(%1)").arg(writerLockKey))) {
                 if (query.lastError().isValid())
                     m_error = query.lastError();
                 m_db.rollback();
