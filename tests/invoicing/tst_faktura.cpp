@@ -447,71 +447,58 @@ private slots:
         QCOMPARE(courses({6, 7}), (QStringList{"1|0000000120|2006-04-02", "0|0000000000|2006-04-02"}));
     }
 
+    // OK or Enter takes the number typed or offered; a used or malformed one is refused in two lines
+    // and the dialog stays.
     void diaFaktRefusesUsedAndMalformedNumbers_data()
     {
-        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("typed");  // by the keyboard when Enter confirms
+        QTest::addColumn<bool>("enter");
         QTest::addColumn<QString>("number");  // empty: refused
-        QTest::newRow("the number offered, unedited") << "" << "0000000121";
-        QTest::newRow("used, without its zeros") << "120" << "";
-        QTest::newRow("used, with them") << "0000000120" << "";
-        QTest::newRow("125") << "125" << "0000000125";
-        QTest::newRow("eleven digits") << "12345678901" << "";
-        QTest::newRow("not a number") << "12/2006" << "";
+        QTest::addColumn<QStringList>("told");
+        const QStringList used{"Имате издадена фактура под този номер!"};
+        QTest::newRow("the number offered, unedited") << "" << false << "0000000121" << QStringList();
+        QTest::newRow("the one offered, Enter") << "" << true << "0000000121" << QStringList();
+        QTest::newRow("typed short, Enter") << "1" << true << "0000000001" << QStringList();
+        QTest::newRow("used, without its zeros") << "120" << false << "" << used;
+        QTest::newRow("used, Enter") << "120" << true << "" << used;
+        QTest::newRow("used, with them") << "0000000120" << false << "" << used;
+        QTest::newRow("125") << "125" << false << "0000000125" << QStringList();
+        QTest::newRow("eleven digits") << "12345678901" << false << ""
+                                       << QStringList{"Номерът на фактурата е по-дълъг от 10 цифри!"};
+        QTest::newRow("not a number") << "12/2006" << false << ""
+                                      << QStringList{"Номерът на фактурата трябва да е число!"};
     }
     void diaFaktRefusesUsedAndMalformedNumbers()
     {
         QFETCH(QString, typed);
-        QFETCH(QString, number);
-        DiaFakt dialog(db);
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Номер на фактурата"));
-        QCOMPARE(dialog.combo()->currentText(), QStringLiteral("0000000121"));  // the next free number
-        QVERIFY(dialog.okButton()->isDefault() && !dialog.cancelButton()->isDefault());
-        QCOMPARE(dialog.okButton()->text(), QStringLiteral("OK"));
-        if (!typed.isEmpty())
-            dialog.combo()->setEditText(typed);
-        dialog.show();
-        dialog.okButton()->click();
-        QCOMPARE(dialog.FaktChosen(), !number.isEmpty());
-        QCOMPARE(dialog.NomFakt(), number.isEmpty() ? noDocumentNumber() : number);
-        QCOMPARE(dialog.isVisible(), number.isEmpty());
-        QCOMPARE(messages->shown.size(), number.isEmpty() ? 1 : 0);
-        if (number.isEmpty())
-            QCOMPARE(messages->shown.first().text.count(QLatin1Char('\n')), 1);
-    }
-
-    // Enter takes the number typed or offered; a used one is refused and the dialog stays.
-    void enterConfirmsTheNumber_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("number");  // empty: refused
-        QTest::newRow("the one offered") << "" << "0000000121";
-        QTest::newRow("typed short") << "1" << "0000000001";
-        QTest::newRow("a used one") << "120" << "";
-    }
-    void enterConfirmsTheNumber()
-    {
-        QFETCH(QString, typed);
+        QFETCH(bool, enter);
         QFETCH(QString, number);
         insertCourse(db, {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"),
                           QStringLiteral("СА 1234 ВК"), 1, 1, 1, 1, true, QStringLiteral("0000000117")});
         DiaFakt dialog(db);
-        // The free numbers: the next one, then those left free below it, latest first.
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Номер на фактурата"));
+        // The free numbers: the next one, shown, then those left free below it, latest first.
         QStringList offered;
         for (int i = 0; i < dialog.combo()->count(); ++i)
             offered << dialog.combo()->itemText(i);
         QCOMPARE(offered, (QStringList{"0000000121", "0000000119", "0000000118"}));
+        QCOMPARE(dialog.combo()->currentText(), offered.first());
+        QVERIFY(dialog.okButton()->isDefault() && !dialog.cancelButton()->isDefault());
+        QCOMPARE(dialog.okButton()->text(), QStringLiteral("OK"));
         test::showActive(dialog);
-        if (!typed.isEmpty()) {
+        if (enter && !typed.isEmpty()) {
             dialog.combo()->lineEdit()->selectAll();
             QTest::keyClicks(dialog.combo()->lineEdit(), typed);
+        } else if (!typed.isEmpty()) {
+            dialog.combo()->setEditText(typed);
         }
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        enter ? QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return) : dialog.okButton()->click();
         QCOMPARE(dialog.FaktChosen(), !number.isEmpty());
+        QCOMPARE(dialog.NomFakt(), number.isEmpty() ? noDocumentNumber() : number);
         QCOMPARE(dialog.isVisible(), number.isEmpty());
-        QCOMPARE(test::firstLines(messages->shown),
-                 number.isEmpty() ? QStringList{"Имате издадена фактура под този номер!"} : QStringList());
-        if (!number.isEmpty())
-            QCOMPARE(dialog.NomFakt(), number);
+        QTEST(test::firstLines(messages->shown), "told");
+        for (const auto &message : std::as_const(messages->shown))
+            QCOMPARE(message.text.count(QLatin1Char('\n')), 1);
     }
 
     void aConflictWritesNothingNamesTheCourseAndKeepsTheScreenOpen()
