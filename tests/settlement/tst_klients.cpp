@@ -23,6 +23,7 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::button;
 using zarek::test::onlyOne;
 using zarek::test::onlyText;
 using zarek::test::onlyTitle;
@@ -45,11 +46,6 @@ QString labelText(const QWidget &screen, const QString &name)
     return label ? label->text() : QStringLiteral("<no %1>").arg(name);
 }
 
-QPushButton *button(const QWidget &screen, const QString &name)
-{
-    return screen.findChild<QPushButton *>(name);
-}
-
 // Each row as date, route and km, as the grid shows them.
 QStringList shownRows(const Klients &screen)
 {
@@ -64,12 +60,6 @@ QStringList shownRows(const Klients &screen)
 int scratchCount(Klients &screen, const QString &table)
 {
     return test::countBy(screen.scratch()->db(), QStringLiteral("SELECT COUNT(*) FROM ") + table);
-}
-
-bool showAndWait(QWidget &screen)
-{
-    screen.show();
-    return QTest::qWaitForWindowActive(&screen);
 }
 
 // Types a number into the current cell of the grid after F4, as a dispatcher would.
@@ -119,7 +109,7 @@ QStringList previewLines(ReportPreview *preview)
 // The statement opened and shown (screen), its first row current.
 #define STATEMENT_SHOWN()                 \
     Klients *screen = open();             \
-    QVERIFY(showAndWait(*screen));        \
+    zarek::test::showActive(*screen);     \
     QTRY_COMPARE(screen->currentRow(), 0)
 
 // Each test starts on a fresh database holding the client's courses, with a folder for the
@@ -462,7 +452,7 @@ private slots:
     void closingWithUnsavedCorrectionsAsksFirst()
     {
         auto untouched = openStatement(db, dir->path());
-        QVERIFY(showAndWait(*untouched));
+        test::showActive(*untouched);
         QVERIFY(untouched->close());
         QVERIFY(messages->asked.isEmpty());
 
