@@ -559,16 +559,7 @@ private slots:
     {
         Faktura &screen = printed({0, 1, 2, 3});
         // The write of the third course fails inside the database.
-        const bool sqlite = dialectOf(db) == Dialect::SQLite;
-        if (sqlite) {
-            QVERIFY(base->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE UPDATE ON tabl WHEN OLD.id = %1 "
-                                              "BEGIN SELECT RAISE(ABORT, 'forced failure'); END").arg(ids[2])));
-        } else {
-            QVERIFY(base->exec(QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
-                                              "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql")));
-            QVERIFY(base->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE UPDATE ON tabl FOR EACH ROW "
-                                              "WHEN (OLD.id = %1) EXECUTE FUNCTION forced_failure()").arg(ids[2])));
-        }
+        forceFailure(*base, "UPDATE ON tabl", QStringLiteral("OLD.id = %1").arg(ids[2]));
         const QStringList before = invoiceState(db);
         screen.close();
         QVERIFY(screen.isVisible());
@@ -580,7 +571,7 @@ private slots:
         QVERIFY(told().endsWith(QStringLiteral("махнете маркировката.")));
 
         // Once the database takes writes again, closing writes the whole invoice.
-        QVERIFY(base->exec(QStringLiteral("DROP TRIGGER forced_failure") + (sqlite ? QString() : QStringLiteral(" ON tabl"))));
+        QVERIFY(dropForcedFailure(*base, "tabl"));
         screen.close();
         QVERIFY(!screen.isVisible());
         QCOMPARE(numbered("0000000130"), 4);

@@ -38,22 +38,6 @@ QStringList routesOf(const RowSet &rows)
     return out;
 }
 
-// Makes any UPDATE of the course fail inside the database, as a broken disk or a lost link would.
-void failUpdatesOf(test::ScratchDatabase &scratch, qint64 id)
-{
-    if (dialectOf(scratch.db()) == Dialect::SQLite) {
-        QVERIFY(scratch.exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE UPDATE ON tabl WHEN OLD.id = %1 "
-                                            "BEGIN SELECT RAISE(ABORT, 'forced failure'); END")
-                                 .arg(id)));
-    } else {
-        QVERIFY(scratch.exec(QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
-                                            "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql")));
-        QVERIFY(scratch.exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE UPDATE ON tabl FOR EACH ROW "
-                                            "WHEN (OLD.id = %1) EXECUTE FUNCTION forced_failure()")
-                                 .arg(id)));
-    }
-}
-
 // Workstations racing for invoice numbers: each a copy of this program in its racer mode, on one
 // database, issuing invoices for a client of its own as fast as it can.
 constexpr int racers = 8;
@@ -390,7 +374,8 @@ private slots:
     {
         for (int i = 0; i < 2 * InvoiceStore::batchSize + 50; ++i)
             ids.append(insertCourse(db, {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")}));
-        failUpdatesOf(*scratch, ids[InvoiceStore::batchSize + 10]);  // in the second of three statements
+        // An update fails inside the database, as a broken disk or a lost link would, in the second of three statements.
+        forceFailure(*scratch, "UPDATE ON tabl", QStringLiteral("OLD.id = %1").arg(ids[InvoiceStore::batchSize + 10]));
         const QStringList before = invoiceState(db);
         QList<CourseWrite> writes;
         for (const qint64 id : ids)

@@ -476,15 +476,7 @@ private slots:
             ids.append(insertCourse(db, {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")}));
         QVERIFY(issueTax(db, {ids[0]}).kind == SettleOutcome::Kind::Written);
         // The lines' second statement fails.
-        if (dialectOf(db) == Dialect::SQLite) {
-            QVERIFY(scratch->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE INSERT ON FaktRed WHEN NEW.Red = 150 "
-                                                 "BEGIN SELECT RAISE(ABORT, 'forced failure'); END")));
-        } else {
-            QVERIFY(scratch->exec(QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
-                                                 "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql")));
-            QVERIFY(scratch->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE INSERT ON FaktRed FOR EACH ROW "
-                                                 "WHEN (NEW.Red = 150) EXECUTE FUNCTION forced_failure()")));
-        }
+        forceFailure(*scratch, "INSERT ON FaktRed", "NEW.Red = 150");
         const QStringList before = invoiceState(db);
         const SettleOutcome outcome = issueTax(db, ids.mid(1));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Failed));
