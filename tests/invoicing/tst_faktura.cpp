@@ -10,6 +10,7 @@
 #include "invoicing/invoicingcommands.h"
 #include "invoicing/invoicestore.h"
 #include "invoicingfixture.h"
+#include "invoicingscreens.h"
 #include "queryrows.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
@@ -32,8 +33,6 @@ using namespace zarek;
 using namespace zarek::test;
 
 namespace {
-
-const QDateTime closingTime(QDate(2006, 4, 2), QTime(16, 5, 0));
 
 SearchConditions newConditions(const QString &klient = dargos)
 {
@@ -61,19 +60,12 @@ FirmProfile firm()
     return f;
 }
 
-// The scratch database of one test, with TempPlaten laid out as the menu command does.
-struct Scratch {
-    QTemporaryDir folder;
-    zarek::ScratchDatabase db{folder.path()};
-    Scratch() { db.RebuildScratchTable(QStringLiteral("TempPlaten")); }
-};
-
 // A screen as the menu opens it, with the statement caught instead of previewed.
 struct Screen {
     Faktura faktura;
     QList<LaidOutReport> statements;
 
-    Screen(FakturaMode mode, const SearchConditions &c, QSqlDatabase db, Scratch &scratch)
+    Screen(FakturaMode mode, const SearchConditions &c, QSqlDatabase db, Sheet &scratch)
         : faktura(mode, c, db, scratch.db.db(), firm())
     {
         faktura.showStatement = [this](const Report &report) { statements.append(layoutReport(report)); };
@@ -81,37 +73,6 @@ struct Screen {
         faktura.show();
     }
 };
-
-// Space on each of these rows.
-void mark(ResultGridScreen &screen, const QList<int> &rows)
-{
-    QTRY_VERIFY(screen.currentRow() >= 0);
-    for (const int row : rows) {
-        screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
-        QTest::keyClick(screen.grid(), Qt::Key_Space);
-    }
-}
-
-// Types the text into DiaFakt and presses OK; a refused number is cancelled so the test goes on.
-// True when the dialog took the number.
-bool answerDiaFakt(const QString &text, const std::function<void()> &open)
-{
-    bool taken = false;
-    test::onNextModal<DiaFakt>([&](DiaFakt &dialog) {
-        dialog.combo()->setEditText(text);
-        dialog.okButton()->click();
-        taken = dialog.FaktChosen();
-        if (dialog.isVisible())
-            dialog.cancelButton()->click();
-    });
-    open();
-    return taken;
-}
-
-bool chooseNumber(Faktura &screen, const QString &text)
-{
-    return answerDiaFakt(text, [&] { screen.chooseNumber(); });
-}
 
 QString sumLabel(const Faktura &screen)
 {
@@ -164,7 +125,7 @@ void clickLater(QWidget *window, const char *button)
 class FakturaTest : public QObject {
     Q_OBJECT
     std::unique_ptr<test::ScratchDatabase> base;
-    std::unique_ptr<Scratch> sheet;
+    std::unique_ptr<Sheet> sheet;
     std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<Screen> s;
     QSqlDatabase db;
@@ -206,7 +167,7 @@ private slots:
         ZAREK_SCRATCH_DB_INTO(base);
         db = base->db();
         ids = fillMarch(db);
-        sheet = std::make_unique<Scratch>();
+        sheet = std::make_unique<Sheet>();
         messages = std::make_unique<RecordingMessageService>();
     }
     void cleanup()
