@@ -10,6 +10,7 @@
 #include "screendriver.h"
 #include "laidoutpapers.h"
 #include "queryrows.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QLabel>
@@ -129,14 +130,11 @@ const QString firmLines = QStringLiteral(
 Q_DECLARE_METATYPE(zarek::BalansMode)
 
 // Each test gets a fresh database, a scratch file and a message recorder; open() makes the screen.
-class BalansTest : public QObject {
+class BalansTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> database;
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<ScratchDatabase> scratch;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<Balans> balans;
-    QSqlDatabase db;
 
     Balans &open(BalansMode mode, const Period &period = march)
     {
@@ -148,20 +146,16 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(database);
-        db = database->db();
+        ZAREK_DATABASE_FIXTURE();
         folder = std::make_unique<QTemporaryDir>();
         scratch = std::make_unique<ScratchDatabase>(folder->path());
-        messages = std::make_unique<RecordingMessageService>();
     }
     void cleanup()
     {
         balans.reset();
-        messages.reset();
         scratch.reset();
         folder.reset();
-        db = {};
-        database.reset();
+        tearDown();
     }
 
     // Profit: income, cost and remainder in money, with a total. Fuel: norm fuel against fuel loaded,

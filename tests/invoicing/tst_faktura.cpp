@@ -15,6 +15,7 @@
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QApplication>
@@ -122,13 +123,10 @@ void clickLater(QWidget *window, const char *button)
 
 // Each test starts on a fresh database holding fillMarch()'s courses (their ids in ids), with a
 // scratch sheet and a message recorder; open() shows the screen as the menu does.
-class FakturaTest : public QObject {
+class FakturaTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> base;
     std::unique_ptr<Sheet> sheet;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<Screen> s;
-    QSqlDatabase db;
     QList<qint64> ids;
 
     Faktura &open(FakturaMode mode = FakturaMode::FaktNew, const SearchConditions &c = newConditions())
@@ -164,19 +162,15 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(base);
-        db = base->db();
+        ZAREK_DATABASE_FIXTURE();
         ids = fillMarch(db);
         sheet = std::make_unique<Sheet>();
-        messages = std::make_unique<RecordingMessageService>();
     }
     void cleanup()
     {
         s.reset();
-        messages.reset();
         sheet.reset();
-        db = {};
-        base.reset();
+        tearDown();
     }
 
     void theNewInvoiceScreenListsTheClientsUninvoicedCourses()
@@ -467,7 +461,7 @@ private slots:
         Faktura &screen = printed({0, 1, 2});
 
         // Meanwhile another workstation invoices the course of 05.03.
-        QSqlDatabase other = base->openSecondConnection();
+        QSqlDatabase other = database->openSecondConnection();
         QCOMPARE(test::rows(other, "UPDATE tabl SET Fakt = ?, NomFakt = ?, row_version = row_version + 1 WHERE id = ?",
                             {true, QStringLiteral("0000000777"), ids[1]}),
                  QStringList());
@@ -498,7 +492,7 @@ private slots:
     {
         Faktura &screen = printed({0});
         // Meanwhile another workstation issues 130 to another client.
-        QCOMPARE(int(InvoiceStore(base->openSecondConnection())
+        QCOMPARE(int(InvoiceStore(database->openSecondConnection())
                          .settle({{ids[5], 1, true, QStringLiteral("0000000130")}}, closingTime,
                                  InvoiceRecord::issue(QStringLiteral("0000000130"), beton, false))
                          .kind),
@@ -520,7 +514,7 @@ private slots:
     {
         Faktura &screen = printed({0, 1, 2, 3});
         // The write of the third course fails inside the database.
-        forceFailure(*base, "UPDATE ON tabl", QStringLiteral("OLD.id = %1").arg(ids[2]));
+        forceFailure(*database, "UPDATE ON tabl", QStringLiteral("OLD.id = %1").arg(ids[2]));
         const QStringList before = invoiceState(db);
         screen.close();
         QVERIFY(screen.isVisible());
@@ -532,7 +526,7 @@ private slots:
         QVERIFY(told().endsWith(QStringLiteral("махнете маркировката.")));
 
         // Once the database takes writes again, closing writes the whole invoice.
-        QVERIFY(dropForcedFailure(*base, "tabl"));
+        QVERIFY(dropForcedFailure(*database, "tabl"));
         screen.close();
         QVERIFY(!screen.isVisible());
         QCOMPARE(numbered("0000000130"), 4);

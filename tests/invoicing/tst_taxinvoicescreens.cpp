@@ -10,6 +10,7 @@
 #include "invoicingscreens.h"
 #include "queryrows.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QApplication>
@@ -39,12 +40,9 @@ FirmProfile firm()
 
 }
 
-class TaxInvoiceScreensTest : public QObject {
+class TaxInvoiceScreensTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> base;
     std::unique_ptr<Sheet> sheet;
-    std::unique_ptr<RecordingMessageService> messages;
-    QSqlDatabase db;
     QList<qint64> ids;
 
     std::unique_ptr<Faktura> open(FakturaMode mode, const QString &number = {})
@@ -84,18 +82,14 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(base);
-        db = base->db();
+        ZAREK_DATABASE_FIXTURE();
         ids = fillMarch(db);
         sheet = std::make_unique<Sheet>();
-        messages = std::make_unique<RecordingMessageService>();
     }
     void cleanup()
     {
-        messages.reset();
         sheet.reset();
-        db = {};
-        base.reset();
+        tearDown();
     }
 
     // Closing the screen issues the tax invoice with the choices of "Фактура №".

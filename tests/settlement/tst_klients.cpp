@@ -9,6 +9,7 @@
 #include "settlement/settlementcommands.h"
 #include "klientstestdata.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -114,13 +115,10 @@ QStringList previewLines(ReportPreview *preview)
 
 // Each test starts on a fresh database holding the client's courses, with a folder for the
 // statement's scratch file and a message recorder; open() makes the statement.
-class KlientsTest : public QObject {
+class KlientsTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> database;
     std::unique_ptr<QTemporaryDir> dir;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<Klients> klients;
-    QSqlDatabase db;
 
     Klients *open(const SearchConditions &conditions = klientstest::march())
     {
@@ -132,19 +130,15 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(database);
-        db = database->db();
+        ZAREK_DATABASE_FIXTURE();
         QVERIFY(klientstest::fillCourses(db));
         dir = std::make_unique<QTemporaryDir>();
-        messages = std::make_unique<RecordingMessageService>();
     }
     void cleanup()
     {
         klients.reset();
-        messages.reset();
         dir.reset();
-        db = {};
-        database.reset();
+        tearDown();
     }
 
     void aLongStatementShowsItsFirstPageBeforeTheRestIsLaidOut()

@@ -3,6 +3,7 @@
 #include "forms/recordform.h"
 #include "queryrows.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 #include "waybills/rowdlist.h"
 #include "waybills/waybillscommands.h"
@@ -125,12 +126,9 @@ QString totals(RowdList &screen)
 
 // Each test gets a fresh database with two trucks and two drivers, and a message recorder;
 // open() shows the screen on it.
-class RowdListTest : public QObject {
+class RowdListTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> scratch;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<RowdList> screen;
-    QSqlDatabase db;
 
     RowdList &open()
     {
@@ -145,17 +143,13 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(scratch);
-        db = scratch->db();
-        prepare(*scratch);
-        messages = std::make_unique<RecordingMessageService>();
+        ZAREK_DATABASE_FIXTURE();
+        prepare(*database);
     }
     void cleanup()
     {
         screen.reset();
-        messages.reset();
-        db = {};
-        scratch.reset();
+        tearDown();
     }
 
     void anEmptyRegisterOpensReadyForItsFirstWaybill()
@@ -556,7 +550,7 @@ private slots:
         RowdList &screen = open();
         screen.header()->edit();
         screen.field(8)->setText(QStringLiteral("88"));
-        QVERIFY(scratch->exec(QStringLiteral("UPDATE RowdList SET ZarN = 77, row_version = row_version + 1")));
+        QVERIFY(database->exec(QStringLiteral("UPDATE RowdList SET ZarN = 77, row_version = row_version + 1")));
         QVERIFY(!screen.header()->update());
         QCOMPARE(onlyTitle(messages->shown), QStringLiteral("ГРЕШКА при записа на пътния лист!"));
         QCOMPARE(screen.header()->state(), RecordFormState::Editing);
