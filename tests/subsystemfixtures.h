@@ -11,6 +11,8 @@
 #include "forms/messageservice.h"
 #include "testdatabase.h"
 
+#include <QAbstractItemModel>
+
 #include <memory>
 
 namespace zarek::test {
@@ -27,6 +29,33 @@ struct DatabaseFixture {
         database.reset();
     }
 };
+
+// The captions of a grid's columns.
+inline QStringList captions(const QAbstractItemModel *model)
+{
+    QStringList list;
+    for (int column = 0; column < model->columnCount(); ++column)
+        list << model->headerData(column, Qt::Horizontal).toString();
+    return list;
+}
+
+// Each row of a grid as the texts it shows in the columns given (every column when none), joined
+// by the separator.
+inline QStringList gridRows(const QAbstractItemModel *model, const QString &separator = QStringLiteral("|"),
+                            QList<int> columns = {})
+{
+    const bool every = columns.isEmpty();
+    for (int column = 0; every && column < model->columnCount(); ++column)
+        columns.append(column);
+    QStringList rows;
+    for (int row = 0; row < model->rowCount(); ++row) {
+        QStringList cells;
+        for (const int column : columns)
+            cells << model->index(row, column).data().toString();
+        rows << cells.join(separator);
+    }
+    return rows;
+}
 
 }
 

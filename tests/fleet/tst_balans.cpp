@@ -95,15 +95,7 @@ std::function<const FirmProfile &()> firmSource()
 
 QStringList shownRows(const Balans &screen)
 {
-    QStringList rows;
-    const ResultGridModel *model = screen.model();
-    for (int row = 0; row < model->rowCount(); ++row) {
-        QStringList cells;
-        for (int column = 0; column < model->columnCount(); ++column)
-            cells << model->index(row, column).data().toString();
-        rows << cells.join(QStringLiteral(" | "));
-    }
-    return rows;
+    return test::gridRows(screen.model(), QStringLiteral(" | "));
 }
 
 QString registerFingerprint(QSqlDatabase db)
@@ -196,10 +188,7 @@ private slots:
         QTEST(screen.windowTitle(), "title");
         QTEST(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(), "heading");
         QCOMPARE(shownRows(screen), rows);
-        QStringList captions;
-        for (int c = 0; c < screen.model()->columnCount(); ++c)
-            captions << screen.model()->headerData(c, Qt::Horizontal).toString();
-        QTEST(captions, "captions");
+        QTEST(test::captions(screen.model()), "captions");
         // A truck number is never cut short, however narrow the column's set width.
         QVERIFY(screen.grid()->columnWidth(1) > screen.grid()->fontMetrics().horizontalAdvance(ca));
         auto *label = screen.findChild<QLabel *>(QStringLiteral("Label1"));

@@ -6,6 +6,7 @@
 #include "klientstestdata.h"
 #include "queryrows.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QCryptographicHash>
@@ -44,11 +45,7 @@ std::unique_ptr<Klients> openStatement(QSqlDatabase db, const QString &folder)
 
 QStringList shownRows(const Klients &screen)
 {
-    QStringList rows;
-    for (int row = 0; row < screen.model()->rowCount(); ++row)
-        rows << screen.model()->index(row, 1).data().toString() + QLatin1Char(' ')
-                    + screen.model()->index(row, kmColumn).data().toString();
-    return rows;
+    return test::gridRows(screen.model(), QStringLiteral(" "), {1, kmColumn});
 }
 
 QByteArray digest(const QString &path)
@@ -359,26 +356,26 @@ private slots:
     {
         QTest::addColumn<QString>("values");
         QTest::addColumn<QString>("fault");
-        QTest::newRow("km -500") << "'2006-03-02', 'София', 'Пясък', 'СА', -500, 10, 0.1, 100"
-                                 << "Ред 2 на файла: \"-500\" не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("km 40000") << "'2006-03-02', 'София', 'Пясък', 'СА', 40000, 10, 0.1, 100"
-                                  << "Ред 2 на файла: \"40000\" не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("km 12.5") << "'2006-03-02', 'София', 'Пясък', 'СА', 12.5, 10, 0.1, 100"
-                                 << "Ред 2 на файла: \"12.5\" не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("km as text") << "'2006-03-02', 'София', 'Пясък', 'СА', 'сто', 10, 0.1, 100"
-                                    << "Ред 2 на файла: \"сто\" не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("km missing") << "'2006-03-02', 'София', 'Пясък', 'СА', NULL, 10, 0.1, 100"
-                                    << "Ред 2 на файла: (празно) не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("NaN sum (stored as nothing)") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, 0.1, 0.0/0.0"
-                                                     << "Ред 2 на файла: сумата (празно) не е число от 0 до 20000000.";
-        QTest::newRow("infinite sum") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, 0.1, 9e999"
-                                      << "Ред 2 на файла: сумата \"inf\" не е число от 0 до 20000000.";
-        QTest::newRow("huge tonnes") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 1e300, 0.1, 100"
-                                     << "Ред 2 на файла: тонажът \"1e+300\" не е число от 0 до 100.";
-        QTest::newRow("negative rate") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, -0.1, 100"
-                                       << "Ред 2 на файла: тарифата \"-0.1\" не е число от 0 до 100.";
-        QTest::newRow("rate as blob") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, x'01', 100"
-                                      << "Ред 2 на файла: тарифата \"\uFFFD\" не е число от 0 до 100.";
+        // A row of the second line: date, route, cargo, truck, then km, tonnes, rate and sum.
+        const QString row = QStringLiteral("%1, 'София', 'Пясък', 'СА', %2, %3, %4, %5");
+        const QString march = QStringLiteral("'2006-03-02'");
+        const QString km = QStringLiteral("Ред 2 на файла: %1 не са километри: нужно е цяло число от 0 до 32767.");
+        const QString line = QStringLiteral("Ред 2 на файла: %1");
+        QTest::newRow("km -500") << row.arg(march, "-500", "10", "0.1", "100") << km.arg("\"-500\"");
+        QTest::newRow("km 40000") << row.arg(march, "40000", "10", "0.1", "100") << km.arg("\"40000\"");
+        QTest::newRow("km 12.5") << row.arg(march, "12.5", "10", "0.1", "100") << km.arg("\"12.5\"");
+        QTest::newRow("km as text") << row.arg(march, "'сто'", "10", "0.1", "100") << km.arg("\"сто\"");
+        QTest::newRow("km missing") << row.arg(march, "NULL", "10", "0.1", "100") << km.arg("(празно)");
+        QTest::newRow("NaN sum (stored as nothing)") << row.arg(march, "100", "10", "0.1", "0.0/0.0")
+                                                     << line.arg("сумата (празно) не е число от 0 до 20000000.");
+        QTest::newRow("infinite sum") << row.arg(march, "100", "10", "0.1", "9e999")
+                                      << line.arg("сумата \"inf\" не е число от 0 до 20000000.");
+        QTest::newRow("huge tonnes") << row.arg(march, "100", "1e300", "0.1", "100")
+                                     << line.arg("тонажът \"1e+300\" не е число от 0 до 100.");
+        QTest::newRow("negative rate") << row.arg(march, "100", "10", "-0.1", "100")
+                                       << line.arg("тарифата \"-0.1\" не е число от 0 до 100.");
+        QTest::newRow("rate as blob") << row.arg(march, "100", "10", "x'01'", "100")
+                                      << line.arg("тарифата \"\uFFFD\" не е число от 0 до 100.");
         QTest::newRow("control character in a route") << "'2006-03-02', 'Со' || char(0) || 'фия', 'Пясък', 'СА', 100, 10, 0.1, 100"
                                                        << "Ред 2 на файла: текстът съдържа непозволен знак.";
         QTest::newRow("line break in a cargo") << "'2006-03-02', 'София', 'Пя' || char(10) || 'сък', 'СА', 100, 10, 0.1, 100"

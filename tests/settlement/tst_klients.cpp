@@ -50,12 +50,7 @@ QString labelText(const QWidget &screen, const QString &name)
 // Each row as date, route and km, as the grid shows them.
 QStringList shownRows(const Klients &screen)
 {
-    QStringList rows;
-    const ResultGridModel *model = screen.model();
-    for (int row = 0; row < model->rowCount(); ++row)
-        rows << model->index(row, 0).data().toString() + QLatin1Char(' ') + model->index(row, 1).data().toString()
-                    + QLatin1Char(' ') + model->index(row, kmColumn).data().toString();
-    return rows;
+    return test::gridRows(screen.model(), QStringLiteral(" "), {0, 1, kmColumn});
 }
 
 int scratchCount(Klients &screen, const QString &table)
@@ -172,10 +167,7 @@ private slots:
                                                   QStringLiteral("02.03.2006 София - Перник 100"),
                                                   QStringLiteral("15.03.2006 Перник - София 25"),
                                                   QStringLiteral("31.03.2006 София - Перник 60")}));
-        QStringList captions;
-        for (int c = 0; c < screen->model()->columnCount(); ++c)
-            captions << screen->model()->headerData(c, Qt::Horizontal).toString();
-        QCOMPARE(captions, (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума"}));
+        QCOMPARE(test::captions(screen->model()), (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума"}));
         QCOMPARE(screen->model()->index(1, 5).data().toString(), QStringLiteral("10,000"));
         QCOMPARE(screen->model()->index(1, sumaColumn).data().toString(), QStringLiteral("125,00"));
         QStringList labels;

@@ -128,15 +128,9 @@ private slots:
                  QStringLiteral("Курсове na Иван Д'Арков към 05.04.2006"));
         const ResultGridModel *model = screen.model();
         QCOMPARE(model->rowCount(), 3);
-        QStringList captions;
-        for (int column = 0; column < model->columnCount(); ++column)
-            captions << model->headerData(column, Qt::Horizontal).toString();
-        QCOMPARE(captions, (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума", "Плат."}));
-        QStringList first;
-        for (int column = 0; column < 8; ++column)
-            first << model->index(0, column).data().toString();
-        QCOMPARE(first, (QStringList{"01.03.2006", "София - Перник", "Пясък", "СА 1234 ВК", "25", "10,000", "0,125",
-                                     "30,31"}));
+        QCOMPARE(test::captions(model), (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума", "Плат."}));
+        QCOMPARE(test::gridRows(model, QStringLiteral("|"), {0, 1, 2, 3, 4, 5, 6, 7}).first(),
+                 QStringLiteral("01.03.2006|София - Перник|Пясък|СА 1234 ВК|25|10,000|0,125|30,31"));
         QCOMPARE(routeOf(screen, 1) + QLatin1Char(' ') + routeOf(screen, 2),
                  QStringLiteral("Перник - Радомир Батановци - Перник"));
         QCOMPARE(model->index(0, 8).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);

@@ -2,6 +2,7 @@
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 #include "warehouse/issuecost.h"
 #include "warehouse/sklad.h"
@@ -318,10 +319,7 @@ private slots:
         QCOMPARE(child<QLineEdit>(screen, "Text1")->text(), QStringLiteral("Складова наличност към 20.03.2026"));
         const QAbstractItemModel *model = screen.grid()->model();
         QCOMPARE(model->rowCount(), 2);
-        QStringList heads;
-        for (int c = 0; c < model->columnCount(); ++c)
-            heads.append(model->headerData(c, Qt::Horizontal).toString());
-        QCOMPARE(heads, (QStringList{"№", "Име", "Брой", "Ед.цена", "Сума"}));
+        QCOMPARE(test::captions(model), (QStringList{"№", "Име", "Брой", "Ед.цена", "Сума"}));
         QCOMPARE(model->index(1, 1).data().toString(), QStringLiteral("Шайба"));
         QCOMPARE(model->index(1, 4).data().toString(), QStringLiteral("35,00"));
         QCOMPARE(model->index(1, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));

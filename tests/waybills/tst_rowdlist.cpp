@@ -105,15 +105,7 @@ void startWithALine(RowdList &screen)
 
 QStringList gridRows(RowdList &screen)
 {
-    QStringList rows;
-    const QAbstractItemModel *model = screen.grid()->model();
-    for (int row = 0; row < model->rowCount(); ++row) {
-        QStringList cells;
-        for (int column = 0; column < model->columnCount(); ++column)
-            cells.append(model->index(row, column).data().toString());
-        rows.append(cells.join(QLatin1Char('|')));
-    }
-    return rows;
+    return test::gridRows(screen.grid()->model());
 }
 
 // What the header shows: the number, km and fuel totals.
