@@ -3,6 +3,7 @@
 #include "forms/messageservice.h"
 #include "reports/reportpreview.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QCheckBox>
@@ -54,15 +55,13 @@ void pickDriver(DAI &screen, const QString &name)
 
 // Each test starts on a fresh database with three drivers (one with a short personal number) and a
 // message recorder; open() makes the screen on it.
-class DaiTest : public QObject {
+class DaiTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> scratch;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<DAI> dai;
 
     DAI &open()
     {
-        dai = std::make_unique<DAI>(scratch->db(), test::exampleAttestingFirm(), nullptr, today);
+        dai = std::make_unique<DAI>(database->db(), test::exampleAttestingFirm(), nullptr, today);
         return *dai;
     }
 
@@ -70,15 +69,13 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(scratch);
-        prepare(*scratch);
-        messages = std::make_unique<RecordingMessageService>();
+        ZAREK_DATABASE_FIXTURE();
+        prepare(*database);
     }
     void cleanup()
     {
         dai.reset();
-        messages.reset();
-        scratch.reset();
+        tearDown();
     }
 
     void theSheetShowsTheFirmAndWaitsForADriver()
@@ -325,7 +322,7 @@ private slots:
 
     void noDriverAtAllIsTold()
     {
-        QVERIFY(scratch->exec(QStringLiteral("DELETE FROM shof")));
+        QVERIFY(database->exec(QStringLiteral("DELETE FROM shof")));
         open();
         QCOMPARE(onlyText(messages->shown), QStringLiteral("Списъка е празен\nЩе се създаде нов!"));
     }

@@ -5,6 +5,7 @@
 #include "international/tripstore.h"
 #include "queryrows.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -118,12 +119,9 @@ void pickFromPanel(InsideKurs &screen, const char *frame, int row)
 
 // Each test starts on a fresh database with a driver and a tractor, and a message recorder;
 // open() makes the screen on it.
-class InsideKursTest : public QObject {
+class InsideKursTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> scratch;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<InsideKurs> screen;
-    QSqlDatabase db;
 
     InsideKurs &open()
     {
@@ -135,17 +133,13 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(scratch);
-        db = scratch->db();
-        prepare(*scratch);
-        messages = std::make_unique<RecordingMessageService>();
+        ZAREK_DATABASE_FIXTURE();
+        prepare(*database);
     }
     void cleanup()
     {
         screen.reset();
-        messages.reset();
-        db = {};
-        scratch.reset();
+        tearDown();
     }
 
     void theScreenOpensOnTheTripsByNumberWithTheFormsCaptions()

@@ -5,6 +5,7 @@
 
 #include "core/dates.h"
 #include "data/database.h"
+#include "data/dialect.h"
 #include "testdatabase.h"
 
 #include <QCoreApplication>
@@ -103,6 +104,25 @@ inline qint64 countWhere(QSqlDatabase db, const QString &sql, const QList<QVaria
 {
     const QVariant count = scalar(db, sql, values);
     return count.typeId() == QMetaType::QString ? -1 : count.toLongLong();
+}
+
+// Makes the database refuse an event ("UPDATE ON tabl") on the rows where the condition holds
+// ("OLD.id = 5") with the error "forced failure", until dropForcedFailure().
+inline void forceFailure(ScratchDatabase &scratch, const QString &event, const QString &condition)
+{
+    const bool sqlite = dialectOf(scratch.db()) == Dialect::SQLite;
+    QVERIFY(sqlite || scratch.exec(QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
+                                                  "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql")));
+    QVERIFY(scratch.exec(
+        (sqlite ? QStringLiteral("CREATE TRIGGER forced_failure BEFORE %1 WHEN %2 BEGIN SELECT RAISE(ABORT, 'forced failure'); END")
+                : QStringLiteral("CREATE TRIGGER forced_failure BEFORE %1 FOR EACH ROW WHEN (%2) EXECUTE FUNCTION forced_failure()"))
+            .arg(event, condition)));
+}
+
+inline bool dropForcedFailure(ScratchDatabase &scratch, const QString &table)
+{
+    return scratch.exec(QStringLiteral("DROP TRIGGER forced_failure")
+                        + (dialectOf(scratch.db()) == Dialect::SQLite ? QString() : QStringLiteral(" ON ") + table));
 }
 
 // Workstations racing to issue invoices: each a copy of the test program in a racer mode of its

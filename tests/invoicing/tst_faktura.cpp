@@ -10,10 +10,12 @@
 #include "invoicing/invoicingcommands.h"
 #include "invoicing/invoicestore.h"
 #include "invoicingfixture.h"
+#include "invoicingscreens.h"
 #include "queryrows.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QApplication>
@@ -32,8 +34,6 @@ using namespace zarek;
 using namespace zarek::test;
 
 namespace {
-
-const QDateTime closingTime(QDate(2006, 4, 2), QTime(16, 5, 0));
 
 SearchConditions newConditions(const QString &klient = dargos)
 {
@@ -61,19 +61,12 @@ FirmProfile firm()
     return f;
 }
 
-// The scratch database of one test, with TempPlaten laid out as the menu command does.
-struct Scratch {
-    QTemporaryDir folder;
-    zarek::ScratchDatabase db{folder.path()};
-    Scratch() { db.RebuildScratchTable(QStringLiteral("TempPlaten")); }
-};
-
 // A screen as the menu opens it, with the statement caught instead of previewed.
 struct Screen {
     Faktura faktura;
     QList<LaidOutReport> statements;
 
-    Screen(FakturaMode mode, const SearchConditions &c, QSqlDatabase db, Scratch &scratch)
+    Screen(FakturaMode mode, const SearchConditions &c, QSqlDatabase db, Sheet &scratch)
         : faktura(mode, c, db, scratch.db.db(), firm())
     {
         faktura.showStatement = [this](const Report &report) { statements.append(layoutReport(report)); };
@@ -81,37 +74,6 @@ struct Screen {
         faktura.show();
     }
 };
-
-// Space on each of these rows.
-void mark(ResultGridScreen &screen, const QList<int> &rows)
-{
-    QTRY_VERIFY(screen.currentRow() >= 0);
-    for (const int row : rows) {
-        screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
-        QTest::keyClick(screen.grid(), Qt::Key_Space);
-    }
-}
-
-// Types the text into DiaFakt and presses OK; a refused number is cancelled so the test goes on.
-// True when the dialog took the number.
-bool answerDiaFakt(const QString &text, const std::function<void()> &open)
-{
-    bool taken = false;
-    test::onNextModal<DiaFakt>([&](DiaFakt &dialog) {
-        dialog.combo()->setEditText(text);
-        dialog.okButton()->click();
-        taken = dialog.FaktChosen();
-        if (dialog.isVisible())
-            dialog.cancelButton()->click();
-    });
-    open();
-    return taken;
-}
-
-bool chooseNumber(Faktura &screen, const QString &text)
-{
-    return answerDiaFakt(text, [&] { screen.chooseNumber(); });
-}
 
 QString sumLabel(const Faktura &screen)
 {
@@ -161,13 +123,10 @@ void clickLater(QWidget *window, const char *button)
 
 // Each test starts on a fresh database holding fillMarch()'s courses (their ids in ids), with a
 // scratch sheet and a message recorder; open() shows the screen as the menu does.
-class FakturaTest : public QObject {
+class FakturaTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> base;
-    std::unique_ptr<Scratch> sheet;
-    std::unique_ptr<RecordingMessageService> messages;
+    std::unique_ptr<Sheet> sheet;
     std::unique_ptr<Screen> s;
-    QSqlDatabase db;
     QList<qint64> ids;
 
     Faktura &open(FakturaMode mode = FakturaMode::FaktNew, const SearchConditions &c = newConditions())
@@ -203,19 +162,15 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(base);
-        db = base->db();
+        ZAREK_DATABASE_FIXTURE();
         ids = fillMarch(db);
-        sheet = std::make_unique<Scratch>();
-        messages = std::make_unique<RecordingMessageService>();
+        sheet = std::make_unique<Sheet>();
     }
     void cleanup()
     {
         s.reset();
-        messages.reset();
         sheet.reset();
-        db = {};
-        base.reset();
+        tearDown();
     }
 
     void theNewInvoiceScreenListsTheClientsUninvoicedCourses()
@@ -447,71 +402,58 @@ private slots:
         QCOMPARE(courses({6, 7}), (QStringList{"1|0000000120|2006-04-02", "0|0000000000|2006-04-02"}));
     }
 
+    // OK or Enter takes the number typed or offered; a used or malformed one is refused in two lines
+    // and the dialog stays.
     void diaFaktRefusesUsedAndMalformedNumbers_data()
     {
-        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("typed");  // by the keyboard when Enter confirms
+        QTest::addColumn<bool>("enter");
         QTest::addColumn<QString>("number");  // empty: refused
-        QTest::newRow("the number offered, unedited") << "" << "0000000121";
-        QTest::newRow("used, without its zeros") << "120" << "";
-        QTest::newRow("used, with them") << "0000000120" << "";
-        QTest::newRow("125") << "125" << "0000000125";
-        QTest::newRow("eleven digits") << "12345678901" << "";
-        QTest::newRow("not a number") << "12/2006" << "";
+        QTest::addColumn<QStringList>("told");
+        const QStringList used{"Имате издадена фактура под този номер!"};
+        QTest::newRow("the number offered, unedited") << "" << false << "0000000121" << QStringList();
+        QTest::newRow("the one offered, Enter") << "" << true << "0000000121" << QStringList();
+        QTest::newRow("typed short, Enter") << "1" << true << "0000000001" << QStringList();
+        QTest::newRow("used, without its zeros") << "120" << false << "" << used;
+        QTest::newRow("used, Enter") << "120" << true << "" << used;
+        QTest::newRow("used, with them") << "0000000120" << false << "" << used;
+        QTest::newRow("125") << "125" << false << "0000000125" << QStringList();
+        QTest::newRow("eleven digits") << "12345678901" << false << ""
+                                       << QStringList{"Номерът на фактурата е по-дълъг от 10 цифри!"};
+        QTest::newRow("not a number") << "12/2006" << false << ""
+                                      << QStringList{"Номерът на фактурата трябва да е число!"};
     }
     void diaFaktRefusesUsedAndMalformedNumbers()
     {
         QFETCH(QString, typed);
-        QFETCH(QString, number);
-        DiaFakt dialog(db);
-        QCOMPARE(dialog.windowTitle(), QStringLiteral("Номер на фактурата"));
-        QCOMPARE(dialog.combo()->currentText(), QStringLiteral("0000000121"));  // the next free number
-        QVERIFY(dialog.okButton()->isDefault() && !dialog.cancelButton()->isDefault());
-        QCOMPARE(dialog.okButton()->text(), QStringLiteral("OK"));
-        if (!typed.isEmpty())
-            dialog.combo()->setEditText(typed);
-        dialog.show();
-        dialog.okButton()->click();
-        QCOMPARE(dialog.FaktChosen(), !number.isEmpty());
-        QCOMPARE(dialog.NomFakt(), number.isEmpty() ? noDocumentNumber() : number);
-        QCOMPARE(dialog.isVisible(), number.isEmpty());
-        QCOMPARE(messages->shown.size(), number.isEmpty() ? 1 : 0);
-        if (number.isEmpty())
-            QCOMPARE(messages->shown.first().text.count(QLatin1Char('\n')), 1);
-    }
-
-    // Enter takes the number typed or offered; a used one is refused and the dialog stays.
-    void enterConfirmsTheNumber_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("number");  // empty: refused
-        QTest::newRow("the one offered") << "" << "0000000121";
-        QTest::newRow("typed short") << "1" << "0000000001";
-        QTest::newRow("a used one") << "120" << "";
-    }
-    void enterConfirmsTheNumber()
-    {
-        QFETCH(QString, typed);
+        QFETCH(bool, enter);
         QFETCH(QString, number);
         insertCourse(db, {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"),
                           QStringLiteral("СА 1234 ВК"), 1, 1, 1, 1, true, QStringLiteral("0000000117")});
         DiaFakt dialog(db);
-        // The free numbers: the next one, then those left free below it, latest first.
+        QCOMPARE(dialog.windowTitle(), QStringLiteral("Номер на фактурата"));
+        // The free numbers: the next one, shown, then those left free below it, latest first.
         QStringList offered;
         for (int i = 0; i < dialog.combo()->count(); ++i)
             offered << dialog.combo()->itemText(i);
         QCOMPARE(offered, (QStringList{"0000000121", "0000000119", "0000000118"}));
+        QCOMPARE(dialog.combo()->currentText(), offered.first());
+        QVERIFY(dialog.okButton()->isDefault() && !dialog.cancelButton()->isDefault());
+        QCOMPARE(dialog.okButton()->text(), QStringLiteral("OK"));
         test::showActive(dialog);
-        if (!typed.isEmpty()) {
+        if (enter && !typed.isEmpty()) {
             dialog.combo()->lineEdit()->selectAll();
             QTest::keyClicks(dialog.combo()->lineEdit(), typed);
+        } else if (!typed.isEmpty()) {
+            dialog.combo()->setEditText(typed);
         }
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        enter ? QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return) : dialog.okButton()->click();
         QCOMPARE(dialog.FaktChosen(), !number.isEmpty());
+        QCOMPARE(dialog.NomFakt(), number.isEmpty() ? noDocumentNumber() : number);
         QCOMPARE(dialog.isVisible(), number.isEmpty());
-        QCOMPARE(test::firstLines(messages->shown),
-                 number.isEmpty() ? QStringList{"Имате издадена фактура под този номер!"} : QStringList());
-        if (!number.isEmpty())
-            QCOMPARE(dialog.NomFakt(), number);
+        QTEST(test::firstLines(messages->shown), "told");
+        for (const auto &message : std::as_const(messages->shown))
+            QCOMPARE(message.text.count(QLatin1Char('\n')), 1);
     }
 
     void aConflictWritesNothingNamesTheCourseAndKeepsTheScreenOpen()
@@ -519,7 +461,7 @@ private slots:
         Faktura &screen = printed({0, 1, 2});
 
         // Meanwhile another workstation invoices the course of 05.03.
-        QSqlDatabase other = base->openSecondConnection();
+        QSqlDatabase other = database->openSecondConnection();
         QCOMPARE(test::rows(other, "UPDATE tabl SET Fakt = ?, NomFakt = ?, row_version = row_version + 1 WHERE id = ?",
                             {true, QStringLiteral("0000000777"), ids[1]}),
                  QStringList());
@@ -550,7 +492,7 @@ private slots:
     {
         Faktura &screen = printed({0});
         // Meanwhile another workstation issues 130 to another client.
-        QCOMPARE(int(InvoiceStore(base->openSecondConnection())
+        QCOMPARE(int(InvoiceStore(database->openSecondConnection())
                          .settle({{ids[5], 1, true, QStringLiteral("0000000130")}}, closingTime,
                                  InvoiceRecord::issue(QStringLiteral("0000000130"), beton, false))
                          .kind),
@@ -572,16 +514,7 @@ private slots:
     {
         Faktura &screen = printed({0, 1, 2, 3});
         // The write of the third course fails inside the database.
-        const bool sqlite = dialectOf(db) == Dialect::SQLite;
-        if (sqlite) {
-            QVERIFY(base->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE UPDATE ON tabl WHEN OLD.id = %1 "
-                                              "BEGIN SELECT RAISE(ABORT, 'forced failure'); END").arg(ids[2])));
-        } else {
-            QVERIFY(base->exec(QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
-                                              "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql")));
-            QVERIFY(base->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE UPDATE ON tabl FOR EACH ROW "
-                                              "WHEN (OLD.id = %1) EXECUTE FUNCTION forced_failure()").arg(ids[2])));
-        }
+        forceFailure(*database, "UPDATE ON tabl", QStringLiteral("OLD.id = %1").arg(ids[2]));
         const QStringList before = invoiceState(db);
         screen.close();
         QVERIFY(screen.isVisible());
@@ -593,7 +526,7 @@ private slots:
         QVERIFY(told().endsWith(QStringLiteral("махнете маркировката.")));
 
         // Once the database takes writes again, closing writes the whole invoice.
-        QVERIFY(base->exec(QStringLiteral("DROP TRIGGER forced_failure") + (sqlite ? QString() : QStringLiteral(" ON tabl"))));
+        QVERIFY(dropForcedFailure(*database, "tabl"));
         screen.close();
         QVERIFY(!screen.isVisible());
         QCOMPARE(numbered("0000000130"), 4);

@@ -7,6 +7,7 @@
 #include "invoicing/invoicestore.h"
 #include "invoicingfixture.h"
 #include "queryrows.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QProcess>
@@ -36,22 +37,6 @@ QStringList routesOf(const RowSet &rows)
         out << rows.value(row, QStringLiteral("Data")).toString().left(10) + QLatin1Char(' ')
                    + rows.value(row, QStringLiteral("Marsh")).toString();
     return out;
-}
-
-// Makes any UPDATE of the course fail inside the database, as a broken disk or a lost link would.
-void failUpdatesOf(test::ScratchDatabase &scratch, qint64 id)
-{
-    if (dialectOf(scratch.db()) == Dialect::SQLite) {
-        QVERIFY(scratch.exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE UPDATE ON tabl WHEN OLD.id = %1 "
-                                            "BEGIN SELECT RAISE(ABORT, 'forced failure'); END")
-                                 .arg(id)));
-    } else {
-        QVERIFY(scratch.exec(QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
-                                            "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql")));
-        QVERIFY(scratch.exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE UPDATE ON tabl FOR EACH ROW "
-                                            "WHEN (OLD.id = %1) EXECUTE FUNCTION forced_failure()")
-                                 .arg(id)));
-    }
 }
 
 // Workstations racing for invoice numbers: each a copy of this program in its racer mode, on one
@@ -116,10 +101,8 @@ int runRacer(const QStringList &args)
 }
 
 // Each test starts on a fresh database; ids holds the courses of fillMarch() once a test fills it.
-class InvoiceStoreTest : public QObject {
+class InvoiceStoreTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> scratch;
-    QSqlDatabase db;
     QList<qint64> ids;
     const QString number = QStringLiteral("0000000130");
 
@@ -138,14 +121,12 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(scratch);
-        db = scratch->db();
+        ZAREK_DATABASE_FIXTURE();
     }
     void cleanup()
     {
-        db = {};
-        scratch.reset();
         ids.clear();
+        tearDown();
     }
 
     void theUninvoicedCoursesOfAClientAndPeriod()
@@ -226,7 +207,7 @@ private slots:
     void aCourseChangedOnAnotherConnectionStopsTheWholeWrite()
     {
         ids = fillMarch(db);
-        QCOMPARE(test::rows(scratch->openSecondConnection(),
+        QCOMPARE(test::rows(database->openSecondConnection(),
                             "UPDATE tabl SET Fakt = ?, NomFakt = '0000000777', row_version = row_version + 1 WHERE id = ?",
                             {true, ids[2]}),
                  QStringList());
@@ -244,7 +225,7 @@ private slots:
     void aDeletedCourseCountsAsChanged()
     {
         ids = fillMarch(db);
-        QVERIFY(scratch->exec(QStringLiteral("DELETE FROM tabl WHERE id = %1").arg(ids[1])));
+        QVERIFY(database->exec(QStringLiteral("DELETE FROM tabl WHERE id = %1").arg(ids[1])));
         const SettleOutcome outcome = InvoiceStore(db).settle(
             {{ids[0], 1, false, QStringLiteral("0000000000")}, {ids[1], 1, false, QStringLiteral("0000000000")}}, stamp);
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Conflict));
@@ -300,7 +281,7 @@ private slots:
     void aNumberIssuedOnAnotherWorkstationIsRefusedInTheSystemsWords()
     {
         ids = fillMarch(db);
-        QCOMPARE(int(issue({5}, number, beton, true, scratch->openSecondConnection())), int(SettleOutcome::Kind::Written));
+        QCOMPARE(int(issue({5}, number, beton, true, database->openSecondConnection())), int(SettleOutcome::Kind::Written));
         const QStringList before = invoiceState(db);
         const SettleOutcome second =
             InvoiceStore(db).settle({{ids[0], 1, true, number}}, stamp, InvoiceRecord::issue(number, dargos, false));
@@ -322,8 +303,8 @@ private slots:
         QFETCH(bool, emptied);
         ids = fillMarch(db);
         const QString number = QStringLiteral("0000000120");
-        QVERIFY(scratch->exec(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient) VALUES ('0000000120', 'Д''Аргос ООД')")));
-        QVERIFY(scratch->exec(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES ('0000000120')")));
+        QVERIFY(database->exec(QStringLiteral("INSERT INTO Fakturi (NomFakt, Klient) VALUES ('0000000120', 'Д''Аргос ООД')")));
+        QVERIFY(database->exec(QStringLiteral("INSERT INTO EvroFakt (NomFakt) VALUES ('0000000120')")));
         const SettleOutcome outcome = InvoiceStore(db).settle(
             {{ids[6], 1, false, noDocumentNumber()}, {ids[7], 1, !emptied, emptied ? noDocumentNumber() : number}}, stamp,
             InvoiceRecord::correct(number));
@@ -337,12 +318,12 @@ private slots:
     // A database of an earlier version: its invoices become issued numbers as it is brought up.
     void theUpgradeRecordsTheNumbersOfInvoicedCourses()
     {
-        QVERIFY(scratch->exec(QStringLiteral("DROP TABLE Fakturi")));
-        QVERIFY(scratch->exec(QStringLiteral("DELETE FROM zarek_schema WHERE version = 5")));
+        QVERIFY(database->exec(QStringLiteral("DROP TABLE Fakturi")));
+        QVERIFY(database->exec(QStringLiteral("DELETE FROM zarek_schema WHERE version = 5")));
         fillMarch(db);
         insertCourse(db, {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"), QStringLiteral("СА 1234 ВК"),
                           1, 1, 1, 1, true, QStringLiteral("0000000099")});
-        QVERIFY(scratch->exec(QStringLiteral("UPDATE tabl SET DateMod = '2006-02-28' WHERE NomFakt = '0000000120'")));
+        QVERIFY(database->exec(QStringLiteral("UPDATE tabl SET DateMod = '2006-02-28' WHERE NomFakt = '0000000120'")));
         QString error;
         QVERIFY2(migrateSchema(db, &error), qPrintable(error));
         QCOMPARE(test::rows(db, "SELECT NomFakt, Klient, Data FROM Fakturi ORDER BY NomFakt"),
@@ -355,7 +336,7 @@ private slots:
     void workstationsRacingForNumbersNeverShareOne()
     {
         QStringList outputs;
-        race(*scratch, racerMode, racers, invoicesEach, outputs);
+        race(*database, racerMode, racers, invoicesEach, outputs);
         if (QTest::currentTestFailed())
             return;
         int refusals = 0;
@@ -390,7 +371,8 @@ private slots:
     {
         for (int i = 0; i < 2 * InvoiceStore::batchSize + 50; ++i)
             ids.append(insertCourse(db, {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")}));
-        failUpdatesOf(*scratch, ids[InvoiceStore::batchSize + 10]);  // in the second of three statements
+        // An update fails inside the database, as a broken disk or a lost link would, in the second of three statements.
+        forceFailure(*database, "UPDATE ON tabl", QStringLiteral("OLD.id = %1").arg(ids[InvoiceStore::batchSize + 10]));
         const QStringList before = invoiceState(db);
         QList<CourseWrite> writes;
         for (const qint64 id : ids)

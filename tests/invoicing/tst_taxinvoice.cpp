@@ -6,6 +6,7 @@
 #include "invoicing/taxinvoicestore.h"
 #include "invoicingfixture.h"
 #include "queryrows.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QProcess>
@@ -183,10 +184,8 @@ int runVictim(const QStringList &args)
 
 }
 
-class TaxInvoiceTest : public QObject {
+class TaxInvoiceTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> scratch;
-    QSqlDatabase db;
     QList<qint64> ids;
 
     qint64 count(const QString &sql, const QList<QVariant> &values = {}) { return countWhere(db, sql, values); }
@@ -217,14 +216,12 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(scratch);
-        db = scratch->db();
+        ZAREK_DATABASE_FIXTURE();
     }
     void cleanup()
     {
-        db = {};
-        scratch.reset();
         ids.clear();
+        tearDown();
     }
 
     // The base is the sum of the lines, the VAT is worked out once on the base, the total is both.
@@ -309,7 +306,7 @@ private slots:
     {
         QFETCH(bool, summary);
         ids = fillMarch(db);
-        QVERIFY(scratch->exec(QStringLiteral("INSERT INTO Klienti (Ime, EIK, DDSNomer, Grad, SrokDni) VALUES "
+        QVERIFY(database->exec(QStringLiteral("INSERT INTO Klienti (Ime, EIK, DDSNomer, Grad, SrokDni) VALUES "
                                              "('Д''Аргос ООД', '831641791', 'BG831641791', 'София', 15)")));
         const SettleOutcome outcome = issueTax(db, {ids[0], ids[1], ids[2]}, QStringLiteral("0000000300"),
                                                summary ? InvoiceLines::Summary : InvoiceLines::PerCourse);
@@ -341,15 +338,15 @@ private slots:
     void anIssuedInvoiceDoesNotFollowItsClientOrCourses()
     {
         ids = fillMarch(db);
-        QVERIFY(scratch->exec(QStringLiteral("INSERT INTO Klienti (Ime, EIK, Adres, SrokDni) VALUES "
+        QVERIFY(database->exec(QStringLiteral("INSERT INTO Klienti (Ime, EIK, Adres, SrokDni) VALUES "
                                              "('Д''Аргос ООД', '831641791', 'ул. Първа 1', 30)")));
         const SettleOutcome outcome = issueTax(db, {ids[0], ids[1]});
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Written));
         const Checked<TaxDocument> before = loadTaxDocument(db, outcome.documentId);
         QVERIFY(before);
         QCOMPARE(before.value().recipient.eik, QStringLiteral("831641791"));
-        QVERIFY(scratch->exec(QStringLiteral("UPDATE Klienti SET EIK = '000000000', Adres = 'ул. Втора 2', SrokDni = 5")));
-        QVERIFY(scratch->exec(QStringLiteral("UPDATE tabl SET bruto = 999, Marsh = 'Другаде' WHERE id = %1").arg(ids[0])));
+        QVERIFY(database->exec(QStringLiteral("UPDATE Klienti SET EIK = '000000000', Adres = 'ул. Втора 2', SrokDni = 5")));
+        QVERIFY(database->exec(QStringLiteral("UPDATE tabl SET bruto = 999, Marsh = 'Другаде' WHERE id = %1").arg(ids[0])));
         const Checked<TaxDocument> after = loadTaxDocument(db, outcome.documentId);
         QVERIFY(after);
         QVERIFY(after.value() == before.value());
@@ -476,15 +473,7 @@ private slots:
             ids.append(insertCourse(db, {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")}));
         QVERIFY(issueTax(db, {ids[0]}).kind == SettleOutcome::Kind::Written);
         // The lines' second statement fails.
-        if (dialectOf(db) == Dialect::SQLite) {
-            QVERIFY(scratch->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE INSERT ON FaktRed WHEN NEW.Red = 150 "
-                                                 "BEGIN SELECT RAISE(ABORT, 'forced failure'); END")));
-        } else {
-            QVERIFY(scratch->exec(QStringLiteral("CREATE FUNCTION forced_failure() RETURNS trigger AS $$ BEGIN "
-                                                 "RAISE EXCEPTION 'forced failure'; END $$ LANGUAGE plpgsql")));
-            QVERIFY(scratch->exec(QStringLiteral("CREATE TRIGGER forced_failure BEFORE INSERT ON FaktRed FOR EACH ROW "
-                                                 "WHEN (NEW.Red = 150) EXECUTE FUNCTION forced_failure()")));
-        }
+        forceFailure(*database, "INSERT ON FaktRed", "NEW.Red = 150");
         const QStringList before = invoiceState(db);
         const SettleOutcome outcome = issueTax(db, ids.mid(1));
         QCOMPARE(int(outcome.kind), int(SettleOutcome::Kind::Failed));
@@ -501,8 +490,8 @@ private slots:
         QFETCH_GLOBAL(QString, engine);
         for (int i = 0; i < 3000; ++i)
             insertCourse(db, {QDate(2006, 3, 1).addDays(i % 30), dargos, QStringLiteral("Маршрут")});
-        const QString target = engine == QLatin1String("postgresql") ? scratch->config().databaseName
-                                                                      : scratch->config().sqlitePath;
+        const QString target = engine == QLatin1String("postgresql") ? database->config().databaseName
+                                                                      : database->config().sqlitePath;
         QProcess victim;
         victim.start(QCoreApplication::applicationFilePath(), {QString::fromLatin1(killMode), engine, target});
         QVERIFY(victim.waitForStarted());
@@ -514,7 +503,7 @@ private slots:
             QVERIFY(victim.waitForFinished(10000));
         }
         // A fresh connection, as the next start of the program would have.
-        db = scratch->openSecondConnection();
+        db = database->openSecondConnection();
         checkWholeDocuments();
         qInfo("%lld invoices recorded, %s", count(QStringLiteral("SELECT COUNT(*) FROM FaktDok")),
               killed ? "then killed" : "all before the kill");
@@ -523,7 +512,7 @@ private slots:
     void workstationsIssuingAtOnceTakeEveryNumberOnce()
     {
         QStringList outputs;
-        race(*scratch, racerMode, racers, invoicesEach, outputs);
+        race(*database, racerMode, racers, invoicesEach, outputs);
         if (QTest::currentTestFailed())
             return;
         const int invoices = racers * invoicesEach;

@@ -7,8 +7,10 @@
 #include "invoicing/invoicestore.h"
 #include "invoicing/taxinvoicestore.h"
 #include "invoicingfixture.h"
+#include "invoicingscreens.h"
 #include "queryrows.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QApplication>
@@ -27,14 +29,6 @@ using namespace zarek::test;
 
 namespace {
 
-const QDateTime closingTime(QDate(2006, 4, 2), QTime(16, 5, 0));
-
-struct Sheet {
-    QTemporaryDir folder;
-    zarek::ScratchDatabase db{folder.path()};
-    Sheet() { db.RebuildScratchTable(QStringLiteral("TempPlaten")); }
-};
-
 FirmProfile firm()
 {
     FirmProfile f;
@@ -44,42 +38,11 @@ FirmProfile firm()
     return f;
 }
 
-// Space on each of these rows.
-void mark(ResultGridScreen &screen, const QList<int> &rows)
-{
-    QTRY_VERIFY(screen.currentRow() >= 0);
-    for (const int row : rows) {
-        screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
-        QTest::keyClick(screen.grid(), Qt::Key_Space);
-    }
 }
 
-// Answers "Фактура №" with the text and the choices the step sets; true when the number was taken.
-bool answerDiaFakt(Faktura &screen, const QString &text, const std::function<void(DiaFakt &)> &choose = {})
-{
-    bool taken = false;
-    test::onNextModal<DiaFakt>([&](DiaFakt &dialog) {
-        if (!text.isEmpty())
-            dialog.combo()->setEditText(text);
-        if (choose)
-            choose(dialog);
-        dialog.okButton()->click();
-        taken = dialog.FaktChosen();
-        if (dialog.isVisible())
-            dialog.cancelButton()->click();
-    });
-    screen.chooseNumber();
-    return taken;
-}
-
-}
-
-class TaxInvoiceScreensTest : public QObject {
+class TaxInvoiceScreensTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> base;
     std::unique_ptr<Sheet> sheet;
-    std::unique_ptr<RecordingMessageService> messages;
-    QSqlDatabase db;
     QList<qint64> ids;
 
     std::unique_ptr<Faktura> open(FakturaMode mode, const QString &number = {})
@@ -103,7 +66,7 @@ class TaxInvoiceScreensTest : public QObject {
     {
         auto screen = open(FakturaMode::FaktNew);
         mark(*screen, {0, 1, 2});
-        const bool taken = answerDiaFakt(*screen, number, [lines](DiaFakt &dialog) {
+        const bool taken = chooseNumber(*screen, number, [lines](DiaFakt &dialog) {
             dialog.linesCombo()->setCurrentIndex(lines == InvoiceLines::Summary ? 1 : 0);
             dialog.lastCourseBox()->setChecked(false);
             dialog.taxEventEdit()->setDate(QDate(2006, 3, 31));
@@ -119,18 +82,14 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(base);
-        db = base->db();
+        ZAREK_DATABASE_FIXTURE();
         ids = fillMarch(db);
         sheet = std::make_unique<Sheet>();
-        messages = std::make_unique<RecordingMessageService>();
     }
     void cleanup()
     {
-        messages.reset();
         sheet.reset();
-        db = {};
-        base.reset();
+        tearDown();
     }
 
     // Closing the screen issues the tax invoice with the choices of "Фактура №".

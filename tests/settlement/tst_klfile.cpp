@@ -4,7 +4,9 @@
 #include "settlement/klfile.h"
 #include "settlement/klients.h"
 #include "klientstestdata.h"
+#include "queryrows.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QCryptographicHash>
@@ -43,11 +45,7 @@ std::unique_ptr<Klients> openStatement(QSqlDatabase db, const QString &folder)
 
 QStringList shownRows(const Klients &screen)
 {
-    QStringList rows;
-    for (int row = 0; row < screen.model()->rowCount(); ++row)
-        rows << screen.model()->index(row, 1).data().toString() + QLatin1Char(' ')
-                    + screen.model()->index(row, kmColumn).data().toString();
-    return rows;
+    return test::gridRows(screen.model(), QStringLiteral(" "), {1, kmColumn});
 }
 
 QByteArray digest(const QString &path)
@@ -68,6 +66,19 @@ const QString fullKlients = QStringLiteral(
 const QString fullKlientsNew = QStringLiteral(
     "CREATE TABLE TempKlientsNew (Data TEXT, Marsh TEXT, VidTovar TEXT, Kola TEXT, KM TEXT, Ton TEXT, Tarifa TEXT, "
     "Suma TEXT)");
+
+// The rows of a query on a statement file, opened as the plain SQLite file it is (see test::rows).
+QStringList fileRows(const QString &path, const QString &sql)
+{
+    QStringList result;
+    {
+        QSqlDatabase file = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("statementfile"));
+        file.setDatabaseName(path);
+        result = file.open() ? test::rows(file, sql) : QStringList{QStringLiteral("<not opened>")};
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("statementfile"));
+    return result;
+}
 
 // A hand-made file loaded into the March statement is refused with the fault as its first line,
 // and the statement on screen, its scratch rows and its client stay as they were.
@@ -102,16 +113,12 @@ private slots:
     // Corrected, saved, reloaded into a fresh statement of the same client: the corrected list comes back.
     void aSavedCorrectedListLoadsBack()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
+        STATEMENT_FILES();
         const QString before = klientstest::registerFingerprint(database.db());
-        QTemporaryDir dir;
-        RecordingMessageService messages;
         const QString path = dir.filePath(QStringLiteral("март Д'Аргос"));
         {
             auto screen = openStatement(database.db(), dir.path());
-            screen->show();
-            QVERIFY(QTest::qWaitForWindowActive(screen.get()));
+            test::showActive(*screen);
             QTRY_COMPARE(screen->currentRow(), 0);
             QTest::keyClick(screen->grid(), Qt::Key_F4);
             QVERIFY(screen->model()->setData(screen->model()->index(1, kmColumn), QStringLiteral("120")));
@@ -167,11 +174,8 @@ private slots:
     }
     void aFileThatIsNoStatementIsRefusedAndTheListStays()
     {
-        ZAREK_SCRATCH_DB(database);
-        QVERIFY(klientstest::fillCourses(database.db()));
         QFETCH(QString, kind);
-        QTemporaryDir dir;
-        RecordingMessageService messages;
+        STATEMENT_FILES();
         auto screen = openStatement(database.db(), dir.path());
         const QString path = dir.filePath(QStringLiteral("файл.kl"));
         if (kind == QLatin1String("text") || kind == QLatin1String("empty")) {
@@ -292,30 +296,12 @@ private slots:
             screen->saveFile();
             QVERIFY(screen->fileSaved());
         }
-        QStringList printed;
-        QString workingKm;
-        {
-            QSqlDatabase file = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("printed"));
-            file.setDatabaseName(path);
-            QVERIFY(file.open());
-            QSqlQuery lines(file);
-            QVERIFY(lines.exec(QStringLiteral("SELECT Marsh, KM, Suma FROM TempKlientsNew ORDER BY rowid")));
-            while (lines.next())
-                printed << QStringList{lines.value(0).toString(), lines.value(1).toString(), lines.value(2).toString()}
-                               .join(QStringLiteral(" | "));
-            QSqlQuery working(file);
-            QVERIFY(working.exec(QStringLiteral("SELECT KM FROM TempKlients WHERE Marsh = 'Батановци - Перник'")));
-            QVERIFY(working.next());
-            workingKm = working.value(0).toString();
-            file.close();
-        }
-        QSqlDatabase::removeDatabase(QStringLiteral("printed"));
         // The copy of the print, by route and date, with the kilometres printed.
-        QCOMPARE(printed, (QStringList{QStringLiteral("Батановци - Перник | 40 | 50,00"),
-                                       QStringLiteral("Перник - София | 25 | 40,00"),
-                                       QStringLiteral("София - Перник | 100 | 125,00"),
-                                       QStringLiteral("София - Перник | 60 | 60,00")}));
-        QCOMPARE(workingKm, correctedAfter ? QStringLiteral("45") : QStringLiteral("40"));
+        QCOMPARE(fileRows(path, QStringLiteral("SELECT Marsh, KM, Suma FROM TempKlientsNew ORDER BY rowid")),
+                 (QStringList{"Батановци - Перник|40|50,00", "Перник - София|25|40,00", "София - Перник|100|125,00",
+                              "София - Перник|60|60,00"}));
+        QCOMPARE(fileRows(path, QStringLiteral("SELECT KM FROM TempKlients WHERE Marsh = 'Батановци - Перник'")),
+                 QStringList{correctedAfter ? QStringLiteral("45") : QStringLiteral("40")});
         QVERIFY(messages.shown.isEmpty());
     }
 
@@ -338,34 +324,30 @@ private slots:
     // could otherwise stand under the name of the statement on screen.
     void aFileWithoutAValidClientAndPeriodIsRefused_data()
     {
-        QTest::addColumn<QStringList>("statements");
+        QTest::addColumn<QStringList>("head");  // the statement's tables and a row follow it
         QTest::addColumn<QString>("fault");
         const QString none = QStringLiteral("Файлът не казва за кой клиент и период е справката.");
         const QString wrong = QStringLiteral("Клиентът или периодът, записани във файла, не са верни.");
-        const QString row = QStringLiteral("INSERT INTO TempKlients VALUES ('2006-03-02', 'София', 'Пясък', 'СА 1234 ВК', "
-                                           "100, 10, 0.1, 100)");
-        QTest::newRow("no heading table") << QStringList{fullKlients, fullKlientsNew, row} << none;
-        QTest::newRow("an empty heading") << QStringList{heading, fullKlients, fullKlientsNew, row} << none;
-        QTest::newRow("two headings") << QStringList{heading, marchHeading, marchHeading, fullKlients, fullKlientsNew, row}
-                                      << wrong;
-        QTest::newRow("blank client") << QStringList{heading, "INSERT INTO KlientsFile VALUES ('  ', '2006-03-01', '2006-03-31')",
-                                                     fullKlients, fullKlientsNew, row} << wrong;
+        const QString values = QStringLiteral("INSERT INTO KlientsFile VALUES (%1)");
+        QTest::newRow("no heading table") << QStringList{} << none;
+        QTest::newRow("an empty heading") << QStringList{heading} << none;
+        QTest::newRow("two headings") << QStringList{heading, marchHeading, marchHeading} << wrong;
+        QTest::newRow("blank client") << QStringList{heading, values.arg("'  ', '2006-03-01', '2006-03-31'")} << wrong;
         QTest::newRow("client with a control character")
-            << QStringList{heading, "INSERT INTO KlientsFile VALUES ('Д' || char(7) || 'Аргос', '2006-03-01', '2006-03-31')",
-                           fullKlients, fullKlientsNew, row} << wrong;
-        QTest::newRow("client as a blob") << QStringList{heading, "INSERT INTO KlientsFile VALUES (x'41', '2006-03-01', '2006-03-31')",
-                                                           fullKlients, fullKlientsNew, row} << wrong;
-        QTest::newRow("no date") << QStringList{heading, "INSERT INTO KlientsFile VALUES ('Д''Аргос ООД', 'abc', '2006-03-31')",
-                                                fullKlients, fullKlientsNew, row} << wrong;
+            << QStringList{heading, values.arg("'Д' || char(7) || 'Аргос', '2006-03-01', '2006-03-31'")} << wrong;
+        QTest::newRow("client as a blob") << QStringList{heading, values.arg("x'41', '2006-03-01', '2006-03-31'")} << wrong;
+        QTest::newRow("no date") << QStringList{heading, values.arg("'Д''Аргос ООД', 'abc', '2006-03-31'")} << wrong;
         QTest::newRow("end before start")
-            << QStringList{heading, "INSERT INTO KlientsFile VALUES ('Д''Аргос ООД', '2006-03-31', '2006-03-01')",
-                           fullKlients, fullKlientsNew, row} << wrong;
+            << QStringList{heading, values.arg("'Д''Аргос ООД', '2006-03-31', '2006-03-01'")} << wrong;
     }
     void aFileWithoutAValidClientAndPeriodIsRefused()
     {
-        QFETCH(QStringList, statements);
+        QFETCH(QStringList, head);
         QFETCH(QString, fault);
-        expectRefusal(statements, fault);
+        expectRefusal(head + QStringList{fullKlients, fullKlientsNew,
+                                         QStringLiteral("INSERT INTO TempKlients VALUES ('2006-03-02', 'София', "
+                                                        "'Пясък', 'СА 1234 ВК', 100, 10, 0.1, 100)")},
+                      fault);
     }
 
     // Every value of the working list must be one the screen itself would hold; the first that is
@@ -374,26 +356,26 @@ private slots:
     {
         QTest::addColumn<QString>("values");
         QTest::addColumn<QString>("fault");
-        QTest::newRow("km -500") << "'2006-03-02', 'София', 'Пясък', 'СА', -500, 10, 0.1, 100"
-                                 << "Ред 2 на файла: \"-500\" не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("km 40000") << "'2006-03-02', 'София', 'Пясък', 'СА', 40000, 10, 0.1, 100"
-                                  << "Ред 2 на файла: \"40000\" не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("km 12.5") << "'2006-03-02', 'София', 'Пясък', 'СА', 12.5, 10, 0.1, 100"
-                                 << "Ред 2 на файла: \"12.5\" не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("km as text") << "'2006-03-02', 'София', 'Пясък', 'СА', 'сто', 10, 0.1, 100"
-                                    << "Ред 2 на файла: \"сто\" не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("km missing") << "'2006-03-02', 'София', 'Пясък', 'СА', NULL, 10, 0.1, 100"
-                                    << "Ред 2 на файла: (празно) не са километри: нужно е цяло число от 0 до 32767.";
-        QTest::newRow("NaN sum (stored as nothing)") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, 0.1, 0.0/0.0"
-                                                     << "Ред 2 на файла: сумата (празно) не е число от 0 до 20000000.";
-        QTest::newRow("infinite sum") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, 0.1, 9e999"
-                                      << "Ред 2 на файла: сумата \"inf\" не е число от 0 до 20000000.";
-        QTest::newRow("huge tonnes") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 1e300, 0.1, 100"
-                                     << "Ред 2 на файла: тонажът \"1e+300\" не е число от 0 до 100.";
-        QTest::newRow("negative rate") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, -0.1, 100"
-                                       << "Ред 2 на файла: тарифата \"-0.1\" не е число от 0 до 100.";
-        QTest::newRow("rate as blob") << "'2006-03-02', 'София', 'Пясък', 'СА', 100, 10, x'01', 100"
-                                      << "Ред 2 на файла: тарифата \"\uFFFD\" не е число от 0 до 100.";
+        // A row of the second line: date, route, cargo, truck, then km, tonnes, rate and sum.
+        const QString row = QStringLiteral("%1, 'София', 'Пясък', 'СА', %2, %3, %4, %5");
+        const QString march = QStringLiteral("'2006-03-02'");
+        const QString km = QStringLiteral("Ред 2 на файла: %1 не са километри: нужно е цяло число от 0 до 32767.");
+        const QString line = QStringLiteral("Ред 2 на файла: %1");
+        QTest::newRow("km -500") << row.arg(march, "-500", "10", "0.1", "100") << km.arg("\"-500\"");
+        QTest::newRow("km 40000") << row.arg(march, "40000", "10", "0.1", "100") << km.arg("\"40000\"");
+        QTest::newRow("km 12.5") << row.arg(march, "12.5", "10", "0.1", "100") << km.arg("\"12.5\"");
+        QTest::newRow("km as text") << row.arg(march, "'сто'", "10", "0.1", "100") << km.arg("\"сто\"");
+        QTest::newRow("km missing") << row.arg(march, "NULL", "10", "0.1", "100") << km.arg("(празно)");
+        QTest::newRow("NaN sum (stored as nothing)") << row.arg(march, "100", "10", "0.1", "0.0/0.0")
+                                                     << line.arg("сумата (празно) не е число от 0 до 20000000.");
+        QTest::newRow("infinite sum") << row.arg(march, "100", "10", "0.1", "9e999")
+                                      << line.arg("сумата \"inf\" не е число от 0 до 20000000.");
+        QTest::newRow("huge tonnes") << row.arg(march, "100", "1e300", "0.1", "100")
+                                     << line.arg("тонажът \"1e+300\" не е число от 0 до 100.");
+        QTest::newRow("negative rate") << row.arg(march, "100", "10", "-0.1", "100")
+                                       << line.arg("тарифата \"-0.1\" не е число от 0 до 100.");
+        QTest::newRow("rate as blob") << row.arg(march, "100", "10", "x'01'", "100")
+                                      << line.arg("тарифата \"\uFFFD\" не е число от 0 до 100.");
         QTest::newRow("control character in a route") << "'2006-03-02', 'Со' || char(0) || 'фия', 'Пясък', 'СА', 100, 10, 0.1, 100"
                                                        << "Ред 2 на файла: текстът съдържа непозволен знак.";
         QTest::newRow("line break in a cargo") << "'2006-03-02', 'София', 'Пя' || char(10) || 'сък', 'СА', 100, 10, 0.1, 100"
@@ -454,8 +436,7 @@ private slots:
     {
         STATEMENT_FILES();
         auto screen = openStatement(database.db(), dir.path());
-        screen->show();
-        QVERIFY(QTest::qWaitForWindowActive(screen.get()));
+        test::showActive(*screen);
         QTRY_COMPARE(screen->currentRow(), 0);
         QTest::keyClick(screen->grid(), Qt::Key_Delete);
         screen->chooseFileToSave = [&dir](QWidget *) { return dir.filePath(QStringLiteral("няма/такава/папка.kl")); };
@@ -484,21 +465,8 @@ private slots:
         QCOMPARE(read.value().rows.klients.rowCount(), 4);
         QCOMPARE(read.value().rows.klients.value(1, QStringLiteral("Marsh")).toString(), QStringLiteral("София - Перник"));
         // The file holds the statement's two tables and nothing else.
-        QSqlDatabase file = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("check"));
-        {
-            file.setDatabaseName(path);
-            QVERIFY(file.open());
-            QSqlQuery tables(file);
-            QVERIFY(tables.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name")));
-            QStringList names;
-            while (tables.next())
-                names << tables.value(0).toString();
-            QCOMPARE(names, (QStringList{QStringLiteral("KlientsFile"), QStringLiteral("TempKlients"),
-                                         QStringLiteral("TempKlientsNew")}));
-            file.close();
-        }
-        file = QSqlDatabase();
-        QSqlDatabase::removeDatabase(QStringLiteral("check"));
+        QCOMPARE(fileRows(path, QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name")),
+                 (QStringList{"KlientsFile", "TempKlients", "TempKlientsNew"}));
     }
 };
 

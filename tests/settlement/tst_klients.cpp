@@ -9,6 +9,7 @@
 #include "settlement/settlementcommands.h"
 #include "klientstestdata.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QComboBox>
@@ -23,6 +24,7 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::button;
 using zarek::test::onlyOne;
 using zarek::test::onlyText;
 using zarek::test::onlyTitle;
@@ -45,31 +47,15 @@ QString labelText(const QWidget &screen, const QString &name)
     return label ? label->text() : QStringLiteral("<no %1>").arg(name);
 }
 
-QPushButton *button(const QWidget &screen, const QString &name)
-{
-    return screen.findChild<QPushButton *>(name);
-}
-
 // Each row as date, route and km, as the grid shows them.
 QStringList shownRows(const Klients &screen)
 {
-    QStringList rows;
-    const ResultGridModel *model = screen.model();
-    for (int row = 0; row < model->rowCount(); ++row)
-        rows << model->index(row, 0).data().toString() + QLatin1Char(' ') + model->index(row, 1).data().toString()
-                    + QLatin1Char(' ') + model->index(row, kmColumn).data().toString();
-    return rows;
+    return test::gridRows(screen.model(), QStringLiteral(" "), {0, 1, kmColumn});
 }
 
 int scratchCount(Klients &screen, const QString &table)
 {
     return test::countBy(screen.scratch()->db(), QStringLiteral("SELECT COUNT(*) FROM ") + table);
-}
-
-bool showAndWait(QWidget &screen)
-{
-    screen.show();
-    return QTest::qWaitForWindowActive(&screen);
 }
 
 // Types a number into the current cell of the grid after F4, as a dispatcher would.
@@ -119,18 +105,15 @@ QStringList previewLines(ReportPreview *preview)
 // The statement opened and shown (screen), its first row current.
 #define STATEMENT_SHOWN()                 \
     Klients *screen = open();             \
-    QVERIFY(showAndWait(*screen));        \
+    zarek::test::showActive(*screen);     \
     QTRY_COMPARE(screen->currentRow(), 0)
 
 // Each test starts on a fresh database holding the client's courses, with a folder for the
 // statement's scratch file and a message recorder; open() makes the statement.
-class KlientsTest : public QObject {
+class KlientsTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> database;
     std::unique_ptr<QTemporaryDir> dir;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<Klients> klients;
-    QSqlDatabase db;
 
     Klients *open(const SearchConditions &conditions = klientstest::march())
     {
@@ -142,19 +125,15 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(database);
-        db = database->db();
+        ZAREK_DATABASE_FIXTURE();
         QVERIFY(klientstest::fillCourses(db));
         dir = std::make_unique<QTemporaryDir>();
-        messages = std::make_unique<RecordingMessageService>();
     }
     void cleanup()
     {
         klients.reset();
-        messages.reset();
         dir.reset();
-        db = {};
-        database.reset();
+        tearDown();
     }
 
     void aLongStatementShowsItsFirstPageBeforeTheRestIsLaidOut()
@@ -188,10 +167,7 @@ private slots:
                                                   QStringLiteral("02.03.2006 София - Перник 100"),
                                                   QStringLiteral("15.03.2006 Перник - София 25"),
                                                   QStringLiteral("31.03.2006 София - Перник 60")}));
-        QStringList captions;
-        for (int c = 0; c < screen->model()->columnCount(); ++c)
-            captions << screen->model()->headerData(c, Qt::Horizontal).toString();
-        QCOMPARE(captions, (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума"}));
+        QCOMPARE(test::captions(screen->model()), (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума"}));
         QCOMPARE(screen->model()->index(1, 5).data().toString(), QStringLiteral("10,000"));
         QCOMPARE(screen->model()->index(1, sumaColumn).data().toString(), QStringLiteral("125,00"));
         QStringList labels;
@@ -462,7 +438,7 @@ private slots:
     void closingWithUnsavedCorrectionsAsksFirst()
     {
         auto untouched = openStatement(db, dir->path());
-        QVERIFY(showAndWait(*untouched));
+        test::showActive(*untouched);
         QVERIFY(untouched->close());
         QVERIFY(messages->asked.isEmpty());
 

@@ -8,6 +8,7 @@
 #include "settlementfixture.h"
 #include "queryrows.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QLabel>
@@ -82,14 +83,11 @@ QStringList printStatement(Plashtane &screen)
 }
 
 // Each test gets a fresh database, a scratch sheet and a message recorder; open() makes the screen.
-class PlashtaneTest : public QObject {
+class PlashtaneTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> scratch;
     std::unique_ptr<QTemporaryDir> folder;
     std::unique_ptr<zarek::ScratchDatabase> temp;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<Plashtane> plashtane;
-    QSqlDatabase db;
 
     Plashtane &open(const SearchConditions &conditions = marchOf(QStringLiteral("007")))
     {
@@ -108,20 +106,16 @@ private slots:
     void initTestCase_data() { addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(scratch);
-        db = scratch->db();
+        ZAREK_DATABASE_FIXTURE();
         folder = std::make_unique<QTemporaryDir>();
         temp = std::make_unique<zarek::ScratchDatabase>(folder->path());
-        messages = std::make_unique<RecordingMessageService>();
     }
     void cleanup()
     {
         plashtane.reset();
-        messages.reset();
         temp.reset();
         folder.reset();
-        db = {};
-        scratch.reset();
+        tearDown();
     }
 
     void theScreenListsTheDriversUnpaidCoursesOfThePeriod()
@@ -134,15 +128,9 @@ private slots:
                  QStringLiteral("Курсове na Иван Д'Арков към 05.04.2006"));
         const ResultGridModel *model = screen.model();
         QCOMPARE(model->rowCount(), 3);
-        QStringList captions;
-        for (int column = 0; column < model->columnCount(); ++column)
-            captions << model->headerData(column, Qt::Horizontal).toString();
-        QCOMPARE(captions, (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума", "Плат."}));
-        QStringList first;
-        for (int column = 0; column < 8; ++column)
-            first << model->index(0, column).data().toString();
-        QCOMPARE(first, (QStringList{"01.03.2006", "София - Перник", "Пясък", "СА 1234 ВК", "25", "10,000", "0,125",
-                                     "30,31"}));
+        QCOMPARE(test::captions(model), (QStringList{"Дата", "Маршрут", "Товар", "Кола", "Км", "Тонаж", "Тар.", "Сума", "Плат."}));
+        QCOMPARE(test::gridRows(model, QStringLiteral("|"), {0, 1, 2, 3, 4, 5, 6, 7}).first(),
+                 QStringLiteral("01.03.2006|София - Перник|Пясък|СА 1234 ВК|25|10,000|0,125|30,31"));
         QCOMPARE(routeOf(screen, 1) + QLatin1Char(' ') + routeOf(screen, 2),
                  QStringLiteral("Перник - Радомир Батановци - Перник"));
         QCOMPARE(model->index(0, 8).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);
@@ -216,7 +204,7 @@ private slots:
     {
         QVERIFY(fillCourses(db));
         Plashtane &screen = open();
-        QVERIFY(changeElsewhere(scratch->openSecondConnection(), QStringLiteral("Перник - Радомир"),
+        QVERIFY(changeElsewhere(database->openSecondConnection(), QStringLiteral("Перник - Радомир"),
                                 QStringLiteral("ton = 13, bruto = 60, neto = 58.2")));
         space(screen, 1);
         QCOMPARE(messages->shown, (QList<UserMessage>{rowConflictMessage(QStringLiteral("ГРЕШКА при запис!"))}));
@@ -237,7 +225,7 @@ private slots:
         QVERIFY(fillCourses(db));
         Plashtane &screen = open();
         space(screen, 0);
-        QVERIFY(changeElsewhere(scratch->openSecondConnection(), QStringLiteral("Батановци - Перник"),
+        QVERIFY(changeElsewhere(database->openSecondConnection(), QStringLiteral("Батановци - Перник"),
                                 QStringLiteral("plat = TRUE")));
         space(screen, 2);
         QCOMPARE(messages->shown.size(), 1);
@@ -255,7 +243,7 @@ private slots:
         Plashtane &screen = open();
         space(screen, 0);
         space(screen, 2);
-        QVERIFY(changeElsewhere(scratch->openSecondConnection(), QStringLiteral("Батановци - Перник"),
+        QVERIFY(changeElsewhere(database->openSecondConnection(), QStringLiteral("Батановци - Перник"),
                                 QStringLiteral("bruto = 90, neto = 87.3")));
         space(screen, 2);  // unmarking is refused: the course stays paid, with its new sum
         QCOMPARE(messages->shown.size(), 1);
@@ -343,7 +331,7 @@ private slots:
     void aCourseOfATruckWithoutAPercentIsNotMarked()
     {
         QVERIFY(fillCourses(db));
-        QVERIFY(scratch->exec(QStringLiteral("UPDATE Config SET Procent = 0 WHERE kola = 'РВ 7777 АА'")));
+        QVERIFY(database->exec(QStringLiteral("UPDATE Config SET Procent = 0 WHERE kola = 'РВ 7777 АА'")));
         Plashtane &screen = open();
         space(screen, 1);
         QCOMPARE(messages->shown, QList<UserMessage>{noPercentMessage(QStringLiteral("РВ 7777 АА"))});
@@ -356,7 +344,7 @@ private slots:
     void printingWithoutTheDriversRowIsRefused()
     {
         QVERIFY(fillCourses(db));
-        QVERIFY(scratch->exec(QStringLiteral("DELETE FROM shof")));
+        QVERIFY(database->exec(QStringLiteral("DELETE FROM shof")));
         Plashtane &screen = open();
         space(screen, 0);
         screen.printButton()->click();

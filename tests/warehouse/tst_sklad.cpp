@@ -2,9 +2,11 @@
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 #include "warehouse/issuecost.h"
 #include "warehouse/sklad.h"
+#include "warehouse/stockfixture.h"
 #include "warehouse/stockscreens.h"
 #include "warehouse/warehousecommands.h"
 
@@ -20,6 +22,7 @@
 
 using namespace zarek;
 using zarek::test::child;
+using zarek::test::movement;
 using zarek::test::scalar;
 
 namespace {
@@ -47,16 +50,9 @@ void enter(Sklad &screen, const QString &kind, const QString &name, const QStrin
 void twoReceipts(QSqlDatabase db)
 {
     const WarehouseStore store(db, fixedClock);
-    for (const auto &[kol, edin, day] : {std::tuple{10.0, 2.0, 1}, std::tuple{10.0, 3.0, 2}}) {
-        StockMovement m;
-        m.data = QDate(2026, 3, day);
-        m.docVid = QStringLiteral("Фактура");
-        m.docNom = QString::number(3100 + day);
-        m.name = QStringLiteral("Масло");
-        m.kol = kol;
-        m.edin = edin;
-        QVERIFY(store.addReceipt(m));
-    }
+    for (const int day : {1, 2})
+        QVERIFY(store.addReceipt(
+            movement("Масло", 10, 1.0 + day, QDate(2026, 3, day), "Фактура", QString::number(3100 + day))));
 }
 
 QStringList texts(const RecordingMessageService &messages) { return test::titled(messages.shown); }
@@ -118,12 +114,10 @@ private slots:
     }
     void theSaveChecksShowTheirMessageAndKeepWhatWasTyped()
     {
-        ZAREK_SCRATCH_DB(scratch);
         QFETCH(QString, kind);
         QFETCH(QString, name);
         QFETCH(QString, kol);
-        RecordingMessageService messages;
-        Sklad screen(QStringLiteral("P"), scratch.db(), nullptr, fixedClock);
+        WAREHOUSE_EMPTY(screen, "P");
         enter(screen, kind, name, kol, "2");
         QVERIFY(!screen.recordForm()->update());
         QTEST(texts(messages).value(0), "message");
@@ -260,15 +254,8 @@ private slots:
     {
         ZAREK_SCRATCH_DB(scratch);
         twoReceipts(scratch.db());
-        {
-            StockMovement issue;
-            issue.data = QDate(2026, 3, 5);
-            issue.docVid = QStringLiteral("СА 1234 ВК");
-            issue.name = QStringLiteral("Масло");
-            issue.kol = 4;
-            issue.edin = 3;
-            QVERIFY(WarehouseStore(scratch.db(), fixedClock).addIssue(issue));
-        }
+        const WarehouseStore store(scratch.db(), fixedClock);
+        QVERIFY(store.addIssue(movement("Масло", 4, 3, QDate(2026, 3, 5), "СА 1234 ВК")));
         RecordingMessageService messages;
         Sklad screen(QStringLiteral("P"), scratch.db(), nullptr, fixedClock);
         QCOMPARE(child<QLabel>(screen, "lblStock")->text(), QStringLiteral("Неизписано от доставката: 6"));
@@ -332,10 +319,7 @@ private slots:
         QCOMPARE(child<QLineEdit>(screen, "Text1")->text(), QStringLiteral("Складова наличност към 20.03.2026"));
         const QAbstractItemModel *model = screen.grid()->model();
         QCOMPARE(model->rowCount(), 2);
-        QStringList heads;
-        for (int c = 0; c < model->columnCount(); ++c)
-            heads.append(model->headerData(c, Qt::Horizontal).toString());
-        QCOMPARE(heads, (QStringList{"№", "Име", "Брой", "Ед.цена", "Сума"}));
+        QCOMPARE(test::captions(model), (QStringList{"№", "Име", "Брой", "Ед.цена", "Сума"}));
         QCOMPARE(model->index(1, 1).data().toString(), QStringLiteral("Шайба"));
         QCOMPARE(model->index(1, 4).data().toString(), QStringLiteral("35,00"));
         QCOMPARE(model->index(1, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));

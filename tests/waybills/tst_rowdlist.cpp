@@ -3,6 +3,7 @@
 #include "forms/recordform.h"
 #include "queryrows.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 #include "waybills/rowdlist.h"
 #include "waybills/waybillscommands.h"
@@ -104,15 +105,7 @@ void startWithALine(RowdList &screen)
 
 QStringList gridRows(RowdList &screen)
 {
-    QStringList rows;
-    const QAbstractItemModel *model = screen.grid()->model();
-    for (int row = 0; row < model->rowCount(); ++row) {
-        QStringList cells;
-        for (int column = 0; column < model->columnCount(); ++column)
-            cells.append(model->index(row, column).data().toString());
-        rows.append(cells.join(QLatin1Char('|')));
-    }
-    return rows;
+    return test::gridRows(screen.grid()->model());
 }
 
 // What the header shows: the number, km and fuel totals.
@@ -125,12 +118,9 @@ QString totals(RowdList &screen)
 
 // Each test gets a fresh database with two trucks and two drivers, and a message recorder;
 // open() shows the screen on it.
-class RowdListTest : public QObject {
+class RowdListTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
-    std::unique_ptr<test::ScratchDatabase> scratch;
-    std::unique_ptr<RecordingMessageService> messages;
     std::unique_ptr<RowdList> screen;
-    QSqlDatabase db;
 
     RowdList &open()
     {
@@ -145,17 +135,13 @@ private slots:
     void initTestCase_data() { test::addEngineRows(); }
     void init()
     {
-        ZAREK_SCRATCH_DB_INTO(scratch);
-        db = scratch->db();
-        prepare(*scratch);
-        messages = std::make_unique<RecordingMessageService>();
+        ZAREK_DATABASE_FIXTURE();
+        prepare(*database);
     }
     void cleanup()
     {
         screen.reset();
-        messages.reset();
-        db = {};
-        scratch.reset();
+        tearDown();
     }
 
     void anEmptyRegisterOpensReadyForItsFirstWaybill()
@@ -301,78 +287,75 @@ private slots:
         QCOMPARE(screen.field(0)->text() + QLatin1Char(' ') + screen.field(8)->text(), QStringLiteral("05.03.2026 120"));
     }
 
-    void theRouteTabNeedsATruck()
-    {
-        RowdList &screen = open();
-        fillHeader(screen, QStringLiteral("37"), QString());
-        screen.tabs()->setCurrentIndex(1);
-        QCOMPARE(screen.tabs()->currentIndex(), 0);  // the page stays as it is
-        QCOMPARE(test::shown(*messages), QStringList{QStringLiteral(
-            "   ВНИМАНИЕ!: Няма въведен номер на кола в пътния лист! / Моля, въведете номера на колата.")});
-        QCOMPARE(messages->shown.first().text.count(QLatin1Char('\n')), 2);
-        QVERIFY(!button(screen, "cmdUpdateRowd")->isEnabled());
-    }
-
-    // Lines of a new waybill go under its number: none, a taken one or one too long opens no routes.
-    void theRouteTabOfANewWaybillNeedsAFreeNumber_data()
+    // The route tab opens only for a truck and a free number, the lines going under both; without
+    // them it stays shut with nothing to save. The number is typed, its box not left.
+    void theRouteTabNeedsATruckAndAFreeNumber_data()
     {
         QTest::addColumn<QString>("number");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("none") << "" << "Няма въведен номер на пътния лист!";
-        QTest::newRow("taken") << "0000000040" << taken;
+        QTest::addColumn<QString>("kola");
+        QTest::addColumn<QString>("told");
+        QTest::addColumn<int>("times");  // a taken number is told by its box too, as it loses the focus
+        QTest::newRow("no truck") << "37" << "" << "   ВНИМАНИЕ!|Няма въведен номер на кола в пътния лист!\n\n"
+                                                   "Моля, въведете номера на колата." << 1;
+        QTest::newRow("no number") << "" << truck << "   ВНИМАНИЕ!|Няма въведен номер на пътния лист!\n\n"
+                                                     "Моля, въведете номера на пътния лист." << 1;
+        QTest::newRow("taken") << "0000000040" << truck
+                               << "   ГРЕШКА!|" + taken + "\n\nМоля, променете номера и опитайте отново." << 2;
     }
-    void theRouteTabOfANewWaybillNeedsAFreeNumber()
+    void theRouteTabNeedsATruckAndAFreeNumber()
     {
         QFETCH(QString, number);
-        QFETCH(QString, message);
+        QFETCH(QString, kola);
+        QFETCH(QString, told);
+        QFETCH(int, times);
         addWaybill(db);
         RowdList &screen = open();
         screen.header()->add();
-        screen.truckCombo()->setEditText(truck);
-        screen.field(4)->setText(number);  // typed, the box not left
+        screen.truckCombo()->setEditText(kola);
+        screen.field(4)->setText(number);
         screen.tabs()->setCurrentIndex(1);
-        QCOMPARE(screen.tabs()->currentIndex(), 0);
-        QCOMPARE(texts(*messages).value(0), message);
+        QCOMPARE(screen.tabs()->currentIndex(), 0);  // the page stays as it is
+        QCOMPARE(test::titled(messages->shown), QStringList(times, told));
+        QVERIFY(!button(screen, "cmdUpdateRowd")->isEnabled());
     }
 
-    void aTruckWithoutANormGetsNoLines()
-    {
-        RowdList &screen = open();
-        fillHeader(screen, QStringLiteral("37"), QStringLiteral("ВТ 0001 ХХ"));
-        screen.tabs()->setCurrentIndex(1);
-        QVERIFY(!saveLine(screen, QStringLiteral("Търново - Русе"), QStringLiteral("100"), QStringLiteral("0"),
-                          QStringLiteral("0")));
-        QCOMPARE(test::shown(*messages), QStringList{QStringLiteral(
-            "   ВНИМАНИЕ!: Колата няма въведена разходната норма! / Моля, въведете разходната норма на колата.")});
-        QCOMPARE(screen.routes()->state(), RecordFormState::Adding);  // the line stays as typed
-        QCOMPARE(gridRows(screen).value(0), QStringLiteral("Търново - Русе|100|0|0"));
-        QCOMPARE(count("SELECT COUNT(*) FROM Marsh"), 0);
-    }
-
+    // A line is saved only for a truck with a norm and with figures that read: otherwise it is told,
+    // the line stays as typed and nothing is written.
     void badFiguresInALineAreToldAndNothingIsWritten_data()
     {
+        QTest::addColumn<QString>("kola");
         QTest::addColumn<QString>("km");
         QTest::addColumn<QString>("ton");
         QTest::addColumn<QString>("koef");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("km no number") << "сто" << "0" << "0" << "\"сто\" не е число!";
-        QTest::newRow("km blank") << "" << "0" << "0" << "Няма въведени километри на маршрута!";
-        QTest::newRow("km above 32767") << "40000" << "0" << "0" << "Километрите на маршрута са твърде много!";
-        QTest::newRow("tonnage no number") << "100" << "10т" << "0" << "\"10т\" не е число!";
-        QTest::newRow("surcharge no number") << "100" << "0" << "10%" << "\"10%\" не е число!";
+        QTest::addColumn<QString>("told");
+        const QString fault = QStringLiteral("ГРЕШКА при запис!|");
+        const QString number = QStringLiteral("\nМоля, въведете число в поле \"%1\".");
+        QTest::newRow("a truck without a norm") << "ВТ 0001 ХХ" << "100" << "0" << "0"
+                                                << "   ВНИМАНИЕ!|Колата няма въведена разходната норма!\n\n"
+                                                   "Моля, въведете разходната норма на колата.";
+        QTest::newRow("km no number") << truck << "сто" << "0" << "0" << fault + "\"сто\" не е число!" + number.arg("КМ");
+        QTest::newRow("km blank") << truck << "" << "0" << "0"
+                                  << fault + "Няма въведени километри на маршрута!\nМоля, въведете километрите в колона \"КМ\".";
+        QTest::newRow("km above 32767") << truck << "40000" << "0" << "0"
+                                        << fault + "Километрите на маршрута са твърде много!\nМоля, въведете до 32767 км в "
+                                                   "колона \"КМ\".";
+        QTest::newRow("tonnage no number") << truck << "100" << "10т" << "0" << fault + "\"10т\" не е число!" + number.arg("Тонаж");
+        QTest::newRow("surcharge no number") << truck << "100" << "0" << "10%"
+                                             << fault + "\"10%\" не е число!" + number.arg("Коеф.");
     }
     void badFiguresInALineAreToldAndNothingIsWritten()
     {
+        QFETCH(QString, kola);
         QFETCH(QString, km);
         QFETCH(QString, ton);
         QFETCH(QString, koef);
-        QFETCH(QString, message);
         RowdList &screen = open();
-        fillHeader(screen, QStringLiteral("37"));
+        fillHeader(screen, QStringLiteral("37"), kola);
         screen.tabs()->setCurrentIndex(1);
         QVERIFY(!saveLine(screen, QStringLiteral("София - Перник"), km, ton, koef));
-        QCOMPARE(texts(*messages), QStringList{message});
+        QTEST(onlyOne(messages->shown), "told");
         QCOMPARE(screen.routes()->state(), RecordFormState::Adding);
+        QCOMPARE(gridRows(screen).value(0), QStringList({QStringLiteral("София - Перник"), km, ton, koef}).join('|'));
         QCOMPARE(count("SELECT COUNT(*) FROM Marsh"), 0);
     }
 
@@ -559,7 +542,7 @@ private slots:
         RowdList &screen = open();
         screen.header()->edit();
         screen.field(8)->setText(QStringLiteral("88"));
-        QVERIFY(scratch->exec(QStringLiteral("UPDATE RowdList SET ZarN = 77, row_version = row_version + 1")));
+        QVERIFY(database->exec(QStringLiteral("UPDATE RowdList SET ZarN = 77, row_version = row_version + 1")));
         QVERIFY(!screen.header()->update());
         QCOMPARE(onlyTitle(messages->shown), QStringLiteral("ГРЕШКА при записа на пътния лист!"));
         QCOMPARE(screen.header()->state(), RecordFormState::Editing);
