@@ -366,8 +366,12 @@ bool RowdList::openRoutes()
             return false;
         }
         const Checked<bool> taken = m_store.numberTaken(padded.value());
-        if (!taken || taken.value()) {
-            inform(taken ? waybills::duplicateNumberMessage() : taken.message());
+        if (!taken) {
+            inform(taken.message());
+            return false;
+        }
+        if (taken.value()) {
+            tellNumberTaken(padded.value());
             return false;
         }
         m_ui->txtFields_4->setText(padded.value());
@@ -413,7 +417,7 @@ void RowdList::onNumberLeft()
         return;
     }
     if (taken.value()) {
-        inform(waybills::duplicateNumberMessage());
+        tellNumberTaken(number.value());
         // A corrected waybill finds its own number too; that is told, but it may be kept.
         const RecordRow *current = m_rowd->currentRow();
         const bool own = state == RecordFormState::Editing && current
@@ -425,6 +429,18 @@ void RowdList::onNumberLeft()
         linesFollow(number.value());
     }
     box->setText(number.value());
+}
+
+// Opening the route tab takes the focus from the number box, and both check the number: one step
+// of the user's tells a taken number once.
+void RowdList::tellNumberTaken(const QString &number)
+{
+    if (m_takenTold == number)
+        return;
+    inform(waybills::duplicateNumberMessage());
+    // Set after the box is answered: its own event loop would run the clearing before.
+    m_takenTold = number;
+    QTimer::singleShot(0, this, [this] { m_takenTold.clear(); });
 }
 
 // The lines saved for a new waybill move with its number.

@@ -58,6 +58,7 @@ private:
     void onTabChanged(int index);
     bool openRoutes();
     void onNumberLeft();
+    void tellNumberTaken(const QString &number);
     void linesFollow(const QString &number);
     void markRequired(bool on);
     void fillCombos();
@@ -86,6 +87,7 @@ private:
     QString m_listIdCur;
     QString m_kolaCur;
     bool m_routesRead = false;      // the route rows were read once (open), later ones reload
+    QString m_takenTold;            // a taken number just told, not to be told again by the same step
     bool m_addingHeader = false;    // a new waybill is being typed
     QList<qint64> m_newLines;       // lines saved for that new waybill in this opening
     QStringList m_priceCaptions;    // the two price captions without a unit

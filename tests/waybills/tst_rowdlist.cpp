@@ -294,20 +294,18 @@ private slots:
         QTest::addColumn<QString>("number");
         QTest::addColumn<QString>("kola");
         QTest::addColumn<QString>("told");
-        QTest::addColumn<int>("times");  // a taken number is told by its box too, as it loses the focus
         QTest::newRow("no truck") << "37" << "" << "   ВНИМАНИЕ!|Няма въведен номер на кола в пътния лист!\n\n"
-                                                   "Моля, въведете номера на колата." << 1;
+                                                   "Моля, въведете номера на колата.";
         QTest::newRow("no number") << "" << truck << "   ВНИМАНИЕ!|Няма въведен номер на пътния лист!\n\n"
-                                                     "Моля, въведете номера на пътния лист." << 1;
+                                                     "Моля, въведете номера на пътния лист.";
         QTest::newRow("taken") << "0000000040" << truck
-                               << "   ГРЕШКА!|" + taken + "\n\nМоля, променете номера и опитайте отново." << 2;
+                               << "   ГРЕШКА!|" + taken + "\n\nМоля, променете номера и опитайте отново.";
     }
     void theRouteTabNeedsATruckAndAFreeNumber()
     {
         QFETCH(QString, number);
         QFETCH(QString, kola);
         QFETCH(QString, told);
-        QFETCH(int, times);
         addWaybill(db);
         RowdList &screen = open();
         screen.header()->add();
@@ -315,7 +313,7 @@ private slots:
         screen.field(4)->setText(number);
         screen.tabs()->setCurrentIndex(1);
         QCOMPARE(screen.tabs()->currentIndex(), 0);  // the page stays as it is
-        QCOMPARE(test::titled(messages->shown), QStringList(times, told));
+        QCOMPARE(test::titled(messages->shown), QStringList{told});  // once, though the box checks it too as it is left
         QVERIFY(!button(screen, "cmdUpdateRowd")->isEnabled());
     }
 
