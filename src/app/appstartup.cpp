@@ -10,18 +10,16 @@
 #include "data/archivesupport.h"
 #include "data/database.h"
 #include "data/schema.h"
-#include "data/sqlitefile.h"
 #include "forms/messageservice.h"
 #include "core/version.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QFileInfo>
+#include <QFontDatabase>
 
 #include <QSqlDatabase>
 
 #include <future>
-#include <memory>
 
 namespace zarek {
 
@@ -140,53 +138,41 @@ int runZarek(QApplication &app, const StartOptions &options)
         return 1;
     }
 
-    // The splash stands while the database is looked at: an existing SQLite file's read-only check
-    // runs on a thread of its own meanwhile, beside the drawing of the first window.
-    std::shared_future<std::optional<UserMessage>> fileCheck;
-    if (config->engine == DatabaseConfig::Engine::SQLite && QFileInfo::exists(config->sqlitePath))
-        fileCheck = std::async(std::launch::async, checkDatabaseFile, config->sqlitePath).share();
-    auto splash = std::make_unique<Splash>();
-    splash->show();
-    QApplication::processEvents();
-    // Any question or message takes the splash away first.
-    const auto inform = [&splash](const UserMessage &message) {
-        splash.reset();
-        MessageService::instance().inform(message);
-    };
-    const PasswordPrompt askPassword = [&splash](const DatabaseConfig &asked) {
-        splash.reset();
-        return DatabasePasswordDialog::ask(asked);
-    };
-    const Connector connect = [&fileCheck](const DatabaseConfig &target, const QString &name) {
-        return connectDatabase(target, name, fileCheck.valid() ? FileCheckResult([&fileCheck] { return fileCheck.get(); })
-                                                               : FileCheckResult());
-    };
-    const Checked<QSqlDatabase> connection = connectAsking(*config, mainConnection, askPassword, connect);
+    // The fonts are read (fontconfig's files, the longest step of any first window) on a thread of
+    // their own while the database is checked, opened and read; the first window waits for them
+    // only if they are late.
+    std::future<void> fonts = std::async(std::launch::async, [] { QFontDatabase::families(); });
+    const Checked<QSqlDatabase> connection =
+        connectAsking(*config, mainConnection, &DatabasePasswordDialog::ask, &connectDatabase);
     if (!connection) {
-        inform(connection.message());
+        MessageService::instance().inform(connection.message());
         return 1;
     }
     QSqlDatabase db = connection.value();
     Checked<StartState> state = prepareDatabase(db);
     if (!state) {
-        inform(state.message());
+        MessageService::instance().inform(state.message());
         return 1;
     }
     // A new database asks for its firm and administrator, or makes the demo firm on request.
     if (state.value().needsFirstStart()) {
-        splash.reset();
         const Checked<AppEntries> entries = loadAppEntries();
         if (!entries) {
-            inform(entries.message());
+            MessageService::instance().inform(entries.message());
             return 1;
         }
         if (!entries.value().firstStart(db, state.value(), options.demoCourses))
             return 0;
     }
 
-    // Shown only for the moment before sign-in.
-    splash.reset();
     UserLogin login(db);
+    fonts.wait();
+    {
+        // Shown only for the moment before sign-in.
+        Splash splash;
+        splash.show();
+        QApplication::processEvents();
+    }
     login.exec();
     if (!login.LoginSucceeded())
         return 0;

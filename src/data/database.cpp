@@ -47,8 +47,7 @@ Checked<QSqlDatabase> connectPostgreSQL(const DatabaseConfig &config, const QStr
     return db;
 }
 
-Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString &connectionName,
-                                    const FileCheckResult &fileChecked)
+Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString &connectionName)
 {
     const QString path = config.sqlitePath;
     const bool ownFolder = QFileInfo(path).absolutePath() == QFileInfo(DatabaseConfig::defaultSqlite().sqlitePath).absolutePath();
@@ -58,7 +57,7 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
         if (auto failure = createDatabaseFile(path))
             return *failure;
     }
-    if (auto failure = fileChecked ? fileChecked() : checkDatabaseFile(path))
+    if (auto failure = checkDatabaseFile(path))
         return *failure;
 
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
@@ -83,8 +82,7 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
 
 }
 
-Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName,
-                                      const FileCheckResult &fileChecked)
+Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName)
 {
     if (QSqlDatabase::contains(connectionName)) {
         forgetStatements(connectionName);
@@ -92,7 +90,7 @@ Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QStrin
     }
     if (config.engine == DatabaseConfig::Engine::PostgreSQL)
         return connectPostgreSQL(config, connectionName);
-    return connectSqlite(config, connectionName, fileChecked);
+    return connectSqlite(config, connectionName);
 }
 
 QSqlDatabase openDatabase(const DatabaseConfig &config, const QString &connectionName, QString *error)

@@ -6,9 +6,6 @@
 #include <QSqlDatabase>
 #include <QString>
 
-#include <functional>
-#include <optional>
-
 namespace zarek {
 
 // Opens a connection of the given name on the configured database, or says why not.
@@ -24,12 +21,7 @@ namespace zarek {
 // ~/.pgpass, PGPASSFILE). No message shows a password.
 //
 // The schema is brought up to date afterwards by upgradeSchema (schema.h), under the write lock.
-//
-// fileChecked, when given, answers the read-only check of the existing file (checkDatabaseFile),
-// run earlier on another thread; without it the check runs here.
-using FileCheckResult = std::function<std::optional<UserMessage>()>;
-Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName,
-                                      const FileCheckResult &fileChecked = {});
+Checked<QSqlDatabase> connectDatabase(const DatabaseConfig &config, const QString &connectionName);
 
 // connectDatabase with the message's text in error; an invalid or closed database on failure.
 QSqlDatabase openDatabase(const DatabaseConfig &config, const QString &connectionName, QString *error = nullptr);
