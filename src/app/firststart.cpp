@@ -38,7 +38,7 @@ StartState readStartState(QSqlDatabase db)
     Query query(db, QStringLiteral("SELECT EXISTS (SELECT 1 FROM ZarekCfg), EXISTS (SELECT 1 FROM Users), %1")
                         .arg(data.join(QStringLiteral(" OR "))));
     StartState state;
-    if (query.run(QString()) || !query.next())
+    if (query.runOnce(QString()) || !query.next())
         return state;
     state.hasFirm = query.value(0).toBool();
     state.hasUser = query.value(1).toBool();

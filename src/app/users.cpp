@@ -50,7 +50,7 @@ QStringList ordinaryUserNames(QSqlDatabase db)
 {
     QStringList names;
     Query query(db, QStringLiteral("SELECT Ime, Vid FROM Users ORDER BY Vid, Ime"));
-    if (query.run(QString()))
+    if (query.runOnce(QString()))  // once, as the sign-in opens
         return names;
     while (query.next()) {
         const QString vid = query.value(1).toString();

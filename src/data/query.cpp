@@ -206,6 +206,17 @@ std::optional<UserMessage> Query::run(const QString &title, const QVariantMap &n
     return runBound(title);
 }
 
+std::optional<UserMessage> Query::runOnce(const QString &title)
+{
+    release();
+    m_own = std::make_unique<QSqlQuery>(m_db);
+    m_own->setForwardOnly(true);
+    m_query = m_own.get();
+    if (!m_query->exec(m_sql))
+        return sqlErrorMessage(title, m_query->lastError());
+    return std::nullopt;
+}
+
 std::optional<UserMessage> Query::runBound(const QString &title)
 {
     if (!m_query->exec())

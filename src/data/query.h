@@ -44,6 +44,9 @@ public:
     // Runs the statement with the values; the error box titled title when it fails.
     std::optional<UserMessage> run(const QString &title, const QVariantList &values = {});
     std::optional<UserMessage> run(const QString &title, const QVariantMap &named);
+    // Runs the statement, which takes no values, without preparing or keeping it: what a connection
+    // runs once (at start-up) costs a server one round trip instead of two.
+    std::optional<UserMessage> runOnce(const QString &title);
     // Leaves the statement it had and runs sql with the values.
     std::optional<UserMessage> exec(const QString &title, const QString &sql, const QVariantList &values = {});
 

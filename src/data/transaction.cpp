@@ -62,11 +62,13 @@ Transaction::Transaction(QSqlDatabase db, Lock lock) : m_db(std::move(db)), m_co
     } else {
         m_active = exec(QStringLiteral("BEGIN"));
         if (m_active) {
-            // Not prepared: a prepared statement costs the server two more round trips, and the key
-            // is the program's own constant.
+            // One statement, not prepared: each is a round trip to the server, and the key is the
+            // program's own constant. The timeout is set first: a subquery in FROM calling a
+            // volatile function is run before the select list.
             QSqlQuery query(m_db);
-            if (!exec(QStringLiteral("SET LOCAL lock_timeout = '15s'"))
-                || !query.exec(QStringLiteral("SELECT pg_advisory_xact_lock(%1)").arg(writerLockKey))) {
+            if (!query.exec(QStringLiteral("SELECT pg_advisory_xact_lock(%1) FROM "
+                                           "(SELECT set_config('lock_timeout', '15s', true)) AS timeout")
+                                .arg(writerLockKey))) {
                 if (query.lastError().isValid())
                     m_error = query.lastError();
                 m_db.rollback();
