@@ -254,20 +254,12 @@ private slots:
         prepare(scratch);
         QSqlDatabase db = scratch.db();
         QVERIFY(db.transaction());
-        QSqlQuery insert(db);
-        insert.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                      "procent, neto, Fakt, NomFakt, plat, Doc) VALUES "
-                                      "(?, ?, 'СА 1234 ВК', 'Клиент', 'София - Перник', 'Пясък', 25, 10, 0.125, 31.25, "
-                                      "0.94, 30.31, ?, '0000000000', ?, ?)"));
         const int courses = 3 * RecordSet::pageSize + 50;
-        for (int i = 0; i < courses; ++i) {
-            insert.addBindValue(QDate(2026, 1, 1).addDays(i % 60));
-            insert.addBindValue(i % 2 ? QStringLiteral("012") : QStringLiteral("001"));
-            insert.addBindValue(false);
-            insert.addBindValue(false);
-            insert.addBindValue(false);
-            QVERIFY2(insert.exec(), qPrintable(insert.lastError().text()));
-        }
+        for (int i = 0; i < courses; ++i)
+            QVERIFY(insertRow(db, QStringLiteral("tabl"), courseColumns,
+                              {QDate(2026, 1, 1).addDays(i % 60), i % 2 ? QStringLiteral("012") : QStringLiteral("001"),
+                               sa1234, QStringLiteral("Клиент"), QStringLiteral("София - Перник"), QStringLiteral("Пясък"), 25,
+                               10, 0.125, 31.25, 0.94, 30.31, false, QStringLiteral("0000000000"), false, false}));
         QVERIFY(db.commit());
         RecordingMessageService messages;
         Kurs screen(db);

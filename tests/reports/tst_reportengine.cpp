@@ -6,6 +6,7 @@
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 #include "reports/reportrenderer.h"
+#include "laidoutpapers.h"
 #include "screendriver.h"
 
 #include <QBuffer>
@@ -524,13 +525,7 @@ private slots:
         report.setDataSource(rows);
         report.setBackColorByField(QStringLiteral("Detail"), QStringLiteral("Text100"), QStringLiteral("PLAT"),
                                    colorWhite, colorGrey);
-        const LaidOutReport laid = layoutReport(report);
-        QList<quint32> fills;
-        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
-            if (p.kind == ReportPrimitive::Kind::Fill)
-                fills.append(p.color);
-        }
-        QCOMPARE(fills, QList<quint32>({0xFFC0C0C0u, 0xFFFFFFFFu}));
+        QCOMPARE(test::fillsOn(layoutReport(report), 0), QList<quint32>({0xFFC0C0C0u, 0xFFFFFFFFu}));
     }
 
     void aDesignTextNamesTheValuesHandedOver_data()
