@@ -511,10 +511,8 @@ private slots:
             screen.button("cmdDelete")->click();
             QCOMPARE(stockRows(scratch.db()), 3);
         }
-        QCOMPARE(messages.asked.size(), 3);
-        QCOMPARE(messages.asked[1].title, QStringLiteral("Изтриване на запис"));
-        QCOMPARE(messages.asked[1].text, QStringLiteral("Наистна ли искате да изтриете записа?"));
-        QCOMPARE(messages.asked[2].text, QStringLiteral("Ще загубите данните окончателно"));
+        QCOMPARE(test::titled(messages.asked).mid(1), (QStringList{"Изтриване на запис|Наистна ли искате да изтриете записа?",
+                                                                   "Изтриване на запис|Ще загубите данните окончателно"}));
         messages.answers = {true, true};
         screen.button("cmdDelete")->click();
         QCOMPARE(stockRows(scratch.db()), 2);
