@@ -16,4 +16,15 @@ inline LaidOutReport laidOut(const Checked<Report> &report)
     return report.ok() ? layoutReport(report.value()) : LaidOutReport{};
 }
 
+// The colours of the filled boxes of a page, in the order they are drawn.
+inline QList<quint32> fillsOn(const LaidOutReport &laid, int page)
+{
+    QList<quint32> fills;
+    for (const ReportPrimitive &p : laid.pages.at(page).primitives) {
+        if (p.kind == ReportPrimitive::Kind::Fill)
+            fills.append(p.color);
+    }
+    return fills;
+}
+
 }

@@ -15,6 +15,17 @@
 
 namespace zarek::test {
 
+QStringList csvLines(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {QStringLiteral("<cannot read %1>").arg(path)};
+    const QByteArray bytes = file.readAll();
+    if (!bytes.startsWith("\xEF\xBB\xBF"))
+        return {QStringLiteral("<no byte-order mark in %1>").arg(path)};
+    return QString::fromUtf8(bytes.mid(3)).split(QStringLiteral("\r\n"));
+}
+
 bool execAll(QSqlDatabase db, const QStringList &statements)
 {
     QSqlQuery query(db);

@@ -49,6 +49,11 @@ inline const QString courseColumns = QStringLiteral("data, kod, kola, Klient, Ma
 // the first that fails.
 bool execAll(QSqlDatabase db, const QStringList &statements);
 
+// The lines of a spreadsheet (CSV) file the program wrote: the UTF-8 byte-order mark it begins with
+// left off, split at CRLF. One line "<…>" that no expected line equals when it cannot be read or
+// lacks the mark.
+QStringList csvLines(const QString &path);
+
 // A plain SQLite file at path made with statements (no schema of ours), closed again.
 bool makePlainSqliteFile(const QString &path, const QStringList &statements);
 

@@ -233,10 +233,9 @@ private slots:
     void courseCorrectionAsksForTheTruckThenOpensItsCourses()
     {
         ZAREK_SCRATCH_DB(scratch);
-        scratch.exec(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                    "procent, neto, Fakt, NomFakt, plat, Doc) VALUES ('2026-03-05', '007', "
-                                    "'РВ 5678 ТМ', 'Д''Аргос', 'Перник - София', 'Пясък', 25, 10, 0.125, 31.25, 0.94, "
-                                    "30.31, FALSE, '0000000000', FALSE, FALSE)"));
+        QVERIFY(test::insertRow(scratch.db(), QStringLiteral("tabl"), test::courseColumns,
+                                {QDate(2026, 3, 5), "007", "РВ 5678 ТМ", "Д'Аргос", "Перник - София", "Пясък", 25, 10, 0.125,
+                                 31.25, 0.94, 30.31, false, "0000000000", false, false}));
         RecordingMessageService messages;
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         QString dialogCaption, editorCaption;
@@ -404,10 +403,9 @@ private slots:
     void theKmCorrectionToldNothingInTheStatusBar()
     {
         ZAREK_SCRATCH_DB(scratch);
-        scratch.exec(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                    "procent, neto, Fakt, NomFakt, plat, Doc) VALUES ('2026-03-05', '007', "
-                                    "'РВ 5678 ТМ', 'Бетон АД', 'Перник - София', 'Пясък', 1, 10, 0.35, 3.5, 0.11, "
-                                    "3.39, FALSE, '0000000000', FALSE, FALSE)"));
+        QVERIFY(test::insertRow(scratch.db(), QStringLiteral("tabl"), test::courseColumns,
+                                {QDate(2026, 3, 5), "007", "РВ 5678 ТМ", "Бетон АД", "Перник - София", "Пясък", 1, 10, 0.35,
+                                 3.5, 0.11, 3.39, false, "0000000000", false, false}));
         RecordingMessageService messages;
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
         QString panel, screenName;

@@ -38,11 +38,7 @@ bool fill(QSqlDatabase db)
     if (!test::execAll(db, {QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('007', 'Иван Петров')"),
                             QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('008', 'Георги Стоянов')")}))
         return false;
-    for (const test::CourseRow &c : courses) {
-        if (!test::insertCourse(db, c))
-            return false;
-    }
-    return true;
+    return std::all_of(courses.begin(), courses.end(), [&db](const test::CourseRow &c) { return test::insertCourse(db, c); });
 }
 
 int directCount(QSqlDatabase db, const QString &where, const QVariantList &values)
@@ -61,10 +57,12 @@ QStringList column(const CourseJournal &journal, JournalColumn column)
 
 }
 
-// A fresh database of the current engine with the sample courses, and the journal on it.
+// A fresh database of the current engine with the sample courses, the messages recorded, and the
+// journal on it.
 #define JOURNAL_OF_THE_SAMPLE()         \
     ZAREK_SCRATCH_DB(scratch);          \
     QVERIFY(fill(scratch.db()));        \
+    RecordingMessageService messages;   \
     CourseJournal journal(scratch.db())
 
 class CourseJournalTest : public QObject {
@@ -92,15 +90,13 @@ private slots:
     }
     void conditionsCombineAndAgreeWithADirectCount()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
         QFETCH(QString, truck);
         QFETCH(QString, from);
         QFETCH(QString, to);
         QFETCH(int, paid);
         QFETCH(QString, where);
         QFETCH(QVariantList, values);
-        CourseJournal journal(scratch.db());
+        JOURNAL_OF_THE_SAMPLE();
         journal.findChild<QLineEdit *>(QStringLiteral("txtTruck"))->setText(truck);
         journal.findChild<QLineEdit *>(QStringLiteral("txtFrom"))->setText(from);
         journal.findChild<QLineEdit *>(QStringLiteral("txtTo"))->setText(to);
@@ -183,10 +179,7 @@ private slots:
 
     void aCourseCorrectedInTheCourseEditorShowsItsNewFigures()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
-        RecordingMessageService messages;
-        CourseJournal journal(scratch.db());
+        JOURNAL_OF_THE_SAMPLE();
         QSqlDatabase db = scratch.db();
         bool opened = false;
         journal.openCourse = [db, &opened](qint64 id) {
@@ -209,21 +202,16 @@ private slots:
 
     void theListGoesToASpreadsheetAsShown()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fill(scratch.db()));
-        RecordingMessageService messages;
-        CourseJournal journal(scratch.db());
+        JOURNAL_OF_THE_SAMPLE();
         journal.model()->sort(int(JournalColumn::Client), Qt::AscendingOrder);
         QTemporaryDir dir;
         const QString csv = dir.filePath(QStringLiteral("журнал.csv"));
         QVERIFY(journal.exportTo(csv));
-        QFile file(csv);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QStringList lines = QString::fromUtf8(file.readAll().mid(3)).split(QStringLiteral("\r\n"));
-        QCOMPARE(lines.at(1), QStringLiteral("Дата;Шофьор;Кола;Клиент;Маршрут;Товар;Тон.;Км;Тарифа;Бруто;Фактура №;Факт.;Платен"));
-        QCOMPARE(lines.at(2), QStringLiteral("03.03.2026;Иван Петров;СА 1234 ВК;Арго ООД;Перник - Радомир;Пясък;20,000;100;0,050;100,00;0000000000;Не;Не"));
-        QCOMPARE(lines.at(5), QStringLiteral("01.04.2026;Иван Петров;СА 1234 ВК;Д'Аргос ООД;София - Перник;Пясък;10,000;25;0,125;31,25;0000000000;Не;Не"));
-        QCOMPARE(lines.at(8), QStringLiteral("Всичко:;;;;;;67,750;402;;302,60;;;"));
+        const QStringList lines = test::csvLines(csv);
+        QCOMPARE(lines.value(1), QStringLiteral("Дата;Шофьор;Кола;Клиент;Маршрут;Товар;Тон.;Км;Тарифа;Бруто;Фактура №;Факт.;Платен"));
+        QCOMPARE(lines.value(2), QStringLiteral("03.03.2026;Иван Петров;СА 1234 ВК;Арго ООД;Перник - Радомир;Пясък;20,000;100;0,050;100,00;0000000000;Не;Не"));
+        QCOMPARE(lines.value(5), QStringLiteral("01.04.2026;Иван Петров;СА 1234 ВК;Д'Аргос ООД;София - Перник;Пясък;10,000;25;0,125;31,25;0000000000;Не;Не"));
+        QCOMPARE(lines.value(8), QStringLiteral("Всичко:;;;;;;67,750;402;;302,60;;;"));
         QVERIFY(journal.exportTo(dir.filePath(QStringLiteral("журнал.xlsx"))));
         QVERIFY(messages.shown.isEmpty());
     }
@@ -248,14 +236,12 @@ private slots:
         QTemporaryDir dir;
         const QString csv = dir.filePath(QStringLiteral("журнал.csv"));
         QVERIFY(journal.exportTo(csv));
-        QFile file(csv);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QStringList lines = QString::fromUtf8(file.readAll().mid(3)).split(QStringLiteral("\r\n"));
-        const QString total = lines.at(10);
+        const QStringList lines = test::csvLines(csv);
+        const QString total = lines.value(10);
         QVERIFY2(total.startsWith(QStringLiteral("Всичко:;;;;;;69,750;404;;")), qPrintable(total));
         QCOMPARE(total.section(QLatin1Char(';'), 9, 9), formatAmount(journal.totals().gross));
         QVERIFY(total.endsWith(QStringLiteral(";евро")));
-        QCOMPARE(lines.at(11), conversionNote(commandDay().changeover, Currency::Euro));
+        QCOMPARE(lines.value(11), conversionNote(commandDay().changeover, Currency::Euro));
         QVERIFY(journal.findChild<QLabel *>(QStringLiteral("lblTotals"))->text().contains(formatAmount(journal.totals().gross)));
         QVERIFY(messages.shown.isEmpty());
     }

@@ -254,20 +254,12 @@ private slots:
         prepare(scratch);
         QSqlDatabase db = scratch.db();
         QVERIFY(db.transaction());
-        QSqlQuery insert(db);
-        insert.prepare(QStringLiteral("INSERT INTO tabl (data, kod, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, "
-                                      "procent, neto, Fakt, NomFakt, plat, Doc) VALUES "
-                                      "(?, ?, 'СА 1234 ВК', 'Клиент', 'София - Перник', 'Пясък', 25, 10, 0.125, 31.25, "
-                                      "0.94, 30.31, ?, '0000000000', ?, ?)"));
         const int courses = 3 * RecordSet::pageSize + 50;
-        for (int i = 0; i < courses; ++i) {
-            insert.addBindValue(QDate(2026, 1, 1).addDays(i % 60));
-            insert.addBindValue(i % 2 ? QStringLiteral("012") : QStringLiteral("001"));
-            insert.addBindValue(false);
-            insert.addBindValue(false);
-            insert.addBindValue(false);
-            QVERIFY2(insert.exec(), qPrintable(insert.lastError().text()));
-        }
+        for (int i = 0; i < courses; ++i)
+            QVERIFY(insertRow(db, QStringLiteral("tabl"), courseColumns,
+                              {QDate(2026, 1, 1).addDays(i % 60), i % 2 ? QStringLiteral("012") : QStringLiteral("001"),
+                               sa1234, QStringLiteral("Клиент"), QStringLiteral("София - Перник"), QStringLiteral("Пясък"), 25,
+                               10, 0.125, 31.25, 0.94, 30.31, false, QStringLiteral("0000000000"), false, false}));
         QVERIFY(db.commit());
         RecordingMessageService messages;
         Kurs screen(db);
@@ -545,10 +537,8 @@ private slots:
         QCOMPARE(scalar(scratch.db(), "SELECT COUNT(*) FROM tabl").toInt(), 2);
         messages.answers = {true, true};
         screen.recordForm()->remove();
-        QCOMPARE(messages.asked.size(), 4);
-        QCOMPARE(messages.asked[2].text, QStringLiteral("Наистна ли искате да изтриете записа?"));
-        QCOMPARE(messages.asked[3].text, QStringLiteral("Ще загубите данните окончателно"));
-        QCOMPARE(messages.asked[3].title, QStringLiteral("Изтриване на запис"));
+        QCOMPARE(test::titled(messages.asked).mid(2), (QStringList{"Изтриване на запис|Наистна ли искате да изтриете записа?",
+                                                                   "Изтриване на запис|Ще загубите данните окончателно"}));
         QCOMPARE(rowsText(scratch.db(), "SELECT (SELECT COUNT(*) FROM tabl), (SELECT COUNT(*) FROM Sklad)"), "1|2");
         QCOMPARE(screen.recordForm()->rowCount(), 1);
     }

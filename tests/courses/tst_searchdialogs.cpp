@@ -170,9 +170,8 @@ private slots:
         QFETCH(QString, message);
         SEARCH_SAMPLE();
         DiaSeek dialog(mode, scratch.db());
-        setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         child<QComboBox>(dialog, "Combo1")->setEditText(typed);
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         QCOMPARE(lastText(messages), message);
         QCOMPARE(dialog.SeekOk(), message.isEmpty());
     }
@@ -273,9 +272,8 @@ private slots:
             dialog = std::make_unique<DiaSeek>(mode, scratch.db());
         QComboBox *trucks = child<QComboBox>(*dialog, seekAll ? "Combo2" : "Combo1");
         QCOMPARE(test::items(trucks), fleet);
-        setPeriod(*dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         trucks->setEditText(QStringLiteral("РК 2222 ВВ"));
-        clickSearch(*dialog);
+        enterPeriod(*dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         QVERIFY2(dialog->SeekOk(), qPrintable(lastText(messages)));
         QCOMPARE(dialog->conditions().SeekKola, QStringLiteral("РК 2222 ВВ"));
     }
@@ -297,9 +295,8 @@ private slots:
         QComboBox *trucks = child<QComboBox>(dialog, "Combo1");
         QCOMPARE(trucks->findText(QStringLiteral("0")), offered ? 0 : -1);
         QCOMPARE(trucks->currentText(), QStringLiteral("РВ 5678 ТМ"));  // the first truck stays shown
-        setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         trucks->setEditText(QStringLiteral("0"));
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         QCOMPARE(dialog.SeekOk(), offered);
         if (offered)
             QCOMPARE(dialog.conditions().SeekKola, QStringLiteral("0"));
@@ -322,10 +319,9 @@ private slots:
     {
         SEARCH_SAMPLE();
         DiaSeek dialog(SearchMode::Driver, scratch.db());
-        setPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(child<QComboBox>(dialog, "Combo1")->currentText(), QStringLiteral("001,Иван Петров"));
         child<QComboBox>(dialog, "Combo1")->setEditText(QStringLiteral("Иван Петров"));
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(lastText(messages), QStringLiteral("Грешно име на шофьор!\nМоля, изберете име от списъка!"));
         child<QComboBox>(dialog, "Combo1")->setCurrentIndex(0);
         clickSearch(dialog);
@@ -341,17 +337,15 @@ private slots:
         QVERIFY(child<QRadioButton>(all, "Option1")->isChecked());
         QCOMPARE(child<QRadioButton>(all, "Option2")->text(), QStringLiteral("Фактурирани"));
         QVERIFY(!child<QComboBox>(all, "Combo1")->isEnabled());
-        setPeriod(all, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         child<QRadioButton>(all, "Option3")->click();
-        clickSearch(all);
+        enterPeriod(all, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(all.conditions().SeekChoice, QStringLiteral("No"));
 
         DiaSeekAlt driver(SearchMode::Driver, scratch.db());
         QCOMPARE(child<QRadioButton>(driver, "Option2")->text(), QStringLiteral("Платени"));
         QCOMPARE(child<QRadioButton>(driver, "Option3")->text(), QStringLiteral("Неплатени"));
-        setPeriod(driver, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         child<QRadioButton>(driver, "Option2")->click();
-        clickSearch(driver);
+        enterPeriod(driver, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(driver.conditions().SeekChoice, QStringLiteral("Yes"));
         QCOMPARE(driver.conditions().SeekDriverKod, QStringLiteral("001"));
         QVERIFY(messages.shown.isEmpty());
@@ -381,10 +375,9 @@ private slots:
         SEARCH_SAMPLE();
         DiaSeekAll dialog(SearchMode::FaktNew, scratch.db());
         QCOMPARE(child<QComboBox>(dialog, "Combo2")->currentText(), QStringLiteral("ааа"));
-        setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         child<QComboBox>(dialog, "Combo1")->setEditText(klient);
         child<QComboBox>(dialog, "Combo2")->setEditText(kola);
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         QCOMPARE(lastText(messages), message);
         QCOMPARE(dialog.SeekOk(), message.isEmpty());
         if (dialog.SeekOk()) {
@@ -397,18 +390,16 @@ private slots:
     {
         SEARCH_SAMPLE();
         DiaSeekAll first(SearchMode::FaktNew, scratch.db());
-        setPeriod(first, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         child<QComboBox>(first, "Combo2")->setEditText(QString());
         child<QLineEdit>(first, "Text2")->setText(QStringLiteral("Пяс"));
         child<QLineEdit>(first, "Text3")->setText(QStringLiteral("София"));
-        clickSearch(first);
+        enterPeriod(first, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         QCOMPARE(first.conditions().SeekTovar, QStringLiteral("Пяс"));
         QCOMPARE(first.conditions().SeekMarsh, QStringLiteral("София"));
 
         DiaSeekAll second(SearchMode::FaktNew, scratch.db());
-        setPeriod(second, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         child<QComboBox>(second, "Combo2")->setEditText(QString());
-        clickSearch(second);
+        enterPeriod(second, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         QVERIFY(second.SeekOk());
         QVERIFY(second.conditions().SeekTovar.isEmpty());
         QVERIFY(second.conditions().SeekMarsh.isEmpty());
@@ -446,9 +437,8 @@ private slots:
     {
         SEARCH_SAMPLE();
         DiaSeek dialog(SearchMode::Kola, scratch.db());
-        setPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         child<QComboBox>(dialog, "Combo1")->setEditText(QStringLiteral("РВ 5678") + QChar(u'\0') + QStringLiteral("ТМ"));
-        clickSearch(dialog);
+        enterPeriod(dialog, QStringLiteral("1.3.2026"), QStringLiteral("31.03.2026"));
         QCOMPARE(onlyText(messages.shown), controlCharacterMessage(QString()).text);
         QVERIFY(!dialog.SeekOk());
         QCOMPARE(dialog.result(), int(QDialog::Rejected));

@@ -1,5 +1,6 @@
 #include "reports/reportexport.h"
 #include "data/tableexport.h"
+#include "testdatabase.h"
 
 #include <QFile>
 #include <QProcess>
@@ -59,11 +60,7 @@ private slots:
         QTemporaryDir dir;
         const QString file = dir.filePath(QStringLiteral("курсове.csv"));
         QVERIFY(!writeTable(courseTable(), file));
-        QFile in(file);
-        QVERIFY(in.open(QIODevice::ReadOnly));
-        const QByteArray bytes = in.readAll();
-        QVERIFY(bytes.startsWith("\xEF\xBB\xBF"));
-        const QStringList lines = QString::fromUtf8(bytes.mid(3)).split(QStringLiteral("\r\n"));
+        const QStringList lines = test::csvLines(file);
         const QStringList expected = {
             QStringLiteral("Транспорт Петров ЕООД"),
             QStringLiteral("за курсовете на клиент Д'Аргос ООД"),
@@ -110,10 +107,7 @@ private slots:
         QTemporaryDir dir;
         const QString file = dir.filePath(QStringLiteral("клетка.csv"));
         QVERIFY(!writeTable(table, file));
-        QFile in(file);
-        QVERIFY(in.open(QIODevice::ReadOnly));
-        const QStringList lines = QString::fromUtf8(in.readAll().mid(3)).split(QStringLiteral("\r\n"));
-        QCOMPARE(lines.value(1), cell);
+        QCOMPARE(test::csvLines(file).value(1), cell);
     }
 
     void xlsxKeepsNumbersAsNumbersDatesAsDatesAndTheTotalsRow()

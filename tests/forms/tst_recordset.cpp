@@ -19,13 +19,17 @@ void fillThreeRows(RecordSet &rows)
 
 }
 
+// A record set of the columns kod and ime holding the rows of ids 10, 20 and 30, the first current.
+#define THREE_ROWS(rows)                                              \
+    RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")}); \
+    fillThreeRows(rows)
+
 class RecordSetTest : public QObject {
     Q_OBJECT
 private slots:
     void theFirstRowIsCurrentAfterReading()
     {
-        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
-        fillThreeRows(rows);
+        THREE_ROWS(rows);
         QCOMPARE(rows.position(), 0);
         QVERIFY(rows.atFirst());
         QVERIFY(!rows.atLast());
@@ -137,16 +141,14 @@ private slots:
     {
         QFETCH(int, to);
         QFETCH(int, position);
-        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
-        fillThreeRows(rows);
+        THREE_ROWS(rows);
         rows.moveTo(to);
         QCOMPARE(rows.position(), position);
     }
 
     void aBookmarkFollowsItsRowAndFailsOnceItIsGone()
     {
-        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
-        fillThreeRows(rows);
+        THREE_ROWS(rows);
         rows.moveTo(2);
         const qint64 mark = rows.bookmark();
         rows.moveFirst();
@@ -160,8 +162,7 @@ private slots:
 
     void deletingTheLastRowMakesTheNewLastRowCurrent()
     {
-        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
-        fillThreeRows(rows);
+        THREE_ROWS(rows);
         rows.moveLast();
         rows.removeCurrent();
         QCOMPARE(rows.position(), 1);
@@ -175,8 +176,7 @@ private slots:
 
     void aWrittenRowStandsLastAndCurrent()
     {
-        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
-        fillThreeRows(rows);
+        THREE_ROWS(rows);
         QSignalSpy moved(&rows, &RecordSet::currentChanged);
         rows.append({5, 1, {{QStringLiteral("kod"), QStringLiteral("000")}}});
         QCOMPARE(rows.count(), 4);
@@ -188,8 +188,7 @@ private slots:
 
     void theRowsServeAGridToo()
     {
-        RecordSet rows({QStringLiteral("kod"), QStringLiteral("ime")});
-        fillThreeRows(rows);
+        THREE_ROWS(rows);
         QCOMPARE(rows.rowCount(), 3);
         QCOMPARE(rows.columnCount(), 2);
         QCOMPARE(rows.headerData(1, Qt::Horizontal).toString(), QStringLiteral("ime"));

@@ -96,12 +96,26 @@ void type(QWidget *grid, const QString &text)
     }
 }
 
+// The values of one row of rows.
+QList<QVariant> cellsOf(const RowSet &rows, int row)
+{
+    QList<QVariant> cells;
+    for (int column = 0; column < rows.columnCount(); ++column)
+        cells.append(rows.value(row, column));
+    return cells;
+}
+
 QString sumText(const ResultGridScreen &screen)
 {
     return screen.findChild<QLabel *>(QStringLiteral("Label4"))->text();
 }
 
 }
+
+// The screen (of type T) of the configuration given, on the three courses.
+#define GRID_ON_COURSES(T, screen, config) \
+    T screen(config);                      \
+    screen.setRows(courses())
 
 // A screen whose overrides the test sets.
 class HookedGrid : public ResultGridScreen {
@@ -127,8 +141,7 @@ class ResultGridTest : public QObject {
 private slots:
     void theColumnTableShapesTheGrid()
     {
-        ResultGridScreen screen(fakturaConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(ResultGridScreen, screen, fakturaConfig());
         QTableView *grid = screen.grid();
         QCOMPARE(grid->objectName(), QStringLiteral("GridEX1"));
         QCOMPARE(grid->columnWidth(0), 80);   // 1200 twips
@@ -136,12 +149,10 @@ private slots:
         QVERIFY(grid->isColumnHidden(9));
         const ResultGridModel *model = screen.model();
         QCOMPARE(model->headerData(1, Qt::Horizontal).toString(), QStringLiteral("Маршрут"));
-        QCOMPARE(model->index(0, 0).data().toString(), QStringLiteral("01.03.2006"));
-        QCOMPARE(model->index(1, 0).data().toString(), QStringLiteral("05.03.2006"));
-        QCOMPARE(model->index(0, 4).data().toString(), QStringLiteral("25"));
-        QCOMPARE(model->index(0, 5).data().toString(), QStringLiteral("10,000"));
-        QCOMPARE(model->index(0, 6).data().toString(), QStringLiteral("0,125"));
-        QCOMPARE(model->index(0, 7).data().toString(), QStringLiteral("31,25"));
+        QStringList shown;  // the first row, and the date of the second (a date value, not ISO text)
+        for (const auto &[row, column] : {std::pair{0, 0}, {1, 0}, {0, 4}, {0, 5}, {0, 6}, {0, 7}})
+            shown << model->index(row, column).data().toString();
+        QCOMPARE(shown, (QStringList{"01.03.2006", "05.03.2006", "25", "10,000", "0,125", "31,25"}));
         QCOMPARE(model->index(0, 7).data(Qt::TextAlignmentRole).value<Qt::Alignment>() & Qt::AlignHorizontal_Mask,
                  Qt::AlignRight);
         QCOMPARE(model->index(0, 8).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);
@@ -156,8 +167,7 @@ private slots:
 
     void openingPutsTheFocusOnTheFirstRow()
     {
-        ResultGridScreen screen(fakturaConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(ResultGridScreen, screen, fakturaConfig());
         test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         QTRY_VERIFY(screen.grid()->hasFocus());
@@ -165,8 +175,7 @@ private slots:
 
     void spaceMarksARowAndKeepsTheRunningTotal()
     {
-        ResultGridScreen screen(fakturaConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(ResultGridScreen, screen, fakturaConfig());
         screen.show();
         QTRY_COMPARE(screen.currentRow(), 0);
         QVERIFY(!screen.changed());
@@ -197,8 +206,7 @@ private slots:
     void aMarkTheScreenRefusesIsNotMade()
     {
         RecordingMessageService messages;
-        HookedGrid screen(fakturaConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(HookedGrid, screen, fakturaConfig());
         screen.markHook = [](int row, bool) -> std::optional<UserMessage> {
             if (row == 0)
                 return UserMessage{QStringLiteral("ГРЕШКА при запис!"), QStringLiteral("-2147217864:Записът е променен")};
@@ -224,8 +232,7 @@ private slots:
     void editingIsSwitchedByTheKeys()
     {
         QFETCH(int, forbiddingKey);
-        ResultGridScreen screen(correctionConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(ResultGridScreen, screen, correctionConfig());
         QStringList written;
         screen.model()->setEditHook([&](int row, const QString &field, const QVariant &value) {
             written.append(QStringLiteral("%1 %2 %3").arg(row).arg(field, value.toString()));
@@ -266,8 +273,7 @@ private slots:
     void aTypedTextThatIsNoNumberIsRefused()
     {
         RecordingMessageService messages;
-        ResultGridScreen screen(correctionConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(ResultGridScreen, screen, correctionConfig());
         int writes = 0;
         screen.model()->setEditHook([&](int, const QString &, const QVariant &) {
             ++writes;
@@ -290,8 +296,7 @@ private slots:
     {
         ResultGridConfig config = fakturaConfig();
         config.highlightRow = [](const RowSet &rows, int row) { return rows.value(row, QStringLiteral("KM")).toDouble() < 30; };
-        ResultGridScreen screen(config);
-        screen.setRows(courses());
+        GRID_ON_COURSES(ResultGridScreen, screen, config);
         const QAbstractItemModel *model = screen.model();
         QCOMPARE(model->index(0, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
         QVERIFY(!model->index(1, 1).data(Qt::ForegroundRole).isValid());
@@ -316,8 +321,7 @@ private slots:
 
     void closingSettlesTheScreenOnce()
     {
-        HookedGrid screen(fakturaConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(HookedGrid, screen, fakturaConfig());
         int settled = 0;
         int printed = 0;
         bool changedAtClose = true;
@@ -339,8 +343,7 @@ private slots:
 
     void aSettleThatFailsKeepsTheScreenOpenAndALaterCloseTriesAgain()
     {
-        HookedGrid screen(fakturaConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(HookedGrid, screen, fakturaConfig());
         int attempts = 0;
         int closed = 0;
         screen.settleHook = [&] { return ++attempts >= 2; };
@@ -358,18 +361,14 @@ private slots:
 
     void freshRowsKeepTheMarksOfUnchangedRows()
     {
-        ResultGridConfig config = fakturaConfig();
-        ResultGridScreen screen(config);
+        ResultGridScreen screen(fakturaConfig());
         QStringList columns = courses().columns();
         columns << QStringLiteral("id") << QStringLiteral("row_version");
-        RowSet rows(columns);
         const RowSet base = courses();
-        for (int row = 0; row < base.rowCount(); ++row) {
-            QList<QVariant> cells;
-            for (int c = 0; c < base.columnCount(); ++c)
-                cells.append(base.value(row, c));
-            rows.appendRow(cells + QList<QVariant>{row + 1, 1});
-        }
+        const auto cellsOfVersion = [&](int row, int version) { return cellsOf(base, row) + QList<QVariant>{row + 1, version}; };
+        RowSet rows(columns);
+        for (int row = 0; row < base.rowCount(); ++row)
+            rows.appendRow(cellsOfVersion(row, 1));
         screen.setRows(rows);
         screen.show();
         QTRY_COMPARE(screen.currentRow(), 0);
@@ -381,15 +380,9 @@ private slots:
 
         // Read again: row 2 changed elsewhere (version 2), row 3 is gone, a new row came.
         RowSet fresh(columns);
-        auto cellsOf = [&](int row, int version) {
-            QList<QVariant> cells;
-            for (int c = 0; c < base.columnCount(); ++c)
-                cells.append(base.value(row, c));
-            return cells + QList<QVariant>{row + 1, version};
-        };
-        fresh.appendRow(cellsOf(0, 1));
-        fresh.appendRow(cellsOf(1, 2));
-        QList<QVariant> extra = cellsOf(2, 1);
+        fresh.appendRow(cellsOfVersion(0, 1));
+        fresh.appendRow(cellsOfVersion(1, 2));
+        QList<QVariant> extra = cellsOfVersion(2, 1);
         extra[extra.size() - 2] = 9;
         fresh.appendRow(extra);
         screen.reloadRows(fresh, QStringLiteral("id"), QStringLiteral("row_version"));
@@ -404,8 +397,7 @@ private slots:
 
     void closingCommitsACellStillBeingEdited()
     {
-        HookedGrid screen(correctionConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(HookedGrid, screen, correctionConfig());
         QVariant atClose;
         screen.closeHook = [&](ResultGridScreen &s) { atClose = s.model()->value(0, QStringLiteral("KM")); };
         test::showActive(screen);
@@ -419,8 +411,7 @@ private slots:
 
     void aRowReadAnewOrTakenOutKeepsTheTotalEqualToTheMarks()
     {
-        ResultGridScreen screen(fakturaConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(ResultGridScreen, screen, fakturaConfig());
         screen.show();
         QTRY_COMPARE(screen.currentRow(), 0);
         press(screen.grid(), Qt::Key_Space);
@@ -451,8 +442,7 @@ private slots:
     void theRowsGoToASpreadsheetWithTheirTitleAndTotal()
     {
         RecordingMessageService messages;
-        ResultGridScreen screen(fakturaConfig());
-        screen.setRows(courses());
+        GRID_ON_COURSES(ResultGridScreen, screen, fakturaConfig());
         screen.grid()->setCurrentIndex(screen.model()->index(1, 0));
         screen.markCurrentRow();
         const ExportTable table = screen.exportTable();
@@ -471,11 +461,9 @@ private slots:
         QTemporaryDir dir;
         const QString csv = dir.filePath(QStringLiteral("курсове.csv"));
         QVERIFY(screen.exportTo(csv));
-        QFile file(csv);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QStringList lines = QString::fromUtf8(file.readAll().mid(3)).split(QStringLiteral("\r\n"));
-        QCOMPARE(lines.at(2), QStringLiteral("Дата;Маршрут;Товар;Кола;Км;Тонаж;Тар.;Сума;Факт."));
-        QCOMPARE(lines.at(4), QStringLiteral("05.03.2006;Перник - Радомир;Чакъл;РК 7777 АА;40;12,500;0,100;50,00;Да"));
+        const QStringList lines = test::csvLines(csv);
+        QCOMPARE(lines.value(2), QStringLiteral("Дата;Маршрут;Товар;Кола;Км;Тонаж;Тар.;Сума;Факт."));
+        QCOMPARE(lines.value(4), QStringLiteral("05.03.2006;Перник - Радомир;Чакъл;РК 7777 АА;40;12,500;0,100;50,00;Да"));
         QVERIFY(screen.exportButton()->isVisible() || !screen.isVisible());
         QVERIFY(messages.shown.isEmpty());
     }
@@ -491,21 +479,14 @@ private slots:
         for (int i = 0; i < 1000; ++i)
             all.appendRow({QDate(2006, 1, 1).addDays(i % 365), QStringLiteral("Маршрут %1").arg(i), QStringLiteral("Пясък"),
                            QStringLiteral("СА 1234 ВК"), 25.0, 10.0, 0.125, 1.0 + i, i == 999, QStringLiteral("0000000000")});
-        int reads = 0;
         int rowsRead = 0;
         ResultGridBlocks blocks;
         blocks.rowCount = all.rowCount();
         blocks.blockSize = 100;
         blocks.read = [&](int offset, int limit) -> Checked<RowSet> {
-            ++reads;
             RowSet block(all.columns());
-            for (int row = offset; row < std::min(offset + limit, all.rowCount()); ++row) {
-                QList<QVariant> cells;
-                for (int column = 0; column < all.columnCount(); ++column)
-                    cells.append(all.value(row, column));
-                block.appendRow(cells);
-                ++rowsRead;
-            }
+            for (int row = offset; row < std::min(offset + limit, all.rowCount()); ++row, ++rowsRead)
+                block.appendRow(cellsOf(all, row));
             return block;
         };
         blocks.markedTotal = [](Currency totals) {
@@ -541,7 +522,6 @@ private slots:
         screen.recountTotal();
         QCOMPARE(screen.runningTotal(), Money::fromAmount(1001.0));
         QVERIFY(messages.shown.isEmpty());
-        Q_UNUSED(reads);
     }
 
     void aQueryGivesItsRowsInBlocksInItsOrder_data() { test::addEngineRows(); }
@@ -551,17 +531,12 @@ private slots:
         ZAREK_SCRATCH_DB_NAMED(scratch, engine);
         QSqlDatabase db = scratch.db();
         QVERIFY(db.transaction());
-        QSqlQuery insert(db);
-        insert.prepare(QStringLiteral("INSERT INTO tabl (data, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, Fakt, "
-                                      "NomFakt, plat) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
-        for (int i = 0; i < 450; ++i) {
-            for (const QVariant &value : QVariantList{QDate(2006, 3, 1).addDays(i % 20), QStringLiteral("СА 1234 ВК"),
-                                                      QStringLiteral("Бетон АД"), QStringLiteral("Маршрут %1").arg(i),
-                                                      QStringLiteral("Пясък"), 25.0, 10.0, 0.125, 1.0 + i, i % 3 == 0,
-                                                      QStringLiteral("0000000000"), false})
-                insert.addBindValue(value);
-            QVERIFY2(insert.exec(), qPrintable(insert.lastError().text()));
-        }
+        for (int i = 0; i < 450; ++i)
+            QVERIFY(test::insertRow(db, QStringLiteral("tabl"),
+                                    QStringLiteral("data, kola, Klient, Marsh, Tovar, km, ton, Tarifa, bruto, Fakt, NomFakt, plat"),
+                                    {QDate(2006, 3, 1).addDays(i % 20), QStringLiteral("СА 1234 ВК"), QStringLiteral("Бетон АД"),
+                                     QStringLiteral("Маршрут %1").arg(i), QStringLiteral("Пясък"), 25.0, 10.0, 0.125, 1.0 + i,
+                                     i % 3 == 0, QStringLiteral("0000000000"), false}));
         QVERIFY(db.commit());
         const QString select = QStringLiteral("SELECT data AS Data, Marsh, Tovar, kola, km AS KM, ton AS Ton, Tarifa, bruto, "
                                               "Fakt, NomFakt FROM tabl WHERE Klient = ? ORDER BY data, id");
@@ -585,14 +560,10 @@ private slots:
             marked += 1.0 + i;
         QCOMPARE(screen.runningTotal(), Money::fromAmount(marked));
         QCOMPARE(screen.exportTable().rowCount, 450);
-        QString shown, whole;
+        QStringList shown;
         for (int row = 0; row < 450; ++row)
-            shown += screen.model()->value(row, QStringLiteral("Marsh")).toString() + QLatin1Char(' ');
-        QSqlQuery all(db);
-        QVERIFY(all.exec(QStringLiteral("SELECT Marsh FROM tabl ORDER BY data, id")));
-        while (all.next())
-            whole += all.value(0).toString() + QLatin1Char(' ');
-        QCOMPARE(shown, whole);
+            shown << screen.model()->value(row, QStringLiteral("Marsh")).toString();
+        QCOMPARE(shown.join(QLatin1Char(' ')), test::rowsText(db, QStringLiteral("SELECT Marsh FROM tabl ORDER BY data, id")));
         QVERIFY(screen.model()->isMarked(0));  // Fakt of the first course, read with its block
     }
 
