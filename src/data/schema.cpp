@@ -7,6 +7,7 @@
 #include <QVariant>
 #include <QSqlQuery>
 #include <algorithm>
+#include <optional>
 #include <vector>
 
 namespace zarek {
@@ -355,10 +356,15 @@ int schemaVersion(QSqlDatabase &db)
 std::optional<UserMessage> upgradeSchema(QSqlDatabase &db)
 {
     // The version is read under the write lock, so two copies starting on a new database never
-    // both decide to create the tables.
-    Transaction transaction(db, Transaction::Lock::Writer);
-    if (!transaction.isActive())
-        return transaction.timedOut() ? databaseBusyMessage() : engineError(transaction.lastError());
+    // both decide to create the tables: the caller's lock when it holds it (the start; on a server
+    // a savepoint of its own would cost two round trips more), else one of its own. Each step
+    // below is a savepoint either way; a failure is rolled back with the caller's transaction.
+    std::optional<Transaction> transaction;
+    if (!Transaction::holdsWriterLock(db)) {
+        transaction.emplace(db, Transaction::Lock::Writer);
+        if (!transaction->isActive())
+            return transaction->timedOut() ? databaseBusyMessage() : engineError(transaction->lastError());
+    }
 
     QSqlQuery query(db);
     if (!hasVersionTable(db)) {
@@ -397,8 +403,8 @@ std::optional<UserMessage> upgradeSchema(QSqlDatabase &db)
         if (!stepTransaction.commit())
             return engineError(stepTransaction.lastError());
     }
-    if (!transaction.commit())
-        return engineError(transaction.lastError());
+    if (transaction && !transaction->commit())
+        return engineError(transaction->lastError());
     return std::nullopt;
 }
 

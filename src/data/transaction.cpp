@@ -32,6 +32,12 @@ QString savepointName(int level)
 
 }
 
+bool Transaction::holdsWriterLock(const QSqlDatabase &db)
+{
+    const OpenTransaction open = openTransactions().value(db.connectionName());
+    return open.depth > 0 && open.writer;
+}
+
 Transaction::Transaction(QSqlDatabase db, Lock lock) : m_db(std::move(db)), m_connection(m_db.connectionName())
 {
     OpenTransaction &open = openTransactions()[m_connection];

@@ -37,6 +37,10 @@ public:
     // True when it could not begin because another copy held the lock for the whole wait.
     bool timedOut() const;
 
+    // True when a Writer transaction is open on the connection: what runs inside it reads and
+    // writes under the lock already.
+    static bool holdsWriterLock(const QSqlDatabase &db);
+
 private:
     bool exec(const QString &sql);
     void rollback();
