@@ -125,7 +125,12 @@ StartOptions parseStartOptions(const QStringList &arguments)
     return options;
 }
 
-int runZarek(QApplication &app, const StartOptions &options)
+std::future<void> startReadingFonts()
+{
+    return std::async(std::launch::async, [] { QFontDatabase::families(); });
+}
+
+int runZarek(QApplication &app, const StartOptions &options, std::future<void> fonts)
 {
     if (options.probeStart)
         closeFirstWindowShown(app);
@@ -138,10 +143,6 @@ int runZarek(QApplication &app, const StartOptions &options)
         return 1;
     }
 
-    // The fonts are read (fontconfig's files, the longest step of any first window) on a thread of
-    // their own while the database is checked, opened and read; the first window waits for them
-    // only if they are late.
-    std::future<void> fonts = std::async(std::launch::async, [] { QFontDatabase::families(); });
     const Checked<QSqlDatabase> connection =
         connectAsking(*config, mainConnection, &DatabasePasswordDialog::ask, &connectDatabase);
     if (!connection) {

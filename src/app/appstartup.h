@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <future>
+
 class QApplication;
 
 namespace zarek {
@@ -29,7 +31,12 @@ QString commandLineHelp();
 // The refusal of a database text that names no database; a password in it shows as ***.
 UserMessage badDatabaseTextMessage(const QString &text);
 
+// Reads the fonts (fontconfig's files, the longest step of any first window) on a thread of its
+// own, from the moment the application exists, while the start does its other work; the first
+// window waits for them only if they are late.
+std::future<void> startReadingFonts();
+
 // From the command line to the main window's event loop; returns the process exit code.
-int runZarek(QApplication &app, const StartOptions &options);
+int runZarek(QApplication &app, const StartOptions &options, std::future<void> fonts);
 
 }

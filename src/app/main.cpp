@@ -20,11 +20,12 @@ int main(int argc, char *argv[])
     }
 
     QApplication app(argc, argv);
+    std::future<void> fonts = zarek::startReadingFonts();
     QApplication::setApplicationName(QStringLiteral("Zarek"));
     QApplication::setOrganizationName(QStringLiteral("Zarek"));
     QApplication::setApplicationVersion(zarek::version::text());
     zarek::applyDesktopIdentity(app);
     zarek::DesktopConventions::install(app);
     zarek::loadQtTranslations(app);  // before the first dialog
-    return zarek::runZarek(app, options);
+    return zarek::runZarek(app, options, std::move(fonts));
 }
