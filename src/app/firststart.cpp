@@ -29,21 +29,47 @@ UserMessage lockFailure(const Transaction &transaction)
 
 }
 
-StartState readStartState(QSqlDatabase db)
+namespace {
+
+// What the start state reads, as columns of one statement: firm, user, any data.
+QString startStateColumns()
 {
-    // One statement: on a server each is a round trip, and the start makes this one before sign-in.
     QStringList data;
     for (const QString &table : mainTables())
         data.append(QStringLiteral("EXISTS (SELECT 1 FROM %1)").arg(table));
-    Query query(db, QStringLiteral("SELECT EXISTS (SELECT 1 FROM ZarekCfg), EXISTS (SELECT 1 FROM Users), %1")
-                        .arg(data.join(QStringLiteral(" OR "))));
+    return QStringLiteral("EXISTS (SELECT 1 FROM ZarekCfg), EXISTS (SELECT 1 FROM Users), %1")
+        .arg(data.join(QStringLiteral(" OR ")));
+}
+
+StartState startStateAt(const Query &query, int first)
+{
     StartState state;
-    if (query.runOnce(QString()) || !query.next())
-        return state;
-    state.hasFirm = query.value(0).toBool();
-    state.hasUser = query.value(1).toBool();
-    state.hasData = query.value(2).toBool();
+    state.hasFirm = query.value(first).toBool();
+    state.hasUser = query.value(first + 1).toBool();
+    state.hasData = query.value(first + 2).toBool();
     return state;
+}
+
+// The common start, a database already at this program's schema, in one statement and without
+// the write lock: nothing is written, and a schema once current stays so. Anything else (a new,
+// older, newer or foreign database, or a failure) gives nothing, and the locked way decides.
+std::optional<StartState> readCurrentStartState(QSqlDatabase db)
+{
+    Query query(db, QStringLiteral("SELECT CASE WHEN %1 THEN 1 ELSE 0 END, %2").arg(schemaIsCurrentSql(), startStateColumns()));
+    if (query.runOnce(QString()) || !query.next() || query.value(0).toInt() != 1)
+        return std::nullopt;
+    return startStateAt(query, 1);
+}
+
+}
+
+StartState readStartState(QSqlDatabase db)
+{
+    // One statement: on a server each is a round trip, and the start makes this one before sign-in.
+    Query query(db, QStringLiteral("SELECT ") + startStateColumns());
+    if (query.runOnce(QString()) || !query.next())
+        return {};
+    return startStateAt(query, 0);
 }
 
 bool needsFirstStart(QSqlDatabase db)
@@ -53,6 +79,8 @@ bool needsFirstStart(QSqlDatabase db)
 
 Checked<StartState> prepareDatabase(QSqlDatabase db)
 {
+    if (const std::optional<StartState> current = readCurrentStartState(db))
+        return *current;
     Transaction lock(db, Transaction::Lock::Writer);
     if (!lock.isActive())
         return lock.timedOut() ? databaseBusyMessage()

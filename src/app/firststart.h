@@ -24,7 +24,8 @@ StartState readStartState(QSqlDatabase db);
 bool needsFirstStart(QSqlDatabase db);
 
 // Brings the schema up to date and reads what the database holds, both under one write lock, so
-// that of two copies starting at once each sees what the other has finished.
+// that of two copies starting at once each sees what the other has finished; a database already
+// at this program's schema is read in one statement without the lock.
 Checked<StartState> prepareDatabase(QSqlDatabase db);
 
 // Writes what a new database lacks, the firm's row and the first administrator (kind "A"), in one

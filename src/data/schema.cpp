@@ -298,6 +298,17 @@ QStringList mainTables()
             QStringLiteral("Dokumenti"), QStringLiteral("DokScan")};
 }
 
+QString schemaIsCurrentSql()
+{
+    QStringList known;
+    for (const Migration &step : migrations())
+        known.append(QString::number(step.version));
+    return QStringLiteral("(SELECT COUNT(DISTINCT version) FROM zarek_schema) = %1 "
+                          "AND NOT EXISTS (SELECT 1 FROM zarek_schema WHERE version NOT IN (%2))")
+        .arg(known.size())
+        .arg(known.join(QLatin1Char(',')));
+}
+
 int latestSchemaVersion()
 {
     int latest = 0;

@@ -36,6 +36,9 @@ int schemaVersion(QSqlDatabase &db);
 int latestSchemaVersion();
 // True for a version among this program's migrations.
 bool isKnownSchemaVersion(int version);
+// An SQL condition true when zarek_schema records exactly this program's versions: the database
+// needs no migration. The statement that holds it fails where there is no zarek_schema.
+QString schemaIsCurrentSql();
 
 // The title of every refusal on opening a database.
 inline QString databaseOpenTitle() { return QStringLiteral("ГРЕШКА при отваряне на базата данни!"); }

@@ -3,6 +3,9 @@
 #include "app/firststartdialog.h"
 #include "app/users.h"
 #include "core/textcheck.h"
+#include "data/database.h"
+#include "data/schema.h"
+#include "data/transaction.h"
 #include "forms/messageservice.h"
 #include "screendriver.h"
 #include "testdatabase.h"
@@ -163,6 +166,37 @@ private slots:
         QVERIFY(needsFirstStart(scratch.db()));
         QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 0);
     }
+
+    // A database at this program's schema is read without the write lock, so another copy's long
+    // save never holds up a start; one at an older schema is still brought up to date, and one
+    // that records a version this program does not know is still refused.
+    void aCurrentDatabaseStartsWhileAnotherCopyWrites()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        QVERIFY(scratch.exec(QString::fromUtf8(firmRow)));
+        {
+            const auto other = connectDatabase(scratch.config(), QStringLiteral("other"));
+            QVERIFY(other);
+            Transaction writing(other.value(), Transaction::Lock::Writer);
+            QVERIFY(writing.isActive());
+            const Checked<StartState> state = prepareDatabase(scratch.db());
+            QVERIFY2(state, state ? "" : qPrintable(state.message().text));
+            QVERIFY(state.value().hasFirm);
+            QVERIFY(!state.value().hasUser);
+        }
+        closeDatabase(QStringLiteral("other"));
+
+        const QString latest = QString::number(latestSchemaVersion());
+        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM zarek_schema WHERE version = ") + latest));
+        const Checked<StartState> older = prepareDatabase(scratch.db());
+        QVERIFY(!older || countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM zarek_schema WHERE version = ") + latest) == 1);
+
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO zarek_schema (version) VALUES (999)")));
+        const Checked<StartState> newer = prepareDatabase(scratch.db());
+        QVERIFY(!newer);
+        QCOMPARE(newer.message(), newerSchemaMessage(999, latestSchemaVersion()));
+    }
+
 };
 
 QTEST_MAIN(FirstStartTest)
