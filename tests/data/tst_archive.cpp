@@ -1001,6 +1001,16 @@ private slots:
         qInfo("%d damaged archives: %d refused, %d passed the checks (up to 25 of them loaded)", rounds, refused, loaded);
         QVERIFY(refused > rounds / 2);
     }
+    // The restore and the archive reach the engine's own handle beneath Qt's driver, for COPY on a
+    // server and the page copy on SQLite: without it a restore on a server quietly falls back to
+    // rows sent one batch at a time.
+    void theEnginesOwnHandleIsReached()
+    {
+        ZAREK_SCRATCH_DB(scratch);
+        const bool onServer = engine == QLatin1String("postgresql");
+        QCOMPARE(archiving::libpqConnection(scratch.db()) != nullptr, onServer);
+        QCOMPARE(archiving::sqliteHandle(scratch.db()) != nullptr, !onServer);
+    }
 };
 
 QTEST_GUILESS_MAIN(ArchiveTest)
