@@ -68,7 +68,10 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
                                .arg(QDir::toNativeSeparators(path), db.lastError().databaseText().simplified()),
                            QStringLiteral("Моля, проверете файла и правата за достъп до него!"));
     QSqlQuery query(db);
-    for (const char *pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL"}) {
+    // A statement's own scratch structures (the rows an INSERT … RETURNING gives back, a DISTINCT's
+    // index) are kept in memory: as files, each save made and removed one in the temporary folder.
+    // Large sorts still spill to files of their own.
+    for (const char *pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA temp_store=MEMORY"}) {
         if (!query.exec(QString::fromLatin1(pragma))) {
             const QString text = query.lastError().databaseText().simplified();
             db.close();
