@@ -3,13 +3,17 @@
 // shown, sorting by each column, and export of every row to .xlsx and .csv.
 #include "benchdata.h"
 #include "courses/coursejournal.h"
+#include "data/currencyrows.h"
 #include "data/tableexport.h"
+#include "forms/commandday.h"
 
 #include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QSqlRecord>
 #include <QTableView>
+
+#include <memory>
 
 using namespace zarek;
 
@@ -18,25 +22,39 @@ int main(int argc, char *argv[])
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     return bench::runOnEnginesAndCourseCounts(argc, argv, [](const QString &engine, QSqlDatabase db, int count) {
+        // Opened three times, the best kept, as the bare statements are: in the program the main
+        // window has drawn its text and charts before the journal opens.
         QElapsedTimer timer;
-        timer.start();
-        CourseJournal journal(db);
-        journal.show();
-        journal.grid()->viewport()->repaint();
-        const double firstRows = bench::ms(timer);  // the rows shown; the totals and the chart follow
-        QApplication::processEvents();
-        const double opened = bench::ms(timer);
+        double firstRows = 1e9;
+        double opened = 1e9;
+        std::unique_ptr<CourseJournal> opening;
+        for (int i = 0; i < 3; ++i) {
+            opening.reset();
+            timer.start();
+            opening = std::make_unique<CourseJournal>(db);
+            opening->show();
+            opening->grid()->viewport()->repaint();
+            firstRows = std::min(firstRows, bench::ms(timer));  // the rows shown; the totals and the chart follow
+            QApplication::processEvents();
+            opened = std::min(opened, bench::ms(timer));
+        }
+        CourseJournal &journal = *opening;
         // What the opening races, bare: the ids of every course by date (what it read before), and
-        // the statements it runs now (the count, the first page, the totals by month).
-        const auto bareMin = [&db](const QStringList &statements) {
+        // the statements it runs now (the count, the first page, the totals by month with each
+        // row's currency), each with its values.
+        using Statement = std::pair<QString, QVariantList>;
+        const auto bareMin = [&db](const QList<Statement> &statements) {
             double best = 1e9;
             for (int i = 0; i < 3; ++i) {
                 QElapsedTimer bareTimer;
                 bareTimer.start();
-                for (const QString &sql : statements) {
+                for (const auto &[sql, values] : statements) {
                     QSqlQuery query(db);
                     query.setForwardOnly(true);
-                    query.exec(sql);
+                    query.prepare(sql);
+                    for (const QVariant &value : values)
+                        query.addBindValue(value);
+                    query.exec();
                     while (query.next()) {
                         for (int c = 0; c < query.record().count(); ++c)
                             query.value(c);
@@ -46,15 +64,22 @@ int main(int argc, char *argv[])
             }
             return best;
         };
-        const double bare = bareMin({QStringLiteral("SELECT id FROM tabl ORDER BY data, id")});
+        const double bare = bareMin({{QStringLiteral("SELECT id FROM tabl ORDER BY data, id"), {}}});
         const QString month = engine == QStringLiteral("PostgreSQL") ? QStringLiteral("to_char(data, 'YYYY-MM')")
                                                                      : QStringLiteral("substr(data, 1, 7)");
+        const Changeover changeover = commandDay().changeover;
+        const QString cents = QStringLiteral("ROUND(bruto * 100)");
+        const SqlPart euro = byRowCurrency(QStringLiteral("data"), changeover, cents, QStringLiteral("0"));
+        const SqlPart leva = byRowCurrency(QStringLiteral("data"), changeover, QStringLiteral("0"), cents);
+        const SqlPart euroCount = byRowCurrency(QStringLiteral("data"), changeover, QStringLiteral("1"), QStringLiteral("0"));
         const double own = bareMin(
-            {QStringLiteral("SELECT COUNT(*) FROM tabl"),
-             QStringLiteral("SELECT id, data, kod, kola, Klient, Marsh, Tovar, ton, km, Tarifa, bruto, NomFakt, Fakt, plat "
-                            "FROM tabl ORDER BY data DESC, id DESC LIMIT 200 OFFSET 0"),
-             QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), SUM(ROUND(bruto * 100)) FROM tabl GROUP BY 1 "
-                            "ORDER BY 1").arg(month)});
+            {{QStringLiteral("SELECT COUNT(*) FROM tabl"), {}},
+             {QStringLiteral("SELECT id, data, kod, kola, Klient, Marsh, Tovar, ton, km, Tarifa, bruto, NomFakt, Fakt, plat "
+                             "FROM tabl ORDER BY data DESC, id DESC LIMIT 200 OFFSET 0"),
+              {}},
+             {QStringLiteral("SELECT %1, COUNT(*), SUM(ton), SUM(km), SUM(%2), SUM(%3), SUM(%4) FROM tabl GROUP BY 1 ORDER BY 1")
+                  .arg(month, euro.sql, leva.sql, euroCount.sql),
+              euro.values + leva.values + euroCount.values}});
         std::printf("%s %d: journal's first rows shown in %.0f ms, with its totals and chart %.0f ms (%d rows); the id list of every course bare %.0f ms, "
                     "ratio %.1f; its own statements (count, first page, totals by month) bare %.0f ms, ratio %.1f "
                     "(goal 2: %s)\n",
