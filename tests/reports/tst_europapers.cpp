@@ -10,6 +10,7 @@
 #include "invoicing/diafakt.h"
 #include "invoicing/faktura.h"
 #include "invoicing/invoicingfixture.h"
+#include "invoicing/invoicingscreens.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 #include "settlement/klientsreport.h"
@@ -23,14 +24,8 @@
 #include "testdatabase.h"
 #include "warehouse/stocklists.h"
 
-#include <QApplication>
-#include <QComboBox>
 #include <QLabel>
-#include <QPushButton>
-#include <QSqlQuery>
-#include <QTableView>
 #include <QTemporaryDir>
-#include <QTimer>
 
 using namespace zarek;
 using namespace zarek::test;
@@ -199,17 +194,14 @@ private slots:
         auto *noteLabel = screen.findChild<QLabel *>(QStringLiteral("lblCurrencyNote"));
         QVERIFY(noteLabel->isVisible());
         QCOMPARE(noteLabel->text(), note);
-        for (int row : {0, 1}) {
-            screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
-            QTest::keyClick(screen.grid(), Qt::Key_Space);
-        }
-        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("520,17 евро"));
+        const auto sum = [&screen] { return screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(); };
+        mark(screen, {0, 1});
+        QCOMPARE(sum(), QStringLiteral("520,17 евро"));
         // A mark taken back takes back exactly what it added.
-        screen.grid()->setCurrentIndex(screen.model()->index(0, 0));
-        QTest::keyClick(screen.grid(), Qt::Key_Space);
-        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("60,00 евро"));
-        QTest::keyClick(screen.grid(), Qt::Key_Space);
-        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("520,17 евро"));
+        mark(screen, {0});
+        QCOMPARE(sum(), QStringLiteral("60,00 евро"));
+        mark(screen, {0});
+        QCOMPARE(sum(), QStringLiteral("520,17 евро"));
         QStringList lines;
         test::onNextModal<ReportPreview>([&lines](ReportPreview &preview) {
             lines = preview.report().textLines();
@@ -248,10 +240,7 @@ private slots:
             screen.clock = [issued] { return issued; };
             screen.showStatement = [&](const Report &report) { statement = layoutReport(report).textLines(); };
             test::showExposed(screen);
-            for (int row : {0, 1}) {
-                screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
-                QTest::keyClick(screen.grid(), Qt::Key_Space);
-            }
+            mark(screen, {0, 1});
             QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("31,96 евро"));
             test::onNextModal<DiaFakt>([](DiaFakt &dialog) {
                 dialog.combo()->setEditText(QStringLiteral("121"));
@@ -430,10 +419,7 @@ private slots:
         Plashtane pay(conditions, db, paper.db, firm(), nullptr, QDate(2026, 1, 20));
         pay.resize(1000, 420);
         test::showExposed(pay);
-        for (int row = 0; row < pay.model()->rowCount(); ++row) {
-            pay.grid()->setCurrentIndex(pay.model()->index(row, 0));
-            QTest::keyClick(pay.grid(), Qt::Key_Space);
-        }
+        mark(pay, {0, 1, 2, 3, 4});
         QVERIFY(pay.grab().save(dir + QStringLiteral("/euro-plashtane.png")));
     }
 };
