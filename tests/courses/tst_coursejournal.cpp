@@ -12,11 +12,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProcess>
-#include <QScopeGuard>
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QTableView>
 #include <QTemporaryDir>
 
 using namespace zarek;

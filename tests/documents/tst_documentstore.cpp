@@ -3,8 +3,6 @@
 #include "data/sqlerror.h"
 #include "testdatabase.h"
 
-#include <QSqlError>
-#include <QSqlQuery>
 
 using namespace zarek;
 using namespace zarek::documents;

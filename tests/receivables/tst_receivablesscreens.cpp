@@ -11,11 +11,8 @@
 #include "screendriver.h"
 #include "testdatabase.h"
 
-#include <QComboBox>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QSignalSpy>
-#include <QTableView>
 #include <QTableWidget>
 #include <QTemporaryDir>
 

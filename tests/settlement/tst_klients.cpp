@@ -15,12 +15,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QScrollBar>
-#include <QSqlQuery>
 #include <QTableView>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <memory>
 
 using namespace zarek;
