@@ -172,10 +172,8 @@ private slots:
         press(Qt::Key_Return);
         QCOMPARE(QApplication::focusWidget(), combo(screen, 5));
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
-        QCOMPARE(combo(screen, 3)->currentText(), QStringLiteral("Д'Аргос ООД"));
-        QCOMPARE(field(screen, 4)->text(), QStringLiteral("0"));
-        QCOMPARE(field(screen, 2)->text(), QStringLiteral("0000000000"));
-        QCOMPARE(sum(screen, 15), QStringLiteral("0 "));
+        QCOMPARE((QStringList{combo(screen, 3)->currentText(), field(screen, 4)->text(), field(screen, 2)->text(), sum(screen, 15)}),
+                 (QStringList{"Д'Аргос ООД", "0", "0000000000", "0 "}));
     }
 
     void leavingTheKilometresPicksTheRateOfTheirBand_data()
