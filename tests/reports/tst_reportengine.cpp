@@ -126,36 +126,6 @@ int pageOf(const LaidOutReport &laid, const QString &text)
 class ReportEngineTest : public QObject {
     Q_OBJECT
 private slots:
-    void theCourseDesignsLoadWithTheirNamedControls_data()
-    {
-        QTest::addColumn<QString>("design");
-        QTest::addColumn<QString>("amountBox");
-        QTest::newRow("rptKola") << "rptKola" << "Text105";
-        QTest::newRow("rptAll") << "rptAll" << "Text105";
-        QTest::newRow("rptKlient") << "rptKlient" << "Text104";
-        QTest::newRow("rptDriver") << "rptDriver" << "Text105";
-    }
-    void theCourseDesignsLoadWithTheirNamedControls()
-    {
-        QFETCH(QString, design);
-        QFETCH(QString, amountBox);
-        const Checked<Report> report = Report::fromDesign(design);
-        QVERIFY2(report.ok(), qPrintable(report.ok() ? QString() : report.message().text));
-        for (const QString &label : {QStringLiteral("Label1"), QStringLiteral("Label2"), QStringLiteral("Label3"),
-                                     QStringLiteral("Label4"), QStringLiteral("Label5"), QStringLiteral("Label9")})
-            QVERIFY2(report.value().hasControl(QStringLiteral("ReportHeader"), label), qPrintable(label));
-        QVERIFY(report.value().hasControl(QStringLiteral("PageFooter"), QStringLiteral("Label6")));
-        QCOMPARE(report.value().control(QStringLiteral("PageFooter"), QStringLiteral("Label7")).caption,
-                 QStringLiteral("Orvenn Ltd."));
-        for (const QString &function : {QStringLiteral("Function102"), QStringLiteral("Function103"),
-                                        QStringLiteral("Function105")})
-            QVERIFY(report.value().hasControl(QStringLiteral("ReportFooter"), function));
-        QCOMPARE(report.value().control(QStringLiteral("ReportFooter"), QStringLiteral("Label500")).caption,
-                 QStringLiteral("Всичко"));
-        QCOMPARE(report.value().control(QStringLiteral("Detail"), amountBox).format, QStringLiteral("0,00"));
-        QCOMPARE(report.value().control(QStringLiteral("Detail"), QStringLiteral("Text102")).format, QStringLiteral("0,000"));
-    }
-
     void aMissingDesignIsAMessageNotACrash()
     {
         const Checked<Report> report = Report::fromDesign(QStringLiteral("rptNone"));
