@@ -24,19 +24,6 @@ namespace {
 
 const QDateTime stamp(QDate(2006, 4, 2), QTime(14, 35, 12));
 
-FirmProfile firm()
-{
-    FirmProfile f;
-    f.UserName = QStringLiteral("Транспорт Петров ЕООД");
-    f.UserCity = QStringLiteral("Перник");
-    f.UserAdres = QStringLiteral("ул. Индустриална 14");
-    f.UserBULSTAT = QStringLiteral("123456786");
-    f.UserDanN = QStringLiteral("BG123456786");
-    f.UserIBAN = QStringLiteral("BG80BNBG96611020345678");
-    f.UserSastavil = QStringLiteral("Иван Петров");
-    return f;
-}
-
 InvoiceCourse course(qint64 id, const QDate &date, qint64 cents)
 {
     InvoiceCourse c;
@@ -76,7 +63,7 @@ Checked<TaxDocument> draft(const QList<InvoiceCourse> &courses, InvoiceLines lin
     input.choices.lines = lines;
     input.choices.vatPercent = percent;
     input.choices.zeroVatGround = ground;
-    input.firm = firm();
+    input.firm = taxFirm();
     input.recipient.name = dargos;
     input.termDays = 10;
     return draftInvoice(input);
@@ -97,7 +84,7 @@ SettleOutcome issueTax(QSqlDatabase db, const QList<qint64> &ids, QString number
     input.issued = stamp.date();
     input.courses = coursesOf(db, ids);
     input.choices.lines = lines;
-    input.firm = firm();
+    input.firm = taxFirm();
     input.recipient.name = klient;
     // The client as the register has it, as the screen takes it.
     const auto client = TaxInvoiceStore(db).client(klient);

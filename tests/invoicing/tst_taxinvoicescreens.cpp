@@ -19,19 +19,6 @@
 using namespace zarek;
 using namespace zarek::test;
 
-namespace {
-
-FirmProfile firm()
-{
-    FirmProfile f;
-    f.UserName = QStringLiteral("Транспорт Петров ЕООД");
-    f.UserCity = QStringLiteral("Перник");
-    f.UserBULSTAT = QStringLiteral("123456786");
-    return f;
-}
-
-}
-
 class TaxInvoiceScreensTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
     std::unique_ptr<Sheet> sheet;
@@ -45,7 +32,7 @@ class TaxInvoiceScreensTest : public QObject, test::DatabaseFixture {
         c.SeekTo = QStringLiteral("31.03.2006");
         c.period = march2006;
         c.SeekNomFakt = number;
-        auto screen = std::make_unique<Faktura>(mode, c, db, sheet->db.db(), firm());
+        auto screen = std::make_unique<Faktura>(mode, c, db, sheet->db.db(), taxFirm());
         screen->showStatement = [](const Report &) {};
         screen->clock = [] { return closingTime; };
         screen->show();
