@@ -200,10 +200,8 @@ private slots:
     {
         QTest::addColumn<QString>("report");
         QTest::addColumn<int>("orientation");
-        QTest::addColumn<QString>("caption");  // none: not compared
-        QTest::addColumn<QString>("margins");  // left and top; none: not compared
         QTest::addColumn<QString>("body");
-        QTest::newRow("truck") << "rptKola" << int(ReportOrientation::Landscape) << "" << "1000 567"
+        QTest::newRow("truck") << "rptKola" << int(ReportOrientation::Landscape)
             << "Справка\nза курсовете на кола №СА 1234 ВК\nза периода от 01.03.2006 до 31.03.2006\n"
                "Дата | Пл. | Тонаж | Км | Тар. | Сума | Маршрут | Клиент | Товар\n"
                "01.03.2006 | Не | 10,000 | 25 | 0,125 | 31,25 | София - Перник | Д'Аргос ООД | Пясък\n"
@@ -211,7 +209,7 @@ private slots:
                "31.03.2006 | Не | 7,250 | 12 | 0,300 | 26,10 | София - Перник | Д'Аргос ООД | Пясък\n"
                "Товар | Км | Сума\nВсичко | 37,250 | 137 | 157,35";
         // An apostrophe in the client's name is just a letter.
-        QTest::newRow("client") << "rptKlient" << int(ReportOrientation::Portrait) << "Зарек 2.3 - Справка за курсовете" << ""
+        QTest::newRow("client") << "rptKlient" << int(ReportOrientation::Portrait)
             << "Извършени от Транспорт Петров ЕООД курсове\nпо заявка на Д'Аргос ООД\n"
                "за периода от 01.03.2006 до 31.03.2006\nДата | Кола | Тон. | Км | Сума | Маршрут | Товар\n"
                "01.03.2006 | СА 1234 ВК | 10,000 | 25 | 31,25 | София - Перник | Пясък\n"
@@ -222,20 +220,18 @@ private slots:
     {
         QFETCH(QString, report);
         QFETCH(int, orientation);
-        QFETCH(QString, caption);
-        QFETCH(QString, margins);
         QFETCH(QString, body);
         MARCH_COURSES();
         conditions.SeekKola = QStringLiteral("СА 1234 ВК");
         conditions.SeekKlient = QStringLiteral("Д'Аргос ООД");
         const Checked<Report> filled = courseReport(report).first(conditions, scratch.db(), exampleFirm(), commandDay());
         QVERIFY(filled.ok());
-        QCOMPARE(int(filled.value().design().page.orientation), orientation);
         const ReportPageSetup &page = filled.value().design().page;
-        if (!caption.isEmpty())
-            QCOMPARE(filled.value().windowCaption(), caption);
-        if (!margins.isEmpty())
-            QCOMPARE(QStringLiteral("%1 %2").arg(page.leftMargin).arg(page.topMargin), margins);
+        QCOMPARE(int(page.orientation), orientation);
+        if (report == QLatin1String("rptKola"))  // the truck's list has margins of its own
+            QCOMPARE(QStringLiteral("%1 %2").arg(page.leftMargin).arg(page.topMargin), QStringLiteral("1000 567"));
+        else
+            QCOMPARE(filled.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка за курсовете"));
         const LaidOutReport laid = laidOut(filled);
         QCOMPARE(laid.pageCount(), 1);
         QCOMPARE(laid.textLines(),
