@@ -12,7 +12,6 @@
 
 #include <QComboBox>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QSignalSpy>
 
 using namespace zarek;
@@ -63,8 +62,7 @@ private slots:
     {
         ZAREK_SCRATCH_DB_TELLING(scratch);
         Klienti screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         screen.recordForm()->add();
         const QStringList typed = {" Виваком България ЕАД", "831 642 181", "bg831642181", "бул. Цариградско шосе 115и",
                                    "София", "България", "Атанас Добрев", "02 800 0000", "office@vivacom.bg", "45"};
@@ -101,8 +99,7 @@ private slots:
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Klienti (Ime) VALUES ('Агрополис ООД')")));
         RecordingMessageService messages;
         Klienti screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        test::showActive(screen);
         screen.recordForm()->add();
         const QStringList good = {"Виваком България ЕАД", "831642181", "BG831642181", "", "", "", "", "", "", "30"};
         for (int i = 0; i < good.size(); ++i)
@@ -132,17 +129,6 @@ private slots:
         QCOMPARE(messages.beeps, 1);
     }
 
-    // The course editor offers the register's clients beside those earlier courses named.
-    void theCourseEditorOffersTheRegister()
-    {
-        ZAREK_SCRATCH_DB(scratch);
-        prepareCourses(scratch);
-        RecordingMessageService messages;
-        Kurs screen(scratch.db());
-        QCOMPARE(items(child<QComboBox>(screen, QStringLiteral("Combo3"))),
-                 (QStringList{QStringLiteral("Агрополис ООД"), QStringLiteral("Бетон Юг ООД")}));
-    }
-
     // A course saved with a client the register lacks is saved as typed, then the register is
     // offered it: "Да" adds the name and opens it there, "Не" adds nothing; a known client asks nothing.
     void aNewClientIsOfferedForTheRegister_data()
@@ -166,8 +152,9 @@ private slots:
         prepareCourses(scratch);
         RecordingMessageService messages;
         Kurs screen(scratch.db());
-        screen.show();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        // The course editor offers the register's clients beside those earlier courses named.
+        QCOMPARE(items(child<QComboBox>(screen, QStringLiteral("Combo3"))), (QStringList{"Агрополис ООД", "Бетон Юг ООД"}));
+        test::showActive(screen);
         QSignalSpy opened(&screen, &Kurs::newClientAdded);
         fillCourse(screen, client);
         messages.answers = {answer};

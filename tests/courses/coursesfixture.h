@@ -6,8 +6,6 @@
 
 #include <QDate>
 #include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 
 namespace zarek::test {
 

@@ -4,11 +4,10 @@
 #include "courses/editkm.h"
 #include "coursesfixture.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
-#include <QSqlError>
 #include <QSqlQuery>
-#include <QPushButton>
 #include <QTableView>
 
 using namespace zarek;
@@ -68,16 +67,10 @@ private slots:
         QCOMPARE(screen.objectName(), QStringLiteral("EditKM"));
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Корекция КМ на курсовете на кола СА 1234 ВК"));
         QVERIFY(screen.printButton()->isHidden());
-        const ResultGridModel *model = screen.model();
-        QCOMPARE(model->rowCount(), 3);
-        QStringList shown;
-        for (int row = 0; row < 3; ++row)
-            shown << model->index(row, 0).data().toString() + QStringLiteral(" ") + model->index(row, 1).data().toString();
-        QCOMPARE(shown, (QStringList{QStringLiteral("02.03.2006 Батановци - Перник"),
-                                     QStringLiteral("02.03.2006 София - Перник"),
-                                     QStringLiteral("10.03.2006 Перник - София")}));
-        QCOMPARE(model->index(0, 4).data().toString(), QStringLiteral("1"));
-        QCOMPARE(model->index(0, 7).data().toString(), QStringLiteral("1,25"));
+        // Date, route, km and sum.
+        QCOMPARE(test::gridRows(screen.model(), QStringLiteral(" "), {0, 1, 4, 7}),
+                 (QStringList{"02.03.2006 Батановци - Перник 1 1,25", "02.03.2006 София - Перник 1 1,25",
+                              "10.03.2006 Перник - София 1 1,25"}));
         QVERIFY(messages.shown.isEmpty());
     }
 
@@ -109,8 +102,7 @@ private slots:
 
         const QString figures = QStringLiteral("km, Tarifa, bruto, procent, neto, row_version");
         QCOMPARE(courseOf(scratch.db(), QStringLiteral("София - Перник"), figures), "137|0.12|164.4|4.93|159.47|2");  // the band of 137 km
-        QCOMPARE(screen.model()->index(1, 6).data().toString(), QStringLiteral("0,120"));
-        QCOMPARE(screen.model()->index(1, 7).data().toString(), QStringLiteral("164,40"));
+        QCOMPARE(test::gridRows(screen.model(), QStringLiteral("|"), {6, 7}).value(1), QStringLiteral("0,120|164,40"));
 
         // The rate of the same row next: the row's new version is used.
         QVERIFY(screen.model()->setData(screen.model()->index(1, 6), QStringLiteral("0,2")));
@@ -132,10 +124,7 @@ private slots:
         QVERIFY(model->setData(model->index(0, 4), QStringLiteral("215")));
         QCOMPARE(courseOf(scratch.db(), QStringLiteral("Перник - Бургас"), "Tarifa, bruto, neto"), "0.1|277.35|269.03");
         // The corrected row stays in the open grid with its new rate and sum, its rate still editable.
-        QCOMPARE(model->rowCount(), 2);
-        QCOMPARE(model->index(0, 4).data().toString(), QStringLiteral("215"));
-        QCOMPARE(model->index(0, 6).data().toString(), QStringLiteral("0,100"));
-        QCOMPARE(model->index(0, 7).data().toString(), QStringLiteral("277,35"));
+        QCOMPARE(test::gridRows(model, QStringLiteral("|"), {4, 6, 7}), (QStringList{"215|0,100|277,35", "1|0,350|4,52"}));
         QVERIFY(model->setData(model->index(0, 6), QStringLiteral("0,11")));
         QCOMPARE(courseOf(scratch.db(), QStringLiteral("Перник - Бургас"), "bruto"), "305.08");  // 12,9 t x 215 km x 0,110
 

@@ -4,15 +4,16 @@
 // written straight into tabl.
 
 #include "core/dates.h"
+#include "core/firmprofile.h"
 #include "data/database.h"
 #include "data/dialect.h"
+#include "invoicing/taxdocument.h"
 #include "testdatabase.h"
 
 #include <QCoreApplication>
 #include <QDate>
 #include <QProcess>
 #include <QSqlDatabase>
-#include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QVariant>
@@ -72,6 +73,26 @@ inline QList<qint64> fillMarch(QSqlDatabase db)
         insertCourse(db, {QDate(2006, 2, 12), dargos, QStringLiteral("Перник - София"), QStringLiteral("Пясък"),
                           QStringLiteral("СА 1234 ВК"), 25, 10, 0.125, 31.25, true, QStringLiteral("0000000120")}),
     };
+}
+
+// The firm that issues the tax invoices: its identifiers and bank account filled.
+inline FirmProfile taxFirm()
+{
+    FirmProfile f;
+    f.UserName = QStringLiteral("Транспорт Петров ЕООД");
+    f.UserCity = QStringLiteral("Перник");
+    f.UserAdres = QStringLiteral("ул. Индустриална 14");
+    f.UserBULSTAT = QStringLiteral("123456786");
+    f.UserDanN = QStringLiteral("BG123456786");
+    f.UserIBAN = QStringLiteral("BG80BNBG96611020345678");
+    f.UserSastavil = QStringLiteral("Иван Петров");
+    return f;
+}
+
+// A tax document's base, VAT and total in cents, as "base+vat=total".
+inline QString sums(const TaxDocument &doc)
+{
+    return QStringLiteral("%1+%2=%3").arg(doc.base.cents()).arg(doc.vat.cents()).arg(doc.total.cents());
 }
 
 inline QSqlRecord courseById(QSqlDatabase db, qint64 id)

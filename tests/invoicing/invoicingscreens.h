@@ -9,8 +9,6 @@
 #include "invoicing/faktura.h"
 #include "screendriver.h"
 
-#include <QPushButton>
-#include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
 

@@ -10,9 +10,6 @@
 #include "subsystemfixtures.h"
 #include "testdatabase.h"
 
-#include <QProcess>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <memory>

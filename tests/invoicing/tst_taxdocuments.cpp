@@ -8,7 +8,6 @@
 #include "queryrows.h"
 #include "testdatabase.h"
 
-#include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>

@@ -4,7 +4,6 @@
 #include "testdatabase.h"
 
 #include <QRandomGenerator>
-#include <QSqlQuery>
 
 using namespace zarek;
 using namespace zarek::receivables;

@@ -10,6 +10,7 @@
 #include "invoicing/diafakt.h"
 #include "invoicing/faktura.h"
 #include "invoicing/invoicingfixture.h"
+#include "invoicing/invoicingscreens.h"
 #include "reports/reportlayout.h"
 #include "reports/reportpreview.h"
 #include "settlement/klientsreport.h"
@@ -19,18 +20,13 @@
 #include "settlement/scratchsheets.h"
 #include "settlement/settlementreports.h"
 #include "screendriver.h"
+#include "examplefirm.h"
 #include "laidoutpapers.h"
 #include "testdatabase.h"
 #include "warehouse/stocklists.h"
 
-#include <QApplication>
-#include <QComboBox>
 #include <QLabel>
-#include <QPushButton>
-#include <QSqlQuery>
-#include <QTableView>
 #include <QTemporaryDir>
-#include <QTimer>
 
 using namespace zarek;
 using namespace zarek::test;
@@ -45,15 +41,6 @@ const QString note = QStringLiteral("Сумите преди 01.01.2026 са п�
 const QString truck = QStringLiteral("СА 1234 ВК");
 const Period winter{QDate(2025, 12, 1), QDate(2026, 1, 31)};
 const Period december{QDate(2025, 12, 1), QDate(2025, 12, 31)};
-
-FirmProfile firm()
-{
-    FirmProfile f;
-    f.UserName = QStringLiteral("Транспорт Петров ЕООД");
-    f.UserCity = QStringLiteral("Перник");
-    f.UserAdres = QStringLiteral("ул. Индустриална 14");
-    return f;
-}
 
 // A course of the last day in leva and one of the first day in euro, both of Д'Аргос.
 void fillTwoCourses(QSqlDatabase db)
@@ -134,7 +121,7 @@ private slots:
     void aClientReportAcrossTheChangeoverShowsEachRowsUnitAndAConvertedTotal()
     {
         DARGOS_ACROSS_THE_CHANGEOVER(winter);
-        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), firm(), commandDay()));
+        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), pernikFirm(), commandDay()));
         QVERIFY2(containsLine(lines, QStringLiteral("31.12.2025 | СА 1234 ВК | 10,000 | 40 | 100,00 лв.")),
                  qPrintable(lines.join('\n')));
         QVERIFY(containsLine(lines, QStringLiteral("01.01.2026 | СА 1234 ВК | 10,000 | 40 | 60,00 евро")));
@@ -146,7 +133,7 @@ private slots:
     void aReportOfLevaDaysReadsAsItDid()
     {
         DARGOS_ACROSS_THE_CHANGEOVER(december);
-        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), firm(), commandDay()));
+        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), pernikFirm(), commandDay()));
         QVERIFY2(containsLine(lines, QStringLiteral("31.12.2025 | СА 1234 ВК | 10,000 | 40 | 100,00 | ")),
                  qPrintable(lines.join('\n')));
         QVERIFY(!containsLine(lines, QStringLiteral("лв.")));
@@ -166,7 +153,7 @@ private slots:
         QCOMPARE(sheet.value().printedTotal(), Money::fromCents(52017));  // 60,00 + 460,17
         Scratch paper;
         const Checked<RowSet> rows = writeTempZaplata(paper.db, sheet.value());
-        const QStringList lines = textOf(ReportZaplata(sheet.value(), rows.value(), firm(), payday));
+        const QStringList lines = textOf(ReportZaplata(sheet.value(), rows.value(), pernikFirm(), payday));
         QVERIFY2(containsLine(lines, QStringLiteral("9000,00 лв. | 900,00 лв.")), qPrintable(lines.join('\n')));
         QVERIFY(containsLine(lines, QStringLiteral("600,00 евро | 60,00 евро")));
         QVERIFY(lines.contains(QStringLiteral("Всичко заработка: 520,17 евро")));
@@ -179,7 +166,7 @@ private slots:
         QCOMPARE(old.value().currency, Currency::Leva);
         QVERIFY(!old.value().mixed());
         const QStringList oldLines =
-            textOf(ReportZaplata(old.value(), writeTempZaplata(paper.db, old.value()).value(), firm(), QDate(2025, 12, 31)));
+            textOf(ReportZaplata(old.value(), writeTempZaplata(paper.db, old.value()).value(), pernikFirm(), QDate(2025, 12, 31)));
         QVERIFY(oldLines.contains(QStringLiteral("Всичко заработка: 900,00 лв.")));
         QVERIFY(containsLine(oldLines, QStringLiteral("получих сумата от 900,00 лв. за извършените")));
         QVERIFY(!containsLine(oldLines, QStringLiteral("евро")));
@@ -192,24 +179,21 @@ private slots:
         DRIVER_ACROSS_THE_CHANGEOVER(100, 2, 900.0, 60.0);
         RecordingMessageService messages;
         Scratch paper;
-        Plashtane screen(conditions, db, paper.db, firm(), nullptr, QDate(2026, 1, 20));
+        Plashtane screen(conditions, db, paper.db, pernikFirm(), nullptr, QDate(2026, 1, 20));
         test::showExposed(screen);
         QCOMPARE(screen.model()->index(0, 7).data().toString(), QStringLiteral("900,00 лв."));
         QCOMPARE(screen.model()->index(1, 7).data().toString(), QStringLiteral("60,00 евро"));
         auto *noteLabel = screen.findChild<QLabel *>(QStringLiteral("lblCurrencyNote"));
         QVERIFY(noteLabel->isVisible());
         QCOMPARE(noteLabel->text(), note);
-        for (int row : {0, 1}) {
-            screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
-            QTest::keyClick(screen.grid(), Qt::Key_Space);
-        }
-        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("520,17 евро"));
+        const auto sum = [&screen] { return screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(); };
+        mark(screen, {0, 1});
+        QCOMPARE(sum(), QStringLiteral("520,17 евро"));
         // A mark taken back takes back exactly what it added.
-        screen.grid()->setCurrentIndex(screen.model()->index(0, 0));
-        QTest::keyClick(screen.grid(), Qt::Key_Space);
-        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("60,00 евро"));
-        QTest::keyClick(screen.grid(), Qt::Key_Space);
-        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("520,17 евро"));
+        mark(screen, {0});
+        QCOMPARE(sum(), QStringLiteral("60,00 евро"));
+        mark(screen, {0});
+        QCOMPARE(sum(), QStringLiteral("520,17 евро"));
         QStringList lines;
         test::onNextModal<ReportPreview>([&lines](ReportPreview &preview) {
             lines = preview.report().textLines();
@@ -244,14 +228,11 @@ private slots:
         conditions.period = winter;
         QStringList statement;
         {
-            Faktura screen(FakturaMode::FaktNew, conditions, db, paper.db.db(), firm());
+            Faktura screen(FakturaMode::FaktNew, conditions, db, paper.db.db(), pernikFirm());
             screen.clock = [issued] { return issued; };
             screen.showStatement = [&](const Report &report) { statement = layoutReport(report).textLines(); };
             test::showExposed(screen);
-            for (int row : {0, 1}) {
-                screen.grid()->setCurrentIndex(screen.model()->index(row, 0));
-                QTest::keyClick(screen.grid(), Qt::Key_Space);
-            }
+            mark(screen, {0, 1});
             QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label4"))->text(), QStringLiteral("31,96 евро"));
             test::onNextModal<DiaFakt>([](DiaFakt &dialog) {
                 dialog.combo()->setEditText(QStringLiteral("121"));
@@ -275,7 +256,7 @@ private slots:
         SearchConditions edit;
         edit.SeekNomFakt = QStringLiteral("0000000120");
         {
-            Faktura screen(FakturaMode::EditFakt, edit, db, paper.db.db(), firm());
+            Faktura screen(FakturaMode::EditFakt, edit, db, paper.db.db(), pernikFirm());
             screen.clock = [issued] { return issued; };
             screen.showStatement = [&](const Report &report) { statement = layoutReport(report).textLines(); };
             screen.print();
@@ -286,7 +267,7 @@ private slots:
         // And the January invoice stays in euro.
         edit.SeekNomFakt = QStringLiteral("0000000121");
         {
-            Faktura screen(FakturaMode::EditFakt, edit, db, paper.db.db(), firm());
+            Faktura screen(FakturaMode::EditFakt, edit, db, paper.db.db(), pernikFirm());
             screen.showStatement = [&](const Report &report) { statement = layoutReport(report).textLines(); };
             screen.print();
         }
@@ -306,7 +287,7 @@ private slots:
         QVERIFY(totals.value().mixed);
         QCOMPARE(totals.value().gross, Money::fromCents(11113));
         const QStringList lines =
-            textOf(ReportKlientS(store.printCopy().value(), totals.value(), dargos, winter, firm()));
+            textOf(ReportKlientS(store.printCopy().value(), totals.value(), dargos, winter, pernikFirm()));
         QVERIFY2(containsLine(lines, QStringLiteral("100,00 лв.")), qPrintable(lines.join('\n')));
         QVERIFY(containsLine(lines, QStringLiteral("60,00 евро")));
         QVERIFY(containsLine(lines, QStringLiteral("111,13 евро")));
@@ -345,7 +326,7 @@ private slots:
         QCOMPARE(list.value().rows.value(0, QStringLiteral("Suma")).toString(), QStringLiteral("30,00 лв."));
         QCOMPARE(list.value().rows.value(1, QStringLiteral("Edin")).toString(), QStringLiteral("1,60 евро"));
         QCOMPARE(list.value().total, Money::fromCents(3134));  // 15,34 € and 16,00 €
-        const QStringList lines = textOf(ReportSkladPR(list.value(), true, winter, firm()));
+        const QStringList lines = textOf(ReportSkladPR(list.value(), true, winter, pernikFirm()));
         QVERIFY(lines.contains(QStringLiteral("Обща сума на приходите: 31,34 евро")));
         QVERIFY(noteUnder(lines, QStringLiteral("Обща сума на приходите: 31,34 евро")));
     }
@@ -399,11 +380,11 @@ private slots:
         conditions.SeekDriverKod = QStringLiteral("007");
         conditions.SeekDriverIme = QStringLiteral("Иван Петров");
         conditions.period = winter;
-        savePdf(ReportKlient(conditions, db, firm(), commandDay()), QStringLiteral("euro-client-report.pdf"));
+        savePdf(ReportKlient(conditions, db, pernikFirm(), commandDay()), QStringLiteral("euro-client-report.pdf"));
         const Checked<PaySheet> sheet = BuildDriverPaySheet(conditions, db, {commandDay().changeover, QDate(2026, 1, 20)});
         QVERIFY(sheet.ok());
         Scratch paper;
-        savePdf(ReportZaplata(sheet.value(), writeTempZaplata(paper.db, sheet.value()).value(), firm(), QDate(2026, 1, 20)),
+        savePdf(ReportZaplata(sheet.value(), writeTempZaplata(paper.db, sheet.value()).value(), pernikFirm(), QDate(2026, 1, 20)),
                 QStringLiteral("euro-pay-sheet.pdf"));
         // The statement of a January invoice of January courses: a euro paper through and through.
         QVERIFY(paper.db.RebuildScratchTable(QStringLiteral("TempPlaten")) == std::nullopt);
@@ -411,7 +392,7 @@ private slots:
         SearchConditions january = conditions;
         january.period = {QDate(2026, 1, 1), QDate(2026, 1, 31)};
         {
-            Faktura screen(FakturaMode::FaktNew, january, db, paper.db.db(), firm());
+            Faktura screen(FakturaMode::FaktNew, january, db, paper.db.db(), pernikFirm());
             screen.clock = [] { return QDateTime(QDate(2026, 1, 31), QTime(12, 0)); };
             screen.showStatement = [&](const Report &report) {
                 ReportPreview preview(layoutReport(report));
@@ -427,13 +408,10 @@ private slots:
             screen.print();
         }
         // The payment screen with both currencies marked.
-        Plashtane pay(conditions, db, paper.db, firm(), nullptr, QDate(2026, 1, 20));
+        Plashtane pay(conditions, db, paper.db, pernikFirm(), nullptr, QDate(2026, 1, 20));
         pay.resize(1000, 420);
         test::showExposed(pay);
-        for (int row = 0; row < pay.model()->rowCount(); ++row) {
-            pay.grid()->setCurrentIndex(pay.model()->index(row, 0));
-            QTest::keyClick(pay.grid(), Qt::Key_Space);
-        }
+        mark(pay, {0, 1, 2, 3, 4});
         QVERIFY(pay.grab().save(dir + QStringLiteral("/euro-plashtane.png")));
     }
 };

@@ -22,7 +22,6 @@
 #include "warehouse/stocklists.h"
 #include "waybills/waybillreport.h"
 
-#include <QDir>
 #include <QFile>
 #include <QSqlQuery>
 #include <QTemporaryDir>

@@ -101,6 +101,17 @@ QList<const ReportPrimitive *> textsOn(const LaidOutReport &laid, int page, cons
     return found;
 }
 
+// The texts drawn on the page that keep holds for, in drawing order.
+QStringList textsWhere(const LaidOutReport &laid, int page, const std::function<bool(const ReportPrimitive &)> &keep)
+{
+    QStringList texts;
+    for (const ReportPrimitive &p : laid.pages.at(page).primitives) {
+        if (p.kind == ReportPrimitive::Kind::Text && keep(p))
+            texts.append(p.text);
+    }
+    return texts;
+}
+
 int pageOf(const LaidOutReport &laid, const QString &text)
 {
     for (int page = 0; page < laid.pageCount(); ++page) {
@@ -115,36 +126,6 @@ int pageOf(const LaidOutReport &laid, const QString &text)
 class ReportEngineTest : public QObject {
     Q_OBJECT
 private slots:
-    void theCourseDesignsLoadWithTheirNamedControls_data()
-    {
-        QTest::addColumn<QString>("design");
-        QTest::addColumn<QString>("amountBox");
-        QTest::newRow("rptKola") << "rptKola" << "Text105";
-        QTest::newRow("rptAll") << "rptAll" << "Text105";
-        QTest::newRow("rptKlient") << "rptKlient" << "Text104";
-        QTest::newRow("rptDriver") << "rptDriver" << "Text105";
-    }
-    void theCourseDesignsLoadWithTheirNamedControls()
-    {
-        QFETCH(QString, design);
-        QFETCH(QString, amountBox);
-        const Checked<Report> report = Report::fromDesign(design);
-        QVERIFY2(report.ok(), qPrintable(report.ok() ? QString() : report.message().text));
-        for (const QString &label : {QStringLiteral("Label1"), QStringLiteral("Label2"), QStringLiteral("Label3"),
-                                     QStringLiteral("Label4"), QStringLiteral("Label5"), QStringLiteral("Label9")})
-            QVERIFY2(report.value().hasControl(QStringLiteral("ReportHeader"), label), qPrintable(label));
-        QVERIFY(report.value().hasControl(QStringLiteral("PageFooter"), QStringLiteral("Label6")));
-        QCOMPARE(report.value().control(QStringLiteral("PageFooter"), QStringLiteral("Label7")).caption,
-                 QStringLiteral("Orvenn Ltd."));
-        for (const QString &function : {QStringLiteral("Function102"), QStringLiteral("Function103"),
-                                        QStringLiteral("Function105")})
-            QVERIFY(report.value().hasControl(QStringLiteral("ReportFooter"), function));
-        QCOMPARE(report.value().control(QStringLiteral("ReportFooter"), QStringLiteral("Label500")).caption,
-                 QStringLiteral("Всичко"));
-        QCOMPARE(report.value().control(QStringLiteral("Detail"), amountBox).format, QStringLiteral("0,00"));
-        QCOMPARE(report.value().control(QStringLiteral("Detail"), QStringLiteral("Text102")).format, QStringLiteral("0,000"));
-    }
-
     void aMissingDesignIsAMessageNotACrash()
     {
         const Checked<Report> report = Report::fromDesign(QStringLiteral("rptNone"));
@@ -295,12 +276,9 @@ private slots:
         // Allowed to grow, the same text wraps onto more lines, each inside the box.
         report.control(QStringLiteral("Detail"), QStringLiteral("Text101")).canGrow = true;
         laid = layoutReport(report);
-        QStringList pieces;
-        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
-            if (p.kind == ReportPrimitive::Kind::Text && p.rect.left() >= boxLeft && p.rect.right() <= boxRight
-                && p.text != QStringLiteral("Бележка"))
-                pieces.append(p.text);
-        }
+        const QStringList pieces = textsWhere(laid, 0, [&](const ReportPrimitive &p) {
+            return p.rect.left() >= boxLeft && p.rect.right() <= boxRight && p.text != QStringLiteral("Бележка");
+        });
         QVERIFY(pieces.size() >= 2);
         QCOMPARE(pieces.join(' '), longNote);
     }
@@ -333,14 +311,10 @@ private slots:
             if (p.kind == ReportPrimitive::Kind::Line)
                 lines.append(p.rect);
         }
-        QCOMPARE(lines.size(), 2);
         const double left = (1440 + 400) / 20.0, right = left + 15, top = (1440 + 100) / 20.0, bottom = top + 15;
-        // Falling: top left to bottom right.
-        QCOMPARE(lines[0].topLeft(), QPointF(left, top));
-        QCOMPARE(lines[0].bottomRight(), QPointF(right, bottom));
-        // Rising: bottom left to top right, the other stroke of a cross.
-        QCOMPARE(lines[1].topLeft(), QPointF(left, bottom));
-        QCOMPARE(lines[1].bottomRight(), QPointF(right, top));
+        // Falling: top left to bottom right; rising: bottom left to top right, the other stroke of a cross.
+        QCOMPARE(lines, (QList<QRectF>{QRectF(QPointF(left, top), QPointF(right, bottom)),
+                                       QRectF(QPointF(left, bottom), QPointF(right, top))}));
     }
 
     void blanksAndLineBreaksStayAsWritten_data()
@@ -368,12 +342,7 @@ private slots:
         report.setCaption(QStringLiteral("ReportHeader"), QStringLiteral("Label1"), caption);
         report.control(QStringLiteral("ReportHeader"), QStringLiteral("Label1")).canGrow = canGrow;
         const LaidOutReport laid = layoutReport(report);
-        QStringList texts;
-        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
-            if (p.kind == ReportPrimitive::Kind::Text)
-                texts.append(p.text);
-        }
-        QCOMPARE(texts, lines);
+        QCOMPARE(textsWhere(laid, 0, [](const ReportPrimitive &) { return true; }), lines);
         QCOMPARE(laid.textLines(0), lines);
     }
 
@@ -383,13 +352,10 @@ private slots:
             return QStringLiteral("  Стамболийски - Пловдив - Асеновград - Смолян - Девин");
         }));
         report.control(QStringLiteral("Detail"), QStringLiteral("Text101")).canGrow = true;
-        const LaidOutReport laid = layoutReport(report);
-        QStringList pieces;
-        for (const ReportPrimitive &p : laid.pages.at(0).primitives) {
-            if (p.kind == ReportPrimitive::Kind::Text && (p.text.contains(QStringLiteral(" - ")) || p.text.startsWith(QStringLiteral("  Стам"))
-                                                          || p.text.contains(QStringLiteral("Девин"))))
-                pieces.append(p.text);
-        }
+        const QStringList pieces = textsWhere(layoutReport(report), 0, [](const ReportPrimitive &p) {
+            return p.text.contains(QStringLiteral(" - ")) || p.text.startsWith(QStringLiteral("  Стам"))
+                   || p.text.contains(QStringLiteral("Девин"));
+        });
         QVERIFY(pieces.size() >= 2);
         QVERIFY(pieces.first().startsWith(QStringLiteral("  Стамболийски")));  // the leading blanks of the text stay
         QCOMPARE(pieces.join(' ').simplified(), QStringLiteral("Стамболийски - Пловдив - Асеновград - Смолян - Девин"));

@@ -10,10 +10,6 @@
 
 #include <QDate>
 #include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QVariant>
-#include <QtDebug>
 
 namespace klientstest {
 

@@ -9,9 +9,6 @@
 
 #include <QDate>
 #include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
-#include <QVariant>
 #include <QtTest>
 
 namespace zarek::test {

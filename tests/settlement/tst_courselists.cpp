@@ -7,7 +7,6 @@
 #include "laidoutpapers.h"
 #include "testdatabase.h"
 
-#include <QSqlRecord>
 #include <QTemporaryDir>
 
 using namespace zarek;

@@ -4,15 +4,12 @@
 // only values the statement screen itself would hold.
 #include "fuzz/klfileinvariants.h"
 #include "settlement/klfile.h"
+#include "testdatabase.h"
 
 #include <QFile>
-#include <QSqlDatabase>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <QtEndian>
 #include <cstring>
 #include <random>
 
@@ -24,28 +21,10 @@ constexpr quint32 seed = 20061101;
 constexpr int damagedFiles = 4000;
 constexpr int baseRows = 24;
 
+// Runs the statements on the SQLite file at path, without waiting for the disk: a test file.
 bool runStatements(const QString &path, const QStringList &statements)
 {
-    static int counter = 0;
-    const QString name = QStringLiteral("klfuzz-%1").arg(++counter);
-    bool ok = true;
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(path);
-        ok = db.open();
-        QSqlQuery query(db);
-        query.exec(QStringLiteral("PRAGMA synchronous = OFF"));  // a test file: no need to wait for the disk
-        for (const QString &sql : statements) {
-            if (ok && !query.exec(sql)) {
-                qWarning() << query.lastError().text() << sql;
-                ok = false;
-            }
-        }
-        query.finish();
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(name);
-    return ok;
+    return test::makePlainSqliteFile(path, QStringList{QStringLiteral("PRAGMA synchronous = OFF")} + statements);
 }
 
 // A sound statement of March 2006 with small pages, so that damage lands in the rows often.

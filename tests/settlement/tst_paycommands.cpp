@@ -6,9 +6,7 @@
 #include "settlementfixture.h"
 #include "testdatabase.h"
 
-#include <QAction>
 #include <QApplication>
-#include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -20,11 +18,6 @@ using namespace zarek;
 using namespace zarek::test;
 
 namespace {
-
-FirmProfile firm()
-{
-    return exampleFirm();
-}
 
 bool fillCourses(QSqlDatabase db)
 {
@@ -134,7 +127,7 @@ private slots:
     void payCommandsAreInTheMenu()
     {
         ZAREK_SCRATCH_DB(scratch);
-        FrmMain window(firm(), scratch.config(), scratch.db(), QStringLiteral("C"));
+        FrmMain window(exampleFirm(), scratch.config(), scratch.db(), QStringLiteral("C"));
         for (const char *item : {"mnuSlgZapl", "mnuDataKorPl", "mnuSprShof"})
             QVERIFY2(window.menuAction(QString::fromLatin1(item))->isEnabled(), item);
     }
@@ -167,7 +160,7 @@ private slots:
         QFETCH(QString, panel);
         QVERIFY(fillCourses(scratch.db()));
         RecordingMessageService messages;
-        FrmMain window(firm(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        FrmMain window(exampleFirm(), scratch.config(), scratch.db(), QStringLiteral("A"));
         Seen seen;
         const QByteArray optionName = option.toLatin1();
         ModalDriver driver(seen, option.isEmpty() ? nullptr : optionName.constData());
@@ -194,7 +187,7 @@ private slots:
             QVERIFY(insertCourse(scratch.db(), {QDate(2006, 3, 1 + day % 28), "007", truck, "София - Перник", 10, 25,
                                                 0.125, 31.25, 30.31}));
         RecordingMessageService messages;
-        FrmMain window(firm(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        FrmMain window(exampleFirm(), scratch.config(), scratch.db(), QStringLiteral("A"));
         Seen seen;
         ShowWatcher watcher(seen);
         ModalDriver driver(seen, nullptr);
@@ -229,7 +222,7 @@ private slots:
         QVERIFY(fillCourses(scratch.db()));
         QVERIFY(scratch.exec(prepare));
         RecordingMessageService messages;
-        FrmMain window(firm(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        FrmMain window(exampleFirm(), scratch.config(), scratch.db(), QStringLiteral("A"));
         Seen seen;
         const QByteArray optionName = option.toLatin1();
         ModalDriver driver(seen, option.isEmpty() ? nullptr : optionName.constData());

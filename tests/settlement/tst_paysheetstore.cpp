@@ -54,8 +54,7 @@ private slots:
                                                                 lastTotal = total;
                                                             });
         QVERIFY2(sheet.ok(), sheet.ok() ? "" : qPrintable(sheet.message().text));
-        QCOMPARE(sheet.value().egn, QStringLiteral("7503124567"));
-        QCOMPARE(sheet.value().lKarta, QStringLiteral("645123987"));
+        QCOMPARE(sheet.value().egn + '|' + sheet.value().lKarta, QStringLiteral("7503124567|645123987"));
         QStringList lines;
         for (const PaySheetLine &line : sheet.value().lines)
             lines << QStringLiteral("%1 %2 %3 %4").arg(line.red).arg(line.data.toString(Qt::ISODate), line.marsh,
@@ -67,8 +66,7 @@ private slots:
                                      QStringLiteral("5 2006-03-31 Перник - Радомир 19,20")}));
         // The lines print 165,44; the unrounded pay adds up to 165,45.
         QCOMPARE(sheet.value().printedTotal(), Money::fromCents(16545));
-        QCOMPARE(lastDone, 5);
-        QCOMPARE(lastTotal, 5);
+        QCOMPARE(QPoint(lastDone, lastTotal), QPoint(5, 5));  // the progress told to the end
     }
 
     void runningTheSheetTwiceGivesTheSameSheet()
