@@ -57,6 +57,23 @@ QStringList filesIn(const QString &folder)
     RecordingMessageService messages;                                             \
     FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"))
 
+// The same, its archive written at archive and then its courses deleted, and the firm's screen
+// (personal) open beside the main window.
+#define ARCHIVED_THEN_EMPTIED_WITH_THE_FIRM_SCREEN(window, archive, personal)     \
+    ZAREK_SCRATCH_DB(scratch);                                                    \
+    QVERIFY(fillEveryTable(scratch.db()));                                        \
+    const QString archive = m_dir->filePath(QStringLiteral("архив.abd"));         \
+    QVERIFY(writeArchive(scratch.db(), archive));                                 \
+    [[maybe_unused]] const QStringList archived = dumpDatabase(scratch.db());     \
+    QVERIFY(scratch.exec(QStringLiteral("UPDATE ZarekCfg SET UserName = 'ACME'"))); \
+    QVERIFY(scratch.exec(QStringLiteral("DELETE FROM tabl")));                    \
+    RecordingMessageService messages;                                             \
+    FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));  \
+    window.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();                \
+    QWidget *personal = test::visibleWindow(QStringLiteral("Personal"));          \
+    QVERIFY(personal);                                                            \
+    m_chosen = archive
+
 // The three commands of "Дискети" from the main window: their dialogs, questions and messages.
 class DiskCommandsTest : public QObject {
     Q_OBJECT
@@ -175,22 +192,8 @@ private slots:
     // and shows the firm of the archive in the title.
     void loadReplacesTheDataTheFirmAndTheScreens()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        const QString archive = m_dir->filePath(QStringLiteral("архив.abd"));
-        QVERIFY(writeArchive(scratch.db(), archive));
-        const QStringList archived = dumpDatabase(scratch.db());
-        QVERIFY(scratch.exec(QStringLiteral("UPDATE ZarekCfg SET UserName = 'ACME'")));
-        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM tabl")));
-
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
-        QWidget *personal = test::visibleWindow(QStringLiteral("Personal"));
-        QVERIFY(personal);
+        ARCHIVED_THEN_EMPTIED_WITH_THE_FIRM_SCREEN(window, archive, personal);
         QPointer<QWidget> watched = personal;
-
-        m_chosen = archive;
         window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
         QCOMPARE(messages.asked.size(), 0);  // nothing typed on the firm's screen: no question
         QCOMPARE(messages.shown.size(), 1);
@@ -210,22 +213,11 @@ private slots:
     // nothing written and no safety copy.
     void aScreenKeepingItsTypingStopsTheLoad()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        const QString archive = m_dir->filePath(QStringLiteral("архив.abd"));
-        QVERIFY(writeArchive(scratch.db(), archive));
-        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM tabl")));
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
-        QWidget *personal = test::visibleWindow(QStringLiteral("Personal"));
-        QVERIFY(personal);
+        ARCHIVED_THEN_EMPTIED_WITH_THE_FIRM_SCREEN(window, archive, personal);
         auto *box = personal->findChild<QLineEdit *>();
         QVERIFY(box);
         const QString typed = box->text();
         box->setText(typed + QStringLiteral(" (ново)"));
-
-        m_chosen = archive;
         messages.answers = {false};  // "Не": keep what was typed
         window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
         QCOMPARE(onlyText(messages.asked),

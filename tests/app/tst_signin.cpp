@@ -32,6 +32,22 @@ void addUser(QSqlDatabase db, const QString &name, const QString &password, cons
     QVERIFY(test::insertRow(db, QStringLiteral("Users"), QStringLiteral("Ime, Password, Vid"), {name, hashPassword(password), vid}));
 }
 
+// admin (A, "тайна"), Мария (B, "m1") and Иван (C, "i1").
+void addThreeUsers(QSqlDatabase db)
+{
+    addUser(db, QStringLiteral("admin"), QStringLiteral("тайна"), QStringLiteral("A"));
+    addUser(db, QStringLiteral("Мария"), QStringLiteral("m1"), QStringLiteral("B"));
+    addUser(db, QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
+}
+
+// The name and the password typed into the sign-in, then OK pressed.
+void signIn(UserLogin &login, const QString &name, const QString &password)
+{
+    login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->setText(name);
+    login.findChild<QLineEdit *>(QStringLiteral("txtPassword"))->setText(password);
+    login.findChild<QPushButton *>(QStringLiteral("cmdOK"))->click();
+}
+
 FirmProfile firm()
 {
     FirmProfile profile;
@@ -81,9 +97,7 @@ private slots:
         QFETCH(QString, password);
         QFETCH(bool, ok);
         QFETCH(QString, vid);
-        addUser(scratch.db(), QStringLiteral("admin"), QStringLiteral("тайна"), QStringLiteral("A"));
-        addUser(scratch.db(), QStringLiteral("Мария"), QStringLiteral("m1"), QStringLiteral("B"));
-        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
+        addThreeUsers(scratch.db());
         const UserCheck check = CheckUser(scratch.db(), password, name);
         QCOMPARE(check.LoginOk, ok);
         QCOMPARE(check.vid, vid);
@@ -112,25 +126,18 @@ private slots:
         ZAREK_SCRATCH_DB_TELLING(scratch);
         {
             UserLogin login(scratch.db());
-            login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->setText(QStringLiteral("admin"));
-            login.findChild<QPushButton *>(QStringLiteral("cmdOK"))->click();
-            QCOMPARE(messages.shown.size(), 2);
+            signIn(login, QStringLiteral("admin"), QString());
+            QCOMPARE(test::titled(messages.shown).mid(1), QStringList{"Парола|Парола е невалидна! \nОпитайте отново! "});
             QCOMPARE(messages.shown[0].text, QStringLiteral("Постави въвеждане на администратор"));
-            QCOMPARE(messages.shown[1].text, QStringLiteral("Парола е невалидна! \nОпитайте отново! "));
-            QCOMPARE(messages.shown[1].title, QStringLiteral("Парола"));
             QVERIFY(!login.LoginSucceeded());
         }
-        addUser(scratch.db(), QStringLiteral("admin"), QStringLiteral("тайна"), QStringLiteral("A"));
-        addUser(scratch.db(), QStringLiteral("Мария"), QStringLiteral("m1"), QStringLiteral("B"));
-        addUser(scratch.db(), QStringLiteral("Иван"), QStringLiteral("i1"), QStringLiteral("C"));
+        addThreeUsers(scratch.db());
         UserLogin login(scratch.db());
         auto *combo = login.findChild<QComboBox *>(QStringLiteral("Combo"));
-        QCOMPARE(combo->count(), 1);
-        QCOMPARE(combo->itemText(0), QStringLiteral("Иван"));
+        QCOMPARE(test::items(combo), QStringList{QStringLiteral("Иван")});
         combo->setEditText(QStringLiteral("Мария"));  // kind B types the name
         QCOMPARE(login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->text(), QStringLiteral("Мария"));
-        login.findChild<QLineEdit *>(QStringLiteral("txtPassword"))->setText(QStringLiteral("m1"));
-        login.findChild<QPushButton *>(QStringLiteral("cmdOK"))->click();
+        signIn(login, QStringLiteral("Мария"), QStringLiteral("m1"));
         QVERIFY(login.LoginSucceeded());
         QCOMPARE(login.UserVid(), QStringLiteral("B"));
     }
@@ -249,9 +256,7 @@ private slots:
         QVERIFY(!CheckUser(scratch.db(), password, name).LoginOk);
         RecordingMessageService messages;
         UserLogin login(scratch.db());
-        login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->setText(name);
-        login.findChild<QLineEdit *>(QStringLiteral("txtPassword"))->setText(password);
-        login.findChild<QPushButton *>(QStringLiteral("cmdOK"))->click();
+        signIn(login, name, password);
         QVERIFY(!login.LoginSucceeded());
     }
 
@@ -310,9 +315,7 @@ private slots:
         RecordingMessageService messages;
         UserLogin login(scratch.db());
         auto *ok = login.findChild<QPushButton *>(QStringLiteral("cmdOK"));
-        login.findChild<QLineEdit *>(QStringLiteral("txtUserName"))->setText(QStringLiteral("admin"));
-        login.findChild<QLineEdit *>(QStringLiteral("txtPassword"))->setText(QStringLiteral("грешна"));
-        ok->click();
+        signIn(login, QStringLiteral("admin"), QStringLiteral("грешна"));
         QCOMPARE(messages.shown.size(), 1);
         QVERIFY(!ok->isEnabled());
         login.findChild<QLineEdit *>(QStringLiteral("txtPassword"))->setText(QStringLiteral("тайна"));
