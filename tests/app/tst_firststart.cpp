@@ -143,7 +143,8 @@ private slots:
         dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
         QCOMPARE(messages.shown, QList<UserMessage>{administratorExistsMessage()});
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(test::rowsText(scratch.db(), "SELECT COUNT(*), (SELECT COUNT(*) FROM Users) FROM ZarekCfg"), QStringLiteral("1|1"));
+        QCOMPARE(test::rowsText(scratch.db(), "SELECT COUNT(*), (SELECT COUNT(*) FROM Users) FROM ZarekCfg"),
+                 QStringLiteral("1|1"));
     }
 
     void aControlCharacterInTheFirstStartIsRefused()

@@ -112,14 +112,9 @@ private slots:
         QTemporaryDir folder;
         ScratchDatabase scratch(folder.path());
         QVERIFY(!scratch.RebuildScratchTable(QStringLiteral("TempBalans")));
-        QSqlQuery query(scratch.db());
-        QVERIFY(query.prepare(QStringLiteral("INSERT INTO TempBalans (Red, Kola, Prihod) VALUES (?, ?, ?)")));
-        query.addBindValue(1);
-        query.addBindValue(QStringLiteral("СА 1234 ВК12"));
-        query.addBindValue(QStringLiteral("1250,00"));
-        QVERIFY2(query.exec(), qPrintable(query.lastError().text()));
-        QVERIFY(query.exec(QStringLiteral("SELECT Kola FROM TempBalans")) && query.next());
-        QCOMPARE(query.value(0).toString(), QStringLiteral("СА 1234 ВК12"));
+        QVERIFY(test::execBound(scratch.db(), QStringLiteral("INSERT INTO TempBalans (Red, Kola, Prihod) VALUES (?, ?, ?)"),
+                                {1, QStringLiteral("СА 1234 ВК12"), QStringLiteral("1250,00")}));
+        QCOMPARE(test::rowsText(scratch.db(), QStringLiteral("SELECT Kola FROM TempBalans")), QStringLiteral("СА 1234 ВК12"));
         QCOMPARE(scratchTable(QStringLiteral("TempBalans"))->columns.at(1).width, 12);
     }
 

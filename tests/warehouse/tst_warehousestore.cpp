@@ -312,8 +312,8 @@ private slots:
 
         // After each delete: the receipts, the stock, the lots left.
         const auto state = [&] {
-            return receiptState(db, {a, b}) + QStringLiteral(" / ") + test::row(db, "SELECT Broi FROM Nalich") + QStringLiteral(" / ")
-                   + test::rowsText(db, "SELECT IssueID FROM SkladLots");
+            return receiptState(db, {a, b}) + QStringLiteral(" / ") + test::row(db, "SELECT Broi FROM Nalich")
+                   + QStringLiteral(" / ") + test::rowsText(db, "SELECT IssueID FROM SkladLots");
         };
         QCOMPARE(textOf(store.removeIssue(early.value())), QString());
         QCOMPARE(state(), QStringLiteral("2 2 / 4 / %1").arg(late.value().id));

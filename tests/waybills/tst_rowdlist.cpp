@@ -157,7 +157,8 @@ private slots:
         QCOMPARE(screen.header()->state(), RecordFormState::Adding);
         QCOMPARE(QApplication::focusWidget(), screen.field(4));
         QVERIFY(screen.driverCombo()->isVisible() && !screen.field(2)->isVisible());
-        QCOMPARE(QStringLiteral("%1 %2").arg(screen.driverCombo()->count()).arg(screen.truckCombo()->count()), QStringLiteral("2 2"));
+        QCOMPARE(QStringLiteral("%1 %2").arg(screen.driverCombo()->count()).arg(screen.truckCombo()->count()),
+                 QStringLiteral("2 2"));
         // Nothing to save before the route tab was opened.
         QVERIFY(!button(screen, "cmdUpdateRowd")->isEnabled());
         QCOMPARE(screen.tabs()->tabText(0) + QLatin1Char('|') + screen.tabs()->tabToolTip(1),

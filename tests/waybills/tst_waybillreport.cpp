@@ -116,7 +116,8 @@ private slots:
                  }));
         // The totals are the waybills' stored sums, not the lines'.
         // Km, fuel loaded (120.5, halves to even), fuel by the norm.
-        QCOMPARE((QStringList{footer(report.value(), "Label11"), footer(report.value(), "Label10"), footer(report.value(), "Label8")}),
+        QCOMPARE((QStringList{footer(report.value(), "Label11"), footer(report.value(), "Label10"),
+                              footer(report.value(), "Label8")}),
                  (QStringList{"345", "120", "114,0"}));
         QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка пътни листи"));
     }

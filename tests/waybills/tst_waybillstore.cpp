@@ -94,7 +94,8 @@ private slots:
         saved = store.saveHeader(row, false, QStringLiteral("0000000040"), {});
         QVERIFY(!saved.ok());
         QCOMPARE(saved.message().title, QStringLiteral("ГРЕШКА при записа на пътния лист!"));
-        QCOMPARE(test::row(db, "SELECT (SELECT MarshID FROM Marsh), ListID FROM RowdList"), QStringLiteral("0000000040|0000000040"));
+        QCOMPARE(test::row(db, "SELECT (SELECT MarshID FROM Marsh), ListID FROM RowdList"),
+                 QStringLiteral("0000000040|0000000040"));
     }
 
     void aWaybillGoesWithItsLines_data()
@@ -266,8 +267,9 @@ private slots:
     void theListsAreSortedWithoutBlanksOrTwins()
     {
         WAYBILL_STORE();
-        QVERIFY(test::execAll(db, {"INSERT INTO Config (kola) VALUES ('СА 1234 ВК')", "INSERT INTO Config (kola) VALUES ('РВ 7777 АА')",
-                                   "INSERT INTO Config (kola) VALUES ('')", "INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')",
+        QVERIFY(test::execAll(db, {"INSERT INTO Config (kola) VALUES ('СА 1234 ВК')",
+                                   "INSERT INTO Config (kola) VALUES ('РВ 7777 АА')", "INSERT INTO Config (kola) VALUES ('')",
+                                   "INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')",
                                    "INSERT INTO shof (kod, ime) VALUES ('002', 'Иван Петров')"}));
         QCOMPARE(store.truckNumbers().value(), (QStringList{QStringLiteral("РВ 7777 АА"), QStringLiteral("СА 1234 ВК")}));
         QCOMPARE(store.driverNames().value(), QStringList{QStringLiteral("Иван Петров")});
