@@ -1,4 +1,3 @@
-#include "forms/commands.h"
 #include "forms/messageservice.h"
 #include "forms/recordform.h"
 #include "queryrows.h"
@@ -6,7 +5,6 @@
 #include "subsystemfixtures.h"
 #include "testdatabase.h"
 #include "waybills/rowdlist.h"
-#include "waybills/waybillscommands.h"
 
 #include <QAbstractItemModel>
 #include <QComboBox>
@@ -519,11 +517,16 @@ private slots:
         QCOMPARE(gridRows(screen).size(), 2);
     }
 
-    // A new waybill whose number changes after lines were saved for it keeps them.
+    // A new waybill whose number changes after lines were saved for it keeps them. Esc among the
+    // routes while it is typed does not close the window.
     void theLinesOfANewWaybillFollowItsNumber()
     {
         RowdList &screen = open();
         startWithALine(screen);
+        QTest::keyClick(screen.grid(), Qt::Key_Escape);
+        QVERIFY(screen.isVisible());
+        QCOMPARE(screen.header()->state(), RecordFormState::Adding);
+        QCOMPARE(count("SELECT COUNT(*) FROM Marsh"), 1);
         button(screen, "cmdCloseMarsh")->click();
         screen.tabs()->setCurrentIndex(0);
         screen.field(4)->setFocus();
@@ -548,25 +551,6 @@ private slots:
         QCOMPARE(screen.header()->state(), RecordFormState::Editing);
         QCOMPARE(screen.field(8)->text(), QStringLiteral("88"));
         QCOMPARE(scalar(db, "SELECT ZarN FROM RowdList").toDouble(), 77.0);
-    }
-
-    // Esc among the routes while a new waybill is typed does not close the window.
-    void escapeAmongTheRoutesKeepsANewWaybill()
-    {
-        RowdList &screen = open();
-        startWithALine(screen);
-        QTest::keyClick(screen.grid(), Qt::Key_Escape);
-        QVERIFY(screen.isVisible());
-        QCOMPARE(screen.header()->state(), RecordFormState::Adding);
-        QCOMPARE(count("SELECT COUNT(*) FROM Marsh"), 1);
-    }
-
-    void theMenuCommandsAreRegistered()
-    {
-        CommandRegistry commands{CommandContext{}};
-        registerWaybillCommands(commands);
-        QVERIFY(commands.has(QStringLiteral("mnuDataPList")));
-        QVERIFY(commands.has(QStringLiteral("mnuSprRowdList")));
     }
 
     // Each new waybill lists the drivers and trucks once more.
