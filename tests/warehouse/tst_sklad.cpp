@@ -357,9 +357,7 @@ private slots:
         };
         CommandRegistry commands(context);
         registerWarehouseCommands(commands);
-        for (const char *item : {"mnuSklPrih", "mnuSklRaz", "mnuSprPrihod", "mnuSprRazhod", "mnuNal",
-                                 "mnuPrihPer"})
-            QVERIFY2(commands.has(QString::fromLatin1(item)), item);
+        // That every item of the menu is registered is checked where the main window enables it (tst_frmmain).
         commands.handler(QStringLiteral("mnuSklPrih"))();
         QWidget *receipts = commands.openWindow(QStringLiteral("mnuSklPrih"));
         QVERIFY(receipts);
