@@ -82,6 +82,15 @@ QString textOf(const std::optional<UserMessage> &message)
     return message ? message->text : QString();
 }
 
+// Numbers to 15 digits, joined by blanks.
+QString numbers(std::initializer_list<double> values)
+{
+    QStringList texts;
+    for (const double value : values)
+        texts << QString::number(value, 'g', 15);
+    return texts.join(QLatin1Char(' '));
+}
+
 double nalichPrice(QSqlDatabase db, const QString &name)
 {
     return scalar(db, QStringLiteral("SELECT Edin FROM Nalich WHERE Name = ?"), {name}).toDouble();
@@ -101,26 +110,22 @@ private slots:
 
     void theReviewShowsEachOpenValueInLevaAndInEuro()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillLevaFirm(scratch));
-        const Checked<ChangeoverReview> review = reviewChangeover(scratch.db(), euroDay);
-        QVERIFY(review.ok());
-        QVERIFY(review.value().tariffs.has_value());
-        QCOMPARE(review.value().tariffs->leva[4], 0.125);
-        QCOMPARE(review.value().tariffs->euro[4], 0.06391149);
-        QCOMPARE(review.value().tariffs->euro[0], 0.17895216);
+        LEVA_FIRM();
+        const Checked<ChangeoverReview> checked = reviewChangeover(db, euroDay);
+        QVERIFY(checked.ok() && checked.value().tariffs.has_value());
+        const ChangeoverReview &review = checked.value();
+        QCOMPARE(numbers({review.tariffs->leva[4], review.tariffs->euro[4], review.tariffs->euro[0]}),
+                 QStringLiteral("0.125 0.06391149 0.17895216"));
         // Both names stand on hand, the filters with nothing left: their latest price converts all the same.
-        QCOMPARE(review.value().stock.size(), 2);
-        QCOMPARE(review.value().stock.at(0).name, QStringLiteral("Масло"));
-        QCOMPARE(review.value().stock.at(0).leva, 3.20);
-        QCOMPARE(review.value().stock.at(0).euro, 1.64);
+        QCOMPARE(review.stock.size(), 2);
+        QCOMPARE(review.stock.at(0).name + QLatin1Char(' ') + numbers({review.stock.at(0).leva, review.stock.at(0).euro}),
+                 QStringLiteral("Масло 3.2 1.64"));
         // The open receipts only: the older oil lot is used up by the issue, the filters are gone.
-        QCOMPARE(review.value().receipts.size(), 2);
-        QCOMPARE(review.value().receipts.at(0).ostat, 6.0);
-        QCOMPARE(review.value().receipts.at(0).euro, 1.53);
-        QCOMPARE(review.value().receipts.at(1).ostat, 5.0);
-        QCOMPARE(review.value().receipts.at(1).euro, 1.64);
-        QCOMPARE(review.value().documentsFrom(), 0);
+        QCOMPARE(review.receipts.size(), 2);
+        QCOMPARE(numbers({review.receipts.at(0).ostat, review.receipts.at(0).euro, review.receipts.at(1).ostat,
+                          review.receipts.at(1).euro}),
+                 QStringLiteral("6 1.53 5 1.64"));
+        QCOMPARE(review.documentsFrom(), 0);
     }
 
     void theChangeoverWritesTheConvertedValuesAndRecordsItsDateAndRate()
@@ -136,9 +141,8 @@ private slots:
         QCOMPARE(recorded.value().date, euroDay);
         QCOMPARE(recorded.value().rateScaled, euroRateScaled);
         QCOMPARE(scalar(db, QStringLiteral("SELECT \"Trf_100-200\" FROM Tarifi")).toDouble(), 0.06391149);
-        QCOMPARE(nalichPrice(db, QStringLiteral("Масло")), 1.64);
-        QCOMPARE(nalichPrice(db, QStringLiteral("Филтър")), 12.53);
-        QCOMPARE(scalar(db, QStringLiteral("SELECT COUNT(*) FROM EvroSklad")).toInt(), 2);
+        QCOMPARE(test::rowsText(db, QStringLiteral("SELECT Name, Edin, (SELECT COUNT(*) FROM EvroSklad) FROM Nalich ORDER BY id")),
+                 QStringLiteral("Масло|1.64|2 Филтър|12.53|2"));
         // The receipts themselves stay the leva documents they were.
         QCOMPARE(scalar(db, QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE VidKol = 'P' AND Edin IN (3, 3.2, 24.5)")).toInt(), 3);
     }
@@ -170,10 +174,8 @@ private slots:
     }
     void aFailureInTheMiddleLeavesEverythingInLeva()
     {
-        ZAREK_SCRATCH_DB(scratch);
         QFETCH(int, failingWrite);
-        QSqlDatabase db = scratch.db();
-        QVERIFY(fillLevaFirm(scratch));
+        LEVA_FIRM();
         const QString before = snapshot(db);
         const Checked<ChangeoverReview> review = reviewChangeover(db, euroDay);
         int writes = 0;
@@ -207,12 +209,9 @@ private slots:
 
     void documentsAlreadyDatedFromTheChangeoverAreCounted()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillLevaFirm(scratch));
-        QVERIFY(storeAt(scratch.db(), QDate(2026, 1, 5))
-                    .addReceipt(movement(QStringLiteral("Болт"), 100, 0.20, QDate(2026, 1, 5)))
-                    .ok());
-        const Checked<ChangeoverReview> review = reviewChangeover(scratch.db(), euroDay);
+        LEVA_FIRM();
+        QVERIFY(storeAt(db, QDate(2026, 1, 5)).addReceipt(movement(QStringLiteral("Болт"), 100, 0.20, QDate(2026, 1, 5))).ok());
+        const Checked<ChangeoverReview> review = reviewChangeover(db, euroDay);
         QCOMPARE(review.value().movementsFrom, 1);
         // A receipt of the changeover day itself is in euro already: it is no open leva receipt.
         QCOMPARE(review.value().receipts.size(), 2);
@@ -233,10 +232,9 @@ private slots:
         const Checked<StockMovement> issued = store.addIssue(movement(QStringLiteral("Масло"), 8, 1.64, QDate(2026, 1, 10)));
         QVERIFY2(issued.ok(), why(issued).constData());
         QCOMPARE(issued.value().suma, Money::fromCents(6 * 153 + 2 * 164));
-        const Checked<QList<IssueLotRow>> lots = store.lotsOf(issued.value().id);
-        QCOMPARE(lots.value().size(), 2);
-        QCOMPARE(lots.value().at(0).edin, 1.53);
-        QCOMPARE(lots.value().at(1).edin, 1.64);
+        const QList<IssueLotRow> lots = store.lotsOf(issued.value().id).value();
+        QCOMPARE(lots.size(), 2);
+        QCOMPARE(numbers({lots.at(0).edin, lots.at(1).edin}), QStringLiteral("1.53 1.64"));
         // An issue dated before the changeover, typed late, still costs in leva.
         const Checked<StockMovement> late = store.addIssue(movement(QStringLiteral("Масло"), 1, 3.20, QDate(2025, 12, 30)));
         QVERIFY2(late.ok(), why(late).constData());
@@ -290,12 +288,13 @@ private slots:
         {
             PrehodEvro screen(db);
             QVERIFY(screen.reviewed().has_value());
-            QCOMPARE(screen.findChild<QTableWidget *>(QStringLiteral("grdTariffs"))->rowCount(), 6);
-            QCOMPARE(screen.findChild<QTableWidget *>(QStringLiteral("grdStock"))->rowCount(), 2);
+            QStringList rowCounts;
+            for (const char *grid : {"grdTariffs", "grdStock", "grdReceipts"})
+                rowCounts << QString::number(test::child<QTableWidget>(screen, grid)->rowCount());
+            QCOMPARE(rowCounts, (QStringList{"6", "2", "2"}));
             auto *receipts = screen.findChild<QTableWidget *>(QStringLiteral("grdReceipts"));
-            QCOMPARE(receipts->rowCount(), 2);
-            QCOMPARE(receipts->item(0, 4)->text(), QStringLiteral("3,00 лв."));
-            QCOMPARE(receipts->item(0, 5)->text(), QStringLiteral("1,53 евро"));
+            QCOMPARE(receipts->item(0, 4)->text() + QLatin1Char('|') + receipts->item(0, 5)->text(),
+                     QStringLiteral("3,00 лв.|1,53 евро"));
             // "Не" to the last question: nothing is written and the screen stays.
             messages.answers.append(false);
             screen.findChild<QPushButton *>(QStringLiteral("cmdOK"))->click();

@@ -169,13 +169,8 @@ private slots:
         QVERIFY(fillDemoDatabase(a, smallDemo()).ok());
         QVERIFY(fillDemoDatabase(b, smallDemo()).ok());
         const QString sql = QStringLiteral("SELECT kola, Klient, km, ton, bruto FROM tabl ORDER BY id");
-        QSqlQuery qa(a), qb(b);
-        QVERIFY(qa.exec(sql) && qb.exec(sql));
-        while (qa.next()) {
-            QVERIFY(qb.next());
-            for (int i = 0; i < 5; ++i)
-                QCOMPARE(qa.value(i).toString(), qb.value(i).toString());
-        }
+        QVERIFY(test::countBy(a, QStringLiteral("SELECT COUNT(*) FROM tabl")) > 0);
+        QCOMPARE(test::rowsText(a, sql), test::rowsText(b, sql));
     }
 };
 

@@ -116,27 +116,21 @@ private slots:
     }
 
     // The windows had the platform's blank icon and the desktop could not tell the program's entry.
-    void theWindowsHadNoIcon()
-    {
-        applyDesktopIdentity(*qApp);
-        QCOMPARE(QGuiApplication::desktopFileName(), QStringLiteral("bg.zarek.Zarek"));
-        QDialog screen;
-        QVERIFY(!screen.windowIcon().isNull());
-        QCOMPARE(screen.windowIcon().availableSizes(),
-                 (QList<QSize>{QSize(48, 48), QSize(64, 64), QSize(128, 128), QSize(256, 256)}));
-    }
-
     // The icon reads its pictures only when asked for one, and then gives the program's own.
-    void theIconGivesTheProgramsPictures_data()
+    void theWindowsHadNoIcon_data()
     {
         QTest::addColumn<int>("size");
         for (const int size : {48, 64, 128, 256})
             QTest::addRow("%d", size) << size;
     }
-    void theIconGivesTheProgramsPictures()
+    void theWindowsHadNoIcon()
     {
         QFETCH(int, size);
         applyDesktopIdentity(*qApp);
+        QCOMPARE(QGuiApplication::desktopFileName(), QStringLiteral("bg.zarek.Zarek"));
+        QDialog screen;
+        QCOMPARE(screen.windowIcon().availableSizes(),
+                 (QList<QSize>{QSize(48, 48), QSize(64, 64), QSize(128, 128), QSize(256, 256)}));
         const QImage drawn = QApplication::windowIcon().pixmap(QSize(size, size)).toImage();
         const QImage own(QStringLiteral(":/icons/%1x%1/bg.zarek.Zarek.png").arg(size));
         QVERIFY(!own.isNull());

@@ -57,6 +57,23 @@ QStringList filesIn(const QString &folder)
     RecordingMessageService messages;                                             \
     FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"))
 
+// The same, its archive written at archive and then its courses deleted, and the firm's screen
+// (personal) open beside the main window.
+#define ARCHIVED_THEN_EMPTIED_WITH_THE_FIRM_SCREEN(window, archive, personal)     \
+    ZAREK_SCRATCH_DB(scratch);                                                    \
+    QVERIFY(fillEveryTable(scratch.db()));                                        \
+    const QString archive = m_dir->filePath(QStringLiteral("архив.abd"));         \
+    QVERIFY(writeArchive(scratch.db(), archive));                                 \
+    [[maybe_unused]] const QStringList archived = dumpDatabase(scratch.db());     \
+    QVERIFY(scratch.exec(QStringLiteral("UPDATE ZarekCfg SET UserName = 'ACME'"))); \
+    QVERIFY(scratch.exec(QStringLiteral("DELETE FROM tabl")));                    \
+    RecordingMessageService messages;                                             \
+    FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));  \
+    window.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();                \
+    QWidget *personal = test::visibleWindow(QStringLiteral("Personal"));          \
+    QVERIFY(personal);                                                            \
+    m_chosen = archive
+
 // The three commands of "Дискети" from the main window: their dialogs, questions and messages.
 class DiskCommandsTest : public QObject {
     Q_OBJECT
@@ -175,22 +192,8 @@ private slots:
     // and shows the firm of the archive in the title.
     void loadReplacesTheDataTheFirmAndTheScreens()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        const QString archive = m_dir->filePath(QStringLiteral("архив.abd"));
-        QVERIFY(writeArchive(scratch.db(), archive));
-        const QStringList archived = dumpDatabase(scratch.db());
-        QVERIFY(scratch.exec(QStringLiteral("UPDATE ZarekCfg SET UserName = 'ACME'")));
-        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM tabl")));
-
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
-        QWidget *personal = test::visibleWindow(QStringLiteral("Personal"));
-        QVERIFY(personal);
+        ARCHIVED_THEN_EMPTIED_WITH_THE_FIRM_SCREEN(window, archive, personal);
         QPointer<QWidget> watched = personal;
-
-        m_chosen = archive;
         window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
         QCOMPARE(messages.asked.size(), 0);  // nothing typed on the firm's screen: no question
         QCOMPARE(messages.shown.size(), 1);
@@ -210,22 +213,11 @@ private slots:
     // nothing written and no safety copy.
     void aScreenKeepingItsTypingStopsTheLoad()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillEveryTable(scratch.db()));
-        const QString archive = m_dir->filePath(QStringLiteral("архив.abd"));
-        QVERIFY(writeArchive(scratch.db(), archive));
-        QVERIFY(scratch.exec(QStringLiteral("DELETE FROM tabl")));
-        RecordingMessageService messages;
-        FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        window.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
-        QWidget *personal = test::visibleWindow(QStringLiteral("Personal"));
-        QVERIFY(personal);
+        ARCHIVED_THEN_EMPTIED_WITH_THE_FIRM_SCREEN(window, archive, personal);
         auto *box = personal->findChild<QLineEdit *>();
         QVERIFY(box);
         const QString typed = box->text();
         box->setText(typed + QStringLiteral(" (ново)"));
-
-        m_chosen = archive;
         messages.answers = {false};  // "Не": keep what was typed
         window.menuAction(QStringLiteral("mnuDiskZar"))->trigger();
         QCOMPARE(onlyText(messages.asked),
@@ -238,7 +230,10 @@ private slots:
         personal->close();
     }
 
-    // "Нова година" asks first; "Отказ" leaves everything, the status text as it was written.
+    // "Нова година" asks first; "Отказ" leaves everything, the status text as it was written. "OK"
+    // archives, deletes the courses and says so. A second close of the same year asks before it
+    // replaces that year's archive; "Не" stops it with every course in place, "Да" keeps the earlier
+    // archive under another name.
     void yearCloseCancelledKeepsEverything()
     {
         MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
@@ -250,31 +245,18 @@ private slots:
         QCOMPARE(messages.shown.size(), 0);
         QCOMPARE(countOf(scratch.db(), QStringLiteral("tabl")), 3);
         QVERIFY(!QFileInfo::exists(m_data));
-    }
 
-    void yearCloseArchivesDeletesAndSaysSo()
-    {
-        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
+        messages.answers.clear();
         window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.asked.size(), 2);
         const QString archive = QDir(m_data).filePath(QStringLiteral("2025.arh"));
-        QCOMPARE(messages.shown[0].text, QStringLiteral("Операцията завърши успешно\nАрхив на 2025 година:\n%1").arg(native(archive)));
+        QCOMPARE(onlyText(messages.shown), QStringLiteral("Операцията завърши успешно\nАрхив на 2025 година:\n%1").arg(native(archive)));
         QCOMPARE(countOf(scratch.db(), QStringLiteral("tabl")), 0);
         QCOMPARE(countOf(scratch.db(), QStringLiteral("shof")), 1);
         PreparedArchive closed;
         QVERIFY(!closed.prepare(archive, m_dir->path()));
         QCOMPARE(closed.counts().value(QStringLiteral("tabl")), 3);
-    }
-
-    // A second close of the same year asks before it replaces that year's archive; "Не" stops it
-    // with every course in place, "Да" keeps the earlier archive under another name.
-    void aSecondCloseOfTheYearAsksBeforeReplacing()
-    {
-        MAIN_WINDOW_ON_A_FILLED_DATABASE(window);
-        window.menuAction(QStringLiteral("mnuNewPer"))->trigger();
         QVERIFY(insertCourse(scratch.db(), QDate(2025, 12, 31), QStringLiteral("Късен курс")));
-        const QString archive = QDir(m_data).filePath(QStringLiteral("2025.arh"));
 
         messages.asked.clear();
         messages.shown.clear();

@@ -16,10 +16,9 @@ private slots:
         ZAREK_SCRATCH_DB_AS(scratch, db);
         const FirmProfileLoad load = LoadFirmProfile(db);
         QVERIFY(!load.profile);
-        QVERIFY(load.stopMessage);
-        QCOMPARE(load.stopMessage->title, QStringLiteral("ВНИМАНИЕ!"));
-        QCOMPARE(load.stopMessage->text, QStringLiteral("Липсват данни!\nИзлизам от програмата!"));
-        QCOMPARE(load.stopMessage->icon, UserMessage::Icon::Exclamation);
+        QCOMPARE(load.stopMessage, std::optional(UserMessage{QStringLiteral("ВНИМАНИЕ!"),
+                                                             QStringLiteral("Липсват данни!\nИзлизам от програмата!"),
+                                                             UserMessage::Icon::Exclamation}));
     }
 
     void requiredFieldsAreTrimmedAndOptionalOnesNeverEmpty()

@@ -70,9 +70,8 @@ private slots:
         QVERIFY(!state.hasData);
         RecordingMessageService messages;
         FirstStartDialog dialog(scratch.db(), state);
-        QVERIFY(shown(dialog, "fraFirm"));
-        QVERIFY(shown(dialog, "fraAdmin"));
-        QVERIFY(shown(dialog, "cmdDemo"));
+        QCOMPARE((QList<bool>{shown(dialog, "fraFirm"), shown(dialog, "fraAdmin"), shown(dialog, "cmdDemo")}),
+                 (QList<bool>{true, true, true}));
         dialog.findChild<QPushButton *>(QStringLiteral("cmdDemo"))->click();
         QVERIFY(dialog.demoWanted());
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
@@ -99,14 +98,14 @@ private slots:
         QVERIFY(state.needsFirstStart());
         RecordingMessageService messages;
         FirstStartDialog dialog(scratch.db(), state);
-        QVERIFY(!shown(dialog, "fraFirm"));
-        QVERIFY(shown(dialog, "fraAdmin"));
-        QVERIFY(!shown(dialog, "cmdDemo"));  // the database holds data
+        // No demo: the database holds data.
+        QCOMPARE((QList<bool>{shown(dialog, "fraFirm"), shown(dialog, "fraAdmin"), shown(dialog, "cmdDemo")}),
+                 (QList<bool>{false, true, false}));
         typeAdministrator(dialog);
         dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
         QVERIFY2(messages.shown.isEmpty(), qPrintable(messages.shown.value(0).text));
-        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 1);
-        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users WHERE Vid = 'A'")), 1);
+        QCOMPARE(test::rowsText(scratch.db(), "SELECT COUNT(*), (SELECT COUNT(*) FROM Users WHERE Vid = 'A') FROM ZarekCfg"),
+                 QStringLiteral("1|1"));
     }
 
     void theDemoIsRefusedWhereDataExists_data()
@@ -127,8 +126,7 @@ private slots:
         const auto demo = fillDemoDatabase(db, options);
         QVERIFY(!demo);
         QCOMPARE(demo.message(), databaseHoldsDataMessage());
-        QCOMPARE(countBy(db, QStringLiteral("SELECT COUNT(*) FROM Users")), 0);
-        QCOMPARE(countBy(db, QStringLiteral("SELECT COUNT(*) FROM Sklad")), 0);
+        QCOMPARE(test::rowsText(db, "SELECT COUNT(*), (SELECT COUNT(*) FROM Sklad) FROM Users"), QStringLiteral("0|0"));
     }
 
     void anAdministratorMadeMeanwhileByAnotherCopyEndsTheDialog()
@@ -146,11 +144,10 @@ private slots:
         typeFirm(dialog);
         typeAdministrator(dialog, QStringLiteral("втори"));
         dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0], administratorExistsMessage());
+        QCOMPARE(messages.shown, QList<UserMessage>{administratorExistsMessage()});
         QCOMPARE(dialog.result(), int(QDialog::Accepted));
-        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 1);
-        QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Users")), 1);
+        QCOMPARE(test::rowsText(scratch.db(), "SELECT COUNT(*), (SELECT COUNT(*) FROM Users) FROM ZarekCfg"),
+                 QStringLiteral("1|1"));
     }
 
     void aControlCharacterInTheFirstStartIsRefused()
@@ -160,8 +157,7 @@ private slots:
         type(dialog, "txtFirmaName", QStringLiteral("AB") + QChar(u'\0') + QStringLiteral("CD"));
         typeAdministrator(dialog);
         dialog.findChild<QPushButton *>(QStringLiteral("cmdCreate"))->click();
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown[0], controlCharacterMessage(QStringLiteral("   ВНИМАНИЕ!")));
+        QCOMPARE(messages.shown, QList<UserMessage>{controlCharacterMessage(QStringLiteral("   ВНИМАНИЕ!"))});
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
         QVERIFY(needsFirstStart(scratch.db()));
         QCOMPARE(countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM ZarekCfg")), 0);

@@ -180,10 +180,14 @@ private slots:
         closeDatabase(QStringLiteral("rows"));
     }
 
+    // A new file is private in folders made private; a folder that was there keeps its mode.
     void aNewFileIsPrivateInFoldersMadePrivate()
     {
         ZAREK_ONLY_ON("sqlite", "files are SQLite's");
         QTemporaryDir dir;
+        const auto open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser | QFile::WriteUser
+                          | QFile::ExeUser | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+        QVERIFY(QFile::setPermissions(dir.path(), open));
         const QString path = dir.filePath(QStringLiteral("a/b/firm.db"));
         const mode_t old = umask(0);  // the widest umask: nothing may depend on it
         const bool made = connectDatabase(sqliteAt(path), QStringLiteral("new")).ok();
@@ -197,16 +201,6 @@ private slots:
         QCOMPARE(QFile::permissions(path), QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser);
         QCOMPARE(QDir(dir.filePath(QStringLiteral("a/b"))).entryList(QDir::Files | QDir::Hidden).filter(".new-"),
                  QStringList());
-    }
-
-    void aFolderThatWasThereKeepsItsMode()
-    {
-        ZAREK_ONLY_ON("sqlite", "files are SQLite's");
-        QTemporaryDir dir;
-        const auto open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadUser | QFile::WriteUser
-                          | QFile::ExeUser | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
-        QVERIFY(QFile::setPermissions(dir.path(), open));
-        QVERIFY(makeZarekFile(dir.filePath(QStringLiteral("firm.db"))));
         QCOMPARE(QFile::permissions(dir.path()), open);
     }
 
@@ -246,24 +240,29 @@ private slots:
         closeDatabase(QStringLiteral("again"));
     }
 
-    void anotherProgramsDatabaseIsRefused()
+    // Another program's database, or one of a newer schema (named with both versions), is refused.
+    void anotherProgramsDatabaseOrANewerSchemaIsRefused_data()
     {
-        ZAREK_SCRATCH_DB_AS(scratch, db);
-        QVERIFY(scratch.exec(QStringLiteral("DROP TABLE zarek_schema")));
-        const auto refused = upgradeSchema(db);
-        QVERIFY(refused);
-        QCOMPARE(*refused, foreignDatabaseMessage());
+        QTest::addColumn<QString>("statement");
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<QStringList>("naming");
+        const auto text = [](const UserMessage &m) { return m.title + QLatin1Char('|') + m.text; };
+        QTest::newRow("another program's") << "DROP TABLE zarek_schema" << text(foreignDatabaseMessage()) << QStringList();
+        QTest::newRow("newer schema") << "INSERT INTO zarek_schema (version) VALUES (999)"
+                                      << text(newerSchemaMessage(999, latestSchemaVersion()))
+                                      << QStringList{"999", QString::number(latestSchemaVersion())};
     }
-
-    void aNewerSchemaIsRefusedNamingBothVersions()
+    void anotherProgramsDatabaseOrANewerSchemaIsRefused()
     {
+        QFETCH(QString, statement);
+        QFETCH(QStringList, naming);
         ZAREK_SCRATCH_DB_AS(scratch, db);
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO zarek_schema (version) VALUES (999)")));
+        QVERIFY(scratch.exec(statement));
         const auto refused = upgradeSchema(db);
         QVERIFY(refused);
-        QCOMPARE(*refused, newerSchemaMessage(999, latestSchemaVersion()));
-        QVERIFY(refused->text.contains(QStringLiteral("999")));
-        QVERIFY(refused->text.contains(QString::number(latestSchemaVersion())));
+        QTEST(refused->title + QLatin1Char('|') + refused->text, "message");
+        for (const QString &number : naming)
+            QVERIFY2(refused->text.contains(number), qPrintable(number));
     }
 
     void aCopyWaitingForTheLockIsToldNotShownSql()

@@ -44,12 +44,7 @@ private slots:
             }
             QVERIFY(outer.commit());
         }
-        QSqlQuery query(db);
-        QVERIFY(query.exec(QStringLiteral("SELECT SrName FROM Firms ORDER BY SrName")));
-        QStringList names;
-        while (query.next())
-            names.append(query.value(0).toString());
-        QCOMPARE(names, (QStringList{QStringLiteral("A"), QStringLiteral("C")}));
+        QCOMPARE(test::rowsText(db, QStringLiteral("SELECT SrName FROM Firms ORDER BY SrName")), QStringLiteral("A C"));
     }
 
     void aNestedCommitIsUndoneWithItsOuterTransaction()

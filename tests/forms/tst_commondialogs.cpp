@@ -98,17 +98,25 @@ private slots:
         QCOMPARE(seen, QStringLiteral("ВНИМАНИЕ!|Списъка е празен\nЩе се създаде нов!"));
     }
 
+    // The question's box: its title and buttons ("Да"/"Не" for a Да/Не question), and the answer
+    // by the button that closed it.
     void askAnswersByTheButtonThatClosedTheDialog_data()
     {
         QTest::addColumn<QString>("press");
+        QTest::addColumn<bool>("yesNo");
         QTest::addColumn<bool>("answer");
-        QTest::newRow("OK") << "OKButton" << true;
-        QTest::newRow("Отказ") << "CancelButton" << false;
-        QTest::newRow("Esc") << "Esc" << false;
+        QTest::addColumn<QStringList>("buttons");
+        const QStringList okCancel{QStringLiteral("CancelButton=Отказ"), QStringLiteral("OKButton=OK")};
+        QTest::newRow("OK") << "OKButton" << false << true << okCancel;
+        QTest::newRow("Отказ") << "CancelButton" << false << false << okCancel;
+        QTest::newRow("Esc") << "Esc" << false << false << okCancel;
+        QTest::newRow("Да") << "OKButton" << true << true
+                            << QStringList{QStringLiteral("CancelButton=Не"), QStringLiteral("OKButton=Да")};
     }
     void askAnswersByTheButtonThatClosedTheDialog()
     {
         QFETCH(QString, press);
+        QFETCH(bool, yesNo);
         QFETCH(bool, answer);
         WidgetMessageService boxes;
         QString title;
@@ -121,62 +129,38 @@ private slots:
             else
                 box->findChild<QPushButton *>(press)->click();
         });
-        QCOMPARE(boxes.ask({QString(), QStringLiteral("Наистна ли искате да изтриете записа?"), UserMessage::Icon::Question}),
-                 answer);
-        QCOMPARE(title, QStringLiteral("Внимание!"));
-        QCOMPARE(buttons, (QStringList{QStringLiteral("CancelButton=Отказ"), QStringLiteral("OKButton=OK")}));
-    }
-
-    void aYesNoQuestionHasDaAndNe()
-    {
-        WidgetMessageService boxes;
-        QStringList buttons;
-        whenShown<Dialog>([&buttons](Dialog *box) {
-            buttons = buttonTexts(box);
-            box->okButton()->click();
-        });
-        QVERIFY(boxes.askYesNo({QStringLiteral("   ВНИМАНИЕ!"), QStringLiteral("Изтривате информацията за пътния лист!"),
-                                UserMessage::Icon::Critical}));
-        QCOMPARE(buttons, (QStringList{QStringLiteral("CancelButton=Не"), QStringLiteral("OKButton=Да")}));
-    }
-
-    void enterAnswersOkToAQuestionAndNeToAYesNoQuestion_data()
-    {
-        QTest::addColumn<bool>("yesNo");
-        QTest::addColumn<bool>("answer");
-        QTest::newRow("OK/Отказ") << false << true;
-        QTest::newRow("Да/Не: drops, overwrites or deletes") << true << false;
-    }
-    void enterAnswersOkToAQuestionAndNeToAYesNoQuestion()
-    {
-        QFETCH(bool, yesNo);
-        QFETCH(bool, answer);
-        WidgetMessageService boxes;
-        whenShown<Dialog>([](Dialog *box) { QTest::keyClick(box, Qt::Key_Return); });
-        const UserMessage question{QString(), QStringLiteral("Да се откажа ли от промените?"), UserMessage::Icon::Question};
+        const UserMessage question{yesNo ? QStringLiteral("   ВНИМАНИЕ!") : QString(),
+                                   QStringLiteral("Наистна ли искате да изтриете записа?"), UserMessage::Icon::Question};
         QCOMPARE(yesNo ? boxes.askYesNo(question) : boxes.ask(question), answer);
+        QCOMPARE(title, yesNo ? QStringLiteral("   ВНИМАНИЕ!") : QStringLiteral("Внимание!"));
+        QTEST(buttons, "buttons");
     }
 
     // Enter pressed as the box opens goes to the button with the focus: it must be the default.
     // A Да/Не box opened with the focus on "Да", so Enter dropped what the question was about.
+    // Enter to the box itself answers the same: OK to a question, "Не" to a Да/Не question.
     void enterOnTheFocusAnswersTheDefault_data()
     {
         QTest::addColumn<QString>("kind");
+        QTest::addColumn<bool>("toTheBox");
         QTest::addColumn<bool>("answer");
-        QTest::newRow("OK/Отказ") << "ask" << true;
-        QTest::newRow("OK/Отказ that deletes") << "destructive" << false;
-        QTest::newRow("Да/Не") << "yesNo" << false;
+        QTest::newRow("OK/Отказ") << "ask" << false << true;
+        QTest::newRow("OK/Отказ that deletes") << "destructive" << false << false;
+        QTest::newRow("Да/Не") << "yesNo" << false << false;
+        QTest::newRow("OK/Отказ, Enter to the box") << "ask" << true << true;
+        QTest::newRow("Да/Не, Enter to the box: drops, overwrites or deletes") << "yesNo" << true << false;
     }
     void enterOnTheFocusAnswersTheDefault()
     {
         QFETCH(QString, kind);
+        QFETCH(bool, toTheBox);
         QFETCH(bool, answer);
         WidgetMessageService boxes;
         QString focused;
-        whenShown<Dialog>([&focused](Dialog *box) {
+        whenShown<Dialog>([&focused, toTheBox](Dialog *box) {
             QVERIFY(QTest::qWaitForWindowActive(box));
             focused = QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+            QTest::keyClick(toTheBox ? box : QApplication::focusWidget(), Qt::Key_Return);
         });
         const UserMessage question{QString(), QStringLiteral("Да се откажа ли от промените?"), UserMessage::Icon::Question};
         const bool answered = kind == QLatin1String("ask")           ? boxes.ask(question)

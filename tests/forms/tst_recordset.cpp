@@ -30,13 +30,10 @@ private slots:
     void theFirstRowIsCurrentAfterReading()
     {
         THREE_ROWS(rows);
-        QCOMPARE(rows.position(), 0);
-        QVERIFY(rows.atFirst());
-        QVERIFY(!rows.atLast());
+        QCOMPARE((QList<int>{rows.position(), rows.atFirst(), rows.atLast()}), (QList<int>{0, 1, 0}));
         RecordSet none({QStringLiteral("kod")});
         none.setRows({});
-        QCOMPARE(none.position(), -1);
-        QVERIFY(!none.atLast());
+        QCOMPARE((QList<int>{none.position(), none.atLast()}), (QList<int>{-1, 0}));
         none.moveLast();  // an empty set does not move
         QCOMPARE(none.position(), -1);
     }
@@ -94,22 +91,17 @@ private slots:
             return total;
         };
         pager.positionOf = [](qint64 id) -> Checked<int> { return int(id) - 1; };
+        // Pages read, counts made, the current id and whether it is the last.
+        const auto read = [&] { return QList<qint64>{pages.size(), counts, rows.current().id, rows.atLast()}; };
         rows.setPagedRows(pager);
-        QCOMPARE(pages.size(), 1);
-        QCOMPARE(counts, 0);
-        QCOMPARE(rows.current().id, 1);
-        QVERIFY(!rows.atLast());
+        QCOMPARE(read(), (QList<qint64>{1, 0, 1, 0}));
         rows.moveTo(RecordSet::pageSize / 2);
         QCOMPARE(pages.size(), 1);  // read with the first page
         rows.moveTo(RecordSet::pageSize + 10);
-        QCOMPARE(pages.size(), 2);
-        QCOMPARE(counts, 0);
+        QCOMPARE(read(), (QList<qint64>{2, 0, RecordSet::pageSize + 11, 0}));
         rows.moveLast();
-        QCOMPARE(counts, 1);
-        QCOMPARE(rows.current().id, total);
-        QVERIFY(pages.last().second);  // the last rows are read from the end
-        QCOMPARE(pages.last().first, 0);
-        QVERIFY(rows.atLast());
+        QCOMPARE(read(), (QList<qint64>{3, 1, total, 1}));
+        QCOMPARE(pages.last(), std::pair(0, true));  // the last rows are read from the end
         QVERIFY(rows.moveToBookmark(total / 2));
         QCOMPARE(rows.position(), total / 2 - 1);
         QCOMPARE(rows.current().values.value(QStringLiteral("kod")).toString(), QString::number(total / 2));
@@ -179,9 +171,7 @@ private slots:
         THREE_ROWS(rows);
         QSignalSpy moved(&rows, &RecordSet::currentChanged);
         rows.append({5, 1, {{QStringLiteral("kod"), QStringLiteral("000")}}});
-        QCOMPARE(rows.count(), 4);
-        QCOMPARE(rows.position(), 3);
-        QCOMPARE(moved.count(), 1);
+        QCOMPARE((QList<int>{int(rows.count()), rows.position(), int(moved.count())}), (QList<int>{4, 3, 1}));
         rows.replaceCurrent({5, 2, {{QStringLiteral("kod"), QStringLiteral("009")}}});
         QCOMPARE(rows.current().rowVersion, 2);
     }
@@ -189,10 +179,9 @@ private slots:
     void theRowsServeAGridToo()
     {
         THREE_ROWS(rows);
-        QCOMPARE(rows.rowCount(), 3);
-        QCOMPARE(rows.columnCount(), 2);
-        QCOMPARE(rows.headerData(1, Qt::Horizontal).toString(), QStringLiteral("ime"));
-        QCOMPARE(rows.data(rows.index(2, 0)).toString(), QStringLiteral("003"));
+        QCOMPARE((QList<int>{rows.rowCount(), rows.columnCount()}), (QList<int>{3, 2}));
+        QCOMPARE(rows.headerData(1, Qt::Horizontal).toString() + QLatin1Char('|') + rows.data(rows.index(2, 0)).toString(),
+                 QStringLiteral("ime|003"));
     }
 
     void valuesAreShownTheBulgarianWay_data()

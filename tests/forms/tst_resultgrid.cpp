@@ -1,6 +1,7 @@
 #include "forms/messageservice.h"
 #include "forms/resultgridscreen.h"
 #include "screendriver.h"
+#include "subsystemfixtures.h"
 #include "testdatabase.h"
 
 #include <QSqlError>
@@ -110,6 +111,15 @@ QString sumText(const ResultGridScreen &screen)
     return screen.findChild<QLabel *>(QStringLiteral("Label4"))->text();
 }
 
+// Which rows are marked, as "100" (the first of three).
+QString marks(const ResultGridScreen &screen)
+{
+    QString marked;
+    for (int row = 0; row < screen.model()->rowCount(); ++row)
+        marked += screen.model()->isMarked(row) ? QLatin1Char('1') : QLatin1Char('0');
+    return marked;
+}
+
 }
 
 // The screen (of type T) of the configuration given, on the three courses.
@@ -158,11 +168,9 @@ private slots:
         QCOMPARE(model->index(0, 8).data(Qt::CheckStateRole).value<Qt::CheckState>(), Qt::Unchecked);
         QCOMPARE(model->index(2, 1).data(Qt::ToolTipRole).toString(), QStringLiteral("Батановци - Перник"));
         QVERIFY(!model->index(0, 8).data(Qt::ToolTipRole).isValid());
-        QCOMPARE(screen.findChild<QLineEdit *>(QStringLiteral("Text1"))->text(),
-                 QStringLiteral("Курсове зa Бетон АД от 01.03.2006 до 31.03.2006"));
-        QCOMPARE(screen.findChild<QPushButton *>(QStringLiteral("cmdPrint"))->text(), QStringLiteral("Печат"));
-        QCOMPARE(screen.findChild<QPushButton *>(QStringLiteral("cmdClose"))->text(), QStringLiteral("Затвори"));
-        QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("Label8"))->text(), QStringLiteral("- Маркира плащане"));
+        QCOMPARE((QStringList{test::child<QLineEdit>(screen, "Text1")->text(), test::button(screen, "cmdPrint")->text(),
+                              test::button(screen, "cmdClose")->text(), test::child<QLabel>(screen, "Label8")->text()}),
+                 (QStringList{"Курсове зa Бетон АД от 01.03.2006 до 31.03.2006", "Печат", "Затвори", "- Маркира плащане"}));
     }
 
     void openingPutsTheFocusOnTheFirstRow()
@@ -182,7 +190,7 @@ private slots:
 
         press(screen.grid(), Qt::Key_Space);
         QVERIFY(screen.changed());
-        QVERIFY(screen.model()->isMarked(0));
+        QCOMPARE(marks(screen), QStringLiteral("100"));
         QCOMPARE(screen.model()->value(0, QStringLiteral("Fakt")).toBool(), true);
         QCOMPARE(sumText(screen), QStringLiteral("31,25лв."));
         QCOMPARE(screen.model()->index(0, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
@@ -194,8 +202,7 @@ private slots:
 
         // Twice on one row restores the total; the screen stays changed.
         press(screen.grid(), Qt::Key_Space);
-        QVERIFY(!screen.model()->isMarked(1));
-        QCOMPARE(sumText(screen), QStringLiteral("31,25лв."));
+        QCOMPARE(marks(screen) + sumText(screen), QStringLiteral("10031,25лв."));
         press(screen.grid(), Qt::Key_Up);
         press(screen.grid(), Qt::Key_Space);
         QCOMPARE(sumText(screen), QStringLiteral("0,00лв."));
@@ -215,7 +222,7 @@ private slots:
         screen.show();
         QTRY_COMPARE(screen.currentRow(), 0);
         press(screen.grid(), Qt::Key_Space);
-        QVERIFY(!screen.model()->isMarked(0));
+        QCOMPARE(marks(screen), QStringLiteral("000"));
         QVERIFY(!screen.changed());
         QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ГРЕШКА при запис!"));
     }
@@ -300,10 +307,11 @@ private slots:
         const QAbstractItemModel *model = screen.model();
         QCOMPARE(model->index(0, 1).data(Qt::ForegroundRole).value<QColor>(), QColor(255, 0, 0));
         QVERIFY(!model->index(1, 1).data(Qt::ForegroundRole).isValid());
-        QVERIFY(!screen.model()->isMarked(0));
-        QVERIFY(screen.model()->isHighlighted(0));
-        QVERIFY(!screen.model()->isHighlighted(2));
-        QVERIFY(!screen.model()->isHighlighted(7));  // no such row
+        QCOMPARE(marks(screen), QStringLiteral("000"));
+        QStringList highlighted;  // row 7: no such row
+        for (const int row : {0, 1, 2, 7})
+            highlighted << QString::number(screen.model()->isHighlighted(row));
+        QCOMPARE(highlighted, (QStringList{"1", "0", "0", "0"}));
     }
 
     void anEmptyResultIsToldAndTheScreenStaysOpen()
@@ -386,10 +394,7 @@ private slots:
         extra[extra.size() - 2] = 9;
         fresh.appendRow(extra);
         screen.reloadRows(fresh, QStringLiteral("id"), QStringLiteral("row_version"));
-        QCOMPARE(screen.model()->rowCount(), 3);
-        QVERIFY(screen.model()->isMarked(0));
-        QVERIFY(!screen.model()->isMarked(1));  // changed elsewhere: as read
-        QVERIFY(!screen.model()->isMarked(2));  // new
+        QCOMPARE(marks(screen), QStringLiteral("100"));  // the second changed elsewhere: as read; the third new
         QCOMPARE(screen.runningTotal(), Money::fromCents(3125));
         QCOMPARE(sumText(screen), QStringLiteral("31,25лв."));
         QVERIFY(screen.changed());
@@ -423,17 +428,14 @@ private slots:
         RowSet reading({QStringLiteral("bruto"), QStringLiteral("Marsh"), QStringLiteral("unknown")});
         reading.appendRow({60.5, QStringLiteral("Перник - Кюстендил"), 1});
         screen.model()->replaceRow(1, reading, 0);
-        QCOMPARE(screen.model()->index(1, 1).data().toString(), QStringLiteral("Перник - Кюстендил"));
-        QCOMPARE(screen.model()->index(1, 2).data().toString(), QStringLiteral("Чакъл"));
+        QCOMPARE(test::gridRows(screen.model(), "|", {1, 2, 7}).value(1), QStringLiteral("Перник - Кюстендил|Чакъл|60,50"));
         screen.recountTotal();
         QCOMPARE(sumText(screen), QStringLiteral("91,75лв."));
 
         // The first row taken out: the rows below move up and the total loses its amount.
         screen.model()->takeRow(0);
-        QCOMPARE(screen.model()->rowCount(), 2);
-        QCOMPARE(screen.model()->index(0, 1).data().toString(), QStringLiteral("Перник - Кюстендил"));
-        QVERIFY(screen.model()->isMarked(0));
-        QVERIFY(!screen.model()->isMarked(1));
+        QCOMPARE(test::gridRows(screen.model(), "|", {1}), (QStringList{"Перник - Кюстендил", "Батановци - Перник"}));
+        QCOMPARE(marks(screen), QStringLiteral("10"));
         screen.recountTotal();
         QCOMPARE(screen.runningTotal(), Money::fromCents(6050));
         QCOMPARE(sumText(screen), QStringLiteral("60,50лв."));
@@ -450,8 +452,8 @@ private slots:
         QCOMPARE(table.columns.size(), 9);  // the hidden invoice number stays out
         QCOMPARE(table.columns.at(0).kind, ExportColumn::Kind::Date);
         QCOMPARE(table.columns.at(5).kind, ExportColumn::Kind::Number);
-        QCOMPARE(table.columns.at(5).decimals, 3);
         QCOMPARE(table.columns.at(8).kind, ExportColumn::Kind::YesNo);
+        QCOMPARE(table.columns.at(5).decimals, 3);
         QCOMPARE(table.rowCount, 3);
         QCOMPARE(table.cell(1, 8).toBool(), true);
         QCOMPARE(table.noteLines, QStringList{screen.findChild<QLabel *>(QStringLiteral("Label1"))->text() + QLatin1Char(' ')

@@ -59,17 +59,6 @@ void addFirm(test::ScratchDatabase &scratch)
                                         "VALUES ('Бетон ООД', 'ул. Първа 1', 'Пловдив', '032 1', '0888 1')")));
 }
 
-FirmProfile firm()
-{
-    FirmProfile profile;
-    profile.UserName = QStringLiteral("Бетон ООД");
-    profile.UserAdres = QStringLiteral("ул. Първа 1");
-    profile.UserCity = QStringLiteral("Пловдив");
-    profile.UserTel = QStringLiteral("032 1");
-    profile.UserGSM = QStringLiteral("0888 1");
-    return profile;
-}
-
 }
 
 Q_DECLARE_METATYPE(Closing)
@@ -242,7 +231,7 @@ private slots:
         QTemporaryDir dir;
         FrmMain::setSettingsFile(dir.filePath(QStringLiteral("zarek.ini")));
         RecordingMessageService messages;
-        FrmMain main(firm(), scratch.config(), scratch.db(), QStringLiteral("A"));
+        FrmMain main(readFirmRow(scratch.db())->profile, scratch.config(), scratch.db(), QStringLiteral("A"));
         test::showActive(main);
         main.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
         auto *personal = main.findChild<Personal *>();

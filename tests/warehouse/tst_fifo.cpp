@@ -19,18 +19,12 @@ QList<OpenReceipt> receipts(std::initializer_list<std::pair<Quantity, double>> l
     return out;
 }
 
-QString after(const Consumption &c)
+// The receipts after a walk (Consumption or GivenBack).
+template <typename Walk>
+QString after(const Walk &walk)
 {
     QStringList parts;
-    for (const ReceiptAfter &r : c.receipts)
-        parts.append(QStringLiteral("%1:%2%3").arg(r.id).arg(r.ostat).arg(r.lipsa ? "x" : ""));
-    return parts.join(QLatin1Char(' '));
-}
-
-QString after(const GivenBack &g)
-{
-    QStringList parts;
-    for (const ReceiptAfter &r : g.receipts)
+    for (const ReceiptAfter &r : walk.receipts)
         parts.append(QStringLiteral("%1:%2%3").arg(r.id).arg(r.ostat).arg(r.lipsa ? "x" : ""));
     return parts.join(QLatin1Char(' '));
 }
@@ -39,14 +33,6 @@ QString lotsText(const QList<IssueLot> &lots)
 {
     QStringList parts;
     for (const IssueLot &lot : lots)
-        parts.append(QStringLiteral("%1:%2@%3").arg(lot.receiptId).arg(lot.quantity).arg(lot.price));
-    return parts.join(QLatin1Char(' '));
-}
-
-QString lots(const Consumption &c)
-{
-    QStringList parts;
-    for (const IssueLot &lot : c.lots)
         parts.append(QStringLiteral("%1:%2@%3").arg(lot.receiptId).arg(lot.quantity).arg(lot.price));
     return parts.join(QLatin1Char(' '));
 }
@@ -96,7 +82,7 @@ private slots:
         QFETCH(Quantity, need);
         const Consumption c = ConsumeReceipts(open, need);
         QTEST(after(c), "receiptsAfter");
-        QTEST(lots(c), "lotsTaken");
+        QTEST(lotsText(c.lots), "lotsTaken");
         QTEST(c.complete(), "complete");
         QTEST(c.cost, "cost");
     }
@@ -164,10 +150,7 @@ private slots:
         const Consumption c = ConsumeReceipts(receipts({{10000, 2.0}, {10000, 3.0}}), 15000);
         QCOMPARE(*c.averagePrice(), 35.0 / 15.0);
         QCOMPARE(quantityValue(c.taken) * *c.averagePrice(), 35.0);
-    }
-
-    void nothingTakenHasNoAverageInsteadOfADivisionByZero()
-    {
+        // Nothing taken has no average instead of a division by zero.
         QVERIFY(!ConsumeReceipts({}, 5000).averagePrice());
         QVERIFY(!ConsumeReceipts(receipts({{0, 2.0}}), 5000).averagePrice());
     }

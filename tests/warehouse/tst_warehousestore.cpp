@@ -78,6 +78,18 @@ QString textOf(const Checked<T> &result)
     return result ? QString() : result.message().title + QLatin1Char('|') + result.message().text;
 }
 
+// What a store call gave back: "name kol edin suma-in-cents ostat lipsa", the price to the last bit,
+// "-" for no Ostat, x for closed; or the refusal.
+QString said(const Checked<StockMovement> &result)
+{
+    if (!result)
+        return textOf(result);
+    const StockMovement &m = result.value();
+    return QStringLiteral("%1 %2 %3 %4 %5 %6")
+        .arg(m.name).arg(m.kol).arg(m.edin, 0, 'g', 17).arg(m.suma.cents())
+        .arg(m.ostat ? QString::number(*m.ostat) : QStringLiteral("-"), m.lipsa ? QStringLiteral("x") : QStringLiteral("o"));
+}
+
 }
 
 // A fresh database of the current engine (db) and the store on it at the fixed clock.
@@ -95,31 +107,23 @@ private slots:
         WAREHOUSE_STORE();
         const auto first = store.addReceipt(movement("Филтър маслен", 10, 2.00, QDate(2026, 3, 1)));
         const auto second = store.addReceipt(movement("Филтър маслен", 10, 3.00, QDate(2026, 3, 2)));
-        QVERIFY2(first && second, qPrintable(textOf(first) + textOf(second)));
-        QCOMPARE(first.value().ostat.value(), 10.0);
-        QCOMPARE(first.value().lipsa, false);
-        QCOMPARE(broi(db, "Филтър маслен"), 20.0);
-        QCOMPARE(scalar(db, "SELECT Edin FROM Nalich").toDouble(), 3.0);
+        QCOMPARE(said(first), QStringLiteral("Филтър маслен 10 2 2000 10 o"));
+        QVERIFY2(second, qPrintable(textOf(second)));
+        QCOMPARE(test::row(db, "SELECT Broi, Edin FROM Nalich"), QStringLiteral("20|3"));
 
         const auto issue = store.addIssue(movement("Филтър маслен", 15, 3.00, QDate(2026, 3, 5), "СА 1234 ВК"));
-        QVERIFY2(issue, qPrintable(textOf(issue)));
+        QCOMPARE(said(issue), QStringLiteral("Филтър маслен 15 2.3333333333333335 3500 - x"));
         QCOMPARE(receiptState(db, {first.value().id, second.value().id}), QStringLiteral("0x 5"));
         QCOMPARE(broi(db, "Филтър маслен"), 5.0);
-        QCOMPARE(issue.value().edin, 35.0 / 15.0);
-        QCOMPARE(issue.value().suma, Money::fromCents(3500));
-        QCOMPARE(issue.value().lipsa, true);
         QCOMPARE(test::row(db, "SELECT Edin, Suma, Ostat FROM Sklad WHERE VidKol = 'R'"),
                  QStringLiteral("2.33333333333|35|"));
 
-        const auto lots = store.lotsOf(issue.value().id);
-        QVERIFY(lots);
-        QCOMPARE(lots.value().size(), 2);
-        QCOMPARE(lots.value()[0].receiptId, first.value().id);
-        QCOMPARE(lots.value()[0].kol, 10.0);
-        QCOMPARE(lots.value()[0].edin, 2.0);
-        QCOMPARE(lots.value()[0].receiptDate, QDate(2026, 3, 1));
-        QCOMPARE(lots.value()[1].kol, 5.0);
-        QCOMPARE(lots.value()[1].suma, Money::fromCents(1500));
+        QStringList lots;  // receipt, date, quantity, price, sum in cents
+        for (const IssueLotRow &lot : store.lotsOf(issue.value().id).value())
+            lots << QStringLiteral("%1 %2 %3 %4 %5").arg(lot.receiptId).arg(lot.receiptDate.toString(Qt::ISODate))
+                        .arg(lot.kol).arg(lot.edin).arg(lot.suma.cents());
+        QCOMPARE(lots, (QStringList{QStringLiteral("%1 2026-03-01 10 2 2000").arg(first.value().id),
+                                    QStringLiteral("%1 2026-03-02 5 3 1500").arg(second.value().id)}));
         QVERIFY(brokenInvariants(db).isEmpty());
     }
 
@@ -229,13 +233,10 @@ private slots:
         WAREHOUSE_STORE();
         const qint64 first = store.addReceipt(movement("Масло", 10, 2.00, QDate(2026, 3, 1))).value().id;
         const qint64 second = store.addReceipt(movement("Масло", 10, 3.00, QDate(2026, 3, 2))).value().id;
-        const auto issue = store.addIssue(movement("Масло", 10, 3.00, QDate(2026, 3, 5)));
-        QVERIFY(issue);
-        QCOMPARE(issue.value().edin, 2.0);
+        QCOMPARE(said(store.addIssue(movement("Масло", 10, 3.00, QDate(2026, 3, 5)))), QStringLiteral("Масло 10 2 2000 - x"));
         QCOMPARE(receiptState(db, {first, second}), QStringLiteral("0 10"));
         const auto next = store.addIssue(movement("Масло", 4, 3.00, QDate(2026, 3, 6)));
-        QVERIFY(next);
-        QCOMPARE(next.value().edin, 3.0);
+        QCOMPARE(said(next), QStringLiteral("Масло 4 3 1200 - x"));
         QCOMPARE(receiptState(db, {first, second}), QStringLiteral("0x 6"));
         QCOMPARE(store.lotsOf(next.value().id).value().size(), 1);
         QVERIFY(brokenInvariants(db).isEmpty());
@@ -245,14 +246,8 @@ private slots:
     {
         WAREHOUSE_STORE();
         const auto repair = store.addIssue(movement(" Ремонт ", 5, 240.50, QDate(2026, 3, 5), "СА 1234 ВК"));
-        QVERIFY2(repair, qPrintable(textOf(repair)));
-        QCOMPARE(repair.value().kol, 1.0);
-        QCOMPARE(repair.value().suma, Money::fromCents(24050));
-        QCOMPARE(repair.value().name, QStringLiteral("Ремонт"));
-        QCOMPARE(repair.value().ostat.value(), 0.0);
-        QCOMPARE(repair.value().lipsa, true);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Nalich").toInt(), 0);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM SkladLots").toInt(), 0);
+        QCOMPARE(said(repair), QStringLiteral("Ремонт 1 240.5 24050 0 x"));
+        QCOMPARE(test::row(db, "SELECT (SELECT COUNT(*) FROM Nalich), (SELECT COUNT(*) FROM SkladLots)"), QStringLiteral("0|0"));
         // Nor can a repair be received into stock.
         QVERIFY(!store.addReceipt(movement("Ремонт", 1, 240.50, QDate(2026, 3, 5))));
         // Deleting it gives nothing back to any stock.
@@ -262,11 +257,9 @@ private slots:
 
     void aSixteenCharacterDocumentKindIsCutToFifteenAtTheSave()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const WarehouseStore store = storeOf(scratch.db());
-        const auto receipt = store.addReceipt(movement("Масло", 1, 2, QDate(2026, 3, 1), "Стокова разпис16"));
-        QVERIFY(receipt);
-        QCOMPARE(scalar(scratch.db(), "SELECT DocVid FROM Sklad").toString(), QStringLiteral("Стокова разпис1"));
+        WAREHOUSE_STORE();
+        QVERIFY(store.addReceipt(movement("Масло", 1, 2, QDate(2026, 3, 1), "Стокова разпис16")));
+        QCOMPARE(scalar(db, "SELECT DocVid FROM Sklad").toString(), QStringLiteral("Стокова разпис1"));
     }
 
     // "масло " and "масло" are one article: one stock row, and an issue typed either way finds it.
@@ -275,8 +268,7 @@ private slots:
         WAREHOUSE_STORE();
         QVERIFY(store.addReceipt(movement("масло ", 4, 9.8, QDate(2026, 3, 1))));
         QVERIFY(store.addReceipt(movement(" масло", 6, 9.8, QDate(2026, 3, 2))));
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Nalich").toInt(), 1);
-        QCOMPARE(broi(db, "масло"), 10.0);
+        QCOMPARE(test::rows(db, "SELECT Name, Broi FROM Nalich"), QStringList{QStringLiteral("масло|10")});
         QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Sklad WHERE Name = 'масло'").toInt(), 2);
         QVERIFY(store.addIssue(movement("масло  ", 7, 9.8, QDate(2026, 3, 5))));
         QCOMPARE(broi(db, "масло"), 3.0);
@@ -301,11 +293,9 @@ private slots:
             QVERIFY(scratch.exec("UPDATE Nalich SET Broi = 5"));
         }
         const QString before = snapshot(db);
-        const auto issue = storeOf(db).addIssue(movement("Крушка 24V", 4, 7.9, QDate(2026, 3, 5)));
-        QVERIFY(!issue);
-        QCOMPARE(issue.message().title, QStringLiteral("ВНИМАНИЕ!"));
-        QCOMPARE(issue.message().text, QStringLiteral("Наличността на \"Крушка 24V\" не отговаря на доставките му!\n"
-                                                      "Нищо не е изписано. Проверете доставките на артикула."));
+        QCOMPARE(said(storeOf(db).addIssue(movement("Крушка 24V", 4, 7.9, QDate(2026, 3, 5)))),
+                 QStringLiteral("ВНИМАНИЕ!|Наличността на \"Крушка 24V\" не отговаря на доставките му!\n"
+                                "Нищо не е изписано. Проверете доставките на артикула."));
         QCOMPARE(snapshot(db), before);
     }
 
@@ -320,16 +310,16 @@ private slots:
         QCOMPARE(early.value().suma, Money::fromCents(181200));  // 2 x 600 + 1 x 612
         QCOMPARE(receiptState(db, {a, b}), QStringLiteral("0x 1"));
 
+        // After each delete: the receipts, the stock, the lots left.
+        const auto state = [&] {
+            return receiptState(db, {a, b}) + QStringLiteral(" / ") + test::row(db, "SELECT Broi FROM Nalich")
+                   + QStringLiteral(" / ") + test::rowsText(db, "SELECT IssueID FROM SkladLots");
+        };
         QCOMPARE(textOf(store.removeIssue(early.value())), QString());
-        QCOMPARE(receiptState(db, {a, b}), QStringLiteral("2 2"));
-        QCOMPARE(broi(db, "Гума"), 4.0);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM SkladLots WHERE IssueID = ?", {early.value().id}).toInt(), 0);
+        QCOMPARE(state(), QStringLiteral("2 2 / 4 / %1").arg(late.value().id));
         QVERIFY(brokenInvariants(db).isEmpty());
-
         QCOMPARE(textOf(store.removeIssue(late.value())), QString());
-        QCOMPARE(receiptState(db, {b}), QStringLiteral("4"));
-        QCOMPARE(broi(db, "Гума"), 6.0);
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM SkladLots").toInt(), 0);
+        QCOMPARE(state(), QStringLiteral("2 4 / 6 / "));
     }
 
     void aReceiptDrawnOnKeepsItsQuantityAndPrice()
@@ -359,10 +349,8 @@ private slots:
         typed = read;
         typed.data = QDate(2026, 2, 27);
         typed.docNom = QStringLiteral("3107");
-        const auto corrected = store.correctReceipt(read, typed);
-        QVERIFY2(corrected, qPrintable(textOf(corrected)));
-        QCOMPARE(corrected.value().ostat.value(), 25.0);
-        QCOMPARE(scalar(db, "SELECT DocNom FROM Sklad WHERE id = ?", {read.id}).toString(), QStringLiteral("3107"));
+        QCOMPARE(said(store.correctReceipt(read, typed)), QStringLiteral("Антифриз 30 6.4000000000000004 19200 25 o"));
+        QCOMPARE(test::row(db, "SELECT Data, DocNom FROM Sklad WHERE id = ?", {read.id}), QStringLiteral("2026-02-27|3107"));
         QVERIFY(brokenInvariants(db).isEmpty());
     }
 
@@ -377,22 +365,18 @@ private slots:
         typed.kol = 5;
         typed.edin = 151;
         const auto corrected = store.correctReceipt(newer.value(), typed);
-        QVERIFY2(corrected, qPrintable(textOf(corrected)));
-        QCOMPARE(corrected.value().ostat.value(), 5.0);
-        QCOMPARE(corrected.value().suma, Money::fromCents(75500));
-        QCOMPARE(broi(db, "Накладки"), 11.0);
-        QCOMPARE(scalar(db, "SELECT Edin FROM Nalich").toDouble(), 151.0);  // the newest receipt's price
+        QCOMPARE(said(corrected), QStringLiteral("Накладки 5 151 75500 5 o"));
+        QCOMPARE(test::row(db, "SELECT Broi, Edin FROM Nalich"), QStringLiteral("11|151"));  // the newest receipt's price
 
         // The older one's price does not replace the newest's.
         typed = older.value();
         typed.edin = 149;
         QVERIFY(store.correctReceipt(older.value(), typed));
-        QCOMPARE(scalar(db, "SELECT Edin FROM Nalich").toDouble(), 151.0);
+        QCOMPARE(test::row(db, "SELECT Broi, Edin FROM Nalich"), QStringLiteral("11|151"));
 
         // Deleting the newest gives the stock the price of the one before it.
         QCOMPARE(textOf(store.removeReceipt(corrected.value())), QString());
-        QCOMPARE(broi(db, "Накладки"), 6.0);
-        QCOMPARE(scalar(db, "SELECT Edin FROM Nalich").toDouble(), 149.0);
+        QCOMPARE(test::row(db, "SELECT Broi, Edin FROM Nalich"), QStringLiteral("6|149"));
         QVERIFY(brokenInvariants(db).isEmpty());
     }
 
@@ -408,9 +392,7 @@ private slots:
         typed.kol = 12;
         typed.edin = 99;  // the price of an issue is not typed again
         const auto smaller = store.correctIssue(issue.value(), typed);
-        QVERIFY2(smaller, qPrintable(textOf(smaller)));
-        QCOMPARE(smaller.value().suma, Money::fromCents(2600));
-        QCOMPARE(smaller.value().edin, 26.0 / 12.0);
+        QCOMPARE(said(smaller), QStringLiteral("Масло 12 2.1666666666666665 2600 - x"));
         QCOMPARE(receiptState(db, {a, b}), QStringLiteral("0x 8"));
         QCOMPARE(broi(db, "Масло"), 8.0);
         QVERIFY(brokenInvariants(db).isEmpty());
@@ -425,9 +407,7 @@ private slots:
         typed.kol = 20;
         typed.docNom = QStringLiteral("77");
         const auto all = store.correctIssue(smaller.value(), typed);
-        QVERIFY2(all, qPrintable(textOf(all)));
-        QCOMPARE(all.value().suma, Money::fromCents(5000));
-        QCOMPARE(all.value().docNom, QStringLiteral("77"));
+        QCOMPARE(said(all) + QLatin1Char(' ') + all.value().docNom, QStringLiteral("Масло 20 2.5 5000 - x 77"));
         QCOMPARE(broi(db, "Масло"), 0.0);
         QVERIFY(brokenInvariants(db).isEmpty());
     }
@@ -444,8 +424,7 @@ private slots:
         StockMovement typed = receipt.value();
         typed.docNom = QStringLiteral("99");
         const auto corrected = store.correctReceipt(receipt.value(), typed);
-        QVERIFY2(corrected, qPrintable(textOf(corrected)));
-        QCOMPARE(corrected.value().ostat.value(), 9.0);  // what the other issue took stays taken
+        QCOMPARE(said(corrected), QStringLiteral("Масло 10 2 2000 9 o"));  // what the other issue took stays taken
         QVERIFY(brokenInvariants(db).isEmpty());
 
         StockMovement there = corrected.value();
@@ -611,9 +590,8 @@ private slots:
         QVERIFY(scratch.exec("INSERT INTO Sklad (Name, VidKol, Kol, Ostat, Lipsa) VALUES ('масло ', 'P', 6, 6, FALSE)"));
         QString error;
         QVERIFY2(migrateSchema(db, &error), qPrintable(error));
-        QCOMPARE(scalar(db, "SELECT COUNT(*) FROM Nalich").toInt(), 2);
-        QCOMPARE(broi(db, "масло"), 10.0);
-        QCOMPARE(scalar(db, "SELECT Edin FROM Nalich WHERE Name = 'масло'").toDouble(), 9.8);
+        QCOMPARE(test::rows(db, "SELECT Name, Broi, Edin FROM Nalich ORDER BY Name"),
+                 (QStringList{QStringLiteral("масло|10|9.8"), QStringLiteral("филтър|2|24.5")}));
         QCOMPARE(scalar(db, "SELECT Name FROM Sklad").toString(), QStringLiteral("масло"));
         // One stock row a name from now on.
         QSqlQuery duplicate(db);

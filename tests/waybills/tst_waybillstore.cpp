@@ -1,3 +1,4 @@
+#include "queryrows.h"
 #include "testdatabase.h"
 #include "waybills/waybillstore.h"
 
@@ -45,16 +46,15 @@ private slots:
     // A new waybill whose number was changed after its lines were saved takes those lines, not others.
     void aNewWaybillTakesTheLinesSavedForIt()
     {
-        ZAREK_SCRATCH_DB_AS(scratch, db);
+        WAYBILL_STORE();
         const qint64 first = insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
         insertLine(db, QStringLiteral("0000000037"), 10, 3);  // left by an older program: not this waybill's
-        const WaybillStore store(db);
         const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000038")), true,
                                                           QStringLiteral("0000000037"), {first});
         QVERIFY(saved.ok());
         QVERIFY(saved.value().id > 0);
-        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000038'"), 1);
-        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000037'"), 1);
+        QCOMPARE(test::rows(db, "SELECT MarshID, COUNT(*) FROM Marsh GROUP BY MarshID ORDER BY MarshID"),
+                 (QStringList{"0000000037|1", "0000000038|1"}));
         QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE NameDriver = 'Георги Д''Амато'"), 1);
     }
 
@@ -94,8 +94,8 @@ private slots:
         saved = store.saveHeader(row, false, QStringLiteral("0000000040"), {});
         QVERIFY(!saved.ok());
         QCOMPARE(saved.message().title, QStringLiteral("ГРЕШКА при записа на пътния лист!"));
-        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), 1);
-        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE ListID = '0000000040'"), 1);
+        QCOMPARE(test::row(db, "SELECT (SELECT MarshID FROM Marsh), ListID FROM RowdList"),
+                 QStringLiteral("0000000040|0000000040"));
     }
 
     void aWaybillGoesWithItsLines_data()
@@ -126,9 +126,9 @@ private slots:
             QVERIFY(scratch.exec(QStringLiteral("UPDATE RowdList SET row_version = row_version + 1")));
         const auto failure = store.deleteWaybill(saved.value(), QStringLiteral("ГРЕШКА при изтриване!"));
         QCOMPARE(failure.has_value(), stale);
-        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList"), headersLeft);
-        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'"), linesLeft);
-        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000041'"), 1);
+        QCOMPARE(test::row(db, "SELECT (SELECT COUNT(*) FROM RowdList), (SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000040'), "
+                               "(SELECT COUNT(*) FROM Marsh WHERE MarshID = '0000000041')"),
+                 QStringLiteral("%1|%2|1").arg(headersLeft).arg(linesLeft));
     }
 
     void theLinesOfANewWaybillAreDroppedOrFollowItsNumber()
@@ -146,10 +146,9 @@ private slots:
 
     void theNormOfATruck()
     {
-        ZAREK_SCRATCH_DB(scratch);
+        WAYBILL_STORE();
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod) VALUES ('СА 1234 ВК', 32.5)")));
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('РВ 7777 АА')")));
-        const WaybillStore store(scratch.db());
         QCOMPARE(store.truckNorm(QStringLiteral("СА 1234 ВК")).value(), std::optional<double>(32.5));
         QCOMPARE(store.truckNorm(QStringLiteral("РВ 7777 АА")).value(), std::optional<double>());  // no norm in it
         QCOMPARE(store.truckNorm(QStringLiteral("ВТ 0001 ХХ")).value(), std::optional<double>());  // no row
@@ -157,11 +156,10 @@ private slots:
 
     void theSumsOfTheStoredLines()
     {
-        ZAREK_SCRATCH_DB_AS(scratch, db);
+        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
         insertLine(db, QStringLiteral("0000000037"), 99.5, 30.1);
         insertLine(db, QStringLiteral("0000000037"), 0.4, 0.2);
-        const WaybillStore store(db);
         const auto sums = store.lineSums(QStringLiteral("0000000037"));
         QVERIFY(sums.ok());
         QCOMPARE(sums.value().km, std::optional<double>(350));  // 349.9 counts whole
@@ -173,8 +171,7 @@ private slots:
 
     void aNumberIsTakenByAnotherWaybill()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const WaybillStore store(scratch.db());
+        WAYBILL_STORE();
         const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
         QVERIFY(saved.ok());
         QCOMPARE(store.numberTaken(QStringLiteral("0000000040")).value(), true);
@@ -184,15 +181,14 @@ private slots:
 
     void sumsStoredOnABrowsedWaybillAreVersionChecked()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const WaybillStore store(scratch.db());
+        WAYBILL_STORE();
         const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
         QVERIFY(saved.ok());
         const Checked<RecordRow> stored = store.storeSums(saved.value(), {300.0, 101.5}, QStringLiteral("Т"));
         QVERIFY(stored.ok());
         QCOMPARE(stored.value().values.value(QStringLiteral("SumRazhN")).toDouble(), 101.5);
         QVERIFY(!store.storeSums(saved.value(), {1.0, 1.0}, QStringLiteral("Т")).ok());  // its version has moved on
-        QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM RowdList WHERE SumKM = 300"), 1);
+        QCOMPARE(countBy(db, "SELECT COUNT(*) FROM RowdList WHERE SumKM = 300"), 1);
     }
 
     // The waybill's totals equal its lines after every line saved or deleted, also without "Изчисли";
@@ -213,9 +209,8 @@ private slots:
         QFETCH(QString, step);
         QFETCH(double, km);
         QFETCH(double, fuel);
-        ZAREK_SCRATCH_DB_AS(scratch, db);
+        WAYBILL_STORE();
         const QString number = QStringLiteral("0000000037");
-        const WaybillStore store(db);
         const RecordStore lines(db, QStringLiteral("Marsh"), WaybillStore::lineColumns(), QString(),
                                 QStringLiteral("MarshID = ?"), {number});
         insertLine(db, number, 250, 93.5);
@@ -250,23 +245,18 @@ private slots:
             if (step == QLatin1String("delete all"))
                 QCOMPARE(store.removeLine(lines, stored.at(0), title).value().km, std::optional<double>(0));
         }
-        QSqlQuery query(db);
-        QVERIFY(query.exec(QStringLiteral("SELECT SumKM, SumRazhN, row_version FROM RowdList WHERE ListID = '0000000037'")));
-        QVERIFY(query.next());
-        QCOMPARE(query.value(0).toDouble(), km);
-        QCOMPARE(query.value(1).toDouble(), fuel);
-        // The totals follow the lines without moving the header's version: a correction of the
+        // The totals follow the lines without moving the header's version (1): a correction of the
         // header open meanwhile still saves.
-        QCOMPARE(query.value(2).toInt(), 1);
+        QCOMPARE(test::row(db, "SELECT SumKM, SumRazhN, row_version FROM RowdList WHERE ListID = '0000000037'"),
+                 QStringLiteral("%1|%2|1").arg(km).arg(fuel));
     }
 
     // A header saved with totals that are not those of its lines stores its lines' totals.
     void aSavedHeaderHoldsTheTotalsOfItsLines()
     {
-        ZAREK_SCRATCH_DB_AS(scratch, db);
+        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000037"), 200, 70.0);
         insertLine(db, QStringLiteral("0000000037"), 450, 162.7);
-        const WaybillStore store(db);
         const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000037")), true,
                                                           QStringLiteral("0000000037"), {});
         QVERIFY(saved.ok());
@@ -276,13 +266,11 @@ private slots:
 
     void theListsAreSortedWithoutBlanksOrTwins()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('СА 1234 ВК')")));
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('РВ 7777 АА')")));
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola) VALUES ('')")));
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')")));
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('002', 'Иван Петров')")));
-        const WaybillStore store(scratch.db());
+        WAYBILL_STORE();
+        QVERIFY(test::execAll(db, {"INSERT INTO Config (kola) VALUES ('СА 1234 ВК')",
+                                   "INSERT INTO Config (kola) VALUES ('РВ 7777 АА')", "INSERT INTO Config (kola) VALUES ('')",
+                                   "INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')",
+                                   "INSERT INTO shof (kod, ime) VALUES ('002', 'Иван Петров')"}));
         QCOMPARE(store.truckNumbers().value(), (QStringList{QStringLiteral("РВ 7777 АА"), QStringLiteral("СА 1234 ВК")}));
         QCOMPARE(store.driverNames().value(), QStringList{QStringLiteral("Иван Петров")});
     }
