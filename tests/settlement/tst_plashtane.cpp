@@ -271,7 +271,7 @@ private slots:
         // A second print in the same opening lists each marked course once, numbered from 1 again.
         space(screen, 1);
         lines = printStatement(screen);
-        for (const QString &course : {"1 | 01.03.2006", "2 | 05.03.2006", "3 | 17.03.2006"})
+        for (const QString &course : QStringList{"1 | 01.03.2006", "2 | 05.03.2006", "3 | 17.03.2006"})
             QCOMPARE(lines.at(6 + course.left(1).toInt()).left(14), course);
         QCOMPARE(lines.at(10), QStringLiteral("Всичко заработка: 29,25 ") + amountUnit(Currency::Leva));
         // The marks stay and the screen stays open.

@@ -119,7 +119,8 @@ private slots:
                  QStringLiteral("2.33333333333|35|"));
 
         QStringList lots;  // receipt, date, quantity, price, sum in cents
-        for (const IssueLotRow &lot : store.lotsOf(issue.value().id).value())
+        const Checked<QList<IssueLotRow>> issued = store.lotsOf(issue.value().id);  // kept: the loop reads into it
+        for (const IssueLotRow &lot : issued.value())
             lots << QStringLiteral("%1 %2 %3 %4 %5").arg(lot.receiptId).arg(lot.receiptDate.toString(Qt::ISODate))
                         .arg(lot.kol).arg(lot.edin).arg(lot.suma.cents());
         QCOMPARE(lots, (QStringList{QStringLiteral("%1 2026-03-01 10 2 2000").arg(first.value().id),
