@@ -14,6 +14,33 @@ int fullYear(const QString &digits, QDate today)
     return digits.size() <= 2 ? 2000 + year : year;
 }
 
+// A date of a four-digit year written digit by digit: Qt's own formatting parses its pattern
+// or prints through printf for every date, which a list of thousands of rows feels.
+QString writtenDate(const QDate &date, bool dayFirst)
+{
+    int year = 0, month = 0, day = 0;
+    date.getDate(&year, &month, &day);
+    QString text(10, Qt::Uninitialized);
+    QChar *at = text.data();
+    const auto put = [&at](int value, int digits) {
+        for (int i = digits - 1; i >= 0; --i, value /= 10)
+            at[i] = QChar(u'0' + value % 10);
+        at += digits;
+    };
+    const QChar separator = dayFirst ? QLatin1Char('.') : QLatin1Char('-');
+    put(dayFirst ? day : year, dayFirst ? 2 : 4);
+    *at++ = separator;
+    put(month, 2);
+    *at++ = separator;
+    put(dayFirst ? year : day, dayFirst ? 4 : 2);
+    return text;
+}
+
+bool hasFourDigitYear(const QDate &date)
+{
+    return date.isValid() && date.year() >= 1 && date.year() <= 9999;
+}
+
 }
 
 std::optional<QDate> parseDate(const QString &text, QDate today)
@@ -37,7 +64,12 @@ std::optional<QDate> parseDate(const QString &text, QDate today)
 
 QString formatDate(const QDate &date)
 {
-    return date.toString(QStringLiteral("dd.MM.yyyy"));
+    return hasFourDigitYear(date) ? writtenDate(date, true) : date.toString(QStringLiteral("dd.MM.yyyy"));
+}
+
+QString isoDateText(const QDate &date)
+{
+    return hasFourDigitYear(date) ? writtenDate(date, false) : date.toString(Qt::ISODate);
 }
 
 std::optional<UserMessage> checkPeriodTexts(const QString &fromText, const QString &toText, QDate today)

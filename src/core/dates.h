@@ -18,6 +18,9 @@ std::optional<QDate> parseDate(const QString &text, QDate today = {});
 // dd.MM.yyyy
 QString formatDate(const QDate &date);
 
+// yyyy-MM-dd, as Qt::ISODate writes it.
+QString isoDateText(const QDate &date);
+
 // A search period: both ends count; valid only when the end is strictly after the start.
 struct Period {
     QDate from;

@@ -1,5 +1,6 @@
 #include "archivesnapshot.h"
 
+#include "core/dates.h"
 #include "data/dialect.h"
 #include "data/schema.h"
 
@@ -212,7 +213,7 @@ int bindField(sqlite3_stmt *insert, int index, const CopyOut &rows, qsizetype fi
         const QDate date = QDate::fromString(QLatin1StringView(text), Qt::ISODate);
         if (!date.isValid())
             return sqlite3_bind_null(insert, index);
-        const QByteArray shown = date.toString(Qt::ISODate).toLatin1();
+        const QByteArray shown = isoDateText(date).toLatin1();
         return sqlite3_bind_text(insert, index, shown.constData(), int(shown.size()), SQLITE_TRANSIENT);
     }
     case QMetaType::QTime: {

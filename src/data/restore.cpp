@@ -1,5 +1,6 @@
 #include "restore.h"
 
+#include "core/dates.h"
 #include "data/archivecheck.h"
 #include "data/archivesnapshot.h"
 #include "data/dialect.h"
@@ -229,7 +230,7 @@ private:
         }
         switch (value.typeId()) {
         case QMetaType::Bool: writeFlag(value.toBool()); return;
-        case QMetaType::QDate: m_buffer.append(value.toDate().toString(Qt::ISODate).toLatin1()); return;
+        case QMetaType::QDate: m_buffer.append(isoDateText(value.toDate()).toLatin1()); return;
         case QMetaType::QTime: m_buffer.append(value.toTime().toString(Qt::ISODateWithMs).toLatin1()); return;
         case QMetaType::Double: writeDouble(value.toDouble()); return;
         case QMetaType::Int:

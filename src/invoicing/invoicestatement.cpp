@@ -1,5 +1,6 @@
 #include "invoicestatement.h"
 
+#include "core/dates.h"
 #include "core/formats.h"
 #include "core/valueformat.h"
 #include "data/currencyrows.h"
@@ -89,7 +90,7 @@ std::optional<UserMessage> fillTempPlaten(QSqlDatabase scratch, const QList<Stat
     QList<QVariantList> rows;
     rows.reserve(lines.size());
     for (const StatementLine &line : lines)
-        rows.append({line.red, line.data.toString(Qt::ISODate), line.marsh, line.vidTovar, line.kolaId,
+        rows.append({line.red, isoDateText(line.data), line.marsh, line.vidTovar, line.kolaId,
                      formatKm(line.km), formatTonnes(line.ton), formatRate(line.tarifa),
                      rowAmountText(line.suma, line.currency, unitsPerRow)});
     return fillScratchTable(scratch, scratchError, QStringLiteral("TempPlaten"),

@@ -1,5 +1,6 @@
 #include "klfile.h"
 
+#include "core/dates.h"
 #include "core/formats.h"
 #include "core/sharedroutines.h"
 #include "core/textcheck.h"
@@ -252,8 +253,8 @@ bool writeHeading(const QString &copy, const StatementHeading &heading, QString 
         return false;
     }
     query.addBindValue(heading.klient);
-    query.addBindValue(heading.period.from.toString(Qt::ISODate));
-    query.addBindValue(heading.period.to.toString(Qt::ISODate));
+    query.addBindValue(isoDateText(heading.period.from));
+    query.addBindValue(isoDateText(heading.period.to));
     if (!query.exec()) {
         why = query.lastError().text();
         return false;

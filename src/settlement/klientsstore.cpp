@@ -1,5 +1,6 @@
 #include "klientsstore.h"
 
+#include "core/dates.h"
 #include "core/rounding.h"
 #include "core/valueformat.h"
 #include "data/currencyrows.h"
@@ -143,7 +144,7 @@ RowSet KlientsStore::workingRows(const RowSet &courses)
             return QVariant(QMetaType::fromType<QString>());
         if (value.typeId() == QMetaType::QString && value.toString().size() == 10)
             return value;  // stored in the list's own form
-        return QVariant(date.toString(Qt::ISODate));
+        return QVariant(isoDateText(date));
     };
     RowSet rows(QStringList{QStringLiteral("RowKey")} + columns());
     rows.reserveRows(courses.rowCount());

@@ -173,6 +173,19 @@ private slots:
 
     void datesAreShownDayFirst() { QCOMPARE(formatDate(QDate(2006, 3, 5)), QStringLiteral("05.03.2006")); }
 
+    // Dates are written as Qt writes them, every day of the years a firm meets and the edges.
+    void datesAreWrittenAsQtWritesThem()
+    {
+        QList<QDate> dates = {QDate(), QDate(1, 1, 1), QDate(999, 12, 31), QDate(9999, 12, 31), QDate(10000, 1, 1),
+                              QDate(-1, 6, 15)};
+        for (QDate day(1999, 1, 1); day.year() < 2031; day = day.addDays(1))
+            dates.append(day);
+        for (const QDate &date : std::as_const(dates)) {
+            QCOMPARE(formatDate(date), date.toString(QStringLiteral("dd.MM.yyyy")));
+            QCOMPARE(isoDateText(date), date.toString(Qt::ISODate));
+        }
+    }
+
     void periodNeedsTheEndStrictlyAfterTheStart()
     {
         QVERIFY(!(Period{QDate(2006, 3, 5), QDate(2006, 3, 5)}.isValid()));
