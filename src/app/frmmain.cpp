@@ -278,7 +278,7 @@ void FrmMain::buildStatusBar()
     const auto tick = [this] {
         const QDateTime now = QDateTime::currentDateTime();
         m_panels[1]->setText(weekdayName(now.date().dayOfWeek()));
-        m_panels[2]->setText(now.date().toString(QStringLiteral("dd.MM.yyyy")));
+        m_panels[2]->setText(formatDate(now.date()));
         m_panels[3]->setText(now.time().toString(QStringLiteral("HH:mm")));
     };
     connect(clock, &QTimer::timeout, this, tick);

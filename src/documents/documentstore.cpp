@@ -1,5 +1,6 @@
 #include "documentstore.h"
 
+#include "core/dates.h"
 #include "data/query.h"
 #include "data/sqlerror.h"
 #include "data/textlist.h"
@@ -133,7 +134,7 @@ Checked<RecordRow> DocumentStore::save(const RecordRow &typed, bool adding, cons
     for (const QString &column : documentColumns()) {
         const QVariant value = values.value(column);
         asTexts.insert(column, documentDateColumns().contains(column) && toDate(value).isValid()
-                                   ? toDate(value).toString(QStringLiteral("dd.MM.yyyy"))
+                                   ? formatDate(toDate(value))
                                    : value.toString());
     }
     if (auto failure = checkDocument(asTexts, kind ? std::optional<DocumentKind>(*kind) : std::nullopt, today))
