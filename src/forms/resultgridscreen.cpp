@@ -8,6 +8,7 @@
 #include "forms/exportservice.h"
 #include "forms/messageservice.h"
 #include "forms/resultgridcheckdelegate.h"
+#include "forms/resultgridtextdelegate.h"
 #include "forms/waitcursor.h"
 
 #include <QApplication>
@@ -81,6 +82,7 @@ ResultGridScreen::ResultGridScreen(ResultGridConfig config, QWidget *parent)
     m_grid->horizontalHeader()->setHighlightSections(false);
     m_grid->horizontalHeader()->setStretchLastSection(false);
     m_grid->installEventFilter(this);
+    m_grid->setItemDelegate(new ResultGridTextDelegate(m_grid));
     auto *checkDelegate = new ResultGridCheckDelegate(m_grid);
     int gridWidth = 0;
     for (int i = 0; i < m_config.columns.size(); ++i) {

@@ -1,5 +1,6 @@
 #include "forms/messageservice.h"
 #include "forms/resultgridscreen.h"
+#include "forms/resultgridtextdelegate.h"
 #include "screendriver.h"
 #include "subsystemfixtures.h"
 #include "testdatabase.h"
@@ -11,6 +12,7 @@
 #include <QPushButton>
 #include <QLabel>
 #include <QLineEdit>
+#include <QStyledItemDelegate>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -312,6 +314,18 @@ private slots:
         for (const int row : {0, 1, 2, 7})
             highlighted << QString::number(screen.model()->isHighlighted(row));
         QCOMPARE(highlighted, (QStringList{"1", "0", "0", "0"}));
+
+        // The grid draws its cells as the style draws them, to the pixel: the rule's colour,
+        // figures to the right, a route cut short in a narrow column, the current row and its focus.
+        QTableView *grid = screen.grid();
+        QVERIFY(qobject_cast<ResultGridTextDelegate *>(grid->itemDelegate()));
+        screen.show();
+        grid->setColumnWidth(1, 40);
+        grid->setFocus();
+        grid->setCurrentIndex(model->index(1, 2));
+        const QImage own = grid->grab().toImage();
+        grid->setItemDelegate(new QStyledItemDelegate(grid));
+        QCOMPARE(grid->grab().toImage(), own);
     }
 
     void anEmptyResultIsToldAndTheScreenStaysOpen()
