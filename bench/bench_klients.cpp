@@ -10,6 +10,7 @@
 #include "reports/reportpreview.h"
 #include "settlement/klfile.h"
 #include "settlement/klients.h"
+#include "settlement/klientsstore.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -63,9 +64,7 @@ void benchStatement(QSqlDatabase db, const QString &folder)
     conditions.period = {QDate(2023, 1, 1), QDate(2023, 12, 31)};
     // The statement the screen reads the client's courses with, bare.
     const QList<bench::Statement> screenStatements = {
-        {QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto FROM tabl "
-                        "WHERE Klient = ? AND data BETWEEN ? AND ? ORDER BY data, id"),
-         {client, conditions.period.from, conditions.period.to}}};
+        {KlientsStore::clientCoursesSql(dialectOf(db)), {client, conditions.period.from, conditions.period.to}}};
     bench::runBare(db, screenStatements);  // the first run reads the pages in
 
     // The screen, opened and drawn; and its paper, its first page shown.

@@ -11,8 +11,6 @@
 #include "settlement/clientstatement.h"
 
 #include <QSqlError>
-#include <QElapsedTimer>
-#include <cstdio>
 #include <algorithm>
 #include <numeric>
 #include <vector>
@@ -64,14 +62,20 @@ const QStringList &KlientsStore::columns()
     return names;
 }
 
+QString KlientsStore::clientCoursesSql(Dialect dialect)
+{
+    // PostgreSQL orders texts by the server's language unless told to compare codes; SQLite
+    // compares codes.
+    return QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto FROM tabl "
+                          "WHERE Klient = ? AND data BETWEEN ? AND ? ORDER BY data, Marsh%1, id")
+        .arg(dialect == Dialect::PostgreSQL ? QStringLiteral(" COLLATE \"C\"") : QString());
+}
+
 Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditions &conditions)
 {
     RowSet all;
     {
-        const Checked<RowSet> read = readRows(db, readTitle,
-                                              QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto "
-                                                             "FROM tabl WHERE Klient = ? AND data BETWEEN ? AND ? "
-                                                             "ORDER BY data, id"),
+        const Checked<RowSet> read = readRows(db, readTitle, clientCoursesSql(dialectOf(db)),
                                               {conditions.SeekKlient, conditions.period.from, conditions.period.to});
         if (!read)
             return read;
@@ -91,8 +95,8 @@ Checked<RowSet> KlientsStore::clientCourses(QSqlDatabase db, const SearchConditi
             kept.push_back(row);
     }
     // By date, then route; the engines' own orders of texts differ, this one does not. The rows
-    // come by date already: each date is read once, and routes are sorted only where a day's
-    // courses are not yet in their order.
+    // come in it already (routes by their characters' codes, as QString compares them); should a
+    // day's courses not be, they are sorted here.
     struct Key {
         qint64 day;
         QString route;

@@ -5,6 +5,7 @@
 #include "core/money.h"
 #include "core/usermessage.h"
 #include "courses/searchconditions.h"
+#include "data/dialect.h"
 #include "data/rowset.h"
 
 #include <QSqlDatabase>
@@ -42,6 +43,8 @@ public:
     // The client's courses of the period whose cargo, route and truck begin with the prefixes of
     // the search, by date and then route: data, Marsh, Tovar, kola, km, ton, Tarifa, bruto.
     static Checked<RowSet> clientCourses(QSqlDatabase db, const SearchConditions &conditions);
+    // The statement it reads them with, on the engine.
+    static QString clientCoursesSql(Dialect dialect);
 
     // The working list as it will hold the courses, before it is written: each row's key (RowKey,
     // from 1 in the order the rows are written) and the eight columns, of the types the list gives
