@@ -356,6 +356,14 @@ public:
     std::shared_ptr<const ExportTable> m_table;
 
 private:
+    struct LastPage {
+        int index = -1;
+        bool complete = false;
+        int textPages = 0;
+        ReportPage page;
+    };
+    std::optional<LastPage> m_lastPage;  // the page built last, as it was built
+
     void computeColumns();
     // Every bound field must be a column of the rows, or the report would print blanks unseen.
     void checkDataFields() const;
@@ -836,6 +844,11 @@ ReportPage ReportLayouter::Engine::page(int index)
         m_out.fonts = picture.fonts;
         return picture.pages.constLast();
     }
+    // A window asks again for the page it shows as it settles its size: the page is kept until
+    // the count of pages it reads changes.
+    if (m_lastPage && m_lastPage->index == index && m_lastPage->complete == m_complete
+        && m_lastPage->textPages == m_textPages)
+        return m_lastPage->page;
     ReportPage page;
     m_pageNumbers.clear();
     double y = m_top;
@@ -875,6 +888,7 @@ ReportPage ReportLayouter::Engine::page(int index)
         p.rect = QRectF(p.origin.x(), p.rect.top(), width, p.rect.height());
     }
     m_pageNumbers.clear();
+    m_lastPage = LastPage{index, m_complete, m_textPages, page};
     return page;
 }
 
