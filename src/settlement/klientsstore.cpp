@@ -65,9 +65,9 @@ const QStringList &KlientsStore::columns()
 QString KlientsStore::clientCoursesSql(Dialect dialect)
 {
     // PostgreSQL orders texts by the server's language unless told to compare codes; SQLite
-    // compares codes.
+    // compares codes. A route left empty sorts as empty text, as the screen reads it.
     return QStringLiteral("SELECT data, Marsh, Tovar, kola, km, ton, Tarifa, bruto FROM tabl "
-                          "WHERE Klient = ? AND data BETWEEN ? AND ? ORDER BY data, Marsh%1, id")
+                          "WHERE Klient = ? AND data BETWEEN ? AND ? ORDER BY data, COALESCE(Marsh, '')%1, id")
         .arg(dialect == Dialect::PostgreSQL ? QStringLiteral(" COLLATE \"C\"") : QString());
 }
 
