@@ -21,10 +21,9 @@ QPalette::ColorGroup colorGroupOf(const QStyleOptionViewItem &cell)
 
 qreal ResultGridTextDelegate::widthOf(const QString &text, const QFont &font) const
 {
-    const QString key = font.key();
-    if (key != m_widthsFont || m_widths.size() >= widthsKept) {
+    if (font != m_widthsFont || m_widths.size() >= widthsKept) {
         m_widths.clear();
-        m_widthsFont = key;
+        m_widthsFont = font;
     }
     auto known = m_widths.constFind(text);
     if (known == m_widths.constEnd())

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QHash>
 #include <QStyledItemDelegate>
 
@@ -19,7 +20,7 @@ private:
     qreal widthOf(const QString &text, const QFont &font) const;
 
     mutable QHash<QString, qreal> m_widths;
-    mutable QString m_widthsFont;  // the font the widths were measured in
+    mutable QFont m_widthsFont;  // the font the widths were measured in
 };
 
 }
