@@ -1,6 +1,7 @@
 #include "paysheet.h"
 
 #include <cmath>
+#include <optional>
 
 namespace zarek {
 
@@ -72,7 +73,7 @@ UserMessage noPercentMessage(const QString &kola)
 }
 
 std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> &trucks, const BooksDay &books,
-                                         std::optional<Currency> currency)
+                                         std::optional<Currency> currency, const WorkProgress &progress)
 {
     bool anyEuro = false;
     for (const PaySheetLine &line : std::as_const(sheet.lines))
@@ -81,8 +82,18 @@ std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> 
     sheet.changeover = books.changeover;
     sheet.total = {};
     sheet.otherTotal = {};
-    for (PaySheetLine &line : sheet.lines) {
-        const PayTruck truck = payTruckFor(trucks, line.kola);
+    const int count = static_cast<int>(sheet.lines.size());
+    // A driver's courses run mostly on one truck: its terms are looked up again only when it changes.
+    PayTruck truck;
+    std::optional<QString> truckOf;
+    for (int row = 0; row < count; ++row) {
+        if (progress && (row % 256 == 0 || row + 1 == count))
+            progress(row + 1, count);
+        PaySheetLine &line = sheet.lines[row];
+        if (truckOf != line.kola) {
+            truck = payTruckFor(trucks, line.kola);
+            truckOf = line.kola;
+        }
         if (truck.percent == 0.0)
             return noPercentMessage(line.kola);
         line.pay = coursePay(line.bruto, truck.percent, line.ton, truck.ratedTon);

@@ -4,6 +4,7 @@
 #include "core/dates.h"
 #include "core/money.h"
 #include "core/usermessage.h"
+#include "settlement/progress.h"
 
 #include <QDate>
 #include <QList>
@@ -100,9 +101,11 @@ struct PaySheet {
 // load, added up by currency. The sheet is paid on the day today, in its currency, or in the
 // currency given (a screen that already shows its sum in one). Every figure a driver is paid by
 // comes from here: the pay sheet and the running sum of the payment screen. Refused at the first
-// line of a truck without a percent, with "Няма зададен процент за кола № … !".
+// line of a truck without a percent, with "Няма зададен процент за кола № … !". Progress is told
+// line by line, of all the sheet's lines.
 std::optional<UserMessage> pricePaySheet(PaySheet &sheet, const QList<PayTruck> &trucks, const BooksDay &books,
-                                         std::optional<Currency> currency = std::nullopt);
+                                         std::optional<Currency> currency = std::nullopt,
+                                         const WorkProgress &progress = {});
 
 // "Няма зададен процент за кола № " + number + " !" under "ВНИМАНИЕ!"
 UserMessage noPercentMessage(const QString &kola);

@@ -34,34 +34,30 @@ Checked<PaySheet> BuildDriverPaySheet(const SearchConditions &conditions, QSqlDa
     if (!trucks)
         return trucks.message();
 
-    const Checked<RowSet> read = readRows(db, readErrorTitle,
-                                          QStringLiteral("SELECT data, kola, ton, KM, Marsh, Tovar, bruto FROM tabl "
-                                                         "WHERE kod = ? AND plat = ? AND data BETWEEN ? AND ? "
-                                                         "ORDER BY data, id"),
-                                          {sheet.kod, false, sheet.period.from, sheet.period.to});
-    if (!read)
-        return read.message();
-    const RowSet &courses = read.value();
-    const int count = courses.rowCount();
-    if (count == 0)
-        return noCoursesToPayMessage();
-
-    sheet.lines.reserve(count);
-    for (int row = 0; row < count; ++row) {
-        if (progress && (row % 256 == 0 || row + 1 == count))
-            progress(row + 1, count);
+    // The courses are read straight into the sheet's lines: a paper of thousands of lines keeps
+    // no second copy of its rows.
+    Query courses(db, QStringLiteral("SELECT data, kola, ton, KM, Marsh, Tovar, bruto FROM tabl "
+                                     "WHERE kod = ? AND plat = ? AND data BETWEEN ? AND ? ORDER BY data, id"));
+    if (auto failed = courses.run(readErrorTitle, {sheet.kod, false, sheet.period.from, sheet.period.to}))
+        return *failed;
+    while (courses.next()) {
         PaySheetLine line;
-        line.red = row + 1;
-        line.data = dateOfValue(courses.value(row, 0));
-        line.kola = courses.value(row, 1).toString();
-        line.ton = courses.value(row, 2).toDouble();
-        line.km = courses.value(row, 3).toDouble();
-        line.marsh = courses.value(row, 4).toString();
-        line.tovar = courses.value(row, 5).toString();
-        line.bruto = courses.value(row, 6).toDouble();
+        line.red = static_cast<int>(sheet.lines.size()) + 1;
+        line.data = dateOfValue(courses.value(0));
+        line.kola = courses.value(1).toString();
+        line.ton = courses.value(2).toDouble();
+        line.km = courses.value(3).toDouble();
+        line.marsh = courses.value(4).toString();
+        line.tovar = courses.value(5).toString();
+        line.bruto = courses.value(6).toDouble();
         sheet.lines.append(line);
     }
-    if (auto refusal = pricePaySheet(sheet, trucks.value(), books))
+    if (auto failed = courses.readFailure(readErrorTitle))
+        return *failed;
+    if (sheet.lines.isEmpty())
+        return noCoursesToPayMessage();
+
+    if (auto refusal = pricePaySheet(sheet, trucks.value(), books, std::nullopt, progress))
         return *refusal;
     return sheet;
 }
