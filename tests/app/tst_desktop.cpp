@@ -451,12 +451,8 @@ private slots:
                                 if (combo->isEnabled() && combo->count() > 1)
                                     combo->setCurrentIndex((combo->currentIndex() + 1) % combo->count());
                             }
-                            if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
-                                QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
-                        } else if (!search && ++waited[w] == 50) {
-                            qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
-                            closeLater(w);
-                        } else if (search && waited[w] == 200) {
+                            pressOkLater(search);
+                        } else if (search ? waited[w] == 200 : ++waited[w] == 50) {
                             qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
                             closeLater(w);
                         }
@@ -468,13 +464,10 @@ private slots:
                     if (!name.isEmpty())
                         save(w, name);
                     auto *search = qobject_cast<SearchDialog *>(w);
-                    if (search && shown < names.size()) {
-                        fillSearch(search);
-                        if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
-                            QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
-                    } else {
+                    if (search && shown < names.size())
+                        answerSearch(search);
+                    else
                         closeLater(w);
-                    }
                     return;
                 }
             });
@@ -536,9 +529,7 @@ private:
             auto *search = qobject_cast<SearchDialog *>(w);
             if (search && !searched.contains(w)) {
                 searched.insert(w);
-                fillSearch(search);
-                if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
-                    QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
+                answerSearch(search);
                 return;
             }
             closeLater(w);
@@ -546,8 +537,8 @@ private:
         }
     }
 
-    // A wide period and the first entry of every list.
-    static void fillSearch(QDialog *dialog)
+    // A wide period and the first entry of every list, then OK.
+    static void answerSearch(QDialog *dialog)
     {
         if (auto *from = dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0")))
             from->setText(QStringLiteral("01.01.2000"));
@@ -557,6 +548,14 @@ private:
             if (combo->isEnabled() && combo->count() > 0 && combo->currentText().isEmpty())
                 combo->setCurrentIndex(0);
         }
+        pressOkLater(dialog);
+    }
+
+    // Presses a search dialog's OK once the event loop turns.
+    static void pressOkLater(QDialog *dialog)
+    {
+        if (auto *ok = dialog->findChild<QPushButton *>(QStringLiteral("OKButton")))
+            QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
     }
 
     static void checkFits(QWidget *w)
