@@ -177,7 +177,8 @@ private slots:
         QVERIFY(screen.boxes[3]->isReadOnly());
     }
 
-    void keysMoveWhileBrowsingAndCtrlCountsOnlyAlone()
+    // Keys move while browsing, Ctrl counting only alone; while a row is pending they are dead.
+    void keysMoveWhileBrowsingAndAreDeadWhileARowIsPending()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.show();
@@ -208,12 +209,7 @@ private slots:
         // A click selects the whole text.
         QTest::mouseClick(screen.boxes[2], Qt::LeftButton, {}, QPoint(5, 5));
         QTRY_COMPARE(screen.boxes[2]->selectedText(), QStringLiteral("Артикул 3"));
-    }
 
-    void keysAreDeadWhileARowIsPending()
-    {
-        STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.show();
         for (const char *start : {"cmdAdd", "cmdEdit"}) {
             screen.button(start)->click();
             screen.boxes[2]->setText(QStringLiteral("набрано"));
@@ -293,27 +289,10 @@ private slots:
                  QStringLiteral("Артикул 2 Артикул 3"));  // the first deleted, the typing not written
     }
 
-    // Keys typed into a box of a row only shown went nowhere. The first starts "Поправи" on that
-    // row and goes into the box, typing over it; the keys after it follow in order.
-    void typingInAShownRowStartsItsCorrection()
-    {
-        STOCK_SCREEN_ON_THREE_ROWS(screen);
-        test::showActive(screen.window);
-        screen.form->next();
-        screen.boxes[3]->setFocus();
-        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("17"));
-        QCoreApplication::processEvents();
-        QCOMPARE(screen.form->state(), RecordForm::State::Editing);
-        QCOMPARE(screen.status(), QStringLiteral("Корекция"));
-        QCOMPARE(QApplication::focusWidget(), screen.boxes[3]);
-        QCOMPARE(screen.boxes[3]->text(), QStringLiteral("17"));
-        QVERIFY(screen.form->update());
-        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 2'")).toDouble(), 17.0);
-        QVERIFY(messages.shown.isEmpty());
-    }
-
-    // A key on a button of the strip (where it does nothing) says how to start.
-    void aKeyOnTheStripSaysHowToStart()
+    // A key on a button of the strip (where it does nothing) says how to start. Keys typed into a
+    // box of a row only shown went nowhere: the first starts "Поправи" on that row and goes into the
+    // box, typing over it; the keys after it follow in order.
+    void aKeyOnTheStripSaysHowToStartAndTypingInARowStartsItsCorrection()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
         test::showActive(screen.window);
@@ -324,6 +303,17 @@ private slots:
         QCOMPARE(screen.form->state(), RecordForm::State::Browsing);
         screen.form->next();
         QCOMPARE(screen.status(), QStringLiteral("Запис №: 2"));
+
+        screen.boxes[3]->setFocus();
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("17"));
+        QCoreApplication::processEvents();
+        QCOMPARE(screen.form->state(), RecordForm::State::Editing);
+        QCOMPARE(screen.status(), QStringLiteral("Корекция"));
+        QCOMPARE(QApplication::focusWidget(), screen.boxes[3]);
+        QCOMPARE(screen.boxes[3]->text(), QStringLiteral("17"));
+        QVERIFY(screen.form->update());
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 2'")).toDouble(), 17.0);
+        QVERIFY(messages.shown.isEmpty());
     }
 
     // A value its column cannot take is refused with the box named, nothing written, and the message
