@@ -38,7 +38,8 @@ class OptionsTest : public QObject {
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
 
-    void aTariffBoxThatIsNoNumberIsToldAtOnce()
+    // A tariff box that is no number is told at once, and a save with it writes nothing.
+    void aTariffBoxThatIsNoNumberIsToldAtOnceAndWritesNothing()
     {
         OPTIONS_SCREEN();
         QLineEdit *first = lineEdit(screen, QStringLiteral("Text1"));
@@ -53,6 +54,17 @@ private slots:
         QCOMPARE(messages.shown.size(), 2);
         QTest::keyClicks(first, "5");
         QCOMPARE(messages.shown.size(), 2);
+
+        // A save with a tariff that is no number writes nothing.
+        messages.shown.clear();
+        setRates(screen, {"0,35", "0,25", "x", "0,14", "0,12", "0,1"});
+        QCOMPARE(messages.shown.size(), 1);  // told as it changed
+        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при въвеждане!"));
+        button(screen, "cmdUpdate2")->click();
+        QCOMPARE(messages.shown.size(), 2);
+        QCOMPARE(messages.shown[1].title, QStringLiteral("ГРЕШКА при запис!"));
+        QVERIFY(messages.shown[1].text.startsWith(QStringLiteral("13:")));
+        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Tarifi")), 0);
     }
 
     void tariffsAreSavedAlsoIntoAnEmptyTable()
@@ -77,19 +89,6 @@ private slots:
 
         Options again(scratch.db());
         QCOMPARE(lineEdit(again, QStringLiteral("Text1"))->text(), QStringLiteral("0,360"));
-    }
-
-    void aTariffThatIsNoNumberWritesNothing()
-    {
-        OPTIONS_SCREEN();
-        setRates(screen, {"0,35", "0,25", "x", "0,14", "0,12", "0,1"});
-        QCOMPARE(messages.shown.size(), 1);  // told as it changed
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при въвеждане!"));
-        button(screen, "cmdUpdate2")->click();
-        QCOMPARE(messages.shown.size(), 2);
-        QCOMPARE(messages.shown[1].title, QStringLiteral("ГРЕШКА при запис!"));
-        QVERIFY(messages.shown[1].text.startsWith(QStringLiteral("13:")));
-        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Tarifi")), 0);
     }
 
     void trucksAreKeptWithoutChecksAndNumbersTypedWithComma()
