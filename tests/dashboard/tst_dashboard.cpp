@@ -177,13 +177,10 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         // In leva before a changeover on the 15th: 50,01 лв. is 25,57 €, 50,00 лв. is 25,56 € and each
         // 0,01 лв. is 0,01 €, each on its own (the leva summed first would give 51,14 €, not 51,15 €).
-        QVERIFY(addCourse(scratch.db(), QDate(2025, 12, 31), 33.33));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 10), 50.01));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 14), 50.0));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 12), 0.01));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 13), 0.01));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 20), 0.0));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 31), 50.0));
+        for (const auto &[day, bruto] : {std::pair{QDate(2025, 12, 31), 33.33}, {QDate(2026, 1, 10), 50.01},
+                                         {QDate(2026, 1, 14), 50.0}, {QDate(2026, 1, 12), 0.01}, {QDate(2026, 1, 13), 0.01},
+                                         {QDate(2026, 1, 20), 0.0}, {QDate(2026, 1, 31), 50.0}})
+            QVERIFY(addCourse(scratch.db(), day, bruto));
         const BooksDay books{Changeover{changeover}, QDate(2026, 2, 10)};
         const Period period = monthOf(month);
         const auto figures = periodFigures(scratch.db(), books, period);
