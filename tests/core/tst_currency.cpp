@@ -43,17 +43,14 @@ private slots:
         QCOMPARE(wagesToEuro(cents(leva)).cents(), wages);
     }
 
-    void theExactRateGivesOneEuro()
+    void theExactRateGivesOneEuroAndEuroGoBackToLevaHalfUp()
     {
         // 1,95583 лв. is no amount of whole stotinki: as a unit price it is exactly one euro.
         QCOMPARE(convertPrice(1.95583, Currency::Leva, Currency::Euro), 1.00);
         QCOMPARE(convertPrice(0.005, Currency::Leva, Currency::Euro), 0.00);
         QCOMPARE(convertPrice(3.00, Currency::Leva, Currency::Euro), 1.53);
         QCOMPARE(convertPrice(1.53, Currency::Euro, Currency::Leva), 2.99);
-    }
-
-    void euroGoesBackToLevaHalfUp()
-    {
+        // Euro go back to leva half up.
         QCOMPARE(euroToLeva(cents(100)).cents(), qint64(196));
         QCOMPARE(euroToLeva(cents(5113)).cents(), qint64(10000));
         QCOMPARE(convertAmount(cents(5113), Currency::Euro, Currency::Euro).cents(), qint64(5113));
@@ -131,10 +128,15 @@ private slots:
         QCOMPARE(int(BooksDay({books, QDate(2026, 6, 1)}).currencyOn(day)), currency);
     }
 
-    void pricesStandInEuroOnceChangedOver()
+    void pricesAndTotalsStandInEuroOnceChangedOver()
     {
         QCOMPARE(Changeover{}.priceCurrency(), Currency::Leva);
         QCOMPARE(Changeover{QDate(2027, 1, 1)}.priceCurrency(), Currency::Euro);
+        // Totals are in euro once any amount or the day is.
+        QCOMPARE(totalsCurrency(false), Currency::Leva);
+        QCOMPARE(totalsCurrency(true), Currency::Euro);
+        QCOMPARE(totalsCurrency(false, Currency::Euro), Currency::Euro);
+        QCOMPARE(totalsCurrency(false, Currency::Leva), Currency::Leva);
     }
 
     void totalsConvertEachAmountOfTheOtherCurrency()
@@ -168,14 +170,6 @@ private slots:
         QCOMPARE(total.total(), before);
         // Pay converts its leva once, rounded up; other totals convert each amount half up.
         QCOMPARE(before.cents(), rule == int(CurrencyTotal::Rule::Wages) ? qint64(46017) : qint64(46016));
-    }
-
-    void totalsAreInEuroOnceAnyAmountOrTheDayIs()
-    {
-        QCOMPARE(totalsCurrency(false), Currency::Leva);
-        QCOMPARE(totalsCurrency(true), Currency::Euro);
-        QCOMPARE(totalsCurrency(false, Currency::Euro), Currency::Euro);
-        QCOMPARE(totalsCurrency(false, Currency::Leva), Currency::Leva);
     }
 
     void theNoteSaysHowTheTotalsWereMade()
