@@ -45,4 +45,17 @@ inline FirmProfile exampleAttestingFirm()
     return firm;
 }
 
+// A firm with the fields the first start asks for, the rest left empty.
+inline FirmProfile firmOf(const QString &name, const QString &address, const QString &city, const QString &telephone,
+                          const QString &gsm)
+{
+    FirmProfile firm;
+    firm.UserName = name;
+    firm.UserAdres = address;
+    firm.UserCity = city;
+    firm.UserTel = telephone;
+    firm.UserGSM = gsm;
+    return firm;
+}
+
 }

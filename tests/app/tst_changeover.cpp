@@ -5,6 +5,7 @@
 #include "data/changeoverstore.h"
 #include "data/schema.h"
 #include "forms/messageservice.h"
+#include "examplefirm.h"
 #include "screendriver.h"
 #include "testdatabase.h"
 #include "warehouse/stockfixture.h"
@@ -128,7 +129,7 @@ private slots:
         QCOMPARE(review.documentsFrom(), 0);
     }
 
-    void theChangeoverWritesTheConvertedValuesAndRecordsItsDateAndRate()
+    void theChangeoverWritesTheConvertedValuesRecordsItsDateAndRateAndIsRefusedTheSecondTime()
     {
         LEVA_FIRM();
         QVERIFY(!loadChangeover(db).value().isSet());
@@ -145,13 +146,8 @@ private slots:
                  QStringLiteral("Масло|1.64|2 Филтър|12.53|2"));
         // The receipts themselves stay the leva documents they were.
         QCOMPARE(scalar(db, QStringLiteral("SELECT COUNT(*) FROM Sklad WHERE VidKol = 'P' AND Edin IN (3, 3.2, 24.5)")).toInt(), 3);
-    }
 
-    void theChangeoverIsRefusedTheSecondTime()
-    {
-        LEVA_FIRM();
-        const Checked<ChangeoverReview> review = reviewChangeover(db, euroDay);
-        QCOMPARE(textOf(runChangeover(db, review.value(), runTime)), QString());
+        // It is refused the second time.
         const QString after = snapshot(db);
         const Changeover done{euroDay};
         // Neither a new review nor the old one run again converts anything twice.
@@ -267,12 +263,7 @@ private slots:
         QFETCH(bool, euro);
         QFETCH(QDate, today);
         QFETCH(QDate, changeover);
-        FirmProfile firm;
-        firm.UserName = QStringLiteral("Нова Фирма ООД");
-        firm.UserAdres = QStringLiteral("ул. Първа 1");
-        firm.UserCity = QStringLiteral("Пловдив");
-        firm.UserTel = QStringLiteral("032 111 222");
-        firm.UserGSM = QStringLiteral("0888 111 222");
+        const FirmProfile firm = test::firmOf("Нова Фирма ООД", "ул. Първа 1", "Пловдив", "032 111 222", "0888 111 222");
         QCOMPARE(textOf(createFirmAndAdministrator(scratch.db(), firm, QStringLiteral("admin"), QStringLiteral("тайна"),
                                                    euro, today)),
                  QString());

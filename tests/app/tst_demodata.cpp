@@ -41,6 +41,7 @@ class DemoDataTest : public QObject {
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
 
+    // A demo firm is whole and consistent, and the same for the same seed.
     void aDemoFirmIsWholeAndConsistent()
     {
         ZAREK_SCRATCH_DB_AS(scratch, db);
@@ -71,11 +72,19 @@ private slots:
                             "(SELECT NomFakt FROM Fakturi)"), 0);
         QVERIFY(countBy(db, "SELECT COUNT(*) FROM Fakturi") > 0);
 
+        // Every driver's personal number is valid and gives a birth date of a driver of working age.
         QSqlQuery drivers(db);
         QVERIFY(drivers.exec("SELECT EGN, LKarta FROM shof"));
         while (drivers.next()) {
             QVERIFY2(validEgn(drivers.value(0).toString()), qPrintable(drivers.value(0).toString()));
             QCOMPARE(drivers.value(1).toString().size(), 9);
+            const auto born = birthDateFromEgn(drivers.value(0).toString());
+            QVERIFY2(born.ok(), qPrintable(drivers.value(0).toString()));
+            const QStringList parts = born.value().split(QLatin1Char('.'));
+            const QDate date(parts.value(2).toInt(), parts.value(1).toInt(), parts.value(0).toInt());
+            QVERIFY2(date.isValid(), qPrintable(born.value()));
+            const int age = date.daysTo(smallDemo().today) / 365;
+            QVERIFY2(age >= 21 && age <= 65, qPrintable(born.value()));
         }
 
         QSqlQuery courses(db);
@@ -107,14 +116,8 @@ private slots:
         QVERIFY(admin.next());
         QVERIFY(verifyPassword(admin.value(0).toString(), QString::fromLatin1(demoAdministratorPassword)));
         QVERIFY(admin.value(0).toString() != QString::fromLatin1(demoAdministratorPassword));
-    }
 
-    // The trips' senders and receivers are the address book, each firm once; every driver's personal
-    // number gives a birth date of a driver of working age.
-    void tripsFillTheAddressBookAndDriversHaveBelievableBirthDates()
-    {
-        ZAREK_SCRATCH_DB_AS(scratch, db);
-        QVERIFY(fillDemoDatabase(db, smallDemo()).ok());
+        // The trips' senders and receivers are the address book, each firm once.
         const QString parties = QStringLiteral(
             "SELECT SendName, SendAdres, SendCity, SendCountry FROM ExternalKurs "
             "UNION SELECT ResivName, ResivAdres, ResivCity, ResivCountry FROM ExternalKurs");
@@ -127,25 +130,9 @@ private slots:
                  0);
         QVERIFY(countBy(db, "SELECT COUNT(DISTINCT TruckR) FROM ExternalKurs") <= 4);
 
-        QSqlQuery drivers(db);
-        QVERIFY(drivers.exec("SELECT EGN FROM shof"));
-        while (drivers.next()) {
-            const auto born = birthDateFromEgn(drivers.value(0).toString());
-            QVERIFY2(born.ok(), qPrintable(drivers.value(0).toString()));
-            const QStringList parts = born.value().split(QLatin1Char('.'));
-            const QDate date(parts.value(2).toInt(), parts.value(1).toInt(), parts.value(0).toInt());
-            QVERIFY2(date.isValid(), qPrintable(born.value()));
-            const int age = date.daysTo(smallDemo().today) / 365;
-            QVERIFY2(age >= 21 && age <= 65, qPrintable(born.value()));
-        }
-    }
 
-    // Every client the demo courses name is in the register, with an ЕИК whose control digit is
-    // right and a VAT number that is BG and that ЕИК; the firm has a valid account for its invoices.
-    void theClientRegisterHoldsEveryCourseClient()
-    {
-        ZAREK_SCRATCH_DB_AS(scratch, db);
-        QVERIFY(fillDemoDatabase(db, smallDemo()).ok());
+        // Every client the demo courses name is in the register, with an ЕИК whose control digit is
+        // right and a VAT number that is BG and that ЕИК; the firm has a valid account for its invoices.
         QCOMPARE(countBy(db, "SELECT COUNT(DISTINCT Klient) FROM tabl WHERE Klient NOT IN (SELECT Ime FROM Klienti)"), 0);
         QVERIFY(countBy(db, "SELECT COUNT(*) FROM Klienti") >= 10);
         QSqlQuery clients(db);
@@ -158,20 +145,15 @@ private slots:
             QVERIFY(!clients.value(3).toString().isEmpty() && !clients.value(4).toString().isEmpty());
         }
         QVERIFY(isValidIban(LoadFirmProfile(db).profile->UserIBAN));
+
+        // The same seed gives the same firm.
+        ZAREK_SCRATCH_DB_NAMED(second, engine);
+        QSqlDatabase again = second.db();
+        QVERIFY(fillDemoDatabase(again, smallDemo()).ok());
+        const QString sql = QStringLiteral("SELECT kola, Klient, km, ton, bruto FROM tabl ORDER BY id");
+        QCOMPARE(test::rowsText(again, sql), test::rowsText(db, sql));
     }
 
-    void theSameSeedGivesTheSameFirm()
-    {
-        ZAREK_SCRATCH_DB(first);
-        ZAREK_SCRATCH_DB_NAMED(second, engine);
-        QSqlDatabase a = first.db();
-        QSqlDatabase b = second.db();
-        QVERIFY(fillDemoDatabase(a, smallDemo()).ok());
-        QVERIFY(fillDemoDatabase(b, smallDemo()).ok());
-        const QString sql = QStringLiteral("SELECT kola, Klient, km, ton, bruto FROM tabl ORDER BY id");
-        QVERIFY(test::countBy(a, QStringLiteral("SELECT COUNT(*) FROM tabl")) > 0);
-        QCOMPARE(test::rowsText(a, sql), test::rowsText(b, sql));
-    }
 };
 
 QTEST_GUILESS_MAIN(DemoDataTest)

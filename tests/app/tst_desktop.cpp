@@ -157,7 +157,7 @@ private slots:
     }
 
     // The menus had no Alt letters: every menu and every item has one, unique within its menu.
-    void theMenusHadNoAltLetters()
+    void theMenusHadNoAltLettersAndF10DidNothing()
     {
         MAIN_WINDOW(window);
         QStringList topLetters;
@@ -177,12 +177,8 @@ private slots:
             }
         }
         QCOMPARE(topLetters.size(), 6);
-    }
 
-    // F10 did nothing: it opens the first menu of the bar.
-    void f10DidNothing()
-    {
-        MAIN_WINDOW(window);
+        // F10 did nothing: it opens the first menu of the bar.
         test::showActive(window);
         QTest::keyClick(&window, Qt::Key_F10);
         QTRY_VERIFY(window.menuBar()->activeAction());
@@ -451,12 +447,8 @@ private slots:
                                 if (combo->isEnabled() && combo->count() > 1)
                                     combo->setCurrentIndex((combo->currentIndex() + 1) % combo->count());
                             }
-                            if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
-                                QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
-                        } else if (!search && ++waited[w] == 50) {
-                            qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
-                            closeLater(w);
-                        } else if (search && waited[w] == 200) {
+                            pressOkLater(search);
+                        } else if (search ? waited[w] == 200 : ++waited[w] == 50) {
                             qWarning() << menuItem << "closed" << w->objectName() << "after waiting";
                             closeLater(w);
                         }
@@ -468,13 +460,10 @@ private slots:
                     if (!name.isEmpty())
                         save(w, name);
                     auto *search = qobject_cast<SearchDialog *>(w);
-                    if (search && shown < names.size()) {
-                        fillSearch(search);
-                        if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
-                            QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
-                    } else {
+                    if (search && shown < names.size())
+                        answerSearch(search);
+                    else
                         closeLater(w);
-                    }
                     return;
                 }
             });
@@ -536,9 +525,7 @@ private:
             auto *search = qobject_cast<SearchDialog *>(w);
             if (search && !searched.contains(w)) {
                 searched.insert(w);
-                fillSearch(search);
-                if (auto *ok = search->findChild<QPushButton *>(QStringLiteral("OKButton")))
-                    QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
+                answerSearch(search);
                 return;
             }
             closeLater(w);
@@ -546,8 +533,8 @@ private:
         }
     }
 
-    // A wide period and the first entry of every list.
-    static void fillSearch(QDialog *dialog)
+    // A wide period and the first entry of every list, then OK.
+    static void answerSearch(QDialog *dialog)
     {
         if (auto *from = dialog->findChild<QLineEdit *>(QStringLiteral("Text1_0")))
             from->setText(QStringLiteral("01.01.2000"));
@@ -557,6 +544,14 @@ private:
             if (combo->isEnabled() && combo->count() > 0 && combo->currentText().isEmpty())
                 combo->setCurrentIndex(0);
         }
+        pressOkLater(dialog);
+    }
+
+    // Presses a search dialog's OK once the event loop turns.
+    static void pressOkLater(QDialog *dialog)
+    {
+        if (auto *ok = dialog->findChild<QPushButton *>(QStringLiteral("OKButton")))
+            QMetaObject::invokeMethod(ok, &QPushButton::click, Qt::QueuedConnection);
     }
 
     static void checkFits(QWidget *w)

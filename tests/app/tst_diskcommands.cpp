@@ -47,6 +47,13 @@ QStringList filesIn(const QString &folder)
     return QDir(folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
 }
 
+// The courses of the archive at path as its check counts them, or -1 when the check refuses it.
+qint64 archivedCourses(const QString &path, const QString &workFolder)
+{
+    PreparedArchive archive;
+    return archive.prepare(path, workFolder) ? -1 : archive.counts().value(QStringLiteral("tabl"));
+}
+
 }
 
 // A fresh database of the current engine with rows in every table, the messages recorded, and the
@@ -153,9 +160,7 @@ private slots:
         QCOMPARE(onlyOne(messages.shown),
                  QLatin1Char('|') + QStringLiteral("Данните са записани във файла:\n%1\nАрхивът е проверен: 3 курса, 1 складово движение.")
                      .arg(native(m_dir->filePath(QStringLiteral("копие.abd")))));
-        PreparedArchive archive;
-        QVERIFY(!archive.prepare(m_dir->filePath(QStringLiteral("копие.abd")), m_dir->path()));
-        QCOMPARE(archive.counts().value(QStringLiteral("tabl")), 3);
+        QCOMPARE(archivedCourses(m_dir->filePath(QStringLiteral("копие.abd")), m_dir->path()), 3);
     }
 
     void aSaveThatCannotBeWrittenSaysWhy()
@@ -204,9 +209,7 @@ private slots:
         QCOMPARE(window.windowTitle(), QStringLiteral("Зарек 2.3.4 - Зарек Транс ООД"));
         QCOMPARE(window.firmProfile().UserName, QStringLiteral("Зарек Транс ООД"));
         COMPARE_DUMPS(dumpDatabase(scratch.db()), archived);
-        PreparedArchive before;
-        QVERIFY(!before.prepare(safety, m_dir->path()));
-        QCOMPARE(before.counts().value(QStringLiteral("tabl")), 0);
+        QCOMPARE(archivedCourses(safety, m_dir->path()), 0);
     }
 
     // A screen holding typing asks before it closes; keeping the typing stops the load, with
@@ -253,9 +256,7 @@ private slots:
         QCOMPARE(onlyText(messages.shown), QStringLiteral("Операцията завърши успешно\nАрхив на 2025 година:\n%1").arg(native(archive)));
         QCOMPARE(countOf(scratch.db(), QStringLiteral("tabl")), 0);
         QCOMPARE(countOf(scratch.db(), QStringLiteral("shof")), 1);
-        PreparedArchive closed;
-        QVERIFY(!closed.prepare(archive, m_dir->path()));
-        QCOMPARE(closed.counts().value(QStringLiteral("tabl")), 3);
+        QCOMPARE(archivedCourses(archive, m_dir->path()), 3);
         QVERIFY(insertCourse(scratch.db(), QDate(2025, 12, 31), QStringLiteral("Късен курс")));
 
         messages.asked.clear();
@@ -276,9 +277,7 @@ private slots:
                                                         "Досегашният архив е запазен като:\n%2")
                                              .arg(native(archive), native(previous)));
         QCOMPARE(countOf(scratch.db(), QStringLiteral("tabl")), 0);
-        PreparedArchive first;
-        QVERIFY(!first.prepare(previous, m_dir->path()));
-        QCOMPARE(first.counts().value(QStringLiteral("tabl")), 3);
+        QCOMPARE(archivedCourses(previous, m_dir->path()), 3);
     }
 
     // With ZAREK_SCREENSHOT_DIR set, saves the dialogs, the questions and the messages as pictures

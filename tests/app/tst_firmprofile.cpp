@@ -11,14 +11,20 @@ class FirmProfileTest : public QObject {
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
 
-    void anEmptyFirmTableStopsTheProgram()
+    // An empty firm table stops the program; of several rows only the first counts.
+    void anEmptyFirmTableStopsTheProgramAndOnlyTheFirstRowCounts()
     {
         ZAREK_SCRATCH_DB_AS(scratch, db);
-        const FirmProfileLoad load = LoadFirmProfile(db);
-        QVERIFY(!load.profile);
-        QCOMPARE(load.stopMessage, std::optional(UserMessage{QStringLiteral("ВНИМАНИЕ!"),
+        const FirmProfileLoad none = LoadFirmProfile(db);
+        QVERIFY(!none.profile);
+        QCOMPARE(none.stopMessage, std::optional(UserMessage{QStringLiteral("ВНИМАНИЕ!"),
                                                              QStringLiteral("Липсват данни!\nИзлизам от програмата!"),
                                                              UserMessage::Icon::Exclamation}));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO ZarekCfg (UserName) VALUES ('Първа')")));
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO ZarekCfg (UserName) VALUES ('Втора')")));
+        const FirmProfileLoad load = LoadFirmProfile(db);
+        QVERIFY(!load.stopMessage);
+        QCOMPARE(load.profile->UserName, QStringLiteral("Първа"));
     }
 
     void requiredFieldsAreTrimmedAndOptionalOnesNeverEmpty()
@@ -38,24 +44,6 @@ private slots:
                               profile.UserMOL}),
                  (QStringList{"Д'Арт Транс ООД", "ул. Шипка 5", "Пловдив", "", "0888", " ", " ", " ", " ", "123456789",
                               "Петър Петров"}));
-    }
-
-    void onlyTheFirstRowCounts()
-    {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO ZarekCfg (UserName) VALUES ('Първа')")));
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO ZarekCfg (UserName) VALUES ('Втора')")));
-        QSqlDatabase db = scratch.db();
-        const FirmProfileLoad load = LoadFirmProfile(db);
-        QVERIFY(!load.stopMessage);
-        QCOMPARE(load.profile->UserName, QStringLiteral("Първа"));
-    }
-
-    void titleCarriesVersionAndFirm()
-    {
-        FirmProfile profile;
-        profile.UserName = QStringLiteral("ACME");
-        QCOMPARE(mainWindowTitle(profile), QStringLiteral("Зарек 2.3.4 - ACME"));
     }
 };
 

@@ -190,24 +190,6 @@ private slots:
             QVERIFY2(window.menuAction(QString::fromUtf8(built))->isEnabled(), built);
     }
 
-    void aSearchCommandShowsItsDialogAndCancellingPutsThePanelBack()
-    {
-        MAIN_WINDOW_TELLING(window, "A");
-        QString caption;
-        QString dialogName;
-        test::onNextModal([&](QDialog &modal) {
-            caption = modal.windowTitle();
-            dialogName = modal.objectName();
-            modal.reject();
-        });
-        window.menuAction(QStringLiteral("mnuSprKola"))->trigger();
-        QCOMPARE(caption, QStringLiteral("Търсене - Курсове на кола №"));
-        QCOMPARE(dialogName, QStringLiteral("DiaSeek"));
-        QCOMPARE(window.searchMode(), SearchMode::Kola);
-        QCOMPARE(window.panelText(1), QStringLiteral("Готов за работа"));  // nothing is being worked on
-        QCOMPARE(messages.shown.last().text, QStringLiteral("Няма избрани ограничения за търсене!"));
-    }
-
     // "Нов курс" opens the course editor at once, a new course started.
     void newCourseOpensTheEditorEntering()
     {
@@ -349,20 +331,24 @@ private slots:
         QVERIFY(messages.shown.isEmpty());
     }
 
-    // Search commands show the hourglass while their dialog loads its lists (the kilometre
-    // correction only the text), and the pointer is back once the dialog waits for the user.
-    void theSearchCommandsShowedNoHourglass_data()
+    // A search command shows its dialog, with the hourglass while the dialog loads its lists (the
+    // kilometre correction only the text) and the pointer back once the dialog waits for the user.
+    // Cancelling it tells so and puts the panel back.
+    void aSearchCommandShowsItsDialogWithoutAnHourglassWhileItWaits_data()
     {
         QTest::addColumn<QString>("menuItem");
         QTest::addColumn<bool>("hourglass");
-        QTest::newRow("courses of a truck") << "mnuSprKola" << true;
-        QTest::newRow("course correction") << "mnuDataKyrc" << true;
-        QTest::newRow("km correction: text only") << "mnuDataKorКм" << false;
+        QTest::addColumn<QString>("caption");
+        QTest::newRow("courses of a truck") << "mnuSprKola" << true << "Търсене - Курсове на кола №";
+        QTest::newRow("course correction") << "mnuDataKyrc" << true << "Търсене - Корекция на курсове на кола №";
+        QTest::newRow("km correction: text only")
+            << "mnuDataKorКм" << false << "Търсене - Корекция КМ на курсовете на кола №";
     }
-    void theSearchCommandsShowedNoHourglass()
+    void aSearchCommandShowsItsDialogWithoutAnHourglassWhileItWaits()
     {
         QFETCH(QString, menuItem);
         QFETCH(bool, hourglass);
+        QFETCH(QString, caption);
         ZAREK_SCRATCH_DB(scratch);
         // No courses: the dialog tells the empty list while it loads, and the pointer is seen then.
         struct PointerWatch : RecordingMessageService {
@@ -374,19 +360,24 @@ private slots:
             QList<int> pointers;
         } messages;
         FrmMain window(acme(), scratch.config(), scratch.db(), QStringLiteral("A"));
-        QString panel;
+        QString panel, shownCaption, dialogName;
         bool pointerWhileWaiting = true;
         test::onNextModal([&](QDialog &modal) {
             panel = window.panelText(1);
+            shownCaption = modal.windowTitle();
+            dialogName = modal.objectName();
             pointerWhileWaiting = QApplication::overrideCursor() != nullptr;
             modal.reject();
         });
         window.menuAction(menuItem)->trigger();
+        QCOMPARE(shownCaption + QLatin1Char('|') + dialogName, caption + QStringLiteral("|DiaSeek"));
+        QCOMPARE(window.searchMode(), SearchMode::Kola);
         QCOMPARE(panel, QStringLiteral("Обработвам данните..."));
         QVERIFY(!pointerWhileWaiting);
         QCOMPARE(messages.pointers.first(), hourglass ? int(Qt::WaitCursor) : -1);  // "Липсват данните за списъка!"
         QVERIFY(!QApplication::overrideCursor());
-        QCOMPARE(window.panelText(1), QStringLiteral("Готов за работа"));
+        QCOMPARE(window.panelText(1), QStringLiteral("Готов за работа"));  // nothing is being worked on
+        QCOMPARE(messages.shown.last().text, QStringLiteral("Няма избрани ограничения за търсене!"));
     }
 
     // The kilometre correction's own status text was missing.

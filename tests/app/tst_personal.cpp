@@ -3,6 +3,7 @@
 #include "forms/messageservice.h"
 #include "app/personal.h"
 #include "core/textcheck.h"
+#include "examplefirm.h"
 #include "testdatabase.h"
 
 #include <QLineEdit>
@@ -15,12 +16,7 @@ namespace {
 
 void createFirm(test::ScratchDatabase &scratch)
 {
-    FirmProfile firm;
-    firm.UserName = QStringLiteral("Стара Фирма ООД");
-    firm.UserAdres = QStringLiteral("ул. Първа 1");
-    firm.UserCity = QStringLiteral("Пловдив");
-    firm.UserTel = QStringLiteral("032 1");
-    firm.UserGSM = QStringLiteral("0888 1");
+    FirmProfile firm = test::firmOf("Стара Фирма ООД", "ул. Първа 1", "Пловдив", "032 1", "0888 1");
     firm.UserMOL = QStringLiteral("Иван Иванов");
     QVERIFY(!createFirmAndAdministrator(scratch.db(), firm, QStringLiteral("a"), QStringLiteral("b")));
 }

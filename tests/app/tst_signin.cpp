@@ -9,6 +9,7 @@
 #include "app/users.h"
 #include "core/textcheck.h"
 #include "data/sqlerror.h"
+#include "examplefirm.h"
 #include "screendriver.h"
 #include "testdatabase.h"
 
@@ -48,15 +49,17 @@ void signIn(UserLogin &login, const QString &name, const QString &password)
     login.findChild<QPushButton *>(QStringLiteral("cmdOK"))->click();
 }
 
+// The user's box index corrected to text on the passwords screen, and saved: whether it was.
+bool correct(PassWord &screen, int box, const QString &text)
+{
+    screen.recordForm()->edit();
+    screen.findChild<QLineEdit *>(QStringLiteral("txtFields_%1").arg(box))->setText(text);
+    return screen.recordForm()->update();
+}
+
 FirmProfile firm()
 {
-    FirmProfile profile;
-    profile.UserName = QStringLiteral("Д'Арт Транс ООД");
-    profile.UserAdres = QStringLiteral("ул. Шипка 5");
-    profile.UserCity = QStringLiteral("Пловдив");
-    profile.UserTel = QStringLiteral("032 111 222");
-    profile.UserGSM = QStringLiteral("0888 111 222");
-    return profile;
+    return test::firmOf("Д'Арт Транс ООД", "ул. Шипка 5", "Пловдив", "032 111 222", "0888 111 222");
 }
 
 }
@@ -157,22 +160,16 @@ private slots:
             QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus"))->text(), QStringLiteral(" Потребител №:1"));
 
             // Correcting with the password box left empty keeps the password.
-            screen.recordForm()->edit();
-            screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->setText(QStringLiteral("Иван Г."));
-            QVERIFY(screen.recordForm()->update());
+            QVERIFY(correct(screen, 0, QStringLiteral("Иван Г.")));
             QVERIFY(CheckUser(scratch.db(), QStringLiteral("i1"), QStringLiteral("Иван Г.")).LoginOk);
 
             // A new password is stored hashed and signs in.
-            screen.recordForm()->edit();
-            screen.findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->setText(QStringLiteral("ново"));
-            QVERIFY(screen.recordForm()->update());
+            QVERIFY(correct(screen, 1, QStringLiteral("ново")));
             QVERIFY(CheckUser(scratch.db(), QStringLiteral("ново"), QStringLiteral("Иван Г.")).LoginOk);
             QVERIFY(screen.findChild<QLineEdit *>(QStringLiteral("txtFields_1"))->text().isEmpty());
 
             // Made an administrator, the row leaves this screen for good.
-            screen.recordForm()->edit();
-            screen.findChild<QLineEdit *>(QStringLiteral("txtFields_2"))->setText(QStringLiteral("A"));
-            QVERIFY(screen.recordForm()->update());
+            QVERIFY(correct(screen, 2, QStringLiteral("A")));
         }
         PassWord again(scratch.db());
         QCOMPARE(again.recordForm()->rowCount(), 0);
@@ -272,10 +269,7 @@ private slots:
         QVERIFY(known > 0 && unknown > 0);  // neither signed in
         const double ratio = double(unknown) / double(known);
         QVERIFY2(ratio > 0.5 && ratio < 2.0, qPrintable(QStringLiteral("known %1 ns, unknown %2 ns").arg(known).arg(unknown)));
-    }
-
-    void theDummyHashHasTodaysParameters()
-    {
+        // An unknown name is checked against a hash of today's parameters that no password matches.
         QVERIFY(dummyPasswordHash().startsWith(QStringLiteral("$argon2id$")));
         QVERIFY(!passwordNeedsRehash(dummyPasswordHash()));
         QVERIFY(!verifyPassword(dummyPasswordHash(), QString()));
@@ -359,9 +353,7 @@ private slots:
     void correctingAUserStillNeedsAName()
     {
         PASSWORDS_WITH_IVAN();
-        screen.recordForm()->edit();
-        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->clear();
-        QVERIFY(!screen.recordForm()->update());
+        QVERIFY(!correct(screen, 0, QString()));
         QCOMPARE(messages.shown.size(), 1);
         QVERIFY(CheckUser(scratch.db(), QStringLiteral("i1"), QStringLiteral("Иван")).LoginOk);
     }
@@ -371,9 +363,7 @@ private slots:
         PASSWORDS_WITH_IVAN();
         QSqlQuery change(scratch.openSecondConnection());
         QVERIFY(change.exec(QStringLiteral("UPDATE Users SET Vid = 'B', row_version = row_version + 1")));
-        screen.recordForm()->edit();
-        screen.findChild<QLineEdit *>(QStringLiteral("txtFields_0"))->setText(QStringLiteral("Иван Г."));
-        QVERIFY(!screen.recordForm()->update());
+        QVERIFY(!correct(screen, 0, QStringLiteral("Иван Г.")));
         QCOMPARE(messages.shown.size(), 1);
         const QString conflict = rowConflictMessage(QString()).text;
         QCOMPARE(messages.shown[0].text, conflict.section(QLatin1Char(':'), 1));

@@ -6,6 +6,7 @@
 #include "data/database.h"
 #include "data/schema.h"
 #include "forms/messageservice.h"
+#include "examplefirm.h"
 #include "testdatabase.h"
 
 #include <QCoreApplication>
@@ -34,13 +35,7 @@ QString databaseText(const DatabaseConfig &config)
 
 FirmProfile firm()
 {
-    FirmProfile profile;
-    profile.UserName = QStringLiteral("Зарек Транс ЕООД");
-    profile.UserAdres = QStringLiteral("ул. Индустриална 12");
-    profile.UserCity = QStringLiteral("Пловдив");
-    profile.UserTel = QStringLiteral("032 604 118");
-    profile.UserGSM = QStringLiteral("0888 604 118");
-    return profile;
+    return test::firmOf("Зарек Транс ЕООД", "ул. Индустриална 12", "Пловдив", "032 604 118", "0888 604 118");
 }
 
 void say(const QString &line)

@@ -15,57 +15,45 @@ Money cents(qint64 value) { return Money::fromCents(value); }
 class CurrencyTest : public QObject {
     Q_OBJECT
 private slots:
-    void amountsGoToEuroHalfUpToTheCent_data()
+    // Amounts go to euro half up to the cent; wages are rounded up (900 лв. of pay is 460,1627 €:
+    // half up would give 460,16).
+    void amountsGoToEuroHalfUpToTheCentAndWagesUp_data()
     {
         QTest::addColumn<qint64>("leva");
         QTest::addColumn<qint64>("euro");
-        QTest::newRow("one euro's worth") << qint64(196) << qint64(100);  // 1,96 лв. is 1,00 €
-        QTest::newRow("100 лв") << qint64(10000) << qint64(5113);
-        QTest::newRow("a stotinka keeps a cent") << qint64(1) << qint64(1);  // 0,00511 rounds up
-        QTest::newRow("nothing") << qint64(0) << qint64(0);
-        QTest::newRow("negative keeps its sign") << qint64(-10000) << qint64(-5113);
-        QTest::newRow("900 лв") << qint64(90000) << qint64(46016);
-        QTest::newRow("large") << qint64(195583) * 1'000'000 << qint64(100'000'000'000);
+        QTest::addColumn<qint64>("wages");
+        QTest::newRow("one euro's worth") << qint64(196) << qint64(100) << qint64(101);  // 1,96 лв. is 1,00 €
+        QTest::newRow("100 лв") << qint64(10000) << qint64(5113) << qint64(5113);
+        QTest::newRow("1 лв") << qint64(100) << qint64(51) << qint64(52);  // 0,5113
+        QTest::newRow("a stotinka keeps a cent") << qint64(1) << qint64(1) << qint64(1);  // 0,00511 rounds up
+        QTest::newRow("nothing") << qint64(0) << qint64(0) << qint64(0);
+        QTest::newRow("negative keeps its sign") << qint64(-10000) << qint64(-5113) << qint64(-5112);
+        QTest::newRow("900 лв") << qint64(90000) << qint64(46016) << qint64(46017);
+        QTest::newRow("a deduction rounds up too") << qint64(-90000) << qint64(-46016) << qint64(-46016);
+        QTest::newRow("exact") << qint64(195583) << qint64(100000) << qint64(100000);  // 1955,83 лв. is 1000 € exactly
+        QTest::newRow("large") << qint64(195583) * 1'000'000 << qint64(100'000'000'000) << qint64(100'000'000'000);
     }
-    void amountsGoToEuroHalfUpToTheCent()
+    void amountsGoToEuroHalfUpToTheCentAndWagesUp()
     {
         QFETCH(qint64, leva);
         QFETCH(qint64, euro);
+        QFETCH(qint64, wages);
         QCOMPARE(levaToEuro(cents(leva)).cents(), euro);
         QCOMPARE(convertAmount(cents(leva), Currency::Leva, Currency::Euro).cents(), euro);
+        QCOMPARE(wagesToEuro(cents(leva)).cents(), wages);
     }
 
-    void theExactRateGivesOneEuro()
+    void theExactRateGivesOneEuroAndEuroGoBackToLevaHalfUp()
     {
         // 1,95583 лв. is no amount of whole stotinki: as a unit price it is exactly one euro.
         QCOMPARE(convertPrice(1.95583, Currency::Leva, Currency::Euro), 1.00);
         QCOMPARE(convertPrice(0.005, Currency::Leva, Currency::Euro), 0.00);
         QCOMPARE(convertPrice(3.00, Currency::Leva, Currency::Euro), 1.53);
         QCOMPARE(convertPrice(1.53, Currency::Euro, Currency::Leva), 2.99);
-    }
-
-    void euroGoesBackToLevaHalfUp()
-    {
+        // Euro go back to leva half up.
         QCOMPARE(euroToLeva(cents(100)).cents(), qint64(196));
         QCOMPARE(euroToLeva(cents(5113)).cents(), qint64(10000));
         QCOMPARE(convertAmount(cents(5113), Currency::Euro, Currency::Euro).cents(), qint64(5113));
-    }
-
-    void wagesAreRoundedUp_data()
-    {
-        QTest::addColumn<qint64>("leva");
-        QTest::addColumn<qint64>("euro");
-        QTest::newRow("900 лв of pay") << qint64(90000) << qint64(46017);  // 460,1627: half up would give 460,16
-        QTest::newRow("1 лв") << qint64(100) << qint64(52);                // 0,5113
-        QTest::newRow("exact") << qint64(195583) << qint64(100000);         // 1955,83 лв. is 1000 € exactly
-        QTest::newRow("nothing") << qint64(0) << qint64(0);
-        QTest::newRow("a deduction rounds up too") << qint64(-90000) << qint64(-46016);
-    }
-    void wagesAreRoundedUp()
-    {
-        QFETCH(qint64, leva);
-        QFETCH(qint64, euro);
-        QCOMPARE(wagesToEuro(cents(leva)).cents(), euro);
     }
 
     void anInvalidAmountStaysInvalid()
@@ -140,10 +128,15 @@ private slots:
         QCOMPARE(int(BooksDay({books, QDate(2026, 6, 1)}).currencyOn(day)), currency);
     }
 
-    void pricesStandInEuroOnceChangedOver()
+    void pricesAndTotalsStandInEuroOnceChangedOver()
     {
         QCOMPARE(Changeover{}.priceCurrency(), Currency::Leva);
         QCOMPARE(Changeover{QDate(2027, 1, 1)}.priceCurrency(), Currency::Euro);
+        // Totals are in euro once any amount or the day is.
+        QCOMPARE(totalsCurrency(false), Currency::Leva);
+        QCOMPARE(totalsCurrency(true), Currency::Euro);
+        QCOMPARE(totalsCurrency(false, Currency::Euro), Currency::Euro);
+        QCOMPARE(totalsCurrency(false, Currency::Leva), Currency::Leva);
     }
 
     void totalsConvertEachAmountOfTheOtherCurrency()
@@ -177,14 +170,6 @@ private slots:
         QCOMPARE(total.total(), before);
         // Pay converts its leva once, rounded up; other totals convert each amount half up.
         QCOMPARE(before.cents(), rule == int(CurrencyTotal::Rule::Wages) ? qint64(46017) : qint64(46016));
-    }
-
-    void totalsAreInEuroOnceAnyAmountOrTheDayIs()
-    {
-        QCOMPARE(totalsCurrency(false), Currency::Leva);
-        QCOMPARE(totalsCurrency(true), Currency::Euro);
-        QCOMPARE(totalsCurrency(false, Currency::Euro), Currency::Euro);
-        QCOMPARE(totalsCurrency(false, Currency::Leva), Currency::Leva);
     }
 
     void theNoteSaysHowTheTotalsWereMade()

@@ -22,8 +22,6 @@
 #include <QComboBox>
 #include <QGraphicsTextItem>
 #include <QGraphicsView>
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -105,6 +103,16 @@ bool waitLoaded(Tablo &tablo)
 
 }
 
+// A fresh database of the current engine with the demo firm, the books of its day, and its
+// dashboard read.
+#define DEMO_DASHBOARD(tablo)                                                              \
+    ZAREK_SCRATCH_DB(scratch);                                                             \
+    QVERIFY(fillDemo(scratch.db()));                                                       \
+    ScopedCommandDay books(demoBooks());                                                   \
+    Tablo tablo(scratch.db(), [] { return commandDay(); }, [] { return FirmProfile(); }); \
+    tablo.refresh();                                                                       \
+    QVERIFY(waitLoaded(tablo))
+
 class DashboardTest : public QObject {
     Q_OBJECT
 private slots:
@@ -169,13 +177,10 @@ private slots:
         ZAREK_SCRATCH_DB(scratch);
         // In leva before a changeover on the 15th: 50,01 лв. is 25,57 €, 50,00 лв. is 25,56 € and each
         // 0,01 лв. is 0,01 €, each on its own (the leva summed first would give 51,14 €, not 51,15 €).
-        QVERIFY(addCourse(scratch.db(), QDate(2025, 12, 31), 33.33));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 10), 50.01));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 14), 50.0));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 12), 0.01));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 13), 0.01));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 20), 0.0));
-        QVERIFY(addCourse(scratch.db(), QDate(2026, 1, 31), 50.0));
+        for (const auto &[day, bruto] : {std::pair{QDate(2025, 12, 31), 33.33}, {QDate(2026, 1, 10), 50.01},
+                                         {QDate(2026, 1, 14), 50.0}, {QDate(2026, 1, 12), 0.01}, {QDate(2026, 1, 13), 0.01},
+                                         {QDate(2026, 1, 20), 0.0}, {QDate(2026, 1, 31), 50.0}})
+            QVERIFY(addCourse(scratch.db(), day, bruto));
         const BooksDay books{Changeover{changeover}, QDate(2026, 2, 10)};
         const Period period = monthOf(month);
         const auto figures = periodFigures(scratch.db(), books, period);
@@ -327,16 +332,13 @@ private slots:
             const QStringList f = document.split(QLatin1Char(' '));
             const qint64 total = f[3].toLongLong();
             const qint64 base = total * 100 / 120;
-            QSqlQuery insert(scratch.db());
-            insert.prepare(QStringLiteral("INSERT INTO FaktDok (Nomer, Vid, Data, DataDan, KamID, Klient, Valuta, DDSProcent, "
-                                          "Osnova, DDS, Obshto, DataPadej) VALUES (?, ?, ?, ?, ?, ?, ?, 20, ?, ?, ?, ?)"));
             const QDate due = QDate::fromString(f[4], Qt::ISODate);
-            for (const QVariant &value : QVariantList{QStringLiteral("%1").arg(++number, 10, 10, QLatin1Char('0')), f[1],
-                                                      due.addDays(-30), due.addDays(-30),
-                                                      f[1] == QLatin1String("F") ? QVariant(QMetaType::fromType<qlonglong>()) : QVariant(1),
-                                                      f[0], f[2], base, total - base, total, due})
-                insert.addBindValue(value);
-            QVERIFY2(insert.exec(), qPrintable(insert.lastError().text()));
+            const QVariant kamId = f[1] == QLatin1String("F") ? QVariant(QMetaType::fromType<qlonglong>()) : QVariant(1);
+            QVERIFY(test::insertRow(scratch.db(), QStringLiteral("FaktDok"),
+                                    QStringLiteral("Nomer, Vid, Data, DataDan, KamID, Klient, Valuta, DDSProcent, "
+                                                   "Osnova, DDS, Obshto, DataPadej"),
+                                    {QStringLiteral("%1").arg(++number, 10, 10, QLatin1Char('0')), f[1], due.addDays(-30),
+                                     due.addDays(-30), kamId, f[0], f[2], 20, base, total - base, total, due}));
             if (f[5].toLongLong() > 0) {
                 const QVariant id = test::scalar(scratch.db(), "SELECT MAX(id) FROM FaktDok");
                 QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Pogasiavania (DokID, KreditID, Data, Suma) VALUES (%1, 999, '2026-11-02', %2)")
@@ -366,12 +368,7 @@ private slots:
     void eachTilePrintsOnOnePage()
     {
         QFETCH(int, tile);
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillDemo(scratch.db()));
-        ScopedCommandDay books(demoBooks());
-        Tablo tablo(scratch.db(), [] { return commandDay(); }, [] { return FirmProfile(); });
-        tablo.refresh();
-        QVERIFY(waitLoaded(tablo));
+        DEMO_DASHBOARD(tablo);
         const TileSheet sheet = tablo.sheet(static_cast<Tile>(tile));
         QVERIFY(!sheet.period.isEmpty());
         const Checked<Report> report = tablo.report(static_cast<Tile>(tile));
@@ -429,12 +426,7 @@ private slots:
     // Enter on a row asks for the screen of that row: the client and period of the invoicing.
     void enterOnARowOpensItsScreen()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(fillDemo(scratch.db()));
-        ScopedCommandDay books(demoBooks());
-        Tablo tablo(scratch.db(), [] { return commandDay(); }, [] { return FirmProfile(); });
-        tablo.refresh();
-        QVERIFY(waitLoaded(tablo));
+        DEMO_DASHBOARD(tablo);
         const auto clients = std::get<QList<UninvoicedClient>>(*tablo.figures(Tile::Uninvoiced));
         QSignalSpy invoicing(&tablo, &Tablo::openInvoicing);
         QWidget *rows = tablo.tileBox(Tile::Uninvoiced)->keyWidget();

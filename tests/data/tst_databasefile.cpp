@@ -52,24 +52,15 @@ bool makeZarekFile(const QString &path, const QStringList &statements = {})
     return ok;
 }
 
-// Overwrites pages of a closed database file with a pattern, as a failing disk would.
-bool damagePages(const QString &path, int firstPage, int pages)
+// Overwrites length bytes of a closed database file from offset on with a pattern, as a failing
+// disk would.
+bool damageBytes(const QString &path, qint64 offset, int length)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadWrite) || file.size() < qint64(firstPage + pages) * 4096)
+    if (!file.open(QIODevice::ReadWrite) || file.size() < offset + length)
         return false;
-    file.seek(qint64(firstPage) * 4096);
-    return file.write(QByteArray(pages * 4096, char(0xA5))) == pages * 4096;
-}
-
-// The schema page of a closed database file overwritten past the file's header.
-bool damageSchema(const QString &path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite) || file.size() < 4096)
-        return false;
-    file.seek(100);
-    return file.write(QByteArray(4096 - 100, char(0xA5))) == 4096 - 100;
+    file.seek(offset);
+    return file.write(QByteArray(length, char(0xA5))) == length;
 }
 
 QStringList courseRows(int count)
@@ -123,7 +114,7 @@ private slots:
             QVERIFY(makeZarekFile(path, {"INSERT INTO zarek_schema (version) VALUES (999)"}));
         } else if (kind == "damaged") {
             QVERIFY(makeZarekFile(path, courseRows(3000)));
-            QVERIFY(damageSchema(path));
+            QVERIFY(damageBytes(path, 100, 4096 - 100));  // the schema page past the file's header
         } else if (kind == "short") {
             QVERIFY(makeZarekFile(path, courseRows(3000)));
             QFile file(path);
@@ -163,7 +154,8 @@ private slots:
         QVERIFY(makeZarekFile(path, courseRows(3000)));
         QVERIFY(!checkDatabaseIntegrity(path));
         const int pages = int(QFileInfo(path).size() / 4096);
-        QVERIFY(damagePages(path, pages - 8, 6));  // rows written last, far from any table's first page
+        // Rows written last, far from any table's first page.
+        QVERIFY(damageBytes(path, qint64(pages - 8) * 4096, 6 * 4096));
         QVERIFY(!checkDatabaseFile(path));
         const auto damage = checkDatabaseIntegrity(path);
         QVERIFY(damage);

@@ -98,7 +98,8 @@ private slots:
             QCOMPARE(serverStatements(db), before + 2);
     }
 
-    void aKeptStatementClearsTheValuesOfItsLastRun()
+    // A kept statement clears the values of its last run; named values are bound by name.
+    void aKeptStatementClearsTheValuesOfItsLastRunAndNamedOnesAreBoundByName()
     {
         ZAREK_SCRATCH_DB_AS(scratch, db);
         const QString sql = QStringLiteral("INSERT INTO Firms (SrName, SrCity) VALUES (?, ?)");
@@ -109,18 +110,15 @@ private slots:
             scalar(db, title, QStringLiteral("SELECT COUNT(*) FROM Firms WHERE SrCity = ?"), {QStringLiteral("София")});
         QVERIFY(city);
         QCOMPARE(city.value().toInt(), 1);
-    }
 
-    void namedValuesAreBoundByName()
-    {
-        ZAREK_SCRATCH_DB_AS(scratch, db);
+        // Named values are bound by name.
         Query insert(db, QStringLiteral("INSERT INTO Firms (SrName, SrCity) VALUES (:name, :city)"));
         QVERIFY(!insert.run(title, QVariantMap{{QStringLiteral("city"), QStringLiteral("Пловдив")},
-                                               {QStringLiteral(":name"), QStringLiteral("А")}}));
-        const Checked<QVariant> city =
-            scalar(db, title, QStringLiteral("SELECT SrCity FROM Firms WHERE SrName = ?"), {QStringLiteral("А")});
-        QVERIFY(city);
-        QCOMPARE(city.value().toString(), QStringLiteral("Пловдив"));
+                                               {QStringLiteral(":name"), QStringLiteral("В")}}));
+        const Checked<QVariant> named =
+            scalar(db, title, QStringLiteral("SELECT SrCity FROM Firms WHERE SrName = ?"), {QStringLiteral("В")});
+        QVERIFY(named);
+        QCOMPARE(named.value().toString(), QStringLiteral("Пловдив"));
     }
 
     void keptStatementsSurviveAReconnect()

@@ -46,7 +46,7 @@ void whenShown(std::function<void(Box *)> act)
 class CommonDialogsTest : public QObject {
     Q_OBJECT
 private slots:
-    void diaInfHasItsDesignCaptionIconAndOneCloseButton()
+    void diaInfHasItsDesignCaptionIconAndOneCloseButtonAndAnErrorItsNumber()
     {
         DiaInf box({QString(), QStringLiteral("Няма избрани ограничения за търсене!"), UserMessage::Icon::None});
         QCOMPARE(box.objectName(), QStringLiteral("DiaInf"));
@@ -54,13 +54,10 @@ private slots:
         QCOMPARE(labelText(&box), QStringLiteral("Няма избрани ограничения за търсене!"));
         QVERIFY(!box.findChild<QLabel *>(QStringLiteral("Image1"))->pixmap().isNull());
         QCOMPARE(buttonTexts(&box), QStringList{QStringLiteral("OKButton=Затвори")});
-    }
-
-    void theErrorBoxShowsItsCaptionAndNumberColonDescription()
-    {
-        DiaInf box(CourseStore::conflictMessage(QStringLiteral("ГРЕШКА при запис!")));
-        QCOMPARE(box.windowTitle(), QStringLiteral("ГРЕШКА при запис!"));
-        QVERIFY(labelText(&box).startsWith(QStringLiteral("-2147217864:Записът е променен")));
+        // An error box shows its caption and "number:description".
+        DiaInf error(CourseStore::conflictMessage(QStringLiteral("ГРЕШКА при запис!")));
+        QCOMPARE(error.windowTitle(), QStringLiteral("ГРЕШКА при запис!"));
+        QVERIFY(labelText(&error).startsWith(QStringLiteral("-2147217864:Записът е променен")));
     }
 
     void aTwoLineMessageStandsOnTwoLines()
@@ -195,7 +192,7 @@ private slots:
         QVERIFY(dynamic_cast<WidgetMessageService *>(&MessageService::instance()));
     }
 
-    void progDialogHasItsCaptionBarAndADisabledButton()
+    void progDialogHasItsCaptionBarAndAButtonEnabledToClose()
     {
         ProgDialog progress(QStringLiteral("Създавам списъка на клиентите..."), 10);
         QCOMPARE(progress.windowTitle(), QStringLiteral("Зарек 2.3 - Обработка"));
@@ -208,14 +205,10 @@ private slots:
         progress.setValue(4);
         QCOMPARE(progress.findChild<QProgressBar *>(QStringLiteral("ProgBar"))->value(), 4);
         QVERIFY(!progress.closedByUser());
-    }
-
-    void closingTheProgressBoxIsToldToTheCaller()
-    {
-        ProgDialog progress(QStringLiteral("Заплати"), 3);
+        // Closing it, once allowed, is told to the caller.
         progress.show();
         progress.setCloseEnabled(true);
-        progress.findChild<QPushButton *>(QStringLiteral("OKButton"))->click();
+        button->click();
         QVERIFY(progress.closedByUser());
     }
 

@@ -177,7 +177,8 @@ private slots:
         QVERIFY(screen.boxes[3]->isReadOnly());
     }
 
-    void keysMoveWhileBrowsingAndCtrlCountsOnlyAlone()
+    // Keys move while browsing, Ctrl counting only alone; while a row is pending they are dead.
+    void keysMoveWhileBrowsingAndAreDeadWhileARowIsPending()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
         screen.show();
@@ -208,12 +209,7 @@ private slots:
         // A click selects the whole text.
         QTest::mouseClick(screen.boxes[2], Qt::LeftButton, {}, QPoint(5, 5));
         QTRY_COMPARE(screen.boxes[2]->selectedText(), QStringLiteral("Артикул 3"));
-    }
 
-    void keysAreDeadWhileARowIsPending()
-    {
-        STOCK_SCREEN_ON_THREE_ROWS(screen);
-        screen.show();
         for (const char *start : {"cmdAdd", "cmdEdit"}) {
             screen.button(start)->click();
             screen.boxes[2]->setText(QStringLiteral("набрано"));
@@ -231,6 +227,8 @@ private slots:
         QCOMPARE(stockRows(scratch.db()), 3);
     }
 
+    // On an empty table nothing moves or beeps, and "Отказ" leaves it empty; "Поправи" and "Изтрий",
+    // which need a row, show the handler's error box.
     void onAnEmptyTableNothingMovesOrBeepsAndCancelLeavesItEmpty()
     {
         ZAREK_SCRATCH_DB_TELLING(scratch);
@@ -246,25 +244,13 @@ private slots:
         QCOMPARE(screen.at(), QStringLiteral("-1|"));
         QVERIFY(messages.shown.isEmpty());
         QCOMPARE(stockRows(scratch.db()), 0);
-    }
-
-    void aRowNeededButMissingIsTheHandlersErrorBox_data()
-    {
-        QTest::addColumn<QString>("press");
-        QTest::addColumn<QString>("caption");
-        QTest::newRow("Поправи") << "cmdEdit" << "ГРЕШКА при корекция!";
-        QTest::newRow("Изтрий") << "cmdDelete" << "ГРЕШКА при изтриване!";
-    }
-    void aRowNeededButMissingIsTheHandlersErrorBox()
-    {
-        QFETCH(QString, press);
-        QFETCH(QString, caption);
-        ZAREK_SCRATCH_DB_TELLING(scratch);
-        StockScreen screen(scratch.db());
-        screen.button(qPrintable(press))->click();
-        QCOMPARE(onlyOne(messages.shown), caption + QLatin1Char('|') + QStringLiteral("3021:Няма текущ запис."));
-        QVERIFY(messages.asked.isEmpty());
-        QCOMPARE(screen.form->state(), RecordForm::State::Browsing);
+        for (const auto &[press, caption] : {std::pair{"cmdEdit", "ГРЕШКА при корекция!"}, {"cmdDelete", "ГРЕШКА при изтриване!"}}) {
+            messages.shown.clear();
+            screen.button(press)->click();
+            QCOMPARE(onlyOne(messages.shown), QString::fromUtf8(caption) + QStringLiteral("|3021:Няма текущ запис."));
+            QVERIFY(messages.asked.isEmpty());
+            QCOMPARE(screen.form->state(), RecordForm::State::Browsing);
+        }
     }
 
     // "Отказ" after "Поправи" went to the row of the last "Добави" (or the first row), and a
@@ -293,27 +279,10 @@ private slots:
                  QStringLiteral("Артикул 2 Артикул 3"));  // the first deleted, the typing not written
     }
 
-    // Keys typed into a box of a row only shown went nowhere. The first starts "Поправи" on that
-    // row and goes into the box, typing over it; the keys after it follow in order.
-    void typingInAShownRowStartsItsCorrection()
-    {
-        STOCK_SCREEN_ON_THREE_ROWS(screen);
-        test::showActive(screen.window);
-        screen.form->next();
-        screen.boxes[3]->setFocus();
-        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("17"));
-        QCoreApplication::processEvents();
-        QCOMPARE(screen.form->state(), RecordForm::State::Editing);
-        QCOMPARE(screen.status(), QStringLiteral("Корекция"));
-        QCOMPARE(QApplication::focusWidget(), screen.boxes[3]);
-        QCOMPARE(screen.boxes[3]->text(), QStringLiteral("17"));
-        QVERIFY(screen.form->update());
-        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 2'")).toDouble(), 17.0);
-        QVERIFY(messages.shown.isEmpty());
-    }
-
-    // A key on a button of the strip (where it does nothing) says how to start.
-    void aKeyOnTheStripSaysHowToStart()
+    // A key on a button of the strip (where it does nothing) says how to start. Keys typed into a
+    // box of a row only shown went nowhere: the first starts "Поправи" on that row and goes into the
+    // box, typing over it; the keys after it follow in order.
+    void aKeyOnTheStripSaysHowToStartAndTypingInARowStartsItsCorrection()
     {
         STOCK_SCREEN_ON_THREE_ROWS(screen);
         test::showActive(screen.window);
@@ -324,6 +293,17 @@ private slots:
         QCOMPARE(screen.form->state(), RecordForm::State::Browsing);
         screen.form->next();
         QCOMPARE(screen.status(), QStringLiteral("Запис №: 2"));
+
+        screen.boxes[3]->setFocus();
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("17"));
+        QCoreApplication::processEvents();
+        QCOMPARE(screen.form->state(), RecordForm::State::Editing);
+        QCOMPARE(screen.status(), QStringLiteral("Корекция"));
+        QCOMPARE(QApplication::focusWidget(), screen.boxes[3]);
+        QCOMPARE(screen.boxes[3]->text(), QStringLiteral("17"));
+        QVERIFY(screen.form->update());
+        QCOMPARE(test::scalar(scratch.db(), QStringLiteral("SELECT Kol FROM Sklad WHERE Name = 'Артикул 2'")).toDouble(), 17.0);
+        QVERIFY(messages.shown.isEmpty());
     }
 
     // A value its column cannot take is refused with the box named, nothing written, and the message

@@ -27,10 +27,14 @@ void fillThreeRows(RecordSet &rows)
 class RecordSetTest : public QObject {
     Q_OBJECT
 private slots:
-    void theFirstRowIsCurrentAfterReading()
+    // The first row is current after reading; the rows serve a grid too.
+    void theFirstRowIsCurrentAfterReadingAndTheRowsServeAGrid()
     {
         THREE_ROWS(rows);
         QCOMPARE((QList<int>{rows.position(), rows.atFirst(), rows.atLast()}), (QList<int>{0, 1, 0}));
+        QCOMPARE((QList<int>{rows.rowCount(), rows.columnCount()}), (QList<int>{3, 2}));
+        QCOMPARE(rows.headerData(1, Qt::Horizontal).toString() + QLatin1Char('|') + rows.data(rows.index(2, 0)).toString(),
+                 QStringLiteral("ime|003"));
         RecordSet none({QStringLiteral("kod")});
         none.setRows({});
         QCOMPARE((QList<int>{none.position(), none.atLast()}), (QList<int>{-1, 0}));
@@ -174,14 +178,6 @@ private slots:
         QCOMPARE((QList<int>{int(rows.count()), rows.position(), int(moved.count())}), (QList<int>{4, 3, 1}));
         rows.replaceCurrent({5, 2, {{QStringLiteral("kod"), QStringLiteral("009")}}});
         QCOMPARE(rows.current().rowVersion, 2);
-    }
-
-    void theRowsServeAGridToo()
-    {
-        THREE_ROWS(rows);
-        QCOMPARE((QList<int>{rows.rowCount(), rows.columnCount()}), (QList<int>{3, 2}));
-        QCOMPARE(rows.headerData(1, Qt::Horizontal).toString() + QLatin1Char('|') + rows.data(rows.index(2, 0)).toString(),
-                 QStringLiteral("ime|003"));
     }
 
     void valuesAreShownTheBulgarianWay_data()

@@ -175,19 +175,13 @@ private slots:
                  (QStringList{"Курсове зa Бетон АД от 01.03.2006 до 31.03.2006", "Печат", "Затвори", "- Маркира плащане"}));
     }
 
-    void openingPutsTheFocusOnTheFirstRow()
+    // Opening puts the focus on the first row; Space marks a row and keeps the running total.
+    void openingPutsTheFocusOnTheFirstRowWhereSpaceMarksIt()
     {
         GRID_ON_COURSES(ResultGridScreen, screen, fakturaConfig());
         test::showActive(screen);
         QTRY_COMPARE(screen.currentRow(), 0);
         QTRY_VERIFY(screen.grid()->hasFocus());
-    }
-
-    void spaceMarksARowAndKeepsTheRunningTotal()
-    {
-        GRID_ON_COURSES(ResultGridScreen, screen, fakturaConfig());
-        screen.show();
-        QTRY_COMPARE(screen.currentRow(), 0);
         QVERIFY(!screen.changed());
 
         press(screen.grid(), Qt::Key_Space);

@@ -20,13 +20,12 @@
 
 using namespace zarek;
 using zarek::test::button;
+using zarek::test::lineEdit;
 
 // Closing a window that holds typing not yet written asks "Да"/"Не" first, however it is closed;
 // "Не" keeps the window and the typing, "Да" drops the typing and closes.
 
 namespace {
-
-QLineEdit *box(QWidget &w, const QString &name) { return w.findChild<QLineEdit *>(name); }
 
 int count(QSqlDatabase db, const QString &table)
 {
@@ -76,8 +75,8 @@ private slots:
         Driver screen(scratch.db());
         test::showActive(screen);
         button(screen, "cmdAdd")->click();
-        box(screen, QStringLiteral("txtFields_2"))->setFocus();
-        box(screen, QStringLiteral("txtFields_2"))->setText(QStringLiteral("Иван Петров"));
+        lineEdit(screen, QStringLiteral("txtFields_2"))->setFocus();
+        lineEdit(screen, QStringLiteral("txtFields_2"))->setText(QStringLiteral("Иван Петров"));
 
         messages.answers = {false};  // "Не"
         closeBy(screen, how);
@@ -85,7 +84,7 @@ private slots:
         QCOMPARE(messages.asked.first(), UnsavedWorkGuard::question());
         QVERIFY(screen.isVisible());
         QCOMPARE(screen.recordForm()->state(), RecordForm::State::Adding);
-        QCOMPARE(box(screen, QStringLiteral("txtFields_2"))->text(), QStringLiteral("Иван Петров"));
+        QCOMPARE(lineEdit(screen, QStringLiteral("txtFields_2"))->text(), QStringLiteral("Иван Петров"));
 
         messages.answers = {true};  // "Да"
         closeBy(screen, how);
@@ -112,12 +111,12 @@ private slots:
         ZAREK_SCRATCH_DB_TELLING(scratch);
         Kurs screen(scratch.db());
         test::showActive(screen);
-        box(screen, QStringLiteral("txtRazhod"))->setText(QStringLiteral("12,50"));
+        lineEdit(screen, QStringLiteral("txtRazhod"))->setText(QStringLiteral("12,50"));
         messages.answers = {false};
         screen.close();
         QCOMPARE(messages.asked.size(), 1);
         QVERIFY(screen.isVisible());
-        QCOMPARE(box(screen, QStringLiteral("txtRazhod"))->text(), QStringLiteral("12,50"));
+        QCOMPARE(lineEdit(screen, QStringLiteral("txtRazhod"))->text(), QStringLiteral("12,50"));
     }
 
     // A corrected course: the question comes only once something was changed.
@@ -189,11 +188,11 @@ private slots:
         Options screen(scratch.db());
         test::showActive(screen);
         for (int i = 1; i <= 6; ++i)
-            box(screen, QStringLiteral("Text%1").arg(i))->setText(QStringLiteral("0,2"));
+            lineEdit(screen, QStringLiteral("Text%1").arg(i))->setText(QStringLiteral("0,2"));
         messages.answers = {false};
         button(screen, "cmdCancel")->click();
         QVERIFY(screen.isVisible());
-        QCOMPARE(box(screen, QStringLiteral("Text3"))->text(), QStringLiteral("0,2"));
+        QCOMPARE(lineEdit(screen, QStringLiteral("Text3"))->text(), QStringLiteral("0,2"));
         button(screen, "cmdUpdate2")->click();  // written: nothing is left to lose
         button(screen, "cmdCancel")->click();
         QCOMPARE(messages.asked.size(), 1);
@@ -211,12 +210,12 @@ private slots:
         form.close();  // nothing changed
         QVERIFY(messages.asked.isEmpty());
         test::showActive(form);
-        box(form, QStringLiteral("txtFirmaCity"))->setText(QStringLiteral("Пазарджик"));
+        lineEdit(form, QStringLiteral("txtFirmaCity"))->setText(QStringLiteral("Пазарджик"));
         messages.answers = {false};
         button(form, "cmdCancel")->click();
         QCOMPARE(messages.asked.size(), 1);
         QVERIFY(form.isVisible());
-        QCOMPARE(box(form, QStringLiteral("txtFirmaCity"))->text(), QStringLiteral("Пазарджик"));
+        QCOMPARE(lineEdit(form, QStringLiteral("txtFirmaCity"))->text(), QStringLiteral("Пазарджик"));
         button(form, "OKButton")->click();
         QCOMPARE(messages.asked.size(), 1);  // saved, so the window closes without a question
         QVERIFY(!form.isVisible());
@@ -236,14 +235,14 @@ private slots:
         main.menuAction(QStringLiteral("mnuHelpPerson"))->trigger();
         auto *personal = main.findChild<Personal *>();
         QVERIFY(personal && personal->isVisible());
-        box(*personal, QStringLiteral("txtFirmaTel"))->setText(QStringLiteral("032 999"));
+        lineEdit(*personal, QStringLiteral("txtFirmaTel"))->setText(QStringLiteral("032 999"));
 
         messages.answers = {true, false};  // leave the program: yes; drop the typing: no
         main.menuAction(QStringLiteral("mnuFileExit"))->trigger();
         QCOMPARE(messages.asked.size(), 2);
         QVERIFY(main.isVisible());
         QVERIFY(personal->isVisible());
-        QCOMPARE(box(*personal, QStringLiteral("txtFirmaTel"))->text(), QStringLiteral("032 999"));
+        QCOMPARE(lineEdit(*personal, QStringLiteral("txtFirmaTel"))->text(), QStringLiteral("032 999"));
 
         messages.answers = {true};
         QVERIFY(main.close());

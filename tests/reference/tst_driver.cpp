@@ -178,29 +178,9 @@ private slots:
         QCOMPARE(field(again, 2)->text(), QStringLiteral(" Димитър О'Нийл "));  // ordered by code
     }
 
-    // Esc closes the screen; while a correction holds typing it asks first, and "Не" stays.
-    void escClosesTheScreenAskingAboutTyping()
-    {
-        ZAREK_SCRATCH_DB(scratch);
-        addDriver(scratch.db(), QStringLiteral("001"), QStringLiteral("Иван Петров"));
-        RecordingMessageService messages;
-        Driver screen(scratch.db());
-        test::showExposed(screen);
-        button(screen, "cmdEdit")->click();
-        QCOMPARE(QApplication::focusWidget(), field(screen, 2));  // the first box takes the typing
-        field(screen, 2)->setText(QStringLiteral("Иван Петров Иванов"));
-        messages.answers = {false};
-        QTest::keyClick(field(screen, 2), Qt::Key_Escape);
-        QCOMPARE(messages.asked.size(), 1);
-        QVERIFY(screen.isVisible());
-        button(screen, "cmdCancel")->click();
-        QTest::keyClick(field(screen, 2), Qt::Key_Escape);
-        QVERIFY(!screen.isVisible());
-        QCOMPARE(messages.asked.size(), 1);
-        QCOMPARE(screen.result(), int(QDialog::Rejected));
-    }
-
-    void tabGoesThroughTheFramesThenTheButtons()
+    // Tab goes through the frames, then the buttons. Esc closes the screen; while a correction
+    // holds typing it asks first, and "Не" stays.
+    void tabGoesThroughTheFramesAndEscClosesAskingAboutTyping()
     {
         ZAREK_SCRATCH_DB(scratch);
         addDriver(scratch.db(), QStringLiteral("001"), QStringLiteral("Иван Петров"));
@@ -214,6 +194,19 @@ private slots:
         }
         QCOMPARE(order, (QStringList{"txtFields_2", "txtFields_3", "txtFields_0", "txtFields_6", "txtFields_5",
                                      "txtFields_1", "txtFields_4", "cmdAdd", "cmdEdit"}));
+
+        button(screen, "cmdEdit")->click();
+        QCOMPARE(QApplication::focusWidget(), field(screen, 2));  // the first box takes the typing
+        field(screen, 2)->setText(QStringLiteral("Иван Петров Иванов"));
+        messages.answers = {false};
+        QTest::keyClick(field(screen, 2), Qt::Key_Escape);
+        QCOMPARE(messages.asked.size(), 1);
+        QVERIFY(screen.isVisible());
+        button(screen, "cmdCancel")->click();
+        QTest::keyClick(field(screen, 2), Qt::Key_Escape);
+        QVERIFY(!screen.isVisible());
+        QCOMPARE(messages.asked.size(), 1);
+        QCOMPARE(screen.result(), int(QDialog::Rejected));
     }
 
     // With ZAREK_SCREENSHOT_DIR set, saves the screen browsing and editing.

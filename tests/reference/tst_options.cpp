@@ -13,21 +13,17 @@
 
 using namespace zarek;
 using zarek::test::button;
+using zarek::test::lineEdit;
 using zarek::test::onlyOne;
 using zarek::test::onlyText;
 using zarek::test::onlyTitle;
 
 namespace {
 
-QLineEdit *box(QWidget &w, const QString &name)
-{
-    return w.findChild<QLineEdit *>(name);
-}
-
 void setRates(Options &screen, const QStringList &rates)
 {
     for (int i = 0; i < 6; ++i)
-        box(screen, QStringLiteral("Text%1").arg(i + 1))->setText(rates[i]);
+        lineEdit(screen, QStringLiteral("Text%1").arg(i + 1))->setText(rates[i]);
 }
 
 }
@@ -42,10 +38,11 @@ class OptionsTest : public QObject {
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
 
-    void aTariffBoxThatIsNoNumberIsToldAtOnce()
+    // A tariff box that is no number is told at once, and a save with it writes nothing.
+    void aTariffBoxThatIsNoNumberIsToldAtOnceAndWritesNothing()
     {
         OPTIONS_SCREEN();
-        QLineEdit *first = box(screen, QStringLiteral("Text1"));
+        QLineEdit *first = lineEdit(screen, QStringLiteral("Text1"));
         QTest::keyClicks(first, "0,35");
         QVERIFY(messages.shown.isEmpty());
         QTest::keyClick(first, Qt::Key_A);
@@ -57,6 +54,17 @@ private slots:
         QCOMPARE(messages.shown.size(), 2);
         QTest::keyClicks(first, "5");
         QCOMPARE(messages.shown.size(), 2);
+
+        // A save with a tariff that is no number writes nothing.
+        messages.shown.clear();
+        setRates(screen, {"0,35", "0,25", "x", "0,14", "0,12", "0,1"});
+        QCOMPARE(messages.shown.size(), 1);  // told as it changed
+        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при въвеждане!"));
+        button(screen, "cmdUpdate2")->click();
+        QCOMPARE(messages.shown.size(), 2);
+        QCOMPARE(messages.shown[1].title, QStringLiteral("ГРЕШКА при запис!"));
+        QVERIFY(messages.shown[1].text.startsWith(QStringLiteral("13:")));
+        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Tarifi")), 0);
     }
 
     void tariffsAreSavedAlsoIntoAnEmptyTable()
@@ -80,20 +88,7 @@ private slots:
         QVERIFY(!query.value(3).isNull());
 
         Options again(scratch.db());
-        QCOMPARE(box(again, QStringLiteral("Text1"))->text(), QStringLiteral("0,360"));
-    }
-
-    void aTariffThatIsNoNumberWritesNothing()
-    {
-        OPTIONS_SCREEN();
-        setRates(screen, {"0,35", "0,25", "x", "0,14", "0,12", "0,1"});
-        QCOMPARE(messages.shown.size(), 1);  // told as it changed
-        QCOMPARE(messages.shown[0].title, QStringLiteral("ГРЕШКА при въвеждане!"));
-        button(screen, "cmdUpdate2")->click();
-        QCOMPARE(messages.shown.size(), 2);
-        QCOMPARE(messages.shown[1].title, QStringLiteral("ГРЕШКА при запис!"));
-        QVERIFY(messages.shown[1].text.startsWith(QStringLiteral("13:")));
-        QCOMPARE(test::countBy(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Tarifi")), 0);
+        QCOMPARE(lineEdit(again, QStringLiteral("Text1"))->text(), QStringLiteral("0,360"));
     }
 
     void trucksAreKeptWithoutChecksAndNumbersTypedWithComma()
@@ -101,15 +96,15 @@ private slots:
         OPTIONS_SCREEN();
         button(screen, "cmdAdd1")->click();
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus1"))->text(), QStringLiteral("Добавяне"));
-        box(screen, QStringLiteral("txtFields1_0"))->setText(QStringLiteral("РВ 1234 ТМ"));
-        box(screen, QStringLiteral("txtFields1_1"))->setText(QStringLiteral("31,5"));
+        lineEdit(screen, QStringLiteral("txtFields1_0"))->setText(QStringLiteral("РВ 1234 ТМ"));
+        lineEdit(screen, QStringLiteral("txtFields1_1"))->setText(QStringLiteral("31,5"));
         button(screen, "cmdUpdate1")->click();
         QVERIFY(messages.shown.isEmpty());
         QCOMPARE(screen.findChild<QLabel *>(QStringLiteral("lblStatus1"))->text(), QStringLiteral("Кола № 1"));
         QCOMPARE(test::rowsText(scratch.db(), "SELECT kola, Razhod, Procent FROM Config"), "РВ 1234 ТМ|31.5|");  // no percentage
 
         button(screen, "cmdEdit1")->click();
-        box(screen, QStringLiteral("txtFields1_2"))->setText(QStringLiteral("дванадесет"));
+        lineEdit(screen, QStringLiteral("txtFields1_2"))->setText(QStringLiteral("дванадесет"));
         button(screen, "cmdUpdate1")->click();
         QCOMPARE(messages.shown.size(), 1);  // a number column refuses text instead of storing it
         QCOMPARE(screen.trucks()->state(), RecordForm::State::Editing);
@@ -127,7 +122,7 @@ private slots:
         QCOMPARE(screen.tabs()->currentIndex(), 1);
 
         button(screen, "cmdAdd1")->click();
-        box(screen, QStringLiteral("txtFields1_0"))->setText(QStringLiteral("СА 0001 АА"));
+        lineEdit(screen, QStringLiteral("txtFields1_0"))->setText(QStringLiteral("СА 0001 АА"));
         button(screen, "cmdCancel")->click();
         QCOMPARE(messages.asked.size(), 1);  // "Да": the typed truck is dropped
         QCOMPARE(screen.trucks()->state(), RecordForm::State::Browsing);
@@ -144,17 +139,17 @@ private slots:
         Options screen(scratch.db());
         QStringList shown;
         for (int i = 1; i <= 6; ++i)
-            shown.append(box(screen, QStringLiteral("Text%1").arg(i))->text());
+            shown.append(lineEdit(screen, QStringLiteral("Text%1").arg(i))->text());
         QCOMPARE(shown, (QStringList{"0,350", "0,250", "0,180", "0,140", "0,120", "0,100"}));
         QVERIFY(messages.shown.isEmpty());
 
         QSqlQuery other(scratch.openSecondConnection());
         QVERIFY(other.exec(QStringLiteral("UPDATE Tarifi SET \"Trf_20\" = 0.4, row_version = row_version + 1")));
-        box(screen, QStringLiteral("Text2"))->setText(QStringLiteral("0,3"));
+        lineEdit(screen, QStringLiteral("Text2"))->setText(QStringLiteral("0,3"));
         button(screen, "cmdUpdate2")->click();
         QCOMPARE(messages.shown.size(), 1);
         QCOMPARE(messages.shown[0], CourseStore::conflictMessage(QStringLiteral("ГРЕШКА при запис!")));
-        QCOMPARE(box(screen, QStringLiteral("Text2"))->text(), QStringLiteral("0,3"));
+        QCOMPARE(lineEdit(screen, QStringLiteral("Text2"))->text(), QStringLiteral("0,3"));
         QCOMPARE(test::rowsText(scratch.db(), "SELECT \"Trf_20\", \"Trf_20-30\" FROM Tarifi"), "0.4|0.25");
     }
 
@@ -162,10 +157,10 @@ private slots:
     {
         OPTIONS_SCREEN();
         test::showExposed(screen);
-        QTest::keyClick(box(screen, QStringLiteral("txtFields1_0")), Qt::Key_Escape);
+        QTest::keyClick(lineEdit(screen, QStringLiteral("txtFields1_0")), Qt::Key_Escape);
         QTest::keyClick(&screen, Qt::Key_Escape);
         QVERIFY(screen.isVisible());
-        QTest::keyClick(box(screen, QStringLiteral("txtFields1_0")), Qt::Key_Tab, Qt::ControlModifier);
+        QTest::keyClick(lineEdit(screen, QStringLiteral("txtFields1_0")), Qt::Key_Tab, Qt::ControlModifier);
         QCOMPARE(screen.tabs()->currentIndex(), 1);
     }
 
@@ -175,7 +170,7 @@ private slots:
         scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod, Procent, Ton) VALUES ('РВ 1234 ТМ', 31.5, 12, 24)"));
         RecordingMessageService messages;
         Options screen(scratch.db());
-        QCOMPARE(box(screen, QStringLiteral("txtFields1_1"))->text(), QStringLiteral("31,5"));
+        QCOMPARE(lineEdit(screen, QStringLiteral("txtFields1_1"))->text(), QStringLiteral("31,5"));
         messages.answers = {true, false};
         button(screen, "cmdDelete1")->click();
         messages.answers = {true, true};
@@ -203,8 +198,8 @@ private slots:
         screen.tabs()->setCurrentIndex(1);
         QTest::qWait(50);
         screen.grab().save(dir + QStringLiteral("/options-tariffs.png"));
-        box(screen, QStringLiteral("Text3"))->setFocus();
-        box(screen, QStringLiteral("Text3"))->setText(QStringLiteral("0,2"));
+        lineEdit(screen, QStringLiteral("Text3"))->setFocus();
+        lineEdit(screen, QStringLiteral("Text3"))->setText(QStringLiteral("0,2"));
         QTest::qWait(50);
         screen.grab().save(dir + QStringLiteral("/options-tariffs-editing.png"));
     }

@@ -118,7 +118,10 @@ class EuroPapersTest : public QObject {
 private slots:
     void initTestCase_data() { addEngineRows(); }
 
-    void aClientReportAcrossTheChangeoverShowsEachRowsUnitAndAConvertedTotal()
+    // The client's report, the client's statement and the course journal across the changeover:
+    // each row in the currency of its day with its unit, the totals in euro; a report of 2025
+    // alone reads as it did.
+    void theClientsPapersAndTheJournalAddTheirSumsInEuro()
     {
         DARGOS_ACROSS_THE_CHANGEOVER(winter);
         const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), pernikFirm(), commandDay()));
@@ -128,21 +131,49 @@ private slots:
         // 100 лв. are 51,13 €: with the 60 € of January, 111,13 €.
         QVERIFY2(containsLine(lines, QStringLiteral("Всичко | 20,000 | 80 | 111,13 евро")), qPrintable(lines.join('\n')));
         QVERIFY(noteUnder(lines, QStringLiteral("111,13 евро")));
-    }
 
-    void aReportOfLevaDaysReadsAsItDid()
-    {
-        DARGOS_ACROSS_THE_CHANGEOVER(december);
-        const QStringList lines = textOf(ReportKlient(conditions, scratch.db(), pernikFirm(), commandDay()));
-        QVERIFY2(containsLine(lines, QStringLiteral("31.12.2025 | СА 1234 ВК | 10,000 | 40 | 100,00 | ")),
-                 qPrintable(lines.join('\n')));
-        QVERIFY(!containsLine(lines, QStringLiteral("лв.")));
-        QVERIFY(!containsLine(lines, QStringLiteral("евро")));
-        QVERIFY(!lines.contains(note));
+        Scratch paper;
+        QVERIFY(!paper.db.RebuildScratchTable(QStringLiteral("TempKlients")));
+        KlientsStore store(paper.db.db());
+        QVERIFY(!store.fillWorkingList(KlientsStore::clientCourses(scratch.db(), conditions).value(), {}));
+        const Checked<StatementTotals> totals = store.fillPrintCopy(commandDay());
+        QVERIFY(totals.ok());
+        QCOMPARE(totals.value().currency, Currency::Euro);
+        QVERIFY(totals.value().mixed);
+        QCOMPARE(totals.value().gross, Money::fromCents(11113));
+        const QStringList statement =
+            textOf(ReportKlientS(store.printCopy().value(), totals.value(), dargos, winter, pernikFirm()));
+        QVERIFY2(containsLine(statement, QStringLiteral("100,00 лв.")), qPrintable(statement.join('\n')));
+        QVERIFY(containsLine(statement, QStringLiteral("60,00 евро")));
+        QVERIFY(containsLine(statement, QStringLiteral("111,13 евро")));
+        QVERIFY(noteUnder(statement, QStringLiteral("111,13 евро")));
+
+        CourseJournalStore journal(scratch.db());
+        QVERIFY(!journal.refreshLists());
+        JournalFilter filter;
+        filter.from = winter.from;
+        filter.to = winter.to;
+        const Checked<JournalSummary> summary = journal.summary(filter, commandDay().changeover);
+        QVERIFY(summary.ok());
+        QCOMPARE(summary.value().totals.currency, Currency::Euro);
+        QVERIFY(summary.value().totals.converted);
+        QCOMPARE(summary.value().totals.gross, 111.13);
+        QCOMPARE(summary.value().months.size(), 2);
+        QCOMPARE(summary.value().months.at(0).second, 51.13);
+
+        // A report of leva days alone reads as it did.
+        conditions.period = december;
+        const QStringList leva = textOf(ReportKlient(conditions, scratch.db(), pernikFirm(), commandDay()));
+        QVERIFY2(containsLine(leva, QStringLiteral("31.12.2025 | СА 1234 ВК | 10,000 | 40 | 100,00 | ")),
+                 qPrintable(leva.join('\n')));
+        QVERIFY(!containsLine(leva, QStringLiteral("лв.")));
+        QVERIFY(!containsLine(leva, QStringLiteral("евро")));
+        QVERIFY(!leva.contains(note));
     }
 
     // Pay earned in leva and paid in euro: the driver's leva once, rounded up (900 лв. -> 460,17 €).
-    void aPaySheetPaidAfterTheChangeoverIsInEuro()
+    // The truck's balance of the period is in euro too.
+    void aPaySheetAndATruckBalanceAcrossTheChangeoverAreInEuro()
     {
         DRIVER_ACROSS_THE_CHANGEOVER(10, 20, 9000.0, 600.0);
         const QDate payday(2026, 1, 20);
@@ -170,6 +201,22 @@ private slots:
         QVERIFY(oldLines.contains(QStringLiteral("Всичко заработка: 900,00 лв.")));
         QVERIFY(containsLine(oldLines, QStringLiteral("получих сумата от 900,00 лв. за извършените")));
         QVERIFY(!containsLine(oldLines, QStringLiteral("евро")));
+
+        // The truck's balance converts the leva of its period the same way.
+        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Sklad (Data, DocVid, Name, Kol, Edin, Suma, VidKol, Lipsa) "
+                                            "VALUES ('2026-01-06', 'СА 1234 ВК', 'Ремонт', 1, 100, 100, 'R', TRUE)")));
+        const Checked<QList<TruckBalance>> balances = BalansStore(db).balances(BalansMode::Profit, winter, commandDay().changeover);
+        QVERIFY(balances.ok());
+        QCOMPARE(balances.value().size(), 1);
+        QCOMPARE(balances.value().first().prihod, qint64(520163));  // 600 € and 9000 лв. = 4601,63 €
+        QCOMPARE(balances.value().first().razhod, qint64(10000));
+        QCOMPARE(balansCurrency(winter, commandDay().changeover), Currency::Euro);
+        QVERIFY(balansConverted(winter, commandDay().changeover));
+        QCOMPARE(balansFigure(BalansMode::Profit, balances.value().first().ostatak(), Currency::Euro),
+                 QStringLiteral("5101,63 евро"));
+        // December alone is a leva balance.
+        QCOMPARE(BalansStore(db).balances(BalansMode::Profit, december, commandDay().changeover).value().first().prihod, qint64(900000));
+        QCOMPARE(balansCurrency(december, commandDay().changeover), Currency::Leva);
     }
 
     // The payment screen pays today: leva and euro courses marked total in euro by the wages rule.
@@ -274,45 +321,6 @@ private slots:
         QVERIFY(statement.contains(QStringLiteral("Сума без ДДС: 31,96 евро")));
     }
 
-    void theClientStatementAddsItsSumsInEuro()
-    {
-        DARGOS_ACROSS_THE_CHANGEOVER(winter);
-        Scratch paper;
-        QVERIFY(!paper.db.RebuildScratchTable(QStringLiteral("TempKlients")));
-        KlientsStore store(paper.db.db());
-        QVERIFY(!store.fillWorkingList(KlientsStore::clientCourses(scratch.db(), conditions).value(), {}));
-        const Checked<StatementTotals> totals = store.fillPrintCopy(commandDay());
-        QVERIFY(totals.ok());
-        QCOMPARE(totals.value().currency, Currency::Euro);
-        QVERIFY(totals.value().mixed);
-        QCOMPARE(totals.value().gross, Money::fromCents(11113));
-        const QStringList lines =
-            textOf(ReportKlientS(store.printCopy().value(), totals.value(), dargos, winter, pernikFirm()));
-        QVERIFY2(containsLine(lines, QStringLiteral("100,00 лв.")), qPrintable(lines.join('\n')));
-        QVERIFY(containsLine(lines, QStringLiteral("60,00 евро")));
-        QVERIFY(containsLine(lines, QStringLiteral("111,13 евро")));
-        QVERIFY(noteUnder(lines, QStringLiteral("111,13 евро")));
-    }
-
-    void theTruckBalanceConvertsTheLevaOfItsPeriod()
-    {
-        DRIVER_ACROSS_THE_CHANGEOVER(10, 20, 9000.0, 600.0);
-        QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Sklad (Data, DocVid, Name, Kol, Edin, Suma, VidKol, Lipsa) "
-                                            "VALUES ('2026-01-06', 'СА 1234 ВК', 'Ремонт', 1, 100, 100, 'R', TRUE)")));
-        const Checked<QList<TruckBalance>> balances = BalansStore(db).balances(BalansMode::Profit, winter, commandDay().changeover);
-        QVERIFY(balances.ok());
-        QCOMPARE(balances.value().size(), 1);
-        QCOMPARE(balances.value().first().prihod, qint64(520163));  // 600 € and 9000 лв. = 4601,63 €
-        QCOMPARE(balances.value().first().razhod, qint64(10000));
-        QCOMPARE(balansCurrency(winter, commandDay().changeover), Currency::Euro);
-        QVERIFY(balansConverted(winter, commandDay().changeover));
-        QCOMPARE(balansFigure(BalansMode::Profit, balances.value().first().ostatak(), Currency::Euro),
-                 QStringLiteral("5101,63 евро"));
-        // December alone is a leva balance.
-        QCOMPARE(BalansStore(db).balances(BalansMode::Profit, december, commandDay().changeover).value().first().prihod, qint64(900000));
-        QCOMPARE(balansCurrency(december, commandDay().changeover), Currency::Leva);
-    }
-
     void theReceiptsListShowsEachReceiptsUnitAndAConvertedTotal()
     {
         ZAREK_SCRATCH_DB(scratch);
@@ -329,25 +337,6 @@ private slots:
         const QStringList lines = textOf(ReportSkladPR(list.value(), true, winter, pernikFirm()));
         QVERIFY(lines.contains(QStringLiteral("Обща сума на приходите: 31,34 евро")));
         QVERIFY(noteUnder(lines, QStringLiteral("Обща сума на приходите: 31,34 евро")));
-    }
-
-    void theCourseJournalAddsItsGrossInEuro()
-    {
-        ZAREK_SCRATCH_DB(scratch);
-        fillTwoCourses(scratch.db());
-        ScopedCommandDay books({Changeover{euroDay}, QDate::currentDate()});
-        CourseJournalStore store(scratch.db());
-        QVERIFY(!store.refreshLists());
-        JournalFilter filter;
-        filter.from = winter.from;
-        filter.to = winter.to;
-        const Checked<JournalSummary> summary = store.summary(filter, commandDay().changeover);
-        QVERIFY(summary.ok());
-        QCOMPARE(summary.value().totals.currency, Currency::Euro);
-        QVERIFY(summary.value().totals.converted);
-        QCOMPARE(summary.value().totals.gross, 111.13);
-        QCOMPARE(summary.value().months.size(), 2);
-        QCOMPARE(summary.value().months.at(0).second, 51.13);
     }
 
     // With ZAREK_SCREENSHOT_DIR set, saves the papers across the changeover as PDF and the payment

@@ -162,7 +162,7 @@ private slots:
         QCOMPARE(formatReportValue(value, format), shown);
     }
 
-    void thePageHeaderAndFooterStandOnEveryPage()
+    void thePageHeaderAndFooterStandOnEveryPageAndThePreviewTurnsThem()
     {
         const LaidOutReport laid = layoutReport(listReport(rowsOf(120, [](int) { return 1.0; })));
         QVERIFY(laid.pageCount() >= 3);
@@ -181,6 +181,41 @@ private slots:
         QCOMPARE(names.size(), 120);
         QCOMPARE(names.first(), QStringLiteral("Ред 1"));
         QCOMPARE(names.last(), QStringLiteral("Ред 120"));
+
+        // The preview turns the pages, zooms and writes them to PDF.
+        ReportPreview preview(laid);
+        test::showExposed(preview);
+        QCOMPARE(preview.windowTitle(), QStringLiteral("Зарек – Проба"));  // "Зарек – <screen>", as every window
+        QCOMPARE(preview.currentPage(), 0);
+        auto *previous = preview.findChild<QToolButton *>(QStringLiteral("cmdPrevious"));
+        auto *next = preview.findChild<QToolButton *>(QStringLiteral("cmdNext"));
+        auto *last = preview.findChild<QToolButton *>(QStringLiteral("cmdLast"));
+        QVERIFY(!previous->isEnabled());
+        QTest::mouseClick(next, Qt::LeftButton);
+        QCOMPARE(preview.currentPage(), 1);
+        QTest::keyClick(&preview, Qt::Key_PageDown);
+        QCOMPARE(preview.currentPage(), 2);
+        QTest::mouseClick(last, Qt::LeftButton);
+        QCOMPARE(preview.currentPage(), laid.pageCount() - 1);
+        QVERIFY(!next->isEnabled());
+        QCOMPARE(preview.findChild<QSpinBox *>(QStringLiteral("txtPage"))->value(), laid.pageCount());
+        preview.findChild<QSpinBox *>(QStringLiteral("txtPage"))->setValue(2);
+        QCOMPARE(preview.currentPage(), 1);
+
+        QWidget *page = preview.findChild<QWidget *>(QStringLiteral("picPage"));
+        preview.setZoomPercent(100);
+        const int full = page->width();
+        preview.setZoomPercent(50);
+        QVERIFY(qAbs(page->width() * 2 - full) < 30);
+        QCOMPARE(preview.findChild<QComboBox *>(QStringLiteral("cboZoom"))->currentText(), QStringLiteral("50 %"));
+
+        RecordingMessageService messages;
+        QTemporaryDir dir;
+        QVERIFY(preview.exportPdfTo(dir.filePath(QStringLiteral("preview.pdf"))));
+        QVERIFY(QFileInfo(dir.filePath(QStringLiteral("preview.pdf"))).size() > 1000);
+        QVERIFY(!preview.exportPdfTo(dir.filePath(QStringLiteral("none/preview.pdf"))));
+        QCOMPARE(messages.shown.size(), 1);
+        QCOMPARE(messages.shown.first().text.count('\n'), 1);
     }
 
     void theTotalIsTheSumOfThePrintedRows()
@@ -585,43 +620,6 @@ private slots:
         QVERIFY(!error.isEmpty());
     }
 
-    void thePreviewTurnsPagesZoomsAndWritesPdf()
-    {
-        const LaidOutReport laid = layoutReport(listReport(rowsOf(120, [](int) { return 1.0; })));
-        ReportPreview preview(laid);
-        test::showExposed(preview);
-        QCOMPARE(preview.windowTitle(), QStringLiteral("Зарек – Проба"));  // "Зарек – <screen>", as every window
-        QCOMPARE(preview.currentPage(), 0);
-        auto *previous = preview.findChild<QToolButton *>(QStringLiteral("cmdPrevious"));
-        auto *next = preview.findChild<QToolButton *>(QStringLiteral("cmdNext"));
-        auto *last = preview.findChild<QToolButton *>(QStringLiteral("cmdLast"));
-        QVERIFY(!previous->isEnabled());
-        QTest::mouseClick(next, Qt::LeftButton);
-        QCOMPARE(preview.currentPage(), 1);
-        QTest::keyClick(&preview, Qt::Key_PageDown);
-        QCOMPARE(preview.currentPage(), 2);
-        QTest::mouseClick(last, Qt::LeftButton);
-        QCOMPARE(preview.currentPage(), laid.pageCount() - 1);
-        QVERIFY(!next->isEnabled());
-        QCOMPARE(preview.findChild<QSpinBox *>(QStringLiteral("txtPage"))->value(), laid.pageCount());
-        preview.findChild<QSpinBox *>(QStringLiteral("txtPage"))->setValue(2);
-        QCOMPARE(preview.currentPage(), 1);
-
-        QWidget *page = preview.findChild<QWidget *>(QStringLiteral("picPage"));
-        preview.setZoomPercent(100);
-        const int full = page->width();
-        preview.setZoomPercent(50);
-        QVERIFY(qAbs(page->width() * 2 - full) < 30);
-        QCOMPARE(preview.findChild<QComboBox *>(QStringLiteral("cboZoom"))->currentText(), QStringLiteral("50 %"));
-
-        RecordingMessageService messages;
-        QTemporaryDir dir;
-        QVERIFY(preview.exportPdfTo(dir.filePath(QStringLiteral("preview.pdf"))));
-        QVERIFY(QFileInfo(dir.filePath(QStringLiteral("preview.pdf"))).size() > 1000);
-        QVERIFY(!preview.exportPdfTo(dir.filePath(QStringLiteral("none/preview.pdf"))));
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(messages.shown.first().text.count('\n'), 1);
-    }
 };
 
 QTEST_MAIN(ReportEngineTest)
