@@ -37,15 +37,11 @@ void fillSample(test::ScratchDatabase &scratch)
     scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')"));
 }
 
+// Types the period into the dialog's date boxes without searching.
 void setPeriod(QWidget &dialog, const QString &from, const QString &to)
 {
     child<QLineEdit>(dialog, "Text1_0")->setText(from);
     child<QLineEdit>(dialog, "Text1_1")->setText(to);
-}
-
-void clickSearch(QWidget &dialog)
-{
-    child<QPushButton>(dialog, "OKButton")->click();
 }
 
 // The messages more than one check gives.
@@ -214,7 +210,7 @@ private slots:
         auto *combo = child<QComboBox>(invoices, "Combo1");
         QCOMPARE(combo->count(), 2);  // no "0000000000", newest first
         QCOMPARE(combo->itemText(0), QStringLiteral("0000000012"));
-        clickSearch(invoices);
+        test::click(invoices, QStringLiteral("OKButton"));
         QVERIFY(invoices.SeekOk());
         QCOMPARE(invoices.conditions().SeekNomFakt, QStringLiteral("0000000012"));
         QVERIFY(invoices.conditions().SeekFrom.isEmpty());
@@ -222,7 +218,7 @@ private slots:
         DiaSeek stock(SearchMode::NalichSK, scratch.db());
         QVERIFY(!child<QLineEdit>(stock, "Text1_0")->isEnabled());
         QVERIFY(child<QComboBox>(stock, "Combo1")->isHidden());
-        clickSearch(stock);
+        test::click(stock, QStringLiteral("OKButton"));
         QVERIFY(stock.SeekOk());
         QVERIFY(stock.conditions().SeekArtikul.isEmpty());
         QVERIFY(messages.shown.isEmpty());
@@ -234,7 +230,7 @@ private slots:
         DiaSeek dialog(SearchMode::All, scratch.db());
         QVERIFY(!child<QComboBox>(dialog, "Combo1")->isEnabled());
         QVERIFY(messages.shown.isEmpty());  // no list, so no empty-list message
-        clickSearch(dialog);
+        test::click(dialog, QStringLiteral("OKButton"));
         QCOMPARE(lastText(messages), noPeriod);
         enterPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QVERIFY(dialog.SeekOk());
@@ -321,7 +317,7 @@ private slots:
         enterPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(lastText(messages), badDriver);
         child<QComboBox>(dialog, "Combo1")->setCurrentIndex(0);
-        clickSearch(dialog);
+        test::click(dialog, QStringLiteral("OKButton"));
         QVERIFY(dialog.SeekOk());
         QCOMPARE(dialog.conditions().SeekDriverKod + ',' + dialog.conditions().SeekDriverIme, QStringLiteral("001,Иван Петров"));
     }
