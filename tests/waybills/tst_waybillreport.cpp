@@ -81,6 +81,9 @@ QString footer(const Report &report, const char *label)
 
 class WaybillReportTest : public QObject {
     Q_OBJECT
+    // The waybill report of the truck in March, built on the test's database and scratch sheet.
+    Checked<Report> reportOf(const QString &kola) { return RowdReport(march(kola), m_database->db(), *m_scratch, exampleFirm()); }
+
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
 
@@ -102,8 +105,7 @@ private slots:
     // Truck "0" is every truck: by date and number, a head line each, then its routes.
     void everyTruckWithHeadLinesAndRoutes()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> report = RowdReport(march(QStringLiteral(" 0 ")), db, *m_scratch, exampleFirm());
+        const Checked<Report> report = reportOf(QStringLiteral(" 0 "));
         QVERIFY2(report.ok(), report.ok() ? "" : qPrintable(report.message().text));
         QCOMPARE(rows(report.value()),
                  (QStringList{
@@ -124,8 +126,7 @@ private slots:
 
     void oneTruck()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> report = RowdReport(march(otherTruck), db, *m_scratch, exampleFirm());
+        const Checked<Report> report = reportOf(otherTruck);
         QVERIFY(report.ok());
         QCOMPARE(rows(report.value()), QStringList{QStringLiteral("1.|0000000012 / 05.03.2026|РВ 7777 АА| - |0,00| |0,00| ")});
         QCOMPARE(footer(report.value(), "Label8"), QStringLiteral("0,0"));
@@ -133,8 +134,7 @@ private slots:
 
     void noWaybillIsToldInsteadOfAReport()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> report = RowdReport(march(QStringLiteral("ВТ 0001 ХХ")), db, *m_scratch, exampleFirm());
+        const Checked<Report> report = reportOf(QStringLiteral("ВТ 0001 ХХ"));
         QVERIFY(!report.ok());
         QCOMPARE(report.message().title, QStringLiteral("ВНИМАНИЕ!"));
         QCOMPARE(report.message().text,
@@ -144,9 +144,8 @@ private slots:
     // The scratch table is emptied before it is filled: a second run prints the same rows.
     void aSecondRunPrintsTheSameRows()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> first = RowdReport(march(truck), db, *m_scratch, exampleFirm());
-        const Checked<Report> second = RowdReport(march(truck), db, *m_scratch, exampleFirm());
+        const Checked<Report> first = reportOf(truck);
+        const Checked<Report> second = reportOf(truck);
         QVERIFY(first.ok() && second.ok());
         QCOMPARE(rows(second.value()), rows(first.value()));
         QCOMPARE(second.value().data().rowCount(), 5);
@@ -154,8 +153,7 @@ private slots:
 
     void thePaperReadsAsTheDesignSays()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> report = RowdReport(march(QStringLiteral("0")), db, *m_scratch, exampleFirm());
+        const Checked<Report> report = reportOf(QStringLiteral("0"));
         QVERIFY(report.ok());
         const QStringList text = layoutReport(report.value()).textLines();
         const QString all = text.join(QLatin1Char('\n'));
