@@ -85,7 +85,7 @@ private slots:
         tearDown();
     }
 
-    void theUninvoicedCoursesOfAClientAndPeriod()
+    void theUninvoicedCoursesOfAPeriodThoseOfAnInvoiceAndTheUsedNumbers()
     {
         const Checked<RowSet> rows = InvoiceStore(db).courses(march());
         QVERIFY(rows);
@@ -94,6 +94,20 @@ private slots:
                               "2006-03-09 Батановци - Перник", "2006-03-20 София - Перник"}));
         for (const char *column : {"id", "row_version", "Klient", "NomFakt", "bruto"})
             QVERIFY2(rows.value().column(QString::fromLatin1(column)) >= 0, column);
+
+        // The courses of an invoice.
+        FakturaSelection selection;
+        selection.mode = FakturaMode::EditFakt;
+        selection.number = QStringLiteral("0000000120");
+        const Checked<RowSet> invoiced = InvoiceStore(db).courses(selection);
+        QVERIFY(invoiced);
+        QCOMPARE(routesOf(invoiced.value()), (QStringList{"2006-02-10 София - Перник", "2006-02-12 Перник - София"}));
+        QVERIFY(invoiced.value().value(0, QStringLiteral("Fakt")).toBool());
+
+        // The used numbers, highest first, without the none.
+        insertCourse(db, {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"),
+                          QStringLiteral("СА 1234 ВК"), 1, 1, 1, 1, true, QStringLiteral("0000000099")});
+        QCOMPARE(InvoiceStore(db).usedNumbers(), (QStringList{"0000000120", "0000000099"}));
     }
 
     void truckRouteAndCargoArePrefixesAndABlankIsNoCondition_data()
@@ -119,24 +133,6 @@ private slots:
         const Checked<RowSet> rows = InvoiceStore(db).courses(march(kola, marsh, tovar));
         QVERIFY(rows);
         QTEST(rows.value().rowCount(), "count");
-    }
-
-    void theCoursesOfAnInvoice()
-    {
-        FakturaSelection selection;
-        selection.mode = FakturaMode::EditFakt;
-        selection.number = QStringLiteral("0000000120");
-        const Checked<RowSet> rows = InvoiceStore(db).courses(selection);
-        QVERIFY(rows);
-        QCOMPARE(routesOf(rows.value()), (QStringList{"2006-02-10 София - Перник", "2006-02-12 Перник - София"}));
-        QVERIFY(rows.value().value(0, QStringLiteral("Fakt")).toBool());
-    }
-
-    void theUsedNumbersHighestFirstWithoutTheNone()
-    {
-        insertCourse(db, {QDate(2006, 1, 5), beton, QStringLiteral("А"), QStringLiteral("Пясък"),
-                          QStringLiteral("СА 1234 ВК"), 1, 1, 1, 1, true, QStringLiteral("0000000099")});
-        QCOMPARE(InvoiceStore(db).usedNumbers(), (QStringList{"0000000120", "0000000099"}));
     }
 
     void theClosingWriteStampsAndCountsEveryCourse()
