@@ -102,16 +102,23 @@ private slots:
         QVERIFY(!result.course.Doc);
     }
 
-    void aNewCourseIsNeverInvoiced()
+    // A new course is never invoiced; a row started in the correction task is added, but its
+    // invoice is not forced.
+    void onlyANewCourseHasItsInvoiceForced()
     {
         CourseEntry entry = exampleCourseEntry();
         entry.nomFakt = QStringLiteral("0000000125");
         entry.fakt = true;
         entry.plat = true;
-        const auto result = checkCourse(entry, adding, leva());
+        auto result = checkCourse(entry, adding, leva());
         QCOMPARE(result.course.NomFakt, QStringLiteral("0000000000"));
         QVERIFY(!result.course.Fakt);
         QVERIFY(result.course.plat);
+
+        entry.fakt = entry.plat = false;
+        result = checkCourse(entry, {CourseMode::EditKurs, true, {}}, leva());
+        QCOMPARE(result.course.kod, QStringLiteral("007"));
+        QCOMPARE(result.course.NomFakt, QStringLiteral("0000000125"));
     }
 
     void aCorrectionKeepsItsDriverAndInvoice()
@@ -131,16 +138,6 @@ private slots:
         QVERIFY(result.course.Fakt);
         QCOMPARE(result.course.id, qint64(41));
         QCOMPARE(result.course.rowVersion, 3);
-    }
-
-    void anEmptyPeriodInCorrectionStillForcesNothing()
-    {
-        // A row started in the correction task is added, but its invoice is not forced.
-        CourseEntry entry = exampleCourseEntry();
-        entry.nomFakt = QStringLiteral("0000000125");
-        const auto result = checkCourse(entry, {CourseMode::EditKurs, true, {}}, leva());
-        QCOMPARE(result.course.kod, QStringLiteral("007"));
-        QCOMPARE(result.course.NomFakt, QStringLiteral("0000000125"));
     }
 
     // A date that reads despite its form warns and goes on; one that does not read is refused with
