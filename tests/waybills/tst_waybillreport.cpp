@@ -124,21 +124,17 @@ private slots:
         QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка пътни листи"));
     }
 
-    void oneTruck()
+    void oneTruckOrNone()
     {
         const Checked<Report> report = reportOf(otherTruck);
         QVERIFY(report.ok());
         QCOMPARE(rows(report.value()), QStringList{QStringLiteral("1.|0000000012 / 05.03.2026|РВ 7777 АА| - |0,00| |0,00| ")});
         QCOMPARE(footer(report.value(), "Label8"), QStringLiteral("0,0"));
-    }
-
-    void noWaybillIsToldInsteadOfAReport()
-    {
-        const Checked<Report> report = reportOf(QStringLiteral("ВТ 0001 ХХ"));
-        QVERIFY(!report.ok());
-        QCOMPARE(report.message().title, QStringLiteral("ВНИМАНИЕ!"));
-        QCOMPARE(report.message().text,
-                 QStringLiteral("Няма въведени пътни листи при тези условия!\nМоля, изберете други."));
+        // A truck without waybills is told instead of a report.
+        const Checked<Report> none = reportOf(QStringLiteral("ВТ 0001 ХХ"));
+        QVERIFY(!none.ok());
+        QCOMPARE(none.message().title, QStringLiteral("ВНИМАНИЕ!"));
+        QCOMPARE(none.message().text, QStringLiteral("Няма въведени пътни листи при тези условия!\nМоля, изберете други."));
     }
 
     // The scratch table is emptied before it is filled: a second run prints the same rows.
