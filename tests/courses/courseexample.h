@@ -21,4 +21,13 @@ inline CourseEntry exampleCourseEntry()
     return entry;
 }
 
+// A firm still in leva, on the day the test runs.
+inline BooksDay leva()
+{
+    return {Changeover{}, QDate::currentDate()};
+}
+
+// A course entered in new-course entry.
+inline const CourseSaveContext adding{CourseMode::NewKurs, true, {}};
+
 }

@@ -5,21 +5,12 @@
 #include <QtTest>
 
 using namespace zarek;
+using zarek::test::adding;
+using zarek::test::leva;
 
 namespace {
 
-// A firm still in leva, on the day the test runs.
-BooksDay leva()
-{
-    return {Changeover{}, QDate::currentDate()};
-}
-
-CourseEntry validEntry()
-{
-    return test::exampleCourseEntry();
-}
-
-const CourseSaveContext adding{CourseMode::NewKurs, true, {}};
+using test::exampleCourseEntry;
 
 QString firstLine(const CourseCheckResult &result)
 {
@@ -84,7 +75,7 @@ private slots:
     {
         QFETCH(QStringList, changes);
         QFETCH(QString, expected);
-        CourseEntry entry = validEntry();
+        CourseEntry entry = exampleCourseEntry();
         for (const QString &change : changes) {
             const QString field = change.section(QLatin1Char('='), 0, 0);
             const QString value = change.section(QLatin1Char('='), 1);
@@ -101,7 +92,7 @@ private slots:
 
     void exampleCourseIsPriced()
     {
-        const auto result = checkCourse(validEntry(), adding, leva());
+        const auto result = checkCourse(exampleCourseEntry(), adding, leva());
         QVERIFY(!result.refusal);
         QCOMPARE((QList<qint64>{result.course.bruto.cents(), result.course.procent.cents(), result.course.neto.cents()}),
                  (QList<qint64>{3125, 94, 3031}));
@@ -111,21 +102,28 @@ private slots:
         QVERIFY(!result.course.Doc);
     }
 
-    void aNewCourseIsNeverInvoiced()
+    // A new course is never invoiced; a row started in the correction task is added, but its
+    // invoice is not forced.
+    void onlyANewCourseHasItsInvoiceForced()
     {
-        CourseEntry entry = validEntry();
+        CourseEntry entry = exampleCourseEntry();
         entry.nomFakt = QStringLiteral("0000000125");
         entry.fakt = true;
         entry.plat = true;
-        const auto result = checkCourse(entry, adding, leva());
+        auto result = checkCourse(entry, adding, leva());
         QCOMPARE(result.course.NomFakt, QStringLiteral("0000000000"));
         QVERIFY(!result.course.Fakt);
         QVERIFY(result.course.plat);
+
+        entry.fakt = entry.plat = false;
+        result = checkCourse(entry, {CourseMode::EditKurs, true, {}}, leva());
+        QCOMPARE(result.course.kod, QStringLiteral("007"));
+        QCOMPARE(result.course.NomFakt, QStringLiteral("0000000125"));
     }
 
     void aCorrectionKeepsItsDriverAndInvoice()
     {
-        CourseEntry entry = validEntry();
+        CourseEntry entry = exampleCourseEntry();
         entry.driver = QStringLiteral("012");  // the bare code, as the combo shows it while correcting
         entry.driverCode = QStringLiteral("012");
         entry.nomFakt = QStringLiteral("0000000125");
@@ -142,37 +140,21 @@ private slots:
         QCOMPARE(result.course.rowVersion, 3);
     }
 
-    void anEmptyPeriodInCorrectionStillForcesNothing()
+    // A date that reads despite its form warns and goes on; one that does not read is refused with
+    // one message, not two. Both put the cursor into the date box.
+    void aBadDateFocusesTheDateBox()
     {
-        // A row started in the correction task is added, but its invoice is not forced.
-        CourseEntry entry = validEntry();
-        entry.nomFakt = QStringLiteral("0000000125");
-        const auto result = checkCourse(entry, {CourseMode::EditKurs, true, {}}, leva());
-        QCOMPARE(result.course.kod, QStringLiteral("007"));
-        QCOMPARE(result.course.NomFakt, QStringLiteral("0000000125"));
-    }
-
-    void aDateThatReadsButHasABadMonthWarnsAndGoesOn()
-    {
-        CourseEntry entry = validEntry();
+        CourseEntry entry = exampleCourseEntry();
         entry.date = QStringLiteral("05032006");
-        const auto result = checkCourse(entry, adding, leva());
-        QVERIFY(!result.refusal);
-        QVERIFY(result.dateWarning);
-        QVERIFY(result.focusDate);
+        auto result = checkCourse(entry, adding, leva());
+        QVERIFY(!result.refusal && result.dateWarning && result.focusDate);
         QCOMPARE(result.dateWarning->text,
                  QStringLiteral("Неверен формат на датата!\nПроверете въведената дата и опитайте отново."));
         QCOMPARE(result.course.data, QDate(2006, 3, 5));
-    }
 
-    void anUnreadableDateFocusesTheDateBox()
-    {
-        CourseEntry entry = validEntry();
         entry.date = QStringLiteral("31.13.2005");
-        const auto result = checkCourse(entry, adding, leva());
-        QVERIFY(result.refusal);
-        QVERIFY(result.focusDate);
-        QVERIFY(!result.dateWarning);  // one message, not two
+        result = checkCourse(entry, adding, leva());
+        QVERIFY(result.refusal && result.focusDate && !result.dateWarning);
     }
 
     void expenseTakesCommaOrBlank_data()
@@ -188,7 +170,7 @@ private slots:
     {
         QFETCH(QString, text);
         QFETCH(qint64, cents);
-        CourseEntry entry = validEntry();
+        CourseEntry entry = exampleCourseEntry();
         entry.razhod = text;
         QCOMPARE(checkCourse(entry, adding, leva()).expense.cents(), cents);
     }
@@ -225,7 +207,7 @@ private slots:
         QFETCH(QString, rate);
         QFETCH(QString, fault);
         QFETCH(qint64, bruto);
-        CourseEntry entry = validEntry();
+        CourseEntry entry = exampleCourseEntry();
         entry.ton = ton;
         entry.km = km;
         entry.tarifa = rate;
@@ -253,7 +235,7 @@ private slots:
     void aControlCharacterInAnyTextIsRefusedFirst()
     {
         QFETCH(QString, field);
-        CourseEntry entry = validEntry();
+        CourseEntry entry = exampleCourseEntry();
         QString &text = field == "marsh" ? entry.marsh : field == "klient" ? entry.klient : field == "kola" ? entry.kola
                         : field == "tovar" ? entry.tovar : entry.ton;
         text.insert(1, QChar(u'\0'));

@@ -5,14 +5,10 @@
 #include <QSqlQuery>
 
 using namespace zarek;
+using zarek::test::adding;
+using zarek::test::leva;
 
 namespace {
-
-// A firm still in leva, on the day the test runs.
-BooksDay leva()
-{
-    return {Changeover{}, QDate::currentDate()};
-}
 
 CourseEntry exampleEntry()
 {
@@ -20,8 +16,6 @@ CourseEntry exampleEntry()
     entry.razhod = QStringLiteral("12,50");
     return entry;
 }
-
-const CourseSaveContext adding{CourseMode::NewKurs, true, {}};
 
 int countRows(QSqlDatabase db, const QString &table)
 {

@@ -83,17 +83,19 @@ void fillNewCourse(Kurs &screen, const QString &nomFakt = QStringLiteral("000000
 }
 
 // A fresh database of the current engine prepared with the courses named, the messages recorded,
-// and the editor on it: entering new courses, or correcting those of СА 1234 ВК in February.
+// and the editor shown on it: entering new courses, or correcting those of СА 1234 ВК in February.
 #define ENTERING_COURSES(screen, ...)         \
     ZAREK_SCRATCH_DB(scratch);                \
     prepare(scratch, {__VA_ARGS__});          \
     RecordingMessageService messages;         \
-    Kurs screen(scratch.db())
+    Kurs screen(scratch.db());                \
+    showActive(screen)
 #define CORRECTING_COURSES(screen, ...)       \
     ZAREK_SCRATCH_DB(scratch);                \
     prepare(scratch, {__VA_ARGS__});          \
     RecordingMessageService messages;         \
-    Kurs screen(scratch.db(), sa1234, february)
+    Kurs screen(scratch.db(), sa1234, february); \
+    showActive(screen)
 // A course of 30.12.2025 in leva, the tariff bands changed by the SET clause given, the books past
 // the changeover of 01.01.2026, and the editor shown (new courses, or as the arguments open it).
 #define AFTER_THE_CHANGEOVER(screen, tariffs, ...)                                              \
@@ -115,7 +117,6 @@ private slots:
     void aCourseEnteredFromTheKeyboardIsStoredPricedWithItsExpense()
     {
         ENTERING_COURSES(screen);
-        showActive(screen);
         QCOMPARE(screen.windowTitle().endsWith(QStringLiteral(" - Нов курс")), true);
         QCOMPARE(QApplication::focusWidget(), combo(screen, 5));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("Нов курс"));
@@ -195,7 +196,6 @@ private slots:
         QFETCH(QString, rate);
         QFETCH(int, told);
         ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        showActive(screen);
         auto *tarifa = rateBox(screen);
         tarifa->setText(QStringLiteral("9,999"));
         field(screen, 4)->setFocus();
@@ -226,7 +226,6 @@ private slots:
         QFETCH(QString, date);
         QFETCH(QString, message);
         ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        showActive(screen);
         fillNewCourse(screen, nomFakt, date);
         QVERIFY(!screen.recordForm()->update());
         QCOMPARE(onlyText(messages.shown), message);
@@ -287,7 +286,6 @@ private slots:
     void aCorrectionIsPricedAgainAndAddsAnExpenseRow()
     {
         CORRECTING_COURSES(screen, "СА 1234 ВК 01.02.2026", "СА 1234 ВК 03.02.2026 0,2", "РК 5678 ВС 02.02.2026", "СА 1234 ВК 01.03.2026");
-        showActive(screen);
         QVERIFY(screen.windowTitle().endsWith(QStringLiteral(" - Корекция курс")));
         RecordForm *form = screen.recordForm();
         QCOMPARE(form->rowCount(), 2);
@@ -426,7 +424,6 @@ private slots:
     void cancelInNewCourseEntryCloses()
     {
         ENTERING_COURSES(screen);
-        showActive(screen);
         combo(screen, 2)->setEditText(QStringLiteral("София - Перник"));
         messages.answers = {false};
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
@@ -487,7 +484,6 @@ private slots:
     void ctrlApostropheRepeatsTheLastSavedCoursesBox()
     {
         ENTERING_COURSES(screen);
-        showActive(screen);
         field(screen, 1)->setFocus();
         QTest::keyClick(field(screen, 1), Qt::Key_Apostrophe, Qt::ControlModifier);
         QCOMPARE(field(screen, 1)->text(), QString());  // nothing saved yet in this opening
@@ -586,7 +582,6 @@ private slots:
         QFETCH(QString, typed);
         QFETCH(QString, shown);
         ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        showActive(screen);
         fillNewCourse(screen);
         combo(screen, 5)->setEditText(QString());
         combo(screen, 5)->setFocus();
@@ -788,7 +783,6 @@ private slots:
     {
         QFETCH(QString, blank);
         ENTERING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        showActive(screen);
         fillNewCourse(screen);
         if (auto *c = child<QComboBox>(screen, blank))
             c->setEditText(QString());
@@ -804,7 +798,6 @@ private slots:
     void typingOnABrowsedCourseSaysHowToCorrectIt()
     {
         CORRECTING_COURSES(screen, "СА 1234 ВК 01.02.2026");
-        showActive(screen);
         button(screen, "cmdEdit")->setFocus();
         type(QStringLiteral("1"));
         QCOMPARE(screen.recordForm()->statusLabel()->text(), QStringLiteral("За корекция натиснете \"Поправи\""));

@@ -37,15 +37,11 @@ void fillSample(test::ScratchDatabase &scratch)
     scratch.exec(QStringLiteral("INSERT INTO shof (kod, ime) VALUES ('001', 'Иван Петров')"));
 }
 
+// Types the period into the dialog's date boxes without searching.
 void setPeriod(QWidget &dialog, const QString &from, const QString &to)
 {
     child<QLineEdit>(dialog, "Text1_0")->setText(from);
     child<QLineEdit>(dialog, "Text1_1")->setText(to);
-}
-
-void clickSearch(QWidget &dialog)
-{
-    child<QPushButton>(dialog, "OKButton")->click();
 }
 
 // The messages more than one check gives.
@@ -214,7 +210,7 @@ private slots:
         auto *combo = child<QComboBox>(invoices, "Combo1");
         QCOMPARE(combo->count(), 2);  // no "0000000000", newest first
         QCOMPARE(combo->itemText(0), QStringLiteral("0000000012"));
-        clickSearch(invoices);
+        test::click(invoices, QStringLiteral("OKButton"));
         QVERIFY(invoices.SeekOk());
         QCOMPARE(invoices.conditions().SeekNomFakt, QStringLiteral("0000000012"));
         QVERIFY(invoices.conditions().SeekFrom.isEmpty());
@@ -222,7 +218,7 @@ private slots:
         DiaSeek stock(SearchMode::NalichSK, scratch.db());
         QVERIFY(!child<QLineEdit>(stock, "Text1_0")->isEnabled());
         QVERIFY(child<QComboBox>(stock, "Combo1")->isHidden());
-        clickSearch(stock);
+        test::click(stock, QStringLiteral("OKButton"));
         QVERIFY(stock.SeekOk());
         QVERIFY(stock.conditions().SeekArtikul.isEmpty());
         QVERIFY(messages.shown.isEmpty());
@@ -234,7 +230,7 @@ private slots:
         DiaSeek dialog(SearchMode::All, scratch.db());
         QVERIFY(!child<QComboBox>(dialog, "Combo1")->isEnabled());
         QVERIFY(messages.shown.isEmpty());  // no list, so no empty-list message
-        clickSearch(dialog);
+        test::click(dialog, QStringLiteral("OKButton"));
         QCOMPARE(lastText(messages), noPeriod);
         enterPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QVERIFY(dialog.SeekOk());
@@ -302,7 +298,7 @@ private slots:
             QCOMPARE(lastText(messages), unknownTruck);
     }
 
-    void anEmptyListIsTold()
+    void anEmptyDatabaseIsToldAtOpening()
     {
         SEARCH_EMPTY();
         DiaSeek dialog(SearchMode::Klients, scratch.db());
@@ -310,6 +306,10 @@ private slots:
         enterPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(lastText(messages), QStringLiteral("Няма избран клиент!\nМоля, изберете клиент от списъка."));
         QVERIFY(!dialog.SeekOk());
+        // The invoicing search says at opening that there are no courses at all.
+        messages.shown.clear();
+        DiaSeekAll invoicing(SearchMode::FaktNew, scratch.db());
+        QCOMPARE(onlyText(messages.shown), QStringLiteral("Няма въведени курсове в компютъра!"));
     }
 
     void aDriverIsSplitAtTheComma()
@@ -321,7 +321,7 @@ private slots:
         enterPeriod(dialog, QStringLiteral("01.01.2026"), QStringLiteral("31.12.2026"));
         QCOMPARE(lastText(messages), badDriver);
         child<QComboBox>(dialog, "Combo1")->setCurrentIndex(0);
-        clickSearch(dialog);
+        test::click(dialog, QStringLiteral("OKButton"));
         QVERIFY(dialog.SeekOk());
         QCOMPARE(dialog.conditions().SeekDriverKod + ',' + dialog.conditions().SeekDriverIme, QStringLiteral("001,Иван Петров"));
     }
@@ -417,15 +417,8 @@ private slots:
         QCOMPARE(typed.conditions().SeekKola, QStringLiteral("Непозната 1"));
     }
 
-    void noCoursesAtAllIsToldOnOpening()
-    {
-        SEARCH_EMPTY();
-        DiaSeekAll dialog(SearchMode::FaktNew, scratch.db());
-        QCOMPARE(messages.shown.size(), 1);
-        QCOMPARE(lastText(messages), QStringLiteral("Няма въведени курсове в компютъра!"));
-    }
-
-    void aControlCharacterInASearchBoxIsRefused()
+    // A control character in a search box is refused; cancelling then is told as no conditions.
+    void aControlCharacterInASearchBoxIsRefusedAndCancellingIsToldAsNoConditions()
     {
         SEARCH_SAMPLE();
         DiaSeek dialog(SearchMode::Kola, scratch.db());
@@ -434,13 +427,6 @@ private slots:
         QCOMPARE(onlyText(messages.shown), controlCharacterMessage(QString()).text);
         QVERIFY(!dialog.SeekOk());
         QCOMPARE(dialog.result(), int(QDialog::Rejected));
-    }
-
-    void cancellingIsToldAsNoConditions()
-    {
-        SEARCH_SAMPLE();
-        DiaSeek dialog(SearchMode::Kola, scratch.db());
-        setPeriod(dialog, QStringLiteral("01.03.2026"), QStringLiteral("31.03.2026"));
         child<QPushButton>(dialog, "CancelButton")->click();
         QCOMPARE(lastText(messages), QStringLiteral("Няма избрани ограничения за търсене!"));
         QVERIFY(!dialog.SeekOk());

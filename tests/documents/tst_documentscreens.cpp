@@ -64,7 +64,22 @@ QList<RecordRow> prepare(test::ScratchDatabase &scratch)
     return saved;
 }
 
+// Shows the document screen of the test's day on the document given.
+void showOn(Documents &screen, const RecordRow &document)
+{
+    screen.setToday(today);
+    screen.show();
+    QVERIFY(screen.showDocument(document.id));
 }
+
+}
+
+// A fresh database of the current engine with prepare()'s rows (saved: the documents), and the
+// messages recorded.
+#define DOCUMENTS_PREPARED()                  \
+    ZAREK_SCRATCH_DB(scratch);                \
+    const auto saved = prepare(scratch);      \
+    RecordingMessageService messages
 
 class DocumentScreensTest : public QObject {
     Q_OBJECT
@@ -74,14 +89,10 @@ private slots:
     // "Поднови" proposes the kind's period from today; written, the old one is history.
     void renewingProposesTheNextPeriodAndKeepsTheOld()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const auto saved = prepare(scratch);
+        DOCUMENTS_PREPARED();
         QCOMPARE(saved.size(), 4);
-        RecordingMessageService messages;
         Documents screen(scratch.db());
-        screen.setToday(today);
-        screen.show();
-        QVERIFY(screen.showDocument(saved[0].id));
+        showOn(screen, saved[0]);
         QCOMPARE(screen.field(2)->text(), QStringLiteral("CMR-77"));
         QVERIFY(screen.findChild<QLabel *>("lblState")->text().startsWith(QStringLiteral("Изтекъл на 28.05.2026")));
         screen.renew();
@@ -104,9 +115,7 @@ private slots:
     // A scan over 10 MB is refused with a message and nothing is written; a picture is shown.
     void aBigScanIsRefusedAndAPictureShown()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const auto saved = prepare(scratch);
-        RecordingMessageService messages;
+        DOCUMENTS_PREPARED();
         QTemporaryDir dir;
         const QString big = dir.filePath(QStringLiteral("голям.pdf"));
         {
@@ -128,9 +137,7 @@ private slots:
             QVERIFY(page.save(picture));
         }
         Documents screen(scratch.db());
-        screen.setToday(today);
-        screen.show();
-        QVERIFY(screen.showDocument(saved[0].id));
+        showOn(screen, saved[0]);
         QVERIFY(!screen.attachScanFile(big));
         QCOMPARE(onlyTitle(messages.shown), QStringLiteral("ВНИМАНИЕ!"));
         QVERIFY(messages.shown.first().text.contains(QStringLiteral("10,0 MB")));
@@ -147,9 +154,7 @@ private slots:
     // Expired rows red, due ones amber, soonest first; Enter opens the document of the row.
     void theDueListColoursItsRowsAndOpensTheDocument()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const auto saved = prepare(scratch);
-        RecordingMessageService messages;
+        DOCUMENTS_PREPARED();
         DueDocuments screen(scratch.db(), FirmProfile{}, nullptr, today);
         screen.show();
         const ResultGridModel *model = screen.model();
@@ -200,9 +205,7 @@ private slots:
     // Deleting a driver who holds documents asks once, with the count; "Не" keeps everything.
     void deletingADriverWithDocumentsAsksWithTheCount()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
+        DOCUMENTS_PREPARED();
         Driver screen(scratch.db());
         messages.answers = {false};
         screen.recordForm()->remove();
@@ -220,9 +223,7 @@ private slots:
     // At sign-in a notice tells how many are due; switched off, it stays away for that user only.
     void theSignInNoticeTellsAndCanBeSwitchedOff()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        prepare(scratch);
-        RecordingMessageService messages;
+        DOCUMENTS_PREPARED();
         QTemporaryDir dir;
         FrmMain::setSettingsFile(dir.filePath(QStringLiteral("zarek.ini")));
         FrmMain window(FirmProfile{}, scratch.config(), scratch.db(), QStringLiteral("A"));

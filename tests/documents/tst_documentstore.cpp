@@ -50,8 +50,9 @@ class DocumentStoreTest : public QObject {
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
 
-    // A new database starts with the kinds a haulier keeps, as the rules describe them.
-    void aNewDatabaseHasTheStandardKinds()
+    // A new database starts with the kinds a haulier keeps, as the rules describe them, and
+    // refuses a document valid before its issue.
+    void aNewDatabaseHasTheStandardKindsAndItsGuard()
     {
         ZAREK_SCRATCH_DB(scratch);
         const auto kinds = DocumentStore(scratch.db()).kinds();
@@ -65,6 +66,9 @@ private slots:
             stored.id = 0;
             QCOMPARE(stored, expected);
         }
+        // The database itself keeps a validity before the issue out, whoever writes.
+        QVERIFY(!test::insertRow(scratch.db(), QStringLiteral("Dokumenti"), QStringLiteral("Vid, Za, Kod, Izdaden, Valid"),
+                                 {"Технически преглед", "K", "СА 1234 ВК", QDate(2026, 3, 2), QDate(2026, 3, 1)}));
     }
 
     // Expired and due ones, soonest first; valid, renewed and never-reminding ones are left out.
@@ -145,14 +149,6 @@ private slots:
         const DocumentStore store(scratch.db());
         QVERIFY(!store.save(document(kind, "СА 1234 ВК", issued, valid), true, store.kinds().value(), today, std::nullopt, title));
         QCOMPARE(count(scratch.db(), QStringLiteral("SELECT COUNT(*) FROM Dokumenti")), 0);
-    }
-
-    // The database itself keeps a validity before the issue out, whoever writes.
-    void theDatabaseRefusesValidityBeforeIssue()
-    {
-        ZAREK_SCRATCH_DB(scratch);
-        QVERIFY(!test::insertRow(scratch.db(), QStringLiteral("Dokumenti"), QStringLiteral("Vid, Za, Kod, Izdaden, Valid"),
-                                 {"Технически преглед", "K", "СА 1234 ВК", QDate(2026, 3, 2), QDate(2026, 3, 1)}));
     }
 
     // A scan over 10 MB is refused and nothing is written; one of exactly 10 MB is kept whole.

@@ -7,6 +7,7 @@
 #include "screendriver.h"
 #include "subsystemfixtures.h"
 #include "testdatabase.h"
+#include "tripfixture.h"
 
 #include <QComboBox>
 #include <QGroupBox>
@@ -20,6 +21,8 @@
 #include <memory>
 
 using namespace zarek;
+using zarek::test::agro;
+using zarek::test::dargos;
 using zarek::test::items;
 using zarek::test::onlyOne;
 using zarek::test::onlyText;
@@ -29,10 +32,6 @@ namespace {
 
 const FirmAddress hellas{QStringLiteral("Hellas Foods SA"), QStringLiteral("Odos Lagkada 140"),
                          QStringLiteral("Thessaloniki"), QStringLiteral("Гърция")};
-const FirmAddress agro{QStringLiteral("Agro Trade SRL"), QStringLiteral("Str. Fabricii 8"), QStringLiteral("Bucuresti"),
-                       QStringLiteral("Румъния")};
-const FirmAddress dargos{QStringLiteral("Д'Аргос ООД"), QStringLiteral("ул. Шипка 3"), QStringLiteral("Пловдив"),
-                         QStringLiteral("България")};
 
 void prepare(test::ScratchDatabase &scratch)
 {
@@ -43,22 +42,8 @@ void prepare(test::ScratchDatabase &scratch)
 // A trip saved earlier, as the editor saves it.
 void addTrip(QSqlDatabase db, const QString &number, const FirmAddress &sender, const FirmAddress &receiver)
 {
-    RecordRow row;
-    for (const QString &column : tripColumns())
-        row.values.insert(column, QString());
-    row.values.insert("KursID", number);
-    row.values.insert("Data", QDate(2026, 3, 5));
-    row.values.insert("DriverName", "Иван Петров Иванов");
-    row.values.insert("TruckV", "РВ 1234 ВК");
-    row.values.insert("TruckR", "РВ 0001 ЕЕ");
-    const QString parts[] = {sender.name, sender.adres, sender.city, sender.country,
-                             receiver.name, receiver.adres, receiver.city, receiver.country};
-    const char *columns[] = {"SendName", "SendAdres", "SendCity", "SendCountry",
-                             "ResivName", "ResivAdres", "ResivCity", "ResivCountry"};
-    for (int i = 0; i < 8; ++i)
-        row.values.insert(columns[i], parts[i]);
-    for (const QString &column : tripNumberColumns())
-        row.values.insert(column, QVariant());
+    const RecordRow row = test::tripRow(number, sender, receiver, QStringLiteral("Иван Петров Иванов"),
+                                        QStringLiteral("РВ 0001 ЕЕ"), QVariant());
     QVERIFY(TripStore(db).save(row, true, "ГРЕШКА при запис!").ok());
 }
 

@@ -1,45 +1,32 @@
 #include "international/triprules.h"
 #include "international/tripstore.h"
 #include "testdatabase.h"
+#include "tripfixture.h"
 
 #include <QSqlError>
 #include <QSqlQuery>
 #include <limits>
 
 using namespace zarek;
+using zarek::test::agro;
 using zarek::test::countBy;
+using zarek::test::dargos;
 
 namespace {
 
 RecordRow trip(const QString &number, const FirmAddress &sender, const FirmAddress &receiver)
 {
-    RecordRow row;
-    for (const QString &column : tripColumns())
-        row.values.insert(column, QString());
-    row.values.insert(QStringLiteral("KursID"), number);
-    row.values.insert(QStringLiteral("Data"), QDate(2026, 3, 5));
-    row.values.insert(QStringLiteral("DriverName"), QStringLiteral("Иван Петров"));
-    row.values.insert(QStringLiteral("TruckV"), QStringLiteral("РВ 1234 ВК"));
-    row.values.insert(QStringLiteral("TruckR"), QStringLiteral("РВ 5678 ЕЕ"));
-    for (const QString &column : tripNumberColumns())
-        row.values.insert(column, 10.0);
-    const QString parts[] = {sender.name, sender.adres, sender.city, sender.country,
-                             receiver.name, receiver.adres, receiver.city, receiver.country};
-    const char *columns[] = {"SendName", "SendAdres", "SendCity", "SendCountry",
-                             "ResivName", "ResivAdres", "ResivCity", "ResivCountry"};
-    for (int i = 0; i < 8; ++i)
-        row.values.insert(QString::fromLatin1(columns[i]), parts[i]);
-    return row;
+    return test::tripRow(number, sender, receiver, QStringLiteral("Иван Петров"), QStringLiteral("РВ 5678 ЕЕ"), 10.0);
 }
-
-const FirmAddress agro{QStringLiteral("Agro Trade SRL"), QStringLiteral("Str. Fabricii 8"), QStringLiteral("Bucuresti"),
-                       QStringLiteral("Румъния")};
-const FirmAddress dargos{QStringLiteral("Д'Аргос ООД"), QStringLiteral("ул. Шипка 3"), QStringLiteral("Пловдив"),
-                         QStringLiteral("България")};
 
 }
 
 Q_DECLARE_METATYPE(zarek::FirmAddress)
+
+// A fresh database of the current engine (scratch) and the trip store on it.
+#define TRIP_STORE()               \
+    ZAREK_SCRATCH_DB(scratch);     \
+    const TripStore store(scratch.db())
 
 class TripStoreTest : public QObject {
     Q_OBJECT
@@ -99,8 +86,7 @@ private slots:
     {
         QFETCH(FirmAddress, second);
         QFETCH(int, firms);
-        ZAREK_SCRATCH_DB(scratch);
-        const TripStore store(scratch.db());
+        TRIP_STORE();
         QVERIFY(store.save(trip("0000000001", dargos, agro), true, "ГРЕШКА при запис!").ok());
         QVERIFY(store.save(trip("0000000002", dargos, second), true, "ГРЕШКА при запис!").ok());
         QCOMPARE(countBy(scratch.db(), "SELECT COUNT(*) FROM Firms"), firms);
@@ -111,8 +97,7 @@ private slots:
 
     void aFirmWithAnApostropheIsStoredAndFoundAgain()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const TripStore store(scratch.db());
+        TRIP_STORE();
         QVERIFY(!store.addFirm(dargos, "ГРЕШКА при запис!"));
         QVERIFY(!store.addFirm(dargos, "ГРЕШКА при запис!"));
         const auto firms = store.firms();
@@ -132,8 +117,7 @@ private slots:
     // Empty panels make one all-empty firm, once; the picker then lists it.
     void emptyPanelsAddOneEmptyFirmOnce()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const TripStore store(scratch.db());
+        TRIP_STORE();
         QVERIFY(store.save(trip("0000000001", {}, {}), true, "ГРЕШКА при запис!").ok());
         QVERIFY(store.save(trip("0000000002", {}, {}), true, "ГРЕШКА при запис!").ok());
         QCOMPARE(store.firms().value(), QList<FirmAddress>{FirmAddress{}});
@@ -143,8 +127,7 @@ private slots:
     // neither the trip nor its firms are written.
     void aNumberAnotherTripCarriesIsRefusedAndNothingIsWritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const TripStore store(scratch.db());
+        TRIP_STORE();
         QVERIFY(store.save(trip("0000000037", dargos, dargos), true, "ГРЕШКА при запис!").ok());
         const auto refused = store.save(trip("0000000037", agro, agro), true, "ГРЕШКА при запис!");
         QVERIFY(!refused.ok());
@@ -179,11 +162,10 @@ private slots:
     }
     void aFigureTheScreenRefusesIsNeverStored()
     {
-        ZAREK_SCRATCH_DB(scratch);
         QFETCH(QString, column);
         QFETCH(QVariant, value);
         QFETCH(bool, stored);
-        const TripStore store(scratch.db());
+        TRIP_STORE();
         RecordRow row = trip("0000000041", dargos, agro);
         row.values.insert(column, value);
         QCOMPARE(checkTrip(row.values).has_value(), !stored);
@@ -207,8 +189,7 @@ private slots:
     // A trip corrected keeps its own number: that is no duplicate.
     void aTripCorrectedKeepsItsOwnNumber()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const TripStore store(scratch.db());
+        TRIP_STORE();
         const auto saved = store.save(trip("0000000037", dargos, agro), true, "ГРЕШКА при запис!");
         QVERIFY(saved.ok());
         QCOMPARE(store.numberTaken("0000000037", saved.value().id).value(), false);
@@ -222,8 +203,7 @@ private slots:
     // A trip another user changed meanwhile is not overwritten, and its firms stay unwritten too.
     void aTripChangedElsewhereIsNotOverwritten()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const TripStore store(scratch.db());
+        TRIP_STORE();
         const auto saved = store.save(trip("0000000037", dargos, dargos), true, "ГРЕШКА при запис!");
         QVERIFY(saved.ok());
         QVERIFY(scratch.exec("UPDATE ExternalKurs SET TovarName = 'Олио', row_version = row_version + 1"));
@@ -238,8 +218,7 @@ private slots:
 
     void theListsOfferDriversTractorsAndEarlierTrailersSorted()
     {
-        ZAREK_SCRATCH_DB(scratch);
-        const TripStore store(scratch.db());
+        TRIP_STORE();
         QVERIFY(store.trailers().isEmpty());
         QVERIFY(scratch.exec("INSERT INTO shof (kod, ime) VALUES ('002', 'Петър Колев'), ('001', 'Георги Д''Амато')"));
         QVERIFY(scratch.exec("INSERT INTO Config (kola) VALUES ('СА 9999 ВВ'), ('РВ 1234 ВК')"));

@@ -10,17 +10,12 @@
 #include "invoicing/taxdocument.h"
 #include "testdatabase.h"
 
-#include <QCoreApplication>
 #include <QDate>
-#include <QProcess>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QSqlRecord>
 #include <QVariant>
 #include <QtTest>
-
-#include <memory>
-#include <vector>
 
 namespace zarek::test {
 
@@ -144,61 +139,6 @@ inline bool dropForcedFailure(ScratchDatabase &scratch, const QString &table)
 {
     return scratch.exec(QStringLiteral("DROP TRIGGER forced_failure")
                         + (dialectOf(scratch.db()) == Dialect::SQLite ? QString() : QStringLiteral(" ON ") + table));
-}
-
-// Workstations racing to issue invoices: each a copy of the test program in a racer mode of its
-// own, on one database, issuing invoices for a client of its own.
-inline QString racerClient(int racer)
-{
-    return QStringLiteral("Клиент %1").arg(racer);
-}
-
-// The database a racer names on its command line (the engine, then a PostgreSQL database's name
-// or a SQLite file), opened under the connection name given.
-inline QSqlDatabase connectTo(const QString &engine, const QString &target, const QString &name)
-{
-    DatabaseConfig config;
-    if (engine == QLatin1String("postgresql")) {
-        config = DatabaseConfig::fromText(qEnvironmentVariable("ZAREK_TEST_PG")).value_or(DatabaseConfig{});
-        config.databaseName = target;
-    } else {
-        config.sqlitePath = target;
-    }
-    QString error;
-    return openDatabase(config, name, &error);
-}
-
-// Gives each racer its courses of March, starts the racers on the database of scratch, lets them
-// go together and puts what each printed in outputs; a failure when one does not end well.
-inline void race(ScratchDatabase &scratch, const char *mode, int racers, int invoicesEach, QStringList &outputs)
-{
-    for (int racer = 0; racer < racers; ++racer) {
-        for (int i = 0; i < invoicesEach; ++i)
-            insertCourse(scratch.db(), {QDate(2006, 3, 1 + i), racerClient(racer), QStringLiteral("Перник - София")});
-    }
-    const QString engine = currentEngine();
-    const QString target = engine == QLatin1String("postgresql") ? scratch.config().databaseName : scratch.config().sqlitePath;
-    std::vector<std::unique_ptr<QProcess>> processes;
-    for (int racer = 0; racer < racers; ++racer) {
-        auto process = std::make_unique<QProcess>();
-        process->setProcessChannelMode(QProcess::MergedChannels);
-        process->start(QCoreApplication::applicationFilePath(),
-                       {QString::fromLatin1(mode), engine, target, QString::number(racer)});
-        QVERIFY(process->waitForStarted());
-        processes.push_back(std::move(process));
-    }
-    QTest::qWait(300);  // every racer connected and waiting
-    for (auto &process : processes)
-        process->write("go\n");
-    for (auto &process : processes)
-        QVERIFY(process->waitForBytesWritten(5000));
-    for (int racer = 0; racer < racers; ++racer) {
-        QProcess &process = *processes[racer];
-        QVERIFY(process.waitForFinished(120000));
-        outputs.append(QString::fromUtf8(process.readAll()));
-        QVERIFY2(process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0,
-                 qPrintable(racerClient(racer) + QStringLiteral(": ") + outputs.last()));
-    }
 }
 
 }

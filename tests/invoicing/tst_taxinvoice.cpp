@@ -4,6 +4,7 @@
 #include "data/yearclose.h"
 #include "invoicing/invoicestore.h"
 #include "invoicing/taxinvoicestore.h"
+#include "invoiceracers.h"
 #include "invoicingfixture.h"
 #include "queryrows.h"
 #include "subsystemfixtures.h"
@@ -14,8 +15,6 @@
 #include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTextStream>
-#include <memory>
-#include <vector>
 
 using namespace zarek;
 using namespace zarek::test;
@@ -109,42 +108,13 @@ constexpr int invoicesEach = 5;
 const char racerMode[] = "--tax-racer";
 const char killMode[] = "--tax-victim";
 
-// A racer: waits for "go", then issues its invoices of one course each, taking the number the
-// dialog offers and the next offer whenever another workstation took it meanwhile.
-int runRacer(const QStringList &args)
+// A racer takes the number the dialog offers, and the next offer whenever another workstation
+// took it meanwhile.
+int taxRacer(const QStringList &args)
 {
-    QTextStream out(stdout);
-    if (args.size() != 3)
-        return 9;
-    const int racer = args.at(2).toInt();
-    const QString client = racerClient(racer);
-    QSqlDatabase db = connectTo(args.at(0), args.at(1), QStringLiteral("racer"));
-    if (!db.isOpen())
-        return 3;
-    QTextStream in(stdin);
-    in.readLine();
-    InvoiceStore store(db);
-    int issued = 0;
-    int refused = 0;
-    while (issued < invoicesEach && refused < 1000) {
-        const Checked<RowSet> rows = store.courses({FakturaMode::FaktNew, client, march2006, {}, {}, {}, {}});
-        if (!rows || rows.value().rowCount() == 0)
-            return 4;
-        const qint64 id = rows.value().value(0, QStringLiteral("id")).toLongLong();
-        const SettleOutcome outcome = issueTax(db, {id}, {}, InvoiceLines::PerCourse, client);
-        if (outcome.kind == SettleOutcome::Kind::Written) {
-            ++issued;
-            out << "ISSUED " << outcome.documentNumber << Qt::endl;
-        } else if (outcome.kind == SettleOutcome::Kind::NumberTaken) {
-            ++refused;
-        } else {
-            out << "FAILED " << int(outcome.kind) << ' ' << (outcome.message ? outcome.message->text : QString())
-                << Qt::endl;
-            return 2;
-        }
-    }
-    out << "REFUSED " << refused << Qt::endl;
-    return issued == invoicesEach ? 0 : 6;
+    return test::runRacer(args, invoicesEach, [](QSqlDatabase db, const QString &client, int, const RowSet &courses) {
+        return issueTax(db, {courses.value(0, QStringLiteral("id")).toLongLong()}, {}, InvoiceLines::PerCourse, client);
+    });
 }
 
 // A victim: issues invoices of many courses, one after another, until it is killed.
@@ -520,14 +490,6 @@ private slots:
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
-    if (argc > 1 && qstrcmp(argv[1], racerMode) == 0)
-        return runRacer(app.arguments().mid(2));
-    if (argc > 1 && qstrcmp(argv[1], killMode) == 0)
-        return runVictim(app.arguments().mid(2));
-    app.setAttribute(Qt::AA_Use96Dpi, true);
-    TaxInvoiceTest test;
-    QTEST_SET_MAIN_SOURCE_PATH
-    return QTest::qExec(&test, argc, argv);
+    return racingMain<TaxInvoiceTest>(argc, argv, {{racerMode, taxRacer}, {killMode, runVictim}});
 }
 #include "tst_taxinvoice.moc"

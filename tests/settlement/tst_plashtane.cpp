@@ -79,7 +79,8 @@ QStringList printStatement(Plashtane &screen)
 
 }
 
-// Each test gets a fresh database, a scratch sheet and a message recorder; open() makes the screen.
+// Each test gets a fresh database with fillCourses(), a scratch sheet and a message recorder;
+// open() makes the screen.
 class PlashtaneTest : public QObject, test::DatabaseFixture {
     Q_OBJECT
     std::unique_ptr<QTemporaryDir> folder;
@@ -106,6 +107,9 @@ private slots:
         ZAREK_DATABASE_FIXTURE();
         folder = std::make_unique<QTemporaryDir>();
         temp = std::make_unique<zarek::ScratchDatabase>(folder->path());
+        // Every test but the pay sheet's runs on the courses of fillCourses().
+        if (qstrcmp(QTest::currentTestFunction(), "theSumDueIsThePayOfThePaySheet") != 0)
+            QVERIFY(fillCourses(db));
     }
     void cleanup()
     {
@@ -117,7 +121,6 @@ private slots:
 
     void theScreenListsTheDriversUnpaidCoursesOfThePeriod()
     {
-        QVERIFY(fillCourses(db));
         Plashtane &screen = open();
         QCOMPARE(screen.objectName(), QStringLiteral("Plashtane"));
         QCOMPARE(screen.windowTitle(), QStringLiteral("Зарек 2.3 - Плащане курсове"));
@@ -145,7 +148,6 @@ private slots:
 
     void noUnpaidCourseLeavesTheEmptyScreenOpenWithTheMessage()
     {
-        QVERIFY(fillCourses(db));
         SearchConditions conditions = marchOf(QStringLiteral("007"));
         conditions.period = {QDate(2007, 1, 1), QDate(2007, 1, 31)};
         Plashtane &screen = open(conditions);
@@ -158,7 +160,6 @@ private slots:
 
     void spaceWritesTheMarkAtOnceAndTwiceRestoresIt()
     {
-        QVERIFY(fillCourses(db));
         Plashtane &screen = open();
         QCOMPARE(sumText(screen), QString());
 
@@ -187,7 +188,6 @@ private slots:
 
     void anyKeyShowsTheSumAgain()
     {
-        QVERIFY(fillCourses(db));
         Plashtane &screen = open();
         QTest::keyClick(screen.grid(), Qt::Key_Down);
         QCOMPARE(sumText(screen), sum("0,00"));
@@ -199,7 +199,6 @@ private slots:
 
     void aCourseChangedAtAnotherWorkstationIsNotMarked()
     {
-        QVERIFY(fillCourses(db));
         Plashtane &screen = open();
         QVERIFY(changeElsewhere(database->openSecondConnection(), QStringLiteral("Перник - Радомир"),
                                 QStringLiteral("ton = 13, bruto = 60, neto = 58.2")));
@@ -219,7 +218,6 @@ private slots:
 
     void aCoursePaidAtAnotherWorkstationLeavesTheGridUnpaidTwice()
     {
-        QVERIFY(fillCourses(db));
         Plashtane &screen = open();
         space(screen, 0);
         QVERIFY(changeElsewhere(database->openSecondConnection(), QStringLiteral("Батановци - Перник"),
@@ -236,7 +234,6 @@ private slots:
 
     void aMarkOfThisScreenChangedElsewhereKeepsTheSumEqualToTheMarks()
     {
-        QVERIFY(fillCourses(db));
         Plashtane &screen = open();
         space(screen, 0);
         space(screen, 2);
@@ -251,7 +248,6 @@ private slots:
 
     void theStatementListsTheMarkedCoursesOnceWithTheReceipt()
     {
-        QVERIFY(fillCourses(db));
         Plashtane &screen = open();
         test::showActive(screen);
         space(screen, 0);
@@ -323,7 +319,6 @@ private slots:
     // A course of a truck without a percent has no pay: it is not marked, and the message says why.
     void aCourseOfATruckWithoutAPercentIsNotMarked()
     {
-        QVERIFY(fillCourses(db));
         QVERIFY(database->exec(QStringLiteral("UPDATE Config SET Procent = 0 WHERE kola = 'РВ 7777 АА'")));
         Plashtane &screen = open();
         space(screen, 1);
@@ -336,7 +331,6 @@ private slots:
 
     void printingWithoutTheDriversRowIsRefused()
     {
-        QVERIFY(fillCourses(db));
         QVERIFY(database->exec(QStringLiteral("DELETE FROM shof")));
         Plashtane &screen = open();
         space(screen, 0);

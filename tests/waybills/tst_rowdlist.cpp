@@ -74,22 +74,22 @@ void fillHeader(RowdList &screen, const QString &number, const QString &kola = t
     screen.field(5)->setText(QStringLiteral("245300"));
 }
 
-// A line typed into the pending row of the grid, then saved.
-bool saveLine(RowdList &screen, const QString &route, const QString &km, const QString &ton, const QString &koef)
+// A line, "route|km|ton|koef", typed into the pending row of the grid, then saved.
+bool saveLine(RowdList &screen, const QString &line)
 {
     QAbstractItemModel *model = screen.grid()->model();
     const int row = screen.routes()->state() == RecordFormState::Adding ? model->rowCount() - 1
                                                                           : screen.routes()->currentIndex();
-    const QStringList cells = {route, km, ton, koef};
+    const QStringList cells = line.split(QLatin1Char('|'));
     for (int column = 0; column < 4; ++column)
-        model->setData(model->index(row, column), cells[column]);
+        model->setData(model->index(row, column), cells.value(column));
     return screen.routes()->update();
 }
 
-void addLine(RowdList &screen, const QString &route, const QString &km, const QString &ton, const QString &koef)
+void addLine(RowdList &screen, const QString &line)
 {
     screen.routes()->add();
-    QVERIFY(saveLine(screen, route, km, ton, koef));
+    QVERIFY(saveLine(screen, line));
 }
 
 // A new waybill 37 with its first line (250 km, 10 t, +10 %: 93,5 l) saved.
@@ -97,8 +97,7 @@ void startWithALine(RowdList &screen)
 {
     fillHeader(screen, QStringLiteral("37"));
     screen.tabs()->setCurrentIndex(1);
-    QVERIFY(saveLine(screen, QStringLiteral("София - Перник"), QStringLiteral("250"), QStringLiteral("10"),
-                     QStringLiteral("10")));
+    QVERIFY(saveLine(screen, QStringLiteral("София - Перник|250|10|10")));
 }
 
 QStringList gridRows(RowdList &screen)
@@ -131,6 +130,13 @@ class RowdListTest : public QObject, test::DatabaseFixture {
         screen = std::make_unique<RowdList>(db);
         showActive(*screen);
         return *screen;
+    }
+    // The screen on a new waybill 37 with its first line saved (startWithALine()).
+    RowdList &openWithALine()
+    {
+        RowdList &opened = open();
+        startWithALine(opened);
+        return opened;
     }
     QString sums() { return row(db, "SELECT SumKM, SumRazhN FROM RowdList"); }
     int count(const char *sql) { return scalar(db, QString::fromLatin1(sql)).toInt(); }
@@ -264,10 +270,8 @@ private slots:
         // Enter on "Добави" starts the next line.
         press(Qt::Key_Return);
         QCOMPARE(screen.routes()->state(), RecordFormState::Adding);
-        QVERIFY(saveLine(screen, QStringLiteral("Перник - Радомир"), QStringLiteral("99,5"), QStringLiteral("0"),
-                         QStringLiteral("0")));
-        addLine(screen, QStringLiteral("Радомир - София"), QStringLiteral("100.5"), QStringLiteral("12,5"),
-                QStringLiteral("-10"));
+        QVERIFY(saveLine(screen, QStringLiteral("Перник - Радомир|99,5|0|0")));
+        addLine(screen, QStringLiteral("Радомир - София|100.5|12,5|-10"));
         QCOMPARE(gridRows(screen), (QStringList{QStringLiteral("София - Перник|250|10|10"),
                                                 QStringLiteral("Перник - Радомир|99,5|0|0"),
                                                 QStringLiteral("Радомир - София|100,5|12,5|-10")}));
@@ -351,7 +355,7 @@ private slots:
         RowdList &screen = open();
         fillHeader(screen, QStringLiteral("37"), kola);
         screen.tabs()->setCurrentIndex(1);
-        QVERIFY(!saveLine(screen, QStringLiteral("София - Перник"), km, ton, koef));
+        QVERIFY(!saveLine(screen, QStringList{QStringLiteral("София - Перник"), km, ton, koef}.join('|')));
         QTEST(onlyOne(messages->shown), "told");
         QCOMPARE(screen.routes()->state(), RecordFormState::Adding);
         QCOMPARE(gridRows(screen).value(0), QStringList({QStringLiteral("София - Перник"), km, ton, koef}).join('|'));
@@ -362,8 +366,7 @@ private slots:
     // waybill report and the fuel balance never read a stale total; a header saved later keeps them.
     void theHeaderTotalsFollowItsLines()
     {
-        RowdList &screen = open();
-        startWithALine(screen);
+        RowdList &screen = openWithALine();
         QCOMPARE(totals(screen), QStringLiteral("250 93,5"));
         screen.tabs()->setCurrentIndex(0);
         QVERIFY(screen.header()->update());
@@ -371,12 +374,11 @@ private slots:
 
         // Browsing the waybill: a line added, corrected (KM 30 → 80), then deleted.
         screen.tabs()->setCurrentIndex(1);
-        addLine(screen, QStringLiteral("Перник - София"), QStringLiteral("30"), QStringLiteral("0"), QStringLiteral("0"));
+        addLine(screen, QStringLiteral("Перник - София|30|0|0"));
         QCOMPARE(sums(), QStringLiteral("280|102.5"));
         screen.routes()->last();
         screen.routes()->edit();
-        QVERIFY(saveLine(screen, QStringLiteral("Перник - София"), QStringLiteral("80"), QStringLiteral("0"),
-                         QStringLiteral("0")));
+        QVERIFY(saveLine(screen, QStringLiteral("Перник - София|80|0|0")));
         QCOMPARE(sums(), QStringLiteral("330|117.5"));
         QCOMPARE(totals(screen), QStringLiteral("330 117,5"));
         screen.routes()->last();
@@ -425,8 +427,7 @@ private slots:
     // A new waybill saved under a number another waybill took meanwhile is refused.
     void aTakenNumberIsRefusedAtTheSave()
     {
-        RowdList &screen = open();
-        startWithALine(screen);
+        RowdList &screen = openWithALine();
         button(screen, "cmdCloseMarsh")->click();
         screen.tabs()->setCurrentIndex(0);
         addWaybill(db, QStringLiteral("0000000037"), QDate(2026, 3, 2), otherTruck, {});  // another workstation
@@ -442,7 +443,7 @@ private slots:
         RowdList &screen = open();
         screen.header()->add();
         startWithALine(screen);
-        addLine(screen, QStringLiteral("Перник - София"), QStringLiteral("30"), QStringLiteral("0"), QStringLiteral("0"));
+        addLine(screen, QStringLiteral("Перник - София|30|0|0"));
         screen.tabs()->setCurrentIndex(0);
         button(screen, "cmdCancelRowd")->click();
         QCOMPARE(screen.header()->state(), RecordFormState::Browsing);
@@ -455,8 +456,7 @@ private slots:
     // Closed while a new waybill is typed: the same as cancelling it.
     void closingDuringANewWaybillLeavesNoLinesBehind()
     {
-        RowdList &screen = open();
-        startWithALine(screen);
+        RowdList &screen = openWithALine();
         screen.routes()->add();  // a second line half typed
         screen.reject();
         this->screen.reset();
@@ -521,8 +521,7 @@ private slots:
     // routes while it is typed does not close the window.
     void theLinesOfANewWaybillFollowItsNumber()
     {
-        RowdList &screen = open();
-        startWithALine(screen);
+        RowdList &screen = openWithALine();
         QTest::keyClick(screen.grid(), Qt::Key_Escape);
         QVERIFY(screen.isVisible());
         QCOMPARE(screen.header()->state(), RecordFormState::Adding);

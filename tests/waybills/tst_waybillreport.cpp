@@ -81,6 +81,9 @@ QString footer(const Report &report, const char *label)
 
 class WaybillReportTest : public QObject {
     Q_OBJECT
+    // The waybill report of the truck in March, built on the test's database and scratch sheet.
+    Checked<Report> reportOf(const QString &kola) { return RowdReport(march(kola), m_database->db(), *m_scratch, exampleFirm()); }
+
 private slots:
     void initTestCase_data() { test::addEngineRows(); }
 
@@ -102,8 +105,7 @@ private slots:
     // Truck "0" is every truck: by date and number, a head line each, then its routes.
     void everyTruckWithHeadLinesAndRoutes()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> report = RowdReport(march(QStringLiteral(" 0 ")), db, *m_scratch, exampleFirm());
+        const Checked<Report> report = reportOf(QStringLiteral(" 0 "));
         QVERIFY2(report.ok(), report.ok() ? "" : qPrintable(report.message().text));
         QCOMPARE(rows(report.value()),
                  (QStringList{
@@ -122,31 +124,24 @@ private slots:
         QCOMPARE(report.value().windowCaption(), QStringLiteral("Зарек 2.3 - Справка пътни листи"));
     }
 
-    void oneTruck()
+    void oneTruckOrNone()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> report = RowdReport(march(otherTruck), db, *m_scratch, exampleFirm());
+        const Checked<Report> report = reportOf(otherTruck);
         QVERIFY(report.ok());
         QCOMPARE(rows(report.value()), QStringList{QStringLiteral("1.|0000000012 / 05.03.2026|РВ 7777 АА| - |0,00| |0,00| ")});
         QCOMPARE(footer(report.value(), "Label8"), QStringLiteral("0,0"));
-    }
-
-    void noWaybillIsToldInsteadOfAReport()
-    {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> report = RowdReport(march(QStringLiteral("ВТ 0001 ХХ")), db, *m_scratch, exampleFirm());
-        QVERIFY(!report.ok());
-        QCOMPARE(report.message().title, QStringLiteral("ВНИМАНИЕ!"));
-        QCOMPARE(report.message().text,
-                 QStringLiteral("Няма въведени пътни листи при тези условия!\nМоля, изберете други."));
+        // A truck without waybills is told instead of a report.
+        const Checked<Report> none = reportOf(QStringLiteral("ВТ 0001 ХХ"));
+        QVERIFY(!none.ok());
+        QCOMPARE(none.message().title, QStringLiteral("ВНИМАНИЕ!"));
+        QCOMPARE(none.message().text, QStringLiteral("Няма въведени пътни листи при тези условия!\nМоля, изберете други."));
     }
 
     // The scratch table is emptied before it is filled: a second run prints the same rows.
     void aSecondRunPrintsTheSameRows()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> first = RowdReport(march(truck), db, *m_scratch, exampleFirm());
-        const Checked<Report> second = RowdReport(march(truck), db, *m_scratch, exampleFirm());
+        const Checked<Report> first = reportOf(truck);
+        const Checked<Report> second = reportOf(truck);
         QVERIFY(first.ok() && second.ok());
         QCOMPARE(rows(second.value()), rows(first.value()));
         QCOMPARE(second.value().data().rowCount(), 5);
@@ -154,8 +149,7 @@ private slots:
 
     void thePaperReadsAsTheDesignSays()
     {
-        const QSqlDatabase db = m_database->db();
-        const Checked<Report> report = RowdReport(march(QStringLiteral("0")), db, *m_scratch, exampleFirm());
+        const Checked<Report> report = reportOf(QStringLiteral("0"));
         QVERIFY(report.ok());
         const QStringList text = layoutReport(report.value()).textLines();
         const QString all = text.join(QLatin1Char('\n'));

@@ -144,7 +144,8 @@ private slots:
         QVERIFY(!store.deleteLines({}, QStringLiteral("Т")));
     }
 
-    void theNormOfATruck()
+    // What the store reads: a truck's norm, the sums of a waybill's lines, whether a number is taken.
+    void theNormOfATruckTheSumsOfTheStoredLinesAndATakenNumber()
     {
         WAYBILL_STORE();
         QVERIFY(scratch.exec(QStringLiteral("INSERT INTO Config (kola, Razhod) VALUES ('СА 1234 ВК', 32.5)")));
@@ -152,11 +153,7 @@ private slots:
         QCOMPARE(store.truckNorm(QStringLiteral("СА 1234 ВК")).value(), std::optional<double>(32.5));
         QCOMPARE(store.truckNorm(QStringLiteral("РВ 7777 АА")).value(), std::optional<double>());  // no norm in it
         QCOMPARE(store.truckNorm(QStringLiteral("ВТ 0001 ХХ")).value(), std::optional<double>());  // no row
-    }
 
-    void theSumsOfTheStoredLines()
-    {
-        WAYBILL_STORE();
         insertLine(db, QStringLiteral("0000000037"), 250, 93.5);
         insertLine(db, QStringLiteral("0000000037"), 99.5, 30.1);
         insertLine(db, QStringLiteral("0000000037"), 0.4, 0.2);
@@ -167,11 +164,7 @@ private slots:
         const auto none = store.lineSums(QStringLiteral("0000000099"));
         QVERIFY(none.ok());
         QVERIFY(!none.value().km && !none.value().fuel);
-    }
 
-    void aNumberIsTakenByAnotherWaybill()
-    {
-        WAYBILL_STORE();
         const Checked<RecordRow> saved = store.saveHeader(header(QStringLiteral("0000000040")), true, QString(), {});
         QVERIFY(saved.ok());
         QCOMPARE(store.numberTaken(QStringLiteral("0000000040")).value(), true);
