@@ -3,10 +3,12 @@
 #include "data/query.h"
 #include "data/sqlitefile.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QThread>
 
 namespace zarek {
 
@@ -47,6 +49,21 @@ Checked<QSqlDatabase> connectPostgreSQL(const DatabaseConfig &config, const QStr
     return db;
 }
 
+// Turning a file to WAL upgrades a read lock to a write lock, and SQLite answers "database is locked"
+// at once, without its busy handler, while another copy does the same: two copies starting on one
+// file met exactly that. Such a statement is tried again for as long as the busy timeout.
+bool execWhileBusy(QSqlQuery &query, const QString &statement)
+{
+    const QDeadlineTimer deadline(10000);
+    while (!query.exec(statement)) {
+        const bool busy = (query.lastError().nativeErrorCode().toInt() & 0xFF) == 5;  // SQLITE_BUSY and its kinds
+        if (!busy || deadline.hasExpired())
+            return false;
+        QThread::msleep(10);
+    }
+    return true;
+}
+
 Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString &connectionName)
 {
     const QString path = config.sqlitePath;
@@ -72,7 +89,7 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
     // index) are kept in memory: as files, each save made and removed one in the temporary folder.
     // Large sorts still spill to files of their own.
     for (const char *pragma : {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=NORMAL", "PRAGMA temp_store=MEMORY"}) {
-        if (!query.exec(QString::fromLatin1(pragma))) {
+        if (!execWhileBusy(query, QString::fromLatin1(pragma))) {
             const QString text = query.lastError().databaseText().simplified();
             db.close();
             return openFailure(QStringLiteral("Базата данни %1 не може да бъде отворена: %2")
