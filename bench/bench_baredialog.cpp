@@ -1,5 +1,7 @@
 // A minimal Qt program for bench_startup to race: a dialog shown, its name written when it shows,
 // then closed. It links Qt Widgets (and Qt Sql) alone.
+// With --word it shows one label, the least any window with words does: the fonts read and one
+// word drawn.
 // With a database (a SQLite file or a postgresql:// address) as its argument it is the least any sign-in must do: the file opened and
 // its users read, then a dialog of two labelled fields, a list and two buttons shown (its text
 // drawn, so the fonts are loaded as they are for any window with words in it).
@@ -8,6 +10,7 @@
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -19,7 +22,9 @@ int main(int argc, char **argv)
 {
     QApplication app(argc, argv);
     QDialog dialog;
-    if (argc > 1) {
+    if (argc > 1 && qstrcmp(argv[1], "--word") == 0) {
+        (new QFormLayout(&dialog))->addRow(new QLabel(QStringLiteral("Парола"), &dialog));
+    } else if (argc > 1) {
         const QString database = QString::fromLocal8Bit(argv[1]);
         const QUrl server(database);
         QSqlDatabase db;
