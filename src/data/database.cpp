@@ -49,12 +49,14 @@ Checked<QSqlDatabase> connectPostgreSQL(const DatabaseConfig &config, const QStr
     return db;
 }
 
+constexpr int busyTimeoutMs = 10000;  // how long a statement waits for another copy's lock
+
 // Turning a file to WAL upgrades a read lock to a write lock, and SQLite answers "database is locked"
 // at once, without its busy handler, while another copy does the same: two copies starting on one
 // file met exactly that. Such a statement is tried again for as long as the busy timeout.
 bool execWhileBusy(QSqlQuery &query, const QString &statement)
 {
-    const QDeadlineTimer deadline(10000);
+    const QDeadlineTimer deadline(busyTimeoutMs);
     while (!query.exec(statement)) {
         const bool busy = (query.lastError().nativeErrorCode().toInt() & 0xFF) == 5;  // SQLITE_BUSY and its kinds
         if (!busy || deadline.hasExpired())
@@ -79,7 +81,7 @@ Checked<QSqlDatabase> connectSqlite(const DatabaseConfig &config, const QString 
 
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
     db.setDatabaseName(path);
-    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(busyTimeoutMs));
     if (!db.open())
         return openFailure(QStringLiteral("Базата данни %1 не може да бъде отворена: %2")
                                .arg(QDir::toNativeSeparators(path), db.lastError().databaseText().simplified()),
